@@ -1,0 +1,43 @@
+# One function for each kind of target, so that a folder's CMakeLists.txt is only its list of
+# files and its link line.
+
+# A folder of src/. Its headers are found only by those who link it: the link lines are the arrows
+# between the folders, and an include against them does not compile.
+#   orvane_library(settings SOURCES A.cpp A.h LINKS orvane_support Qt6::Core)
+function(orvane_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  add_library(orvane_${name} STATIC ${arg_SOURCES})
+  target_include_directories(orvane_${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(orvane_${name}
+    PUBLIC ${arg_LINKS} PRIVATE ${arg_PRIVATE_LINKS} orvane_compiler)
+endfunction()
+
+# One GoogleTest program; every test in it is a CTest test of its own. Tests of a program share
+# nothing: each runs in a process of its own, with a home of its own (see tests/support).
+#   orvane_test(settings SOURCES ATest.cpp LINKS orvane_settings [GUI] [LABELS loopback])
+function(orvane_test name)
+  cmake_parse_arguments(arg "GUI" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(orvane_${name}_tests ${arg_SOURCES})
+  set(support orvane_test_support)
+  if(arg_GUI)
+    set(support orvane_test_support_gui)
+  endif()
+  target_link_libraries(orvane_${name}_tests
+    PRIVATE ${arg_LINKS} ${support} GTest::gtest GTest::gmock orvane_compiler)
+  gtest_discover_tests(orvane_${name}_tests
+    TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
+    ENVIRONMENT "${ORVANE_TEST_ENVIRONMENT}")
+endfunction()
+
+# One libFuzzer program with its seed corpus in fuzz/corpus/<name>.
+function(orvane_fuzzer name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(orvane_fuzz_${name} ${arg_SOURCES})
+  target_compile_options(orvane_fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  target_link_options(orvane_fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  target_link_libraries(orvane_fuzz_${name} PRIVATE ${arg_LINKS} orvane_compiler)
+endfunction()

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "AudioSourceType.h"
+#include "DefaultsStore.h"
+#include "RunningApp.h"
+#include "Setting.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+namespace orv {
+
+/// The user's choices, one observable object. Reading and assigning happens on the main thread.
+/// Assigning a persisted setting publishes the change and writes it to the store at once under its
+/// key (the field's name, but for `speakTranslation`).
+class TranslationSettings : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Loads every persisted value from `store`, which must outlive the object.
+    /// `applyOverlaySettings` is called whenever a setting of the browser overlay server has been
+    /// written, also during loading.
+    explicit TranslationSettings(DefaultsStore& store,
+                                 std::function<void()> applyOverlaySettings = {},
+                                 QObject* parent = nullptr);
+
+    Setting<QString> sourceLang;
+    Setting<QString> targetLang;
+    Setting<bool> showOverlay;
+    Setting<bool> showOriginal;
+    Setting<bool> obsOverlayEnabled;
+    Setting<std::int64_t> obsOverlayPort;
+    Setting<bool> vrchatEnabled;
+    Setting<QString> vrchatHost;
+    Setting<std::int64_t> vrchatPort;
+    Setting<std::int64_t> vrchatSendMode; ///< 0 source text, 1 translation, 2 both.
+    Setting<bool> vrchatPlaySound;
+    Setting<bool> saveTranscript; ///< Not persisted: true at every launch.
+    Setting<bool> speakTranslation; ///< Stored under "speakTranslations".
+    Setting<AudioSourceType> audioSourceType;
+    Setting<std::optional<QString>> selectedInputDevice;
+    Setting<std::optional<RunningApp>> selectedApp; ///< Not persisted.
+    Setting<std::optional<QString>> selectedAppBundleId;
+    Setting<float> audioGain; ///< Linear factor.
+    Setting<bool> autoGain;
+    Setting<QString> whisperModel;
+    Setting<bool> networkAccess;
+    Setting<bool> vmixEnabled;
+    Setting<QString> vmixHost;
+    Setting<std::int64_t> vmixPort;
+    Setting<QString> vmixInput; ///< Input number or name.
+    Setting<QString> vmixFieldTranslation;
+    Setting<QString> vmixFieldOriginal;
+    Setting<bool> vmixShowConnectionWarnings;
+    Setting<bool> vmixShowWarningBanner; ///< Not persisted.
+    Setting<QString> sttEngine; ///< Engine identifier.
+    Setting<QString> deepgramApiKey;
+    Setting<QString> assemblyaiApiKey;
+    Setting<QString> googleApiKey;
+    Setting<QString> googleServiceAccountPath;
+    Setting<QString> googleProjectId;
+    Setting<QString> googleLocation;
+    Setting<QString> azureApiKey;
+    Setting<QString> azureRegion;
+    Setting<QString> voskHost;
+    Setting<std::int64_t> voskPort;
+
+    // Failure tracking of the vMix output; never persisted.
+    std::int64_t vmixFailureCount = 0;             ///< Consecutive failed requests.
+    std::optional<QDateTime> vmixSuppressedUntil; ///< Warnings are snoozed until then.
+    std::int64_t vmixFailureThreshold = 3;         ///< Failures before the banner is raised.
+    double vmixSuppressDuration = 1800.0;          ///< Length of a snooze, seconds.
+
+  Q_SIGNALS:
+    /// A setting was assigned; `key` is the field's name. Emitted after the write.
+    void changed(const QString& key);
+};
+
+} // namespace orv

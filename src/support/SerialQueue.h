@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
+
+namespace orv {
+
+/// A thread that runs the jobs handed to it one after the other, in the order of posting. It has
+/// no event loop; for objects that need one see `EventLoopThread`.
+class SerialQueue {
+  public:
+    using Job = std::function<void()>;
+
+    /// `label` names the queue; the thread carries its last 15 characters.
+    explicit SerialQueue(const QString& label);
+
+    /// Runs every job that was posted before, then joins the thread. Must not be called on the
+    /// queue itself.
+    ~SerialQueue();
+
+    SerialQueue(const SerialQueue&) = delete;
+    SerialQueue& operator=(const SerialQueue&) = delete;
+
+    /// Appends a job. Callable from any thread, also from a job.
+    void post(Job job);
+
+    /// Posts `job` and waits until it, and so everything posted before it, has run. Must not be
+    /// called on the queue itself.
+    void sync(Job job);
+
+    /// True on the queue's own thread.
+    bool isCurrent() const;
+
+    QString label() const { return label_; }
+
+  private:
+    void run();
+
+    const QString label_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<Job> jobs_;
+    bool finishing_ = false;
+    std::thread thread_;
+};
+
+} // namespace orv
