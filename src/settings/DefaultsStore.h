@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -15,20 +16,37 @@ namespace orv {
 /// The user's persisted values, one JSON object in one file: key to value with its real type.
 ///
 /// Every write changes the values in memory at once and is carried to the disk by a thread of the
-/// store's own, which replaces the file atomically; writes that come faster than the disk share one
-/// replacement. All operations may be called from any thread and none waits for the disk, except
-/// the constructor, which reads the file, and `waitUntilWritten`.
+/// store's own, which replaces the file atomically (mode 0600, missing folders are made); writes
+/// that come faster than the disk share one replacement. All operations may be called from any
+/// thread and none waits for the disk, except the constructor, which reads the file,
+/// `waitUntilWritten` and the destructor.
+///
+/// When the disk refuses (read-only, full), one line says so, and one more when it takes the values
+/// again; in between they stay in memory and are tried again with each later write, at regular
+/// intervals and once more by the destructor.
 ///
 /// A registration domain answers for keys that have no value of their own; a registered value
 /// counts as present.
+///
+/// The file belongs to one process at a time. A second one does no damage, but of both the last
+/// writer's values are what remains.
 class DefaultsStore {
   public:
-    /// Reads `filePath`. A missing file is an empty store. A file that holds no JSON object is kept
-    /// beside it under the suffix ".corrupt", a line says so, and the store starts empty. Temporary
-    /// files that a killed process left behind are removed.
-    explicit DefaultsStore(const QString& filePath);
+    struct Timings {
+        /// How long after a refusal the disk is tried again without a new write.
+        std::chrono::milliseconds retry = std::chrono::seconds(30);
+    };
 
-    /// Waits until everything has been written.
+    /// Reads `filePath`; where it is a symbolic link, the file behind it. A missing file is an
+    /// empty store. A file that cannot be read or holds no JSON object is kept beside it under the
+    /// suffix
+    /// ".corrupt" (an earlier one of that name gets a number), a line says so, and the store starts
+    /// empty; should it be impossible to keep it, it stays where it is and is never written over.
+    /// Temporary files that a killed process left behind are removed.
+    explicit DefaultsStore(const QString& filePath);
+    DefaultsStore(const QString& filePath, Timings timings);
+
+    /// Waits until everything has been written, or has been refused once more.
     ~DefaultsStore();
 
     DefaultsStore(const DefaultsStore&) = delete;
@@ -39,18 +57,22 @@ class DefaultsStore {
 
     /// The value as it is stored or registered; `QJsonValue::Undefined` when the key is absent.
     QJsonValue object(const QString& key) const;
+
     bool contains(const QString& key) const { return !object(key).isUndefined(); }
 
-    // Typed reads. No value when the key is absent or holds another type; the second case gives one
-    // log line for each key. An integer is also read as a float or double; a whole number that was
-    // written as a double is also read as an integer.
+    // Typed reads. A stored value of another type gives one log line for each key and counts as
+    // absent: the registered value answers, and without one there is no value. An integer is also
+    // read as a float or double; a whole number that was written as a double is also read as an
+    // integer, since JSON has one kind of number and 1.0 comes back as 1. All 64 bits of an integer
+    // and all bits of a float or double survive the file.
     std::optional<QString> string(const QString& key) const;
     std::optional<bool> boolean(const QString& key) const;
     std::optional<std::int64_t> integer(const QString& key) const;
     std::optional<float> floatValue(const QString& key) const;
     std::optional<double> doubleValue(const QString& key) const;
 
-    // Typed writes.
+    // Typed writes. Infinities and "not a number" have no place in JSON: they are refused with a
+    // log line and the earlier value stays.
     void setString(const QString& key, const QString& value);
     void setBool(const QString& key, bool value);
     void setInteger(const QString& key, std::int64_t value);
@@ -61,6 +83,15 @@ class DefaultsStore {
     /// Waits until every change made before the call is on the disk. False when the time runs out
     /// or the disk refuses. Not for the main thread of a running program.
     bool waitUntilWritten(std::chrono::milliseconds limit = std::chrono::seconds(10));
+
+    /// The number of changes made to the values since the store was opened. A write that leaves a
+    /// value as it is changes nothing and is not counted.
+    std::uint64_t generation() const;
+
+    /// Receives the number of changes that have reached the disk, after each replacement of the
+    /// file, on the store's own thread.
+    using WrittenObserver = std::function<void(std::uint64_t generation)>;
+    void setWrittenObserver(WrittenObserver observer);
 
   private:
     class Private;

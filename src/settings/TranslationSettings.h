@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace orv {
@@ -21,12 +22,22 @@ class TranslationSettings : public QObject {
     Q_OBJECT
 
   public:
-    /// Loads every persisted value from `store`, which must outlive the object.
+    /// Loads every persisted value from `store`, which must outlive the object, and prints one line
+    /// at the end. A value that is taken over goes through the same path as an assignment, so it is
+    /// written back as the object's own.
     /// `applyOverlaySettings` is called whenever a setting of the browser overlay server has been
-    /// written, also during loading.
+    /// written, also during loading: while this constructor still runs, before later settings have
+    /// their values, and twice when both settings are stored.
     explicit TranslationSettings(DefaultsStore& store,
                                  std::function<void()> applyOverlaySettings = {},
                                  QObject* parent = nullptr);
+
+    /// The program's one settings object, made on first use (on the main thread) by what the
+    /// composition root has installed. For the shell: nothing inside the libraries uses it.
+    static TranslationSettings& shared();
+
+    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
+    static void installShared(std::function<std::unique_ptr<TranslationSettings>()> factory);
 
     Setting<QString> sourceLang;
     Setting<QString> targetLang;
@@ -39,7 +50,7 @@ class TranslationSettings : public QObject {
     Setting<std::int64_t> vrchatPort;
     Setting<std::int64_t> vrchatSendMode; ///< 0 source text, 1 translation, 2 both.
     Setting<bool> vrchatPlaySound;
-    Setting<bool> saveTranscript; ///< Not persisted: true at every launch.
+    Setting<bool> saveTranscript;   ///< Not persisted: true at every launch.
     Setting<bool> speakTranslation; ///< Stored under "speakTranslations".
     Setting<AudioSourceType> audioSourceType;
     Setting<std::optional<QString>> selectedInputDevice;
@@ -57,7 +68,7 @@ class TranslationSettings : public QObject {
     Setting<QString> vmixFieldOriginal;
     Setting<bool> vmixShowConnectionWarnings;
     Setting<bool> vmixShowWarningBanner; ///< Not persisted.
-    Setting<QString> sttEngine; ///< Engine identifier.
+    Setting<QString> sttEngine;          ///< Engine identifier.
     Setting<QString> deepgramApiKey;
     Setting<QString> assemblyaiApiKey;
     Setting<QString> googleApiKey;
@@ -70,14 +81,23 @@ class TranslationSettings : public QObject {
     Setting<std::int64_t> voskPort;
 
     // Failure tracking of the vMix output; never persisted.
-    std::int64_t vmixFailureCount = 0;             ///< Consecutive failed requests.
+    std::int64_t vmixFailureCount = 0;            ///< Consecutive failed requests.
     std::optional<QDateTime> vmixSuppressedUntil; ///< Warnings are snoozed until then.
-    std::int64_t vmixFailureThreshold = 3;         ///< Failures before the banner is raised.
-    double vmixSuppressDuration = 1800.0;          ///< Length of a snooze, seconds.
+    std::int64_t vmixFailureThreshold = 3;        ///< Failures before the banner is raised.
+    double vmixSuppressDuration = 1800.0;         ///< Length of a snooze, seconds.
 
   Q_SIGNALS:
     /// A setting was assigned; `key` is the field's name. Emitted after the write.
     void changed(const QString& key);
+
+  private:
+    void attach(DefaultsStore& store, const std::function<void()>& applyOverlaySettings);
+    void load(const DefaultsStore& store);
 };
+
+/// The values that answer for keys the user never touched, in the order of registration. The shell
+/// registers them before the settings object is created.
+QList<std::pair<QString, QJsonValue>> defaultSettings();
+void registerDefaultSettings(DefaultsStore& store);
 
 } // namespace orv

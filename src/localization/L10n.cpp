@@ -1,0 +1,101 @@
+#include "L10n.h"
+
+#include "SharedInstance.h"
+
+#include <QLocale>
+
+#include <array>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+const QString languageKey = u"uiLanguage"_s;
+
+#ifdef Q_OS_LINUX
+const QString platformSuffix = u".linux"_s;
+#else
+const QString platformSuffix;
+#endif
+
+UILanguage initialLanguage(const DefaultsStore& store, const QString& systemLanguage) {
+    if (const auto stored =
+            UILanguage::fromRawValue(store.string(languageKey).value_or(QString()))) {
+        return *stored;
+    }
+    return UILanguage::fromRawValue(systemLanguage).value_or(UILanguage::English);
+}
+
+std::optional<QString> lookUp(UILanguage language, const QString& key) {
+    return L10n::strings().at(language).text(key);
+}
+
+SharedInstance<L10n>& sharedL10n() {
+    static SharedInstance<L10n> instance;
+    return instance;
+}
+
+} // namespace
+
+QString languageCode(const QString& localeName) {
+    qsizetype length = 0;
+    while (length < localeName.size() && localeName.at(length).isLetter()) {
+        ++length;
+    }
+    const QString code = localeName.left(length).toLower();
+    return code.isEmpty() || code == u"c" || code == u"posix" ? u"en"_s : code;
+}
+
+QString systemLanguageCode() {
+    return languageCode(QLocale::system().uiLanguages().value(0));
+}
+
+L10n::L10n(DefaultsStore& store, const QString& systemLanguage, QObject* parent)
+    : QObject(parent)
+    , store_(store)
+    , current_(initialLanguage(store, systemLanguage)) {}
+
+L10n& L10n::shared() {
+    return sharedL10n().get();
+}
+
+void L10n::installShared(std::function<std::unique_ptr<L10n>()> factory) {
+    sharedL10n().install(std::move(factory));
+}
+
+const std::map<UILanguage::Case, StringTable>& L10n::strings() {
+    static const std::map<UILanguage::Case, StringTable> tables = {
+        {UILanguage::German, StringTable(germanTexts())},
+        {UILanguage::English, StringTable(englishTexts())},
+        {UILanguage::Spanish, StringTable(spanishTexts())},
+        {UILanguage::French, StringTable(frenchTexts())},
+        {UILanguage::Italian, StringTable(italianTexts())},
+    };
+    return tables;
+}
+
+QString L10n::s(const QString& key) const {
+    if (const auto text = lookUp(current_, key)) {
+        return *text;
+    }
+    return lookUp(UILanguage::English, key).value_or(key);
+}
+
+QString L10n::platformText(const QString& key) const {
+    const QString variant = key + platformSuffix;
+    const QString text = s(variant);
+    return text == variant ? s(key) : text;
+}
+
+void L10n::setCurrent(UILanguage language) {
+    const UILanguage before = std::exchange(current_, language);
+    store_.setString(languageKey, language.rawValue());
+    if (before != language) {
+        Q_EMIT currentChanged();
+    }
+}
+
+} // namespace orv

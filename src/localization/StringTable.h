@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <span>
+
+namespace orv {
+
+/// One line of a table file.
+struct TextEntry {
+    QStringView key;
+    QStringView text;
+};
+
+// The table files, one for each language of the user interface. All hold the same keys in the same
+// order. A key that ends in ".linux" is the variant of the key before it for this platform, where
+// the text names something that only the platform of origin has.
+std::span<const TextEntry> germanTexts();
+std::span<const TextEntry> englishTexts();
+std::span<const TextEntry> spanishTexts();
+std::span<const TextEntry> frenchTexts();
+std::span<const TextEntry> italianTexts();
+
+/// The texts of one language, in the order of its table file and quick to look up. Immutable.
+class StringTable {
+  public:
+    /// A key that occurs twice keeps its first text.
+    explicit StringTable(std::span<const TextEntry> entries);
+
+    /// All keys in the table's order, doubles included.
+    const QStringList& keys() const { return keys_; }
+
+    /// The text of `key`, if the table holds it.
+    std::optional<QString> text(const QString& key) const;
+
+  private:
+    QStringList keys_;
+    QHash<QString, QString> texts_;
+};
+
+} // namespace orv

@@ -1,0 +1,12 @@
+#include "StringTable.h"
+
+namespace orv {
+
+std::span<const TextEntry> italianTexts() {
+    static constexpr TextEntry entries[] = {
+        {u"app.name.short", u"ORV"},
+    };
+    return entries;
+}
+
+} // namespace orv

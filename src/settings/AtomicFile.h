@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace orv {
+
+/// Why a file operation failed, for people; no value means that it succeeded.
+using FileProblem = std::optional<QString>;
+
+/// Replaces the file at `path` by `content`, whole or not at all: when this returns without a
+/// problem the content has reached the disk (file and folder entry are synchronised), otherwise the
+/// earlier content is untouched. The file gets mode 0600, missing folders are made with mode 0700.
+///
+/// The content is first written to a temporary file beside `path`, named `path` + ".", sixteen
+/// hexadecimal digits, ".tmp", and locked (flock) while it is being written. A process that dies
+/// leaves the file but not the lock, by which `sweepTemporaryFiles` knows it.
+///
+/// Callable from any thread.
+FileProblem replaceFile(const QString& path, const QByteArray& content);
+
+/// Removes temporary files of `path` whose writer is no longer alive; those of another process, or
+/// of another thread, that is just writing stay.
+void sweepTemporaryFiles(const QString& path);
+
+/// Moves the file at `path` to `path` + ".corrupt". An earlier file of that name is kept under the
+/// first free of ".corrupt.1", ".corrupt.2" and so on.
+FileProblem keepAsCorrupt(const QString& path);
+
+/// Reads a regular file whole. A file that does not exist gives neither content nor problem.
+struct FileContent {
+    std::optional<QByteArray> content;
+    FileProblem problem;
+};
+
+FileContent readFile(const QString& path);
+
+/// Where the file lies once all symbolic links at `path` itself are followed, so that replacing it
+/// does not replace a link that a person placed there.
+QString followLinks(const QString& path);
+
+} // namespace orv

@@ -1,0 +1,374 @@
+#include "DefaultsStore.h"
+
+#include "AtomicFile.h"
+#include "Log.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
+
+#include <cmath>
+#include <condition_variable>
+#include <limits>
+#include <mutex>
+#include <pthread.h>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+QString typeName(const QJsonValue& value) {
+    switch (value.type()) {
+    case QJsonValue::Bool:
+        return u"Wahrheitswert"_s;
+    case QJsonValue::Double:
+        return u"Zahl"_s;
+    case QJsonValue::String:
+        return u"Text"_s;
+    case QJsonValue::Array:
+        return u"Liste"_s;
+    case QJsonValue::Object:
+        return u"Objekt"_s;
+    case QJsonValue::Null:
+    case QJsonValue::Undefined:
+        break;
+    }
+    return u"null"_s;
+}
+
+std::optional<QString> toString(const QJsonValue& value) {
+    return value.isString() ? std::optional(value.toString()) : std::nullopt;
+}
+
+std::optional<bool> toBoolean(const QJsonValue& value) {
+    return value.isBool() ? std::optional(value.toBool()) : std::nullopt;
+}
+
+std::optional<std::int64_t> toInteger(const QJsonValue& value) {
+    // The number's own value whatever the fallback: it is whole and within 64 bits.
+    const std::int64_t number = value.toInteger(0);
+    return number == value.toInteger(1) ? std::optional(number) : std::nullopt;
+}
+
+std::optional<double> toDouble(const QJsonValue& value) {
+    return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
+}
+
+std::optional<float> toFloat(const QJsonValue& value) {
+    const std::optional<double> number = toDouble(value);
+    if (!number || std::abs(*number) > static_cast<double>(std::numeric_limits<float>::max())) {
+        return {};
+    }
+    return static_cast<float>(*number);
+}
+
+} // namespace
+
+class DefaultsStore::Private {
+  public:
+    Private(const QString& filePath, Timings timings)
+        : path_(followLinks(filePath))
+        , timings_(timings) {
+        sweepTemporaryFiles(path_);
+        load();
+        writer_ = std::thread([this] { run(); });
+    }
+
+    ~Private() {
+        {
+            const std::lock_guard lock(mutex_);
+            finishing_ = true;
+        }
+        wake_.notify_all();
+        writer_.join();
+    }
+
+    Private(const Private&) = delete;
+    Private& operator=(const Private&) = delete;
+
+    void registerDefaults(const QList<std::pair<QString, QJsonValue>>& values) {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [key, value] : values) {
+            registered_.insert(key, value);
+        }
+    }
+
+    QJsonValue object(const QString& key) const {
+        const std::lock_guard lock(mutex_);
+        const QJsonValue own = values_.value(key);
+        return own.isUndefined() ? registered_.value(key) : own;
+    }
+
+    template <typename Value>
+    std::optional<Value> read(const QString& key, const QString& wanted,
+                              std::optional<Value> (*convert)(const QJsonValue&)) {
+        std::unique_lock lock(mutex_);
+        const QJsonValue own = values_.value(key);
+        const QJsonValue registered = registered_.value(key);
+        const std::optional<Value> value = convert(own);
+        const bool complain = !own.isUndefined() && !value && !complained_.contains(key);
+        if (complain) {
+            complained_.insert(key);
+        }
+        lock.unlock();
+        if (complain) {
+            logLine(
+                u"⚠️ Einstellung \"%1\" hat den falschen Typ (%2 statt %3), Standardwert gilt"_s
+                    .arg(key, typeName(own), wanted));
+        }
+        return value ? value : convert(registered);
+    }
+
+    void write(const QString& key, const QJsonValue& value) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (values_.value(key) == value) {
+                return;
+            }
+            values_.insert(key, value);
+            ++generation_;
+            attemptWanted_ = true;
+        }
+        wake_.notify_all();
+    }
+
+    void remove(const QString& key) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (!values_.contains(key)) {
+                return;
+            }
+            values_.remove(key);
+            ++generation_;
+            attemptWanted_ = true;
+        }
+        wake_.notify_all();
+    }
+
+    bool waitUntilWritten(std::chrono::milliseconds limit) {
+        std::unique_lock lock(mutex_);
+        const std::uint64_t wanted = generation_;
+        if (written_ >= wanted) {
+            return true;
+        }
+        // An attempt that is under way may have begun before the last change: the next one counts.
+        const std::uint64_t deciding = attempts_ + (attempting_ ? 2 : 1);
+        attemptWanted_ = true;
+        wake_.notify_all();
+        attempted_.wait_for(lock, limit,
+                            [&] { return written_ >= wanted || attempts_ >= deciding; });
+        return written_ >= wanted;
+    }
+
+    std::uint64_t generation() const {
+        const std::lock_guard lock(mutex_);
+        return generation_;
+    }
+
+    void setWrittenObserver(WrittenObserver observer) {
+        const std::lock_guard lock(mutex_);
+        observer_ = std::move(observer);
+    }
+
+  private:
+    void load() {
+        const FileContent file = readFile(path_);
+        FileProblem problem = file.problem;
+        if (file.content) {
+            QJsonParseError error;
+            const QJsonDocument document = QJsonDocument::fromJson(*file.content, &error);
+            if (document.isObject()) {
+                values_ = document.object();
+                return;
+            }
+            problem =
+                error.error == QJsonParseError::NoError ? u"no JSON object"_s : error.errorString();
+        }
+        if (problem) {
+            keepUnusableFile(*problem);
+        }
+    }
+
+    void keepUnusableFile(const QString& problem) {
+        const FileProblem refused = keepAsCorrupt(path_);
+        mustKeepFirst_ = refused.has_value();
+        if (refused) {
+            logLine(
+                u"⚠️ Einstellungsdatei %1 unlesbar (%2) und nicht zu sichern (%3): sie bleibt "
+                "unverändert, Standardwerte gelten"_s.arg(path_, problem, *refused));
+        } else {
+            logLine(
+                u"⚠️ Einstellungsdatei unlesbar (%1), gesichert als %2.corrupt, Standardwerte "
+                "gelten"_s.arg(problem, path_));
+        }
+    }
+
+    /// The writer's thread.
+    void run() {
+        pthread_setname_np(pthread_self(), "orv-defaults");
+        std::unique_lock lock(mutex_);
+        while (waitForWork(lock)) {
+            const QJsonObject values = values_;
+            const std::uint64_t generation = generation_;
+            attemptWanted_ = false;
+            attempting_ = true;
+            lock.unlock();
+            const FileProblem problem = replace(values);
+            reportChange(problem);
+            lock.lock();
+            attempting_ = false;
+            ++attempts_;
+            if (!problem) {
+                written_ = generation;
+                const WrittenObserver observer = observer_;
+                lock.unlock();
+                if (observer) {
+                    observer(generation);
+                }
+                lock.lock();
+            }
+            attempted_.notify_all();
+            if (problem && finishing_) {
+                return;
+            }
+        }
+    }
+
+    /// Waits for something to write. False when there is nothing left and the store closes.
+    bool waitForWork(std::unique_lock<std::mutex>& lock) {
+        const auto ready = [this] {
+            return finishing_ || (attemptWanted_ && written_ != generation_);
+        };
+        if (refused_) {
+            wake_.wait_for(lock, timings_.retry, ready); // In vain: try again.
+        } else {
+            wake_.wait(lock, ready);
+        }
+        return written_ != generation_;
+    }
+
+    FileProblem replace(const QJsonObject& values) {
+        if (mustKeepFirst_) {
+            if (FileProblem problem = keepAsCorrupt(path_)) {
+                return problem;
+            }
+            mustKeepFirst_ = false;
+        }
+        return replaceFile(path_, QJsonDocument(values).toJson());
+    }
+
+    void reportChange(const FileProblem& problem) {
+        if (problem && !refused_) {
+            logLine(
+                u"❌ Einstellungen nicht gespeichert (%1): %2 – sie gelten bis zum Programmende"_s
+                    .arg(path_, *problem));
+        } else if (!problem && refused_) {
+            logLine(u"✅ Einstellungen wieder gespeichert: %1"_s.arg(path_));
+        }
+        refused_ = problem.has_value();
+    }
+
+    const QString path_;
+    const Timings timings_;
+
+    mutable std::mutex mutex_;          ///< Guards everything down to `observer_`.
+    std::condition_variable wake_;      ///< For the writer: something changed.
+    std::condition_variable attempted_; ///< For those who wait: an attempt has ended.
+    QJsonObject values_;
+    QJsonObject registered_;
+    QSet<QString> complained_; ///< Keys whose wrong type has been told.
+    std::uint64_t generation_ = 0;
+    std::uint64_t written_ = 0; ///< The generation that is on the disk.
+    std::uint64_t attempts_ = 0;
+    bool attempting_ = false;
+    bool attemptWanted_ = false;
+    bool finishing_ = false;
+    WrittenObserver observer_;
+
+    // The writer's own.
+    bool refused_ = false;
+    bool mustKeepFirst_ = false; ///< An unusable file still lies at `path_`.
+
+    std::thread writer_;
+};
+
+DefaultsStore::DefaultsStore(const QString& filePath)
+    : DefaultsStore(filePath, Timings{}) {}
+
+DefaultsStore::DefaultsStore(const QString& filePath, Timings timings)
+    : d_(std::make_unique<Private>(filePath, timings)) {}
+
+DefaultsStore::~DefaultsStore() = default;
+
+void DefaultsStore::registerDefaults(const QList<std::pair<QString, QJsonValue>>& values) {
+    d_->registerDefaults(values);
+}
+
+QJsonValue DefaultsStore::object(const QString& key) const {
+    return d_->object(key);
+}
+
+std::optional<QString> DefaultsStore::string(const QString& key) const {
+    return d_->read<QString>(key, u"Text"_s, toString);
+}
+
+std::optional<bool> DefaultsStore::boolean(const QString& key) const {
+    return d_->read<bool>(key, u"Wahrheitswert"_s, toBoolean);
+}
+
+std::optional<std::int64_t> DefaultsStore::integer(const QString& key) const {
+    return d_->read<std::int64_t>(key, u"Ganzzahl"_s, toInteger);
+}
+
+std::optional<float> DefaultsStore::floatValue(const QString& key) const {
+    return d_->read<float>(key, u"Zahl"_s, toFloat);
+}
+
+std::optional<double> DefaultsStore::doubleValue(const QString& key) const {
+    return d_->read<double>(key, u"Zahl"_s, toDouble);
+}
+
+void DefaultsStore::setString(const QString& key, const QString& value) {
+    d_->write(key, value);
+}
+
+void DefaultsStore::setBool(const QString& key, bool value) {
+    d_->write(key, value);
+}
+
+void DefaultsStore::setInteger(const QString& key, std::int64_t value) {
+    d_->write(key, QJsonValue(static_cast<qint64>(value)));
+}
+
+void DefaultsStore::setFloat(const QString& key, float value) {
+    setDouble(key, static_cast<double>(value));
+}
+
+void DefaultsStore::setDouble(const QString& key, double value) {
+    if (!std::isfinite(value)) {
+        logLine(u"⚠️ Einstellung \"%1\": keine endliche Zahl, nicht gespeichert"_s.arg(key));
+        return;
+    }
+    d_->write(key, value);
+}
+
+void DefaultsStore::remove(const QString& key) {
+    d_->remove(key);
+}
+
+bool DefaultsStore::waitUntilWritten(std::chrono::milliseconds limit) {
+    return d_->waitUntilWritten(limit);
+}
+
+std::uint64_t DefaultsStore::generation() const {
+    return d_->generation();
+}
+
+void DefaultsStore::setWrittenObserver(WrittenObserver observer) {
+    d_->setWrittenObserver(std::move(observer));
+}
+
+} // namespace orv
