@@ -1,0 +1,274 @@
+#include "TranslationEngine.h"
+
+#include "BackendEcho.h"
+#include "Dialogs.h"
+#include "Log.h"
+#include "NotificationCentre.h"
+#include "PortProbe.h"
+#include "SpawnProgram.h"
+
+#include <QFileInfo>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* parent)
+    : QObject(parent)
+    , environment_(std::move(environment))
+    , statusKey_(u"engine.stopped"_s) {
+    checkTimer_.setTimerType(Qt::PreciseTimer);
+    checkTimer_.setInterval(environment_.timings.liveness);
+    connect(&checkTimer_, &QTimer::timeout, this, &TranslationEngine::checkLiveness);
+}
+
+TranslationEngine::~TranslationEngine() {
+    checkTimer_.stop();
+    if (leftRunning_) {
+        return;
+    }
+    stopBackend();
+    endChildNow();
+}
+
+void TranslationEngine::startBackend() {
+    if (isPortInUse()) {
+        logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
+        setState(true, u"engine.running"_s);
+        postStatus(true);
+        checkTimer_.start();
+        return;
+    }
+    if (child_.isRunning()) {
+        logLine(u"⚠️ Backend-Prozess läuft, warte auf Port...");
+        setStatus(u"engine.starting"_s);
+        return;
+    }
+    if (isRunning_) {
+        logLine(u"Backend läuft bereits");
+        return;
+    }
+    setStatus(u"engine.starting"_s);
+    logLine(QString(u"🔍 Suche Python: " % environment_.interpreter));
+    logLine(QString(u"🔍 Suche Server: " % environment_.script));
+    const bool interpreterExists = QFileInfo::exists(environment_.interpreter);
+    const bool scriptExists = QFileInfo::exists(environment_.script);
+    if (!interpreterExists || !scriptExists) {
+        logLine(QString(u"❌ Python existiert? " % boolText(interpreterExists)));
+        logLine(QString(u"❌ Server existiert? " % boolText(scriptExists)));
+        setStatus(u"engine.notinstalled"_s);
+        showBackendInstallAlert();
+        return;
+    }
+    launchBackend();
+}
+
+void TranslationEngine::launchBackend() {
+    retireChild();
+    const quint64 launch = ++launches_;
+
+    ChildCommand command;
+    command.program = environment_.interpreter;
+    command.arguments = {environment_.script};
+    command.environment = environmentWith(ownEnvironment(), "ORV_BIND_HOST",
+                                          environment_.networkAccess() ? "0.0.0.0" : "localhost");
+    ChildProcess::Handlers handlers;
+    handlers.output = [echo = std::make_shared<BackendEcho>()](const QByteArray& bytes) {
+        if (const auto line = echo->lineFor(bytes)) {
+            logLine(*line);
+        }
+    };
+    handlers.finished = [this, launch](int status) { childFinished(launch, status); };
+
+    ChildProcess::Launch launched =
+        ChildProcess::start(command, this, std::move(handlers), environment_.timings.stopPause);
+    if (!launched.process) {
+        setStatus(u"engine.failed"_s);
+        logLine(QString(u"Failed to start backend: " % launched.error));
+        return;
+    }
+    child_ = {launch, std::move(launched.process)};
+    refreshMayOutlive();
+    logLine(u"✓ Backend-Prozess gestartet, warte 6 Sekunden auf Modell-Laden...");
+    checkLater(environment_.timings.modelLoading);
+}
+
+void TranslationEngine::checkLater(std::chrono::milliseconds delay) {
+    QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, launch = launches_] {
+        if (launch == launches_) {
+            checkBackendStatus();
+        }
+    });
+}
+
+void TranslationEngine::checkBackendStatus() {
+    refreshMayOutlive();
+    if (isPortInUse()) {
+        setState(true, u"engine.running"_s);
+        QTimer::singleShot(0, this, [this] { postStatus(true); });
+        checkTimer_.start();
+        logLine(QString(u"✓ Backend läuft auf Port " % QString::number(environment_.port)));
+    } else if (child_.isRunning()) {
+        setStatus(u"engine.starting"_s);
+        logLine(u"⏳ Backend-Prozess läuft, Port noch nicht offen...");
+        checkLater(environment_.timings.portRecheck);
+    } else {
+        setState(false, u"engine.notstarted"_s);
+        logLine(u"❌ Backend-Prozess nicht gefunden");
+    }
+}
+
+void TranslationEngine::checkLiveness() {
+    refreshMayOutlive();
+    if (isPortInUse()) {
+        return;
+    }
+    setState(false, u"engine.terminated"_s);
+    checkTimer_.stop();
+    postStatus(false);
+}
+
+void TranslationEngine::childFinished(quint64 launch, int status) {
+    // The process object has nothing more to tell; from here on there is none.
+    if (child_.launch == launch) {
+        child_ = {};
+    } else {
+        std::erase_if(retired_, [&](const Child& child) { return child.launch == launch; });
+    }
+    const bool isLatest = launch == launches_;
+    if (isLatest) {
+        setState(false, u"engine.stopped"_s);
+        checkTimer_.stop();
+    }
+    logLine(QString(u"Backend beendet mit Code: " % QString::number(status)));
+    if (isLatest) {
+        postStatus(false);
+    }
+}
+
+void TranslationEngine::stopBackend() {
+    if (!isRunning_ && !child_.isRunning()) {
+        logLine(u"Backend läuft nicht");
+        return;
+    }
+    logLine(u"🛑 Stoppe Backend...");
+    setStatus(u"engine.stopping"_s);
+    if (child_.process) {
+        stoppedLaunch_ = child_.launch;
+        refreshMayOutlive();
+        child_.process->terminate();
+    }
+    afterPause(&TranslationEngine::stopWithInterrupt);
+}
+
+void TranslationEngine::afterPause(void (TranslationEngine::*step)()) {
+    QTimer::singleShot(environment_.timings.stopPause, Qt::PreciseTimer, this,
+                       [this, step, launch = launches_] {
+                           if (launch == launches_) {
+                               (this->*step)();
+                           }
+                       });
+}
+
+void TranslationEngine::stopWithInterrupt() {
+    interruptIfRunning();
+    afterPause(&TranslationEngine::stopWithKill);
+}
+
+void TranslationEngine::stopWithKill() {
+    killIfRunning();
+    retireChild();
+    setState(false, u"engine.stopped"_s);
+    checkTimer_.stop();
+    logLine(u"✓ Backend gestoppt");
+    postStatus(false);
+}
+
+void TranslationEngine::interruptIfRunning() {
+    if (child_.isRunning()) {
+        logLine(u"⚠️ Backend reagiert nicht auf SIGTERM, sende SIGINT...");
+        child_.process->interrupt();
+    }
+}
+
+void TranslationEngine::killIfRunning() {
+    if (child_.isRunning()) {
+        logLine(u"⚠️ Backend reagiert nicht, sende SIGKILL...");
+        child_.process->kill();
+    }
+}
+
+void TranslationEngine::endChildNow() {
+    const auto pause = environment_.timings.stopPause;
+    if (child_.process && !child_.process->waitForEnd(pause)) {
+        interruptIfRunning();
+        if (!child_.process->waitForEnd(pause)) {
+            killIfRunning();
+        }
+    }
+    retireChild();
+    // Only killed ones can still be running.
+    for (const Child& child : retired_) {
+        child.process->waitForEnd(pause);
+    }
+}
+
+void TranslationEngine::retireChild() {
+    if (child_.process) {
+        retired_.push_back(std::exchange(child_, {}));
+    }
+}
+
+void TranslationEngine::leaveRunning() {
+    if (isBeingStopped()) {
+        return;
+    }
+    leftRunning_ = true;
+    if (child_.process) {
+        child_.process->setMayOutlive(true);
+    }
+}
+
+void TranslationEngine::refreshMayOutlive() {
+    if (child_.process && !leftRunning_) {
+        child_.process->setMayOutlive(!isBeingStopped() && environment_.mayOutlive());
+    }
+}
+
+void TranslationEngine::retranslate() {
+    Q_EMIT statusMessageChanged(statusMessage());
+}
+
+bool TranslationEngine::isPortInUse() const {
+    return environment_.probe.isPortInUse(environment_.port);
+}
+
+void TranslationEngine::setState(bool isRunning, const QString& statusKey) {
+    if (std::exchange(isRunning_, isRunning) != isRunning) {
+        Q_EMIT isRunningChanged(isRunning);
+    }
+    setStatus(statusKey);
+}
+
+void TranslationEngine::setStatus(const QString& key) {
+    if (std::exchange(statusKey_, key) != key) {
+        Q_EMIT statusMessageChanged(statusMessage());
+    }
+}
+
+void TranslationEngine::postStatus(bool isRunning) {
+    environment_.notifications.post(notifications::backendStatusChanged,
+                                    {{u"isRunning"_s, isRunning}});
+}
+
+void TranslationEngine::showBackendInstallAlert() {
+    const auto& text = environment_.text;
+    environment_.dialogs.showAlert({AlertStyle::Warning,
+                                    text(u"alert.backend.notfound.title"_s),
+                                    text(u"alert.backend.notfound.msg"_s),
+                                    {text(u"alert.ok"_s)}});
+}
+
+} // namespace orv

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "ChildProcess.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace orv {
+
+class Dialogs;
+class NotificationCentre;
+class PortProbe;
+
+/// The supervisor's fixed times.
+struct BackendTimings {
+    std::chrono::milliseconds modelLoading{
+        6000};                                   ///< From the launch to the first look at the port.
+    std::chrono::milliseconds portRecheck{2000}; ///< Between looks while the port is closed.
+    std::chrono::milliseconds liveness{10000};   ///< Between looks at a running backend's port.
+    std::chrono::milliseconds stopPause{1000};   ///< Between the steps of stopping.
+};
+
+/// What the supervisor is given. The references must outlive it; the functions are called on the
+/// main thread.
+struct BackendEnvironment {
+    QString interpreter; ///< Absolute path of the Python interpreter.
+    QString script;      ///< Absolute path of the server's program.
+    PortProbe& probe;
+    Dialogs& dialogs;
+    NotificationCentre& notifications;
+    std::function<QString(const QString& key)> text; ///< Looks a text of the interface up.
+    std::function<bool()> networkAccess;             ///< Whether others may reach the backend.
+
+    /// Whether the backend may go on running should the program be killed. A program that ends in
+    /// order says so with `leaveRunning` instead.
+    std::function<bool()> mayOutlive = [] { return false; };
+
+    BackendTimings timings = {};
+    quint16 port = 8765;
+};
+
+/// Starts, watches and stops the speech server: a Python program that listens on a TCP port. The
+/// supervisor does not talk to it; it knows the server as a child process and as something that
+/// uses the port. A server that it finds running already is adopted: reported as running, never
+/// sent a signal.
+///
+/// Every change of the running state is told by the notification "BackendStatusChanged". Lives on
+/// the main thread, which it blocks while the port is probed.
+///
+/// Delayed steps and the end of a child concern the launch they belong to: once another child has
+/// been launched they change nothing.
+class TranslationEngine : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit TranslationEngine(BackendEnvironment environment, QObject* parent = nullptr);
+
+    /// Stops the backend and, since nothing will run afterwards, waits for it to obey: SIGTERM,
+    /// SIGINT and SIGKILL with the pauses of `stopBackend`, so up to two of them. After
+    /// `leaveRunning` it does neither.
+    ~TranslationEngine() override;
+
+    /// True once the port has been seen open.
+    bool isRunning() const { return isRunning_; }
+
+    /// One line for people, in the interface's language.
+    QString statusMessage() const { return environment_.text(statusKey_); }
+
+    /// Adopts whatever uses the port, or launches the backend and looks at the port later.
+    void startBackend();
+
+    /// Sends SIGTERM, after a pause SIGINT, after another one SIGKILL, as long as the child runs;
+    /// then the state is "stopped". Returns at once.
+    void stopBackend();
+
+    /// The program is about to end and the backend shall stay. A backend that is being stopped
+    /// does not stay.
+    void leaveRunning();
+
+    /// The answer of `mayOutlive` may have changed. (It is also asked at every look at the port.)
+    void refreshMayOutlive();
+
+    /// The language of the interface has changed.
+    void retranslate();
+
+  Q_SIGNALS:
+    void isRunningChanged(bool isRunning);
+    void statusMessageChanged(const QString& statusMessage);
+
+  private:
+    struct Child {
+        quint64 launch = 0; ///< Number of the launch; 0 for no child.
+        std::unique_ptr<ChildProcess> process;
+
+        bool isRunning() const { return process && process->isRunning(); }
+    };
+
+    void launchBackend();
+    void checkBackendStatus();
+    void checkLater(std::chrono::milliseconds delay);
+    void checkLiveness();
+    void childFinished(quint64 launch, int status);
+    void stopWithInterrupt();
+    void stopWithKill();
+    void afterPause(void (TranslationEngine::*step)());
+    void interruptIfRunning();
+    void killIfRunning();
+    void endChildNow();
+    void retireChild();
+    bool isPortInUse() const;
+
+    bool isBeingStopped() const { return child_.process && stoppedLaunch_ == child_.launch; }
+
+    void setState(bool isRunning, const QString& statusKey);
+    void setStatus(const QString& key);
+    void postStatus(bool isRunning);
+    void showBackendInstallAlert();
+
+    const BackendEnvironment environment_;
+    bool isRunning_ = false;
+    QString statusKey_;
+    QTimer checkTimer_;         ///< Ticks while the backend runs.
+    quint64 launches_ = 0;      ///< Also the number of the latest launch.
+    quint64 stoppedLaunch_ = 0; ///< The launch that was last asked to stop.
+    bool leftRunning_ = false;
+    Child child_;                ///< The latest; none once its end has been reported.
+    std::vector<Child> retired_; ///< Given up, but their end has not been reported yet.
+};
+
+} // namespace orv
