@@ -1,0 +1,129 @@
+#pragma once
+
+#include "AudioCapture.h"
+#include "AudioDevice.h"
+#include "AudioSourceType.h"
+#include "RunningApp.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <chrono>
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <optional>
+
+namespace orv {
+
+class AudioIngest;
+
+/// The fixed times of taking a capture up again that ended by itself. The pause doubles from the
+/// first to the longest and starts over with every capture that runs.
+struct CaptureTimings {
+    std::chrono::milliseconds firstRetry{1000};
+    std::chrono::milliseconds longestRetry{10000};
+};
+
+/// The source of a stored number; no value for a number that names none (negative, or 3 and above).
+std::optional<AudioSourceType> audioSourceFromRaw(int raw);
+
+/// Opens and closes what a run listens to, and lists what there is to listen to. Lives on the main
+/// thread; nothing blocks. Captured buffers go straight from the platform's capture thread into the
+/// ingest.
+///
+/// A start that fails prints its line and leaves the capture not running, but for the two
+/// fallbacks: an unknown device gives way to the default input, a screen capture that fails to the
+/// microphone. A capture that has run and ends by itself (device unplugged, sound service
+/// restarted) is taken up again until `stop`: when the service is back, when a device comes, or
+/// after a growing pause. It then waits for the device or application it had and takes no other.
+class CaptureSources : public QObject {
+    Q_OBJECT
+
+  public:
+    /// The references outlive this object. Asks the platform for all lists at once.
+    CaptureSources(AudioCapture& capture, AudioIngest& ingest, CaptureTimings timings = {},
+                   QObject* parent = nullptr);
+    ~CaptureSources() override;
+
+    /// Ends what ran before, without a word, and starts. `deviceId` counts for a microphone (empty:
+    /// the default input), `appBundleId` for a single application (empty: everything is captured).
+    /// False, with a line, when `source` is none of the known ones.
+    bool start(AudioSourceType source, const QString& deviceId, const QString& appBundleId);
+
+    /// Ends the capture. No buffer reaches the ingest after the return; its converter is dropped.
+    /// The line about a screen capture's end follows later.
+    void stop();
+
+    /// True from `start` until `stop` or a start that fails.
+    bool isActive() const { return run_ != nullptr; }
+
+    /// True while buffers are being delivered.
+    bool isRunning() const;
+
+    // Published lists; `listsChanged` tells of changes. They follow the platform by themselves.
+    QList<AudioDevice> inputDevices() const { return inputDevices_; }
+
+    QList<RunningApp> runningApps() const { return runningApps_; }
+
+    QList<RunningApp> capturableApps() const { return capturableApps_; }
+
+    bool isBlackHoleInstalled() const { return isBlackHoleInstalled_; }
+
+    bool hasScreenCapturePermission() const { return hasScreenCapturePermission_; }
+
+    // Ask the platform again; the answers arrive later, with their lines.
+    void scanDevices();
+    void refreshCapturableApps();
+    void scanRunningApps();
+    void checkScreenCapturePermission();
+    void refreshLists(); ///< All of them.
+
+  Q_SIGNALS:
+    void listsChanged();
+    void activeChanged(); ///< `isActive`, `isRunning`.
+
+  private:
+    struct Run;
+    /// Whether an answer of the platform is news only when it differs from the last one.
+    enum class Announce { Always, Changes };
+
+    void startMicrophoneCapture();
+    void microphoneAuthorized(CaptureAuthorization status);
+    void startMicrophoneCaptureInternal();
+    void microphonePrepared(const MicrophonePreparation& preparation);
+    bool createConverter(double sampleRate);
+    void microphoneStarted(const AudioFormat& format, const QString& error);
+
+    void startScreenCaptureAudio();
+    void screenCaptureStarted(const ScreenCaptureStart& outcome);
+    void screenCaptureStopped(const QString& error);
+
+    void running();
+    void failed();
+    void endedByItself();
+    void retryLater();
+    void retry();
+    void retire(std::unique_ptr<ScreenCaptureStream> stream);
+
+    void askDevices(Announce announce);
+    void askCapturableApps(Announce announce);
+    void askRunningApps(Announce announce);
+
+    AudioCapture& capture_;
+    AudioIngest& ingest_;
+    const CaptureTimings timings_;
+    QTimer retry_;
+    std::unique_ptr<Run> run_;
+    std::list<std::unique_ptr<ScreenCaptureStream>> retired_; ///< Until they have said goodbye.
+
+    QList<AudioDevice> inputDevices_;
+    QList<RunningApp> runningApps_;
+    QList<RunningApp> capturableApps_;
+    bool isBlackHoleInstalled_ = false;
+    bool hasScreenCapturePermission_ = false;
+};
+
+} // namespace orv
