@@ -1,0 +1,46 @@
+#include "HttpRequest.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace orv {
+
+namespace {
+
+/// The first word of `text` and the start of what follows it; both empty when there is none.
+std::pair<std::string_view, std::string_view> takeWord(std::string_view text) {
+    const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
+    const std::size_t end = std::min(text.find(' ', begin), text.size());
+    return {text.substr(begin, end - begin), text.substr(end)};
+}
+
+bool equalsIgnoringCase(char byte, char lowerCase) {
+    const bool isUpper = byte >= 'A' && byte <= 'Z';
+    return (isUpper ? static_cast<char>(byte - 'A' + 'a') : byte) == lowerCase;
+}
+
+bool hasHeader(std::string_view head, std::string_view lowerCaseStart) {
+    return std::search(head.begin(), head.end(), lowerCaseStart.begin(), lowerCaseStart.end(),
+                       equalsIgnoringCase) != head.end();
+}
+
+} // namespace
+
+QByteArray requestPath(QByteArrayView firstRead) {
+    const QByteArray page = QByteArrayLiteral("/");
+    if (!firstRead.isValidUtf8()) {
+        return page;
+    }
+    const std::string_view text(firstRead.data(), static_cast<std::size_t>(firstRead.size()));
+    const std::string_view requestLine = text.substr(0, text.find("\r\n"));
+    const std::string_view path = takeWord(takeWord(requestLine).second).first;
+    return path.empty() ? page : QByteArray(path.data(), static_cast<qsizetype>(path.size()));
+}
+
+bool isWholeRequest(QByteArrayView firstRead) {
+    const std::string_view head(firstRead.data(), static_cast<std::size_t>(firstRead.size()));
+    return firstRead.size() < httpFirstReadBytes && head.ends_with("\r\n\r\n") &&
+           !hasHeader(head, "\r\ncontent-length:") && !hasHeader(head, "\r\ntransfer-encoding:");
+}
+
+} // namespace orv

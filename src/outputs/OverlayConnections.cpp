@@ -1,0 +1,226 @@
+#include "OverlayConnections.h"
+
+#include <sys/epoll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace orv {
+
+using Waits = OverlayConnection::Waits;
+
+namespace {
+
+/// Stands for the listening socket among the identifiers of connections.
+constexpr std::uint64_t listenerId = 0;
+
+// Bounds of one turn, so that timers and work posted to the thread have theirs.
+constexpr int roundsPerTurn = 64;
+constexpr int acceptsPerRound = 4;
+constexpr std::size_t eventsPerRound = 128;
+
+std::size_t permittedDescriptors() {
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? static_cast<std::size_t>(limit.rlim_cur) : 0;
+}
+
+} // namespace
+
+std::size_t waitingConnectionBound(const OverlayLimits& limits, std::size_t descriptors) {
+    return std::max<std::size_t>(1, std::min(limits.waitingConnections, descriptors / 2));
+}
+
+OverlayConnections::OverlayConnections(OverlayLimits limits, OverlayConnection::Respond respond,
+                                       ListenerFailed listenerFailed)
+    : limits_(limits)
+    , respond_(std::move(respond))
+    , listenerFailed_(std::move(listenerFailed))
+    , bound_(waitingConnectionBound(limits, permittedDescriptors()))
+    , epoll_(::epoll_create1(EPOLL_CLOEXEC))
+    , ready_(epoll_.number(), QSocketNotifier::Read) {
+    sweeper_.setInterval(limits_.sweep);
+    acceptAgain_.setInterval(limits_.acceptPause);
+    acceptAgain_.setSingleShot(true);
+    QObject::connect(&ready_, &QSocketNotifier::activated, &ready_, [this] { serveReady(); });
+    QObject::connect(&sweeper_, &QTimer::timeout, &sweeper_, [this] { sweep(); });
+    QObject::connect(&acceptAgain_, &QTimer::timeout, &acceptAgain_,
+                     [this] { watch(EPOLL_CTL_ADD, listening_, listenerId, Waits::ForRequest); });
+}
+
+void OverlayConnections::listenOn(int socket) {
+    stopListening();
+    listening_ = socket;
+    if (!watch(EPOLL_CTL_ADD, listening_, listenerId, Waits::ForRequest)) {
+        listenerFailed(errno);
+    }
+}
+
+void OverlayConnections::stopListening() {
+    if (listening_ >= 0) {
+        acceptAgain_.stop();
+        watch(EPOLL_CTL_DEL, listening_, listenerId, Waits::ForNothing);
+        listening_ = -1;
+    }
+}
+
+void OverlayConnections::serveReady() {
+    std::array<epoll_event, eventsPerRound> events{};
+    for (int round = 0; round < roundsPerTurn; ++round) {
+        const int count =
+            ::epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()), 0);
+        if (count <= 0) {
+            return;
+        }
+        for (int index = 0; index < count; ++index) {
+            const Id id = events[static_cast<std::size_t>(index)].data.u64;
+            if (id == listenerId) {
+                acceptReady();
+            } else {
+                advance(id);
+            }
+        }
+    }
+}
+
+void OverlayConnections::acceptReady() {
+    for (int turn = 0; turn < acceptsPerRound && listening_ >= 0; ++turn) {
+        FileDescriptor socket(
+            ::accept4(listening_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (socket.isOpen()) {
+            admit(std::move(socket));
+        } else if (!survivesAcceptError(errno)) {
+            return;
+        }
+    }
+}
+
+/// True when accepting can go on at once.
+bool OverlayConnections::survivesAcceptError(int error) {
+    switch (error) {
+    case EAGAIN:
+        return false;
+    case EBADF:
+    case EINVAL:
+    case ENOTSOCK:
+    case EOPNOTSUPP:
+        listenerFailed(error);
+        return false;
+    case EMFILE:
+    case ENFILE:
+    case ENOBUFS:
+    case ENOMEM:
+        if (giveUpOldestSilent()) {
+            return true;
+        }
+        pauseAccepting();
+        return false;
+    default:
+        return true; // It concerns only the connection that was to be accepted.
+    }
+}
+
+void OverlayConnections::admit(FileDescriptor socket) {
+    OverlayConnection connection(std::move(socket));
+    const Waits waits = connection.advance(respond_);
+    if (waits == Waits::ForNothing) {
+        return;
+    }
+    makeRoom();
+    const Id id = ++lastId_;
+    if (!watch(EPOLL_CTL_ADD, connection.socket(), id, waits)) {
+        return; // Out of kernel memory: without a place to wait, the connection ends here.
+    }
+    waiting_.emplace_hint(waiting_.end(), id, Waiting{std::move(connection), Clock::now()});
+    if (!sweeper_.isActive()) {
+        sweeper_.start();
+    }
+}
+
+void OverlayConnections::advance(Id id) {
+    const auto entry = waiting_.find(id);
+    if (entry == waiting_.end()) {
+        return; // Given up earlier in this round.
+    }
+    Waiting& waiting = entry->second;
+    const Waits before = waiting.connection.waits();
+    const Waits after = waiting.connection.advance(respond_);
+    if (after == Waits::ForNothing) {
+        remove(entry);
+    } else if (after != before) {
+        waiting.since = Clock::now();
+        if (!watch(EPOLL_CTL_MOD, waiting.connection.socket(), id, after)) {
+            remove(entry);
+        }
+    }
+}
+
+void OverlayConnections::remove(WaitingMap::iterator entry) {
+    waiting_.erase(entry);
+    if (waiting_.empty()) {
+        sweeper_.stop();
+    }
+}
+
+bool OverlayConnections::giveUpOldestSilent() {
+    const auto silent = std::find_if(waiting_.begin(), waiting_.end(), [](const auto& entry) {
+        return entry.second.connection.waits() == Waits::ForRequest;
+    });
+    if (silent == waiting_.end()) {
+        return false;
+    }
+    remove(silent);
+    return true;
+}
+
+void OverlayConnections::makeRoom() {
+    if (waiting_.size() >= bound_ && !giveUpOldestSilent()) {
+        remove(waiting_.begin());
+    }
+}
+
+void OverlayConnections::pauseAccepting() {
+    watch(EPOLL_CTL_DEL, listening_, listenerId, Waits::ForNothing);
+    acceptAgain_.start();
+}
+
+void OverlayConnections::sweep() {
+    const Clock::time_point now = Clock::now();
+    std::erase_if(waiting_, [&](const auto& entry) {
+        const Waiting& waiting = entry.second;
+        return now - waiting.since > allowance(waiting.connection.waits());
+    });
+    if (waiting_.empty()) {
+        sweeper_.stop();
+    }
+}
+
+void OverlayConnections::listenerFailed(int error) {
+    stopListening();
+    listenerFailed_(std::error_code(error, std::generic_category()));
+}
+
+bool OverlayConnections::watch(int operation, int socket, Id id, Waits waits) const {
+    epoll_event event{};
+    event.events = waits == Waits::ForRoomToSend ? EPOLLOUT : EPOLLIN;
+    event.data.u64 = id;
+    return ::epoll_ctl(epoll_.number(), operation, socket, &event) == 0;
+}
+
+std::chrono::milliseconds OverlayConnections::allowance(Waits waits) const {
+    switch (waits) {
+    case Waits::ForRequest:
+        return limits_.silentClient;
+    case Waits::ForRoomToSend:
+        return limits_.slowReader;
+    case Waits::ForClientToClose:
+    case Waits::ForNothing:
+        break;
+    }
+    return limits_.lingering;
+}
+
+} // namespace orv

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "OverlayConnection.h"
+#include "OverlayLimits.h"
+
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <system_error>
+
+namespace orv {
+
+/// Accepts and serves the connections of one listening socket at a time, inside the event loop of
+/// the thread it is created on; everything happens on that thread and nothing blocks it.
+///
+/// One epoll instance stands behind a single notifier of the event loop, so that the price of a
+/// turn does not grow with the number of open connections. A request that has already arrived when
+/// its connection is accepted is answered and closed on the spot.
+class OverlayConnections {
+  public:
+    using ListenerFailed = std::function<void(std::error_code)>;
+
+    /// `listenerFailed` is told when the listening socket broke; it is not watched any more then.
+    OverlayConnections(OverlayLimits limits, OverlayConnection::Respond respond,
+                       ListenerFailed listenerFailed);
+
+    OverlayConnections(const OverlayConnections&) = delete;
+    OverlayConnections& operator=(const OverlayConnections&) = delete;
+
+    /// Starts to accept from `socket`, which must be listening and non-blocking and stay open until
+    /// `stopListening`.
+    void listenOn(int socket);
+
+    /// Accepts no more. Connections that are open are still served.
+    void stopListening();
+
+  private:
+    using Id = std::uint64_t;
+    using Clock = std::chrono::steady_clock;
+
+    struct Waiting {
+        OverlayConnection connection;
+        Clock::time_point since; ///< When it began to wait for what it waits for now.
+    };
+
+    using WaitingMap = std::map<Id, Waiting>; ///< Ordered by age.
+
+    void serveReady();
+    void acceptReady();
+    bool survivesAcceptError(int error);
+    void admit(FileDescriptor socket);
+    void advance(Id id);
+    void remove(WaitingMap::iterator entry);
+    bool giveUpOldestSilent();
+    void makeRoom();
+    void pauseAccepting();
+    void sweep();
+    void listenerFailed(int error);
+    bool watch(int operation, int socket, Id id, OverlayConnection::Waits waits) const;
+    std::chrono::milliseconds allowance(OverlayConnection::Waits waits) const;
+
+    const OverlayLimits limits_;
+    const OverlayConnection::Respond respond_;
+    const ListenerFailed listenerFailed_;
+    const std::size_t bound_;
+    const FileDescriptor epoll_;
+    int listening_ = -1;
+    Id lastId_ = 0;
+    WaitingMap waiting_;
+    QSocketNotifier ready_;
+    QTimer sweeper_;
+    QTimer acceptAgain_;
+};
+
+} // namespace orv

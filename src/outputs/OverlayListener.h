@@ -1,0 +1,31 @@
+#pragma once
+
+#include "FileDescriptor.h"
+
+#include <cstdint>
+#include <system_error>
+#include <variant>
+
+namespace orv {
+
+/// A TCP socket that listens on one port of every interface, over IPv6 and IPv4.
+class OverlayListener {
+  public:
+    /// The listener, or why there is none: the port is in use, not permitted, or the system has no
+    /// sockets left. A port that was used a moment ago can be taken again; one that another
+    /// program listens on cannot. Port 0 lets the system choose one.
+    static std::variant<OverlayListener, std::error_code> open(std::uint16_t port);
+
+    /// Non-blocking.
+    int socket() const { return socket_.number(); }
+
+    std::uint16_t port() const { return port_; }
+
+  private:
+    OverlayListener(FileDescriptor socket, std::uint16_t port);
+
+    FileDescriptor socket_;
+    std::uint16_t port_;
+};
+
+} // namespace orv

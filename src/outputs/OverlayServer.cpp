@@ -1,0 +1,155 @@
+#include "OverlayServer.h"
+
+#include "DefaultsStore.h"
+#include "Log.h"
+#include "OverlayConnections.h"
+#include "OverlayPage.h"
+#include "SharedInstance.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <utility>
+#include <variant>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+SharedInstance<OverlayServer>& sharedServer() {
+    static SharedInstance<OverlayServer> instance;
+    return instance;
+}
+
+QString text(const std::error_code& error) {
+    return QString::fromStdString(error.message());
+}
+
+} // namespace
+
+std::uint16_t overlayPort(std::int64_t stored) {
+    constexpr std::uint16_t defaultPort = 8077;
+    constexpr std::int64_t highestPort = std::numeric_limits<std::uint16_t>::max();
+    return stored < 1 ? defaultPort : static_cast<std::uint16_t>(std::min(stored, highestPort));
+}
+
+OverlayServer::OverlayServer(DefaultsStore& store, OverlayLimits limits)
+    : store_(store)
+    , queue_(u"io.tavrin.orv.overlayserver"_s) {
+    queue_.post([this, limits] {
+        connections_ = std::make_unique<OverlayConnections>(
+            limits, [this](QByteArrayView path) { return response(path).bytes(); },
+            [this](std::error_code error) { listenerFailed(error); });
+    });
+}
+
+OverlayServer::~OverlayServer() {
+    queue_.sync([this] {
+        connections_.reset();
+        listener_.reset();
+    });
+}
+
+OverlayServer& OverlayServer::shared() {
+    return sharedServer().get();
+}
+
+void OverlayServer::installShared(std::function<std::unique_ptr<OverlayServer>()> factory) {
+    sharedServer().install(std::move(factory));
+}
+
+void OverlayServer::applySettings() {
+    queue_.post([this] { reconcile(); });
+}
+
+void OverlayServer::start(std::uint16_t port) {
+    queue_.post([this, port] { startNow(port); });
+}
+
+void OverlayServer::stop() {
+    queue_.post([this] { stopNow(); });
+}
+
+void OverlayServer::broadcast(const QString& original, const QString& translation) {
+    const std::chrono::duration<double> sinceEpoch =
+        std::chrono::system_clock::now().time_since_epoch();
+    const std::lock_guard guard(lock_);
+    currentOriginal_ = original;
+    currentTranslation_ = translation;
+    lastUpdate_ = sinceEpoch.count();
+}
+
+HttpResponse OverlayServer::response(QByteArrayView path) const {
+    switch (overlayRoute(path)) {
+    case OverlayRoute::Text:
+        return latestResult();
+    case OverlayRoute::Page:
+        return pageResponse(overlayHTML());
+    case OverlayRoute::NotFound:
+        break;
+    }
+    return notFoundResponse();
+}
+
+QByteArray OverlayServer::overlayHTML() const {
+    return overlayPage(OverlayAppearance::fromStore(store_));
+}
+
+HttpResponse OverlayServer::latestResult() const {
+    OverlayResult result;
+    result.showOriginal = store_.boolean(u"showOriginal"_s).value_or(false);
+    {
+        const std::lock_guard guard(lock_);
+        result.original = currentOriginal_;
+        result.translation = currentTranslation_;
+        result.lastUpdate = lastUpdate_;
+        if (encoded_.result == result) {
+            return textResponse(encoded_.json);
+        }
+    }
+    QByteArray json = result.toJson();
+    const std::lock_guard guard(lock_);
+    encoded_ = {std::move(result), std::move(json)};
+    return textResponse(encoded_.json);
+}
+
+void OverlayServer::reconcile() {
+    if (!store_.boolean(u"obsOverlayEnabled"_s).value_or(false)) {
+        stopNow();
+        return;
+    }
+    const std::uint16_t port = overlayPort(store_.integer(u"obsOverlayPort"_s).value_or(0));
+    if (!isRunning_ || activePort_ != port) {
+        startNow(port);
+    }
+}
+
+void OverlayServer::startNow(std::uint16_t port) {
+    stopNow();
+    auto opened = OverlayListener::open(port);
+    if (const auto* error = std::get_if<std::error_code>(&opened)) {
+        logLine(u"❌ OBS-Overlay-Server start failed: %1"_s.arg(text(*error)));
+        return;
+    }
+    listener_ = std::move(std::get<OverlayListener>(opened));
+    activePort_ = listener_->port();
+    isRunning_ = true;
+    logLine(u"✓ OBS-Overlay-Server läuft auf http://localhost:%1/overlay"_s.arg(activePort_));
+    connections_->listenOn(listener_->socket());
+}
+
+void OverlayServer::stopNow() {
+    connections_->stopListening();
+    listener_.reset();
+    isRunning_ = false;
+}
+
+void OverlayServer::listenerFailed(std::error_code error) {
+    listener_.reset();
+    isRunning_ = false;
+    logLine(u"❌ OBS-Overlay-Server fehlgeschlagen: %1"_s.arg(text(error)));
+}
+
+} // namespace orv

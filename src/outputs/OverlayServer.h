@@ -1,0 +1,109 @@
+#pragma once
+
+#include "EventLoopThread.h"
+#include "OverlayContent.h"
+#include "OverlayLimits.h"
+#include "OverlayListener.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <system_error>
+
+namespace orv {
+
+class DefaultsStore;
+class OverlayConnections;
+
+/// The port to listen on for a stored one: below 1 it is 8077, above 65535 it is 65535.
+std::uint16_t overlayPort(std::int64_t stored);
+
+/// A small HTTP server on a local port for browser sources: a transparent subtitle page, and the
+/// latest result as JSON, which that page polls.
+///
+/// The listener and its connections live on a thread of their own. `applySettings`, `start` and
+/// `stop` only post to it and return at once; they take effect in the order of the calls, and
+/// `isRunning` follows. They may be called from any thread. The results outlive stop and start.
+class OverlayServer {
+  public:
+    /// `store` must outlive the server. Nothing runs until `applySettings` or `start`.
+    explicit OverlayServer(DefaultsStore& store, OverlayLimits limits = {});
+
+    /// Closes the listener and every connection and joins the thread. No line says so.
+    ~OverlayServer();
+
+    OverlayServer(const OverlayServer&) = delete;
+    OverlayServer& operator=(const OverlayServer&) = delete;
+
+    /// The process-wide instance, made on first use by what `installShared` was given. Nothing
+    /// inside the libraries asks for it.
+    static OverlayServer& shared();
+
+    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
+    static void installShared(std::function<std::unique_ptr<OverlayServer>()> factory);
+
+    /// Makes the server what "obsOverlayEnabled" and "obsOverlayPort" in the store say at the time
+    /// the server's thread gets to it: running on that port, or stopped. Does nothing when it
+    /// already is.
+    void applySettings();
+
+    /// Stops a running listener and opens one on `port` of every interface; the log tells whether
+    /// that worked. Port 0 lets the system choose.
+    void start(std::uint16_t port);
+
+    /// Closes the listener. Requests that were accepted before are still answered.
+    void stop();
+
+    /// Keeps the two texts as the latest result. Callable from any thread.
+    void broadcast(const QString& original, const QString& translation);
+
+    /// Whether connections are accepted. Callable from any thread.
+    bool isRunning() const { return isRunning_; }
+
+    /// The port of the listener that runs, or ran last; 0 before the first. Callable from any
+    /// thread.
+    std::uint16_t activePort() const { return activePort_; }
+
+    /// What `path` is answered with now. Callable from any thread.
+    HttpResponse response(QByteArrayView path) const;
+
+    /// The page with the appearance that the store holds now. Callable from any thread.
+    QByteArray overlayHTML() const;
+
+  private:
+    void reconcile();
+    void startNow(std::uint16_t port);
+    void stopNow();
+    void listenerFailed(std::error_code error);
+    HttpResponse latestResult() const;
+
+    DefaultsStore& store_;
+    std::optional<OverlayListener> listener_;
+    std::unique_ptr<OverlayConnections> connections_;
+    EventLoopThread queue_; ///< Owns the two above.
+
+    mutable std::mutex lock_; ///< Guards the three fields of the result and their encoding.
+    QString currentOriginal_;
+    QString currentTranslation_;
+    double lastUpdate_ = 0; ///< Seconds since 1970.
+
+    /// The document that was asked for last: many pages poll, and few of their polls find a change.
+    struct Encoded {
+        OverlayResult result;
+        QByteArray json = result.toJson();
+    };
+
+    mutable Encoded encoded_;
+
+    std::atomic<bool> isRunning_ = false;
+    std::atomic<std::uint16_t> activePort_ = 0;
+};
+
+} // namespace orv
