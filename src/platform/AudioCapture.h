@@ -40,25 +40,33 @@ struct MicrophoneBuffer {
     std::size_t stride = 1;              ///< Distance between two samples of channel 0.
 };
 
-/// What `MicrophoneStream::prepare` found out. Meaningful when `error` is empty.
+/// Why a microphone cannot be prepared at all.
+enum class MicrophoneFailure {
+    None,
+    NoEngine, ///< The sound service cannot be used.
+    NoInput,  ///< There is no input device.
+};
+
+/// What `MicrophoneStream::prepare` found out. The rest is meaningful without a failure only.
 struct MicrophonePreparation {
-    QString error;            ///< Why there is no capture; empty on success.
-    bool deviceFound = true;  ///< False: the identifier is unknown and the default input is used.
-    QString deviceNumber;     ///< The platform's short number of the chosen device.
-    QString selectError;      ///< The device exists but could not be selected; empty otherwise.
+    MicrophoneFailure failure = MicrophoneFailure::None;
+    bool deviceFound = true; ///< False: the identifier is unknown and the default input is used.
+    QString deviceNumber;    ///< The platform's short number of the chosen device.
+    QString selectError;     ///< The device exists but could not be selected; empty otherwise.
     RateSwitch rateSwitch = RateSwitch::NotTried;
-    double rateBefore = 0;    ///< The device's rate before the switch, Hz.
+    double rateBefore = 0;     ///< The device's rate before the switch, Hz.
     AudioFormat initialFormat; ///< As found.
     AudioFormat format;        ///< As it will be delivered.
 };
 
 /// Capture from one input device. All calls and all completions happen on the thread that created
 /// it; buffers arrive on the platform's capture thread. Destroying the object ends the capture; no
-/// handler runs after the destructor has returned.
+/// handler runs after the destructor has returned. A handler that runs on the owner's thread may
+/// destroy the object.
 class MicrophoneStream {
   public:
     using BufferHandler = std::function<void(const MicrophoneBuffer&)>;
-    /// Called once when a running capture ends by itself: device or sound server gone.
+    /// Called once when a running capture ends by itself: device or sound service gone.
     using StoppedHandler = std::function<void(const QString& error)>;
 
     virtual ~MicrophoneStream() = default;
@@ -72,15 +80,23 @@ class MicrophoneStream {
     /// platform may deliver other sizes). Never blocks; `done` is called later, once, with an
     /// empty string or the reason of the failure.
     virtual void start(std::size_t framesPerBuffer, BufferHandler onBuffer,
-                       StoppedHandler onStopped, std::function<void(const QString& error)> done) = 0;
+                       StoppedHandler onStopped,
+                       std::function<void(const QString& error)> done) = 0;
+};
+
+/// What to capture of everything the machine plays.
+struct ScreenCaptureRequest {
+    std::optional<QString> applicationId; ///< Without a value: everything.
+    /// An unknown application: false captures everything instead, true waits for it in silence.
+    bool waitForApplication = false;
 };
 
 /// What `ScreenCaptureStream::start` came to.
 struct ScreenCaptureStart {
-    QString error;               ///< Empty when the capture runs.
-    bool displayFound = true;    ///< False: there is nothing to capture; `error` is set as well.
+    QString error;                ///< Empty when the capture runs.
+    bool displayFound = true;     ///< False: there is nothing to capture; `error` is set as well.
     bool applicationFound = true; ///< False: the application is unknown, all sound is captured.
-    QString applicationName;     ///< For people; empty for system audio.
+    QString applicationName;      ///< For people; empty for system audio.
 };
 
 /// Capture of what the machine plays: everything, or one application. Threads and lifetime as for
@@ -88,7 +104,8 @@ struct ScreenCaptureStart {
 ///
 /// Blocks are 32-bit floats at 48 kHz, two channels, planar: all samples of the left channel, then
 /// all of the right. Blocks keep coming, silent ones, while nothing plays: whoever waits for a
-/// pause in speech needs to hear it.
+/// pause in speech needs to hear it. An application that stops playing and plays again, and a
+/// change of what the machine plays on, do not end the capture.
 class ScreenCaptureStream {
   public:
     /// One block of raw bytes, on the capture thread, valid only during the call.
@@ -97,11 +114,14 @@ class ScreenCaptureStream {
 
     virtual ~ScreenCaptureStream() = default;
 
-    /// Starts capturing one application (`applicationId`) or, without a value, everything. An
-    /// unknown application yields everything. Never blocks; `done` is called later, once.
-    virtual void start(std::optional<QString> applicationId, BlockHandler onBlock,
+    /// Starts capturing. Never blocks; `done` is called later, once.
+    virtual void start(const ScreenCaptureRequest& request, BlockHandler onBlock,
                        StoppedHandler onStopped,
                        std::function<void(const ScreenCaptureStart&)> done) = 0;
+
+    /// Ends the capture: no block and no `onStopped` come after the return. `done` is called later,
+    /// once, with an empty string or what went wrong, unless the object is destroyed before.
+    virtual void stop(std::function<void(const QString& error)> done) = 0;
 };
 
 /// The sound services of a platform: what can be listened to, and the listening. Lives on the main

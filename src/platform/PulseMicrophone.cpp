@@ -1,0 +1,181 @@
+#include "PulseMicrophone.h"
+
+#include "Post.h"
+
+#include <cmath>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+constexpr std::uint32_t wantedRate = 48000;
+constexpr std::size_t usualFragment = 4096;
+
+bool runsAtWantedRate(double sampleRate) {
+    return std::abs(sampleRate - double(wantedRate)) <= 1.0;
+}
+
+} // namespace
+
+PulseMicrophone::PulseMicrophone(std::shared_ptr<PulseConnection> connection)
+    : connection_(std::move(connection)) {}
+
+PulseMicrophone::~PulseMicrophone() {
+    const PulseLock lock(*connection_);
+    connection_->forget(this);
+    stream_.reset();
+}
+
+void PulseMicrophone::prepare(const QString& deviceId,
+                              std::function<void(const MicrophonePreparation&)> done) {
+    const PulseLock lock(*connection_);
+    connection_->forget(this);
+    stream_.reset();
+    preparation_ = {};
+    prepared_ = std::move(done);
+    isChosen_ = false;
+    connection_->whenSettled(this, [this, name = deviceId.toUtf8()](bool ready) {
+        if (!ready) {
+            finishPreparation(MicrophoneFailure::NoEngine);
+        } else if (name.isEmpty()) {
+            findDefault();
+        } else {
+            findChosen(name);
+        }
+    });
+}
+
+void PulseMicrophone::findChosen(const QByteArray& name) {
+    connection_->findSource(this, name, [this](const Sources& found) {
+        if (!found) {
+            finishPreparation(MicrophoneFailure::NoEngine);
+        } else if (found->empty()) {
+            preparation_.deviceFound = false;
+            findDefault();
+        } else {
+            isChosen_ = true;
+            use(found->front());
+            preparation_.deviceNumber = QString::number(source_.index);
+            if (runsAtWantedRate(source_.sampleRate)) {
+                preparation_.rateSwitch = RateSwitch::AlreadyAt48kHz;
+                finishPreparation();
+            } else {
+                askFor48kHz();
+            }
+        }
+    });
+}
+
+void PulseMicrophone::findDefault() {
+    connection_->findSource(this, "@DEFAULT_SOURCE@", [this](const Sources& found) {
+        if (!found) {
+            finishPreparation(MicrophoneFailure::NoEngine);
+        } else if (found->empty()) {
+            finishPreparation(MicrophoneFailure::NoInput);
+        } else {
+            use(found->front());
+            finishPreparation();
+        }
+    });
+}
+
+void PulseMicrophone::use(const PulseSource& source) {
+    source_ = source;
+    preparation_.initialFormat = {.sampleRate = source.sampleRate, .channels = source.channels};
+    preparation_.format = preparation_.initialFormat;
+    preparation_.rateBefore = source.sampleRate;
+}
+
+void PulseMicrophone::askFor48kHz() {
+    PulseRecording question = recording(wantedRate);
+    question.paused = true;
+    const auto cannotOpen = [this](const QString& error) {
+        stream_.reset();
+        isChosen_ = false;
+        preparation_.selectError = error;
+        findDefault();
+    };
+    stream_ = PulseRecordStream::open(
+        *connection_, question, [](const float*, std::size_t) {}, [this] { readBack(); },
+        cannotOpen);
+    if (!stream_) {
+        cannotOpen(connection_->lastError());
+    }
+}
+
+void PulseMicrophone::readBack() {
+    connection_->findSource(this, source_.name, [this](const Sources& found) {
+        stream_.reset();
+        if (!found) {
+            finishPreparation(MicrophoneFailure::NoEngine);
+            return;
+        }
+        if (found->empty()) {
+            preparation_.rateSwitch = RateSwitch::RatesUnreadable;
+        } else {
+            source_ = found->front();
+            preparation_.rateSwitch = runsAtWantedRate(source_.sampleRate)
+                                          ? RateSwitch::Switched
+                                          : RateSwitch::NotSupported;
+            preparation_.format = {.sampleRate = source_.sampleRate, .channels = source_.channels};
+        }
+        finishPreparation();
+    });
+}
+
+void PulseMicrophone::finishPreparation(MicrophoneFailure failure) {
+    preparation_.failure = failure;
+    post(&context_,
+         [done = std::exchange(prepared_, nullptr), result = preparation_] { done(result); });
+}
+
+void PulseMicrophone::start(std::size_t framesPerBuffer, BufferHandler onBuffer,
+                            StoppedHandler onStopped,
+                            std::function<void(const QString& error)> done) {
+    const PulseLock lock(*connection_);
+    onBuffer_ = std::move(onBuffer);
+    onStopped_ = std::move(onStopped);
+    started_ = std::move(done);
+    collector_.emplace(framesPerBuffer, static_cast<std::size_t>(source_.channels));
+    PulseRecording wanted = recording(static_cast<std::uint32_t>(preparation_.format.sampleRate));
+    wanted.fragmentFrames = framesPerBuffer;
+    stream_ = PulseRecordStream::open(
+        *connection_, wanted,
+        [this, framesPerBuffer](const float* samples, std::size_t frames) {
+            collector_->push(samples, frames, [&](const float* full) {
+                onBuffer_({.firstChannel = full, .frames = framesPerBuffer, .stride = 1});
+            });
+        },
+        [this] { post(&context_, [done = std::exchange(started_, nullptr)] { done({}); }); },
+        [this](const QString& error) { startEnded(error); });
+    if (!stream_) {
+        startEnded(connection_->lastError());
+    }
+}
+
+void PulseMicrophone::startEnded(const QString& error) {
+    stream_.reset();
+    if (started_) {
+        post(&context_, [done = std::exchange(started_, nullptr), error] { done(error); });
+    } else {
+        post(&context_, [handler = onStopped_, error] { handler(error); });
+    }
+}
+
+PulseRecording PulseMicrophone::recording(std::uint32_t sampleRate) const {
+    return {
+        .source = source_.name,
+        .playback = std::nullopt,
+        .sampleRate = sampleRate,
+        .channels = static_cast<std::uint8_t>(source_.channels),
+        .channelMap = source_.channelMap,
+        .fragmentFrames = usualFragment,
+        .paused = false,
+        .mayMove = !isChosen_,
+    };
+}
+
+} // namespace orv

@@ -1,0 +1,258 @@
+#include "PulseScreenCapture.h"
+
+#include "ApplicationIdentity.h"
+#include "Post.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+/// Two blocks: the machine's sound must not be chopped finer for our sake.
+constexpr std::size_t fragmentFrames = 2 * BlockMixer::blockFrames;
+
+BlockMixer::Time now() {
+    return std::chrono::steady_clock::now();
+}
+
+} // namespace
+
+PulseScreenCapture::PulseScreenCapture(std::shared_ptr<PulseConnection> connection,
+                                       std::shared_ptr<RunningAppScanner> scanner)
+    : connection_(std::move(connection))
+    , scanner_(std::move(scanner))
+    , ticker_(connection_->api())
+    , retake_(connection_->api()) {}
+
+PulseScreenCapture::~PulseScreenCapture() {
+    const PulseLock lock(*connection_);
+    release();
+}
+
+void PulseScreenCapture::start(const ScreenCaptureRequest& request, BlockHandler onBlock,
+                               StoppedHandler onStopped,
+                               std::function<void(const ScreenCaptureStart&)> done) {
+    const PulseLock lock(*connection_);
+    release();
+    request_ = request;
+    outcome_ = {};
+    onBlock_ = std::move(onBlock);
+    onStopped_ = std::move(onStopped);
+    started_ = std::move(done);
+    mixer_.emplace(now(), [this](std::span<const float> block) { onBlock_(std::as_bytes(block)); });
+    connection_->addListener(this);
+    if (!request_.applicationId) {
+        begin({});
+        return;
+    }
+    scanner_->scan(&context_, [this](const QList<RunningApp>& apps) {
+        const PulseLock lockAgain(*connection_);
+        if (started_) {
+            begin(apps);
+        }
+    });
+}
+
+void PulseScreenCapture::begin(const QList<RunningApp>& runningApps) {
+    connection_->whenSettled(this, [this, runningApps](bool ready) {
+        if (!ready) {
+            failStart(u"Soundserver nicht erreichbar"_s);
+        } else if (request_.applicationId) {
+            startApplication(runningApps);
+        } else {
+            takeUpSink();
+        }
+    });
+}
+
+void PulseScreenCapture::startApplication(const QList<RunningApp>& runningApps) {
+    connection_->listPlaybacks(this, [this, runningApps](const auto& playbacks) {
+        if (!playbacks) {
+            failStart(u"Verbindung zum Soundserver verloren"_s);
+            return;
+        }
+        const QString& id = *request_.applicationId;
+        const qint64 ownProcess = QCoreApplication::applicationPid();
+        const auto playing =
+            std::find_if(playbacks->begin(), playbacks->end(),
+                         [&](const auto& one) { return belongsTo(one, id, ownProcess); });
+        const auto running = std::find_if(runningApps.begin(), runningApps.end(),
+                                          [&](const auto& app) { return app.bundleId == id; });
+        if (playing != playbacks->end()) {
+            outcome_.applicationName = applicationOf(*playing, ownProcess)->name;
+        } else if (running != runningApps.end()) {
+            outcome_.applicationName = running->name;
+        } else if (request_.waitForApplication) {
+            outcome_.applicationName = id;
+        } else {
+            outcome_.applicationFound = false;
+            request_.applicationId.reset();
+            takeUpSink();
+            return;
+        }
+        finishStart();
+        takeUpPlaybacks();
+    });
+}
+
+void PulseScreenCapture::pulseLost() {
+    if (started_) {
+        failStart(u"Verbindung zum Soundserver verloren"_s);
+        return;
+    }
+    post(&context_, [handler = onStopped_] { handler(u"Verbindung zum Soundserver verloren"_s); });
+    release();
+}
+
+void PulseScreenCapture::pulseChanged(PulseChange change) {
+    const bool concernsApplication =
+        change == PulseChange::Playbacks || change == PulseChange::PlaybackMoved;
+    const bool concernsSink = change == PulseChange::Server || change == PulseChange::Sinks;
+    if (!started_ && (request_.applicationId ? concernsApplication : concernsSink)) {
+        takeUp();
+    }
+}
+
+void PulseScreenCapture::takeUp() {
+    if (askingForStreams_) {
+        askAgain_ = true;
+    } else if (request_.applicationId) {
+        takeUpPlaybacks();
+    } else {
+        takeUpSink();
+    }
+}
+
+void PulseScreenCapture::takeUpSink() {
+    askingForStreams_ = true;
+    connection_->findSink(this, "@DEFAULT_SINK@", [this](const auto& found) {
+        askingForStreams_ = false;
+        if (!found) {
+            return;
+        }
+        if (found->empty() && started_) {
+            outcome_.displayFound = false;
+            failStart(u"Keine Audio-Ausgabe vorhanden"_s);
+            return;
+        }
+        std::map<std::uint32_t, PulseRecording> wanted;
+        for (const PulseSink& sink : *found) {
+            wanted[sink.index].source = sink.monitorName;
+        }
+        adjustStreams(wanted);
+    });
+}
+
+void PulseScreenCapture::takeUpPlaybacks() {
+    askingForStreams_ = true;
+    connection_->listPlaybacks(this, [this](const auto& playbacks) {
+        askingForStreams_ = false;
+        if (!playbacks) {
+            return;
+        }
+        std::map<std::uint32_t, PulseRecording> wanted;
+        for (const PulsePlayback& playback : *playbacks) {
+            if (belongsTo(playback, *request_.applicationId, QCoreApplication::applicationPid())) {
+                wanted[playback.index].playback = playback.index;
+            }
+        }
+        adjustStreams(wanted);
+    });
+}
+
+void PulseScreenCapture::adjustStreams(const std::map<std::uint32_t, PulseRecording>& wanted) {
+    for (auto stream = streams_.begin(); stream != streams_.end();) {
+        if (wanted.contains(stream->first)) {
+            ++stream;
+        } else {
+            mixer_->removeStream(stream->first);
+            stream = streams_.erase(stream);
+        }
+    }
+    for (const auto& [id, recording] : wanted) {
+        if (!streams_.contains(id)) {
+            openStream(id, recording);
+        }
+    }
+    if (std::exchange(askAgain_, false) && mixer_) {
+        takeUp();
+    }
+}
+
+void PulseScreenCapture::openStream(std::uint32_t id, const PulseRecording& recording) {
+    PulseRecording shaped = recording;
+    shaped.fragmentFrames = fragmentFrames;
+    std::unique_ptr<PulseRecordStream> stream = PulseRecordStream::open(
+        *connection_, shaped,
+        [this, id](const float* samples, std::size_t frames) {
+            mixer_->push(id, samples, frames, now());
+        },
+        [this] {
+            if (started_) {
+                finishStart();
+                takeUp(); // Another default may have been chosen meanwhile.
+            }
+        },
+        [this, id](const QString& error) { streamEnded(id, error); });
+    if (!stream) {
+        streamEnded(id, connection_->lastError());
+        return;
+    }
+    mixer_->addStream(id);
+    streams_[id] = std::move(stream);
+}
+
+void PulseScreenCapture::streamEnded(std::uint32_t id, const QString& error) {
+    if (started_) {
+        failStart(error);
+        return;
+    }
+    mixer_->removeStream(id);
+    streams_.erase(id);
+    retake_.schedule(connection_->context(), connection_->options().retake, [this] { takeUp(); });
+}
+
+void PulseScreenCapture::tick() {
+    mixer_->advance(now());
+    ticker_.schedule(connection_->context(), BlockMixer::blockDuration, [this] { tick(); });
+}
+
+void PulseScreenCapture::finishStart() {
+    post(&context_,
+         [done = std::exchange(started_, nullptr), outcome = outcome_] { done(outcome); });
+    ticker_.schedule(connection_->context(), BlockMixer::blockDuration, [this] { tick(); });
+}
+
+void PulseScreenCapture::failStart(const QString& error) {
+    outcome_.error = error;
+    post(&context_,
+         [done = std::exchange(started_, nullptr), outcome = outcome_] { done(outcome); });
+    release();
+}
+
+void PulseScreenCapture::stop(std::function<void(const QString& error)> done) {
+    const PulseLock lock(*connection_);
+    release();
+    post(&context_, [done = std::move(done)] { done({}); });
+}
+
+void PulseScreenCapture::release() {
+    connection_->forget(this);
+    connection_->removeListener(this);
+    ticker_.cancel();
+    retake_.cancel();
+    streams_.clear();
+    mixer_.reset();
+    started_ = nullptr;
+    askingForStreams_ = false;
+    askAgain_ = false;
+}
+
+} // namespace orv

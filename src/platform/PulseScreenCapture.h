@@ -1,0 +1,64 @@
+#pragma once
+
+#include "AudioCapture.h"
+#include "BlockMixer.h"
+#include "PulseConnection.h"
+#include "PulseRecordStream.h"
+#include "RunningAppScanner.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace orv {
+
+/// What the machine plays: the monitor of the default sink, whichever it is at the time, or the
+/// monitors of one application's playback streams, whichever there are.
+class PulseScreenCapture final : public ScreenCaptureStream, private PulseListener {
+  public:
+    PulseScreenCapture(std::shared_ptr<PulseConnection> connection,
+                       std::shared_ptr<RunningAppScanner> scanner);
+    ~PulseScreenCapture() override;
+
+    void start(const ScreenCaptureRequest& request, BlockHandler onBlock, StoppedHandler onStopped,
+               std::function<void(const ScreenCaptureStart&)> done) override;
+    void stop(std::function<void(const QString& error)> done) override;
+
+  private:
+    // On the loop's thread, or with its lock held.
+    void pulseLost() override;
+    void pulseChanged(PulseChange change) override;
+    void begin(const QList<RunningApp>& runningApps);
+    void startApplication(const QList<RunningApp>& runningApps);
+    void takeUp();
+    void takeUpSink();
+    void takeUpPlaybacks();
+    void adjustStreams(const std::map<std::uint32_t, PulseRecording>& wanted);
+    void openStream(std::uint32_t id, const PulseRecording& recording);
+    void streamEnded(std::uint32_t id, const QString& error);
+    void tick();
+    void finishStart();
+    void failStart(const QString& error);
+    void release();
+
+    std::shared_ptr<PulseConnection> connection_;
+    std::shared_ptr<RunningAppScanner> scanner_;
+    QObject context_; ///< What the completions are posted to; lives where this object does.
+
+    ScreenCaptureRequest request_;
+    ScreenCaptureStart outcome_;
+    std::function<void(const ScreenCaptureStart&)> started_;
+    BlockHandler onBlock_;
+    StoppedHandler onStopped_;
+    std::optional<BlockMixer> mixer_; ///< There from `start` until the capture is over.
+    std::map<std::uint32_t, std::unique_ptr<PulseRecordStream>> streams_;
+    PulseTimer ticker_;
+    PulseTimer retake_;
+    bool askingForStreams_ = false;
+    bool askAgain_ = false;
+};
+
+} // namespace orv
