@@ -48,7 +48,7 @@ class CaptureSources : public QObject {
                    QObject* parent = nullptr);
     ~CaptureSources() override;
 
-    /// Ends what ran before, without a word, and starts. `deviceId` counts for a microphone (empty:
+    /// Ends what ran before, as `stop` does, and starts. `deviceId` counts for a microphone (empty:
     /// the default input), `appBundleId` for a single application (empty: everything is captured).
     /// False, with a line, when `source` is none of the known ones.
     bool start(AudioSourceType source, const QString& deviceId, const QString& appBundleId);
@@ -87,36 +87,44 @@ class CaptureSources : public QObject {
 
   private:
     struct Run;
-    /// Whether an answer of the platform is news only when it differs from the last one.
+    /// Whether an answer of the platform is logged always, or only when it is news.
     enum class Announce { Always, Changes };
 
+    // Microphone.
     void startMicrophoneCapture();
     void microphoneAuthorized(CaptureAuthorization status);
+    void microphoneAccessAnswered(bool granted);
     void startMicrophoneCaptureInternal();
-    void microphonePrepared(const MicrophonePreparation& preparation);
-    bool createConverter(double sampleRate);
-    void microphoneStarted(const AudioFormat& format, const QString& error);
+    void microphonePrepared(const MicrophonePreparation& found);
+    bool choosePath();
+    void startMicrophoneStream();
+    void microphoneStopped(const QString& error);
 
+    // System or application sound.
     void startScreenCaptureAudio();
     void screenCaptureStarted(const ScreenCaptureStart& outcome);
     void screenCaptureStopped(const QString& error);
 
+    // The course of a run.
+    template <typename Work>
+    auto forThisRun(Work work);
     void running();
-    void failed();
-    void endedByItself();
+    void failed(const QString& line);
+    void giveUp();
     void retryLater();
     void retry();
-    void retire(std::unique_ptr<ScreenCaptureStream> stream);
+    void closeStreams();
 
     void askDevices(Announce announce);
     void askCapturableApps(Announce announce);
     void askRunningApps(Announce announce);
+    void platformListsChanged();
 
     AudioCapture& capture_;
     AudioIngest& ingest_;
     const CaptureTimings timings_;
     QTimer retry_;
-    std::unique_ptr<Run> run_;
+    std::shared_ptr<Run> run_; ///< Answers of the platform hold it weakly.
     std::list<std::unique_ptr<ScreenCaptureStream>> retired_; ///< Until they have said goodbye.
 
     QList<AudioDevice> inputDevices_;

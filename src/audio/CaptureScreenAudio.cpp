@@ -1,0 +1,77 @@
+// How system and application sound is opened.
+
+#include "AudioIngest.h"
+#include "CaptureRun.h"
+#include "CaptureSources.h"
+#include "Log.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+void CaptureSources::startScreenCaptureAudio() {
+    ScreenCaptureRequest request;
+    if (!run_->appBundleId.isEmpty()) {
+        request.applicationId = run_->appBundleId;
+        request.waitForApplication = run_->hadTarget;
+    }
+    if (!run_->isQuiet()) {
+        logLine(request.applicationId
+                    ? QString(u"🔊 Starte App-Audio Capture für: "_s + run_->appBundleId)
+                    : u"🔊 Starte System-Audio Capture (alle Apps)"_s);
+    }
+    run_->screenCapture = capture_.createScreenCaptureStream();
+    run_->screenCapture->start(
+        request,
+        [this](std::span<const std::byte> block) {
+            ingest_.addScreenCaptureBlock(block, AudioIngest::TimePoint::clock::now());
+        },
+        [this](const QString& error) { screenCaptureStopped(error); },
+        [this](const ScreenCaptureStart& outcome) {
+            // The stream, and with it what it hands over, may be dropped on the way.
+            screenCaptureStarted(ScreenCaptureStart(outcome));
+        });
+}
+
+void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
+    if (!outcome.displayFound) {
+        failed(u"❌ Kein Display gefunden"_s);
+        return;
+    }
+    const bool wantsApp = !run_->appBundleId.isEmpty();
+    if (wantsApp && !outcome.applicationFound) {
+        logLine(QString(run_->appBundleId +
+                        u" nicht in ScreenCaptureKit gefunden, verwende System-Audio"_s));
+    }
+    const bool hasApp = wantsApp && outcome.applicationFound;
+    if (outcome.error.isEmpty() || !run_->hasRun) {
+        logLine(hasApp ? QString(u"✓ Filter für App: "_s + outcome.applicationName)
+                       : u"✓ Filter für System-Audio (alle Apps)"_s);
+    }
+    if (outcome.error.isEmpty()) {
+        run_->hadTarget = hasApp;
+        logLine(u"✅ ScreenCaptureKit Audio gestartet"_s);
+        running();
+        return;
+    }
+    const QString failure = u"❌ ScreenCaptureKit Fehler: "_s + outcome.error;
+    if (run_->hasRun) {
+        failed(failure);
+        return;
+    }
+    logLine(failure);
+    logLine(u"   Fallback zu Mikrofon..."_s);
+    closeStreams();
+    run_->source = AudioSourceType::Microphone;
+    run_->hadTarget = false;
+    startMicrophoneCapture();
+}
+
+void CaptureSources::screenCaptureStopped(const QString& error) {
+    logLine(QString(u"❌ SCStream gestoppt: "_s + error));
+    retryLater();
+}
+
+} // namespace orv

@@ -1,0 +1,144 @@
+#include "CaptureSources.h"
+
+#include "AudioIngest.h"
+#include "CaptureRun.h"
+#include "Log.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+std::optional<AudioSourceType> audioSourceFromRaw(int raw) {
+    if (raw < 0 || raw > static_cast<int>(AudioSourceType::SingleApp)) {
+        return std::nullopt;
+    }
+    return static_cast<AudioSourceType>(raw);
+}
+
+CaptureSources::CaptureSources(AudioCapture& capture, AudioIngest& ingest, CaptureTimings timings,
+                               QObject* parent)
+    : QObject(parent)
+    , capture_(capture)
+    , ingest_(ingest)
+    , timings_(timings) {
+    retry_.setSingleShot(true);
+    connect(&retry_, &QTimer::timeout, this, &CaptureSources::retry);
+    capture_.setListsChangedHandler([this] { platformListsChanged(); });
+    capture_.setAvailabilityHandler([this](bool available) {
+        if (available && retry_.isActive()) {
+            retry();
+        }
+    });
+    refreshLists();
+}
+
+CaptureSources::~CaptureSources() {
+    capture_.setListsChangedHandler({});
+    capture_.setAvailabilityHandler({});
+    run_.reset();
+}
+
+bool CaptureSources::isRunning() const {
+    return run_ && run_->isRunning;
+}
+
+bool CaptureSources::start(AudioSourceType source, const QString& deviceId,
+                           const QString& appBundleId) {
+    stop();
+    const int raw = static_cast<int>(source);
+    if (!audioSourceFromRaw(raw)) {
+        logLine(QString(u"❌ Ungültige Audio-Quelle: "_s + QString::number(raw)));
+        return false;
+    }
+    run_ = std::make_shared<Run>();
+    run_->source = source;
+    run_->deviceId = deviceId;
+    run_->appBundleId = source == AudioSourceType::SingleApp ? appBundleId : QString();
+    run_->pause = timings_.firstRetry;
+    run_->attempts = 1;
+    if (source == AudioSourceType::Microphone) {
+        startMicrophoneCapture();
+    } else {
+        startScreenCaptureAudio();
+    }
+    Q_EMIT activeChanged();
+    return true;
+}
+
+void CaptureSources::stop() {
+    if (!run_) {
+        return;
+    }
+    retry_.stop();
+    run_->microphone.reset();
+    ingest_.setSampleRateConverter(nullptr);
+    if (std::unique_ptr<ScreenCaptureStream> stream = std::move(run_->screenCapture)) {
+        ScreenCaptureStream* const leaving = stream.get();
+        retired_.push_back(std::move(stream));
+        leaving->stop([this, leaving](const QString& error) {
+            logLine(error.isEmpty() ? u"✓ ScreenCaptureKit gestoppt"_s
+                                    : QString(u"⚠️ SCStream stop error: "_s + error));
+            std::erase_if(retired_, [leaving](const auto& one) { return one.get() == leaving; });
+        });
+    }
+    run_.reset();
+    Q_EMIT activeChanged();
+}
+
+void CaptureSources::running() {
+    run_->isRunning = true;
+    run_->hasRun = true;
+    run_->attempts = 0;
+    run_->lastFailure.clear();
+    run_->pause = timings_.firstRetry;
+    Q_EMIT activeChanged();
+}
+
+void CaptureSources::failed(const QString& line) {
+    if (line != run_->lastFailure) {
+        logLine(line);
+    }
+    run_->lastFailure = line;
+    giveUp();
+}
+
+void CaptureSources::giveUp() {
+    if (run_->hasRun) {
+        retryLater();
+        return;
+    }
+    closeStreams();
+    run_.reset();
+    Q_EMIT activeChanged();
+}
+
+void CaptureSources::retryLater() {
+    closeStreams();
+    retry_.start(run_->pause);
+    run_->pause = std::min(run_->pause * 2, timings_.longestRetry);
+}
+
+void CaptureSources::retry() {
+    retry_.stop();
+    ++run_->attempts;
+    if (run_->source == AudioSourceType::Microphone) {
+        startMicrophoneCaptureInternal();
+    } else {
+        startScreenCaptureAudio();
+    }
+}
+
+void CaptureSources::closeStreams() {
+    const bool wasRunning = std::exchange(run_->isRunning, false);
+    run_->microphone.reset();
+    run_->screenCapture.reset();
+    ingest_.setSampleRateConverter(nullptr);
+    if (wasRunning) {
+        Q_EMIT activeChanged();
+    }
+}
+
+} // namespace orv
