@@ -1,0 +1,144 @@
+#include "AppDelegate.h"
+
+#include "DefaultsStore.h"
+#include "Log.h"
+#include "NotificationCentre.h"
+
+#include <QTimer>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
+    : QObject(parent)
+    , environment_(std::move(environment)) {}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    updateMenuBarIcon(false, false);
+    environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
+    environment_.tray.setAvailabilityHandler(
+        [this](bool available) { trayAvailabilityChanged(available); });
+    environment_.applyOverlaySettings();
+    observeNotifications();
+    if (!environment_.tray.isAvailable()) {
+        environment_.panel.showAsWindow();
+    }
+    if (environment_.store.boolean(u"autoStartBackend"_s).value_or(false)) {
+        logLine(u"Auto-Start Backend aktiviert");
+        QTimer::singleShot(environment_.timings.autoStart, this,
+                           [this] { environment_.backend.startBackend(); });
+    } else {
+        logLine(u"App gestartet - Backend muss manuell gestartet werden");
+    }
+}
+
+void AppDelegate::observeNotifications() {
+    NotificationCentre& centre = environment_.notifications;
+    centre.observe(notifications::backendStatusChanged, this, [this](const QVariantMap& info) {
+        setBackendRunning(info.value(u"isRunning"_s).toBool());
+    });
+    centre.observe(notifications::showTranslation, this, [this](const QVariantMap& info) {
+        environment_.broadcast(info.value(u"original"_s).toString(),
+                               info.value(u"translation"_s).toString());
+    });
+    centre.observe(notifications::translationStatusChanged, this, [this](const QVariantMap& info) {
+        setTranslating(info.value(u"isTranslating"_s).toBool());
+    });
+}
+
+void AppDelegate::statusBarButtonClicked(TrayClick click) {
+    if (click == TrayClick::Secondary) {
+        showContextMenu();
+    } else {
+        togglePopover();
+    }
+}
+
+void AppDelegate::togglePopover() {
+    if (environment_.panel.isShown()) {
+        environment_.panel.close();
+    } else {
+        environment_.panel.showBeside(environment_.tray.geometry());
+    }
+}
+
+void AppDelegate::showContextMenu() {
+    environment_.tray.showMenu(contextMenu());
+}
+
+QList<TrayMenuItem> AppDelegate::contextMenu() {
+    const QString state =
+        environment_.backend.isRunning() ? u"menu.backend.running"_s : u"menu.backend.stopped"_s;
+    return {{.text = environment_.text(u"app.name.short"_s)},
+            {},
+            {.text = environment_.text(state)},
+            {},
+            {.text = environment_.text(u"menu.quit"_s),
+             .action = [this] { quitApp(); },
+             .shortcut = u"q"_s}};
+}
+
+void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
+    if (isTranslating) {
+        environment_.tray.setIcon(TrayIcon::Translating, u"Translating"_s);
+    } else if (isRunning) {
+        environment_.tray.setIcon(TrayIcon::BackendRunning, u"Backend Running"_s);
+    } else {
+        environment_.tray.setIcon(TrayIcon::Idle, u"Orvane"_s);
+    }
+    logLine(QString(u"🎨 Icon aktualisiert: running=" % boolText(isRunning) % u", translating=" %
+                    boolText(isTranslating)));
+}
+
+void AppDelegate::setBackendRunning(bool isRunning) {
+    logLine(QString(u"📢 Backend Status Changed: " % boolText(isRunning)));
+    currentIconState_.backendRunning = isRunning;
+    updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
+}
+
+void AppDelegate::setTranslating(bool isTranslating) {
+    logLine(QString(u"📢 Translation Status Changed: " % boolText(isTranslating)));
+    currentIconState_.translating = isTranslating;
+    updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
+}
+
+void AppDelegate::trayAvailabilityChanged(bool available) {
+    // A panel that is open as a window when the tray comes stays; one that is hidden when the tray
+    // goes would be out of reach.
+    if (!available) {
+        environment_.panel.showAsWindow();
+    }
+}
+
+void AppDelegate::quitApp() {
+    if (quitting_) {
+        return;
+    }
+    quitting_ = true;
+    logLine(u"🛑 App wird beendet...");
+    environment_.backend.stopBackend();
+    QTimer::singleShot(environment_.timings.quitSecondStop, this, [this] {
+        if (environment_.backend.isRunning()) {
+            logLine(u"⚠️ Backend noch aktiv, force stop...");
+            environment_.backend.stopBackend();
+        }
+        QTimer::singleShot(environment_.timings.quitTerminate, this,
+                           [this] { environment_.terminate(); });
+    });
+}
+
+void AppDelegate::applicationWillTerminate() {
+    environment_.stopOverlayServer();
+    if (environment_.store.boolean(u"autoStopBackend"_s).value_or(true)) {
+        logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");
+        environment_.backend.stopBackend();
+    } else {
+        logLine(u"App wird beendet - Backend läuft weiter (autoStopBackend=false)");
+        environment_.backend.leaveRunning();
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "BackendControl.h"
+#include "Panel.h"
+#include "Tray.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+
+namespace orv {
+
+class DefaultsStore;
+class NotificationCentre;
+
+/// The fixed times of the application's life.
+struct DelegateTimings {
+    std::chrono::milliseconds autoStart{500};       ///< From the launch to starting the backend.
+    std::chrono::milliseconds quitSecondStop{1500}; ///< From Quit to the second look.
+    std::chrono::milliseconds quitTerminate{500};   ///< From the second look to the end.
+};
+
+/// What the delegate is given. The references outlive it.
+struct DelegateEnvironment {
+    DefaultsStore& store;
+    NotificationCentre& notifications;
+    Tray& tray;
+    Panel& panel;
+    BackendControl& backend;
+    std::function<QString(const QString& key)> text; ///< A localised text.
+    std::function<void()> applyOverlaySettings;      ///< Of the browser overlay server.
+    std::function<void()> stopOverlayServer;
+    /// Hands a result to the browser overlay server.
+    std::function<void(const QString& original, const QString& translation)> broadcast;
+    std::function<void()> terminate; ///< Asks the program to end.
+    DelegateTimings timings = {};
+};
+
+/// The life of the application: launch, the item in the tray with its panel and menu, the road of
+/// a result to the outputs, quitting and termination. Lives on the main thread.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit AppDelegate(DelegateEnvironment environment, QObject* parent = nullptr);
+
+    /// The launch, once everything is made and the default values are registered.
+    void applicationDidFinishLaunching();
+
+    /// A click on the item: the secondary one shows the menu, any other toggles the panel.
+    void statusBarButtonClicked(TrayClick click);
+    void togglePopover();
+    void showContextMenu();
+    void updateMenuBarIcon(bool isRunning, bool isTranslating);
+
+    /// The menu's Quit: always stops the backend. Asking again changes nothing.
+    void quitApp();
+
+    /// The last act of every way of ending; the backend stays when the user wants it to.
+    void applicationWillTerminate();
+
+  private:
+    /// The menu as it stands now, top to bottom.
+    QList<TrayMenuItem> contextMenu();
+    void observeNotifications();
+    void setBackendRunning(bool isRunning);
+    void setTranslating(bool isTranslating);
+    void trayAvailabilityChanged(bool available);
+
+    struct IconState {
+        bool backendRunning = false;
+        bool translating = false;
+    };
+
+    DelegateEnvironment environment_;
+    IconState currentIconState_;
+    bool quitting_ = false;
+};
+
+} // namespace orv

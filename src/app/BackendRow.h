@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+
+namespace orv {
+
+class L10n;
+class TranslationEngine;
+
+/// The backend's status with the button that starts or stops it.
+class BackendRow : public QWidget {
+    Q_OBJECT
+
+  public:
+    /// The references outlive the row.
+    BackendRow(TranslationEngine& engine, L10n& l10n, QWidget* parent = nullptr);
+
+  private:
+    void refresh();
+    void toggleBackend();
+
+    TranslationEngine& engine_;
+    L10n& l10n_;
+    QLabel* status_;
+    QPushButton* toggle_;
+};
+
+} // namespace orv

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+
+namespace orv {
+
+class FieldCombo;
+class L10n;
+class TranslationSettings;
+
+/// From which language into which.
+class LanguageSection : public QWidget {
+    Q_OBJECT
+
+  public:
+    /// The references outlive the section.
+    LanguageSection(TranslationSettings& settings, L10n& l10n, QWidget* parent = nullptr);
+
+  private:
+    void translate();
+
+    TranslationSettings& settings_;
+    L10n& l10n_;
+    QLabel* heading_;
+    QLabel* sourceLabel_;
+    FieldCombo* source_;
+    QLabel* targetLabel_;
+    FieldCombo* target_;
+};
+
+} // namespace orv

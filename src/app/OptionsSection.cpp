@@ -1,0 +1,66 @@
+#include "OptionsSection.h"
+
+#include "AudioManager.h"
+#include "L10n.h"
+#include "PanelParts.h"
+#include "TranslationSettings.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
+                               QWidget* parent)
+    : QWidget(parent)
+    , audio_(audio)
+    , settings_(settings)
+    , l10n_(l10n)
+    , pauseDetection_(new QCheckBox(this))
+    , pauseState_(makeHint(this))
+    , original_(new QCheckBox(this))
+    , transcript_(new QCheckBox(this)) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(panelSpacing / 2);
+    pauseState_->setWordWrap(false);
+    auto* pauseRow = new QHBoxLayout;
+    pauseRow->addWidget(pauseDetection_);
+    pauseRow->addStretch(1);
+    pauseRow->addWidget(pauseState_);
+    layout->addLayout(pauseRow);
+    layout->addWidget(original_);
+    layout->addWidget(transcript_);
+    connect(pauseDetection_, &QCheckBox::clicked, this, [this](bool checked) {
+        audio_.setVadEnabled(checked);
+        refresh();
+    });
+    connect(original_, &QCheckBox::clicked, this,
+            [this](bool checked) { settings_.showOriginal.set(checked); });
+    connect(transcript_, &QCheckBox::clicked, this,
+            [this](bool checked) { settings_.saveTranscript.set(checked); });
+    connect(&settings_, &TranslationSettings::changed, this, &OptionsSection::refresh);
+    connect(&l10n_, &L10n::currentChanged, this, &OptionsSection::translate);
+    translate();
+}
+
+void OptionsSection::translate() {
+    pauseDetection_->setText(l10n_.platformText(u"vad.toggle"_s));
+    original_->setText(l10n_.platformText(u"option.original"_s));
+    transcript_->setText(l10n_.platformText(u"option.transcript"_s));
+    refresh();
+}
+
+void OptionsSection::refresh() {
+    pauseDetection_->setChecked(audio_.vadEnabled());
+    pauseState_->setText(
+        l10n_.platformText(audio_.vadEnabled() ? u"vad.active"_s : u"vad.fixed"_s));
+    original_->setChecked(settings_.showOriginal.get());
+    transcript_->setChecked(settings_.saveTranscript.get());
+}
+
+} // namespace orv

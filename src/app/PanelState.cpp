@@ -1,0 +1,78 @@
+#include "PanelState.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+void keepChosen(QList<FieldEntry>& entries, const QString& chosenId) {
+    const bool listed = std::any_of(entries.cbegin(), entries.cend(),
+                                    [&](const FieldEntry& entry) { return entry.id == chosenId; });
+    if (!listed) {
+        entries.append({.id = chosenId, .text = chosenId});
+    }
+}
+
+} // namespace
+
+StatusLine statusLine(const RunState& state, const TextLookup& text) {
+    if (state.isStopping) {
+        return {.headline = text(u"main.stopping"_s), .tone = StatusTone::Busy};
+    }
+    if (state.hasEngineError && !state.backendStatus.isEmpty()) {
+        return {.headline = state.backendStatus, .tone = StatusTone::Error};
+    }
+    if (!state.isTranslating) {
+        return {};
+    }
+    if (state.isModelLoading && !state.backendStatus.isEmpty()) {
+        return {.headline = state.backendStatus, .tone = StatusTone::Busy};
+    }
+    return {.headline = text(u"status.listening"_s),
+            .detail = state.backendStatus,
+            .tone = StatusTone::Good};
+}
+
+QList<FieldEntry> deviceEntries(const QList<AudioDevice>& devices, const QString& chosenId,
+                                const TextLookup& text) {
+    QList<FieldEntry> entries = {{.id = {}, .text = text(u"audio.mic.default"_s)}};
+    for (const AudioDevice& device : devices) {
+        entries.append({.id = device.id, .text = device.name});
+    }
+    keepChosen(entries, chosenId);
+    return entries;
+}
+
+QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const QString& chosenId,
+                             const TextLookup& text) {
+    QList<FieldEntry> entries = {{.id = {}, .text = text(u"audio.app.placeholder"_s)}};
+    for (const RunningApp& app : apps) {
+        entries.append({.id = app.bundleId, .text = app.name});
+    }
+    keepChosen(entries, chosenId);
+    return entries;
+}
+
+QString noticeText(const AudioNotice& notice, const TextLookup& text) {
+    switch (notice.kind) {
+    case AudioNotice::Kind::ApiKeyMissing:
+        return text(u"notice.apikey.missing"_s).arg(notice.detail);
+    case AudioNotice::Kind::ServiceAccountMissing:
+        return text(u"notice.serviceaccount.missing"_s);
+    case AudioNotice::Kind::BackendOutdated:
+        return text(u"notice.backend.outdated"_s).arg(notice.detail);
+    }
+    return {};
+}
+
+CloseAction closeAction(bool trayAvailable, bool somethingRuns) {
+    if (trayAvailable) {
+        return CloseAction::Hide;
+    }
+    return somethingRuns ? CloseAction::Minimise : CloseAction::EndProgram;
+}
+
+} // namespace orv

@@ -1,0 +1,127 @@
+#include "PanelWindow.h"
+
+#include "ScreenPlacement.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <utility>
+
+namespace orv {
+
+namespace {
+
+/// Between the tray's item and the popover, in pixels.
+constexpr int popoverGap = 4;
+
+/// A click on the tray's item first takes the focus away, which closes the popover, and then asks
+/// to toggle it: within this time the click counts as the one that closed it.
+constexpr std::chrono::milliseconds sameClick{250};
+
+} // namespace
+
+PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
+                         std::function<void()> endProgram)
+    : closing_(std::move(closing))
+    , endProgram_(std::move(endProgram)) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
+    setAttribute(Qt::WA_QuitOnClose, false);
+}
+
+bool PanelWindow::isShown() const {
+    return isVisible() && !isMinimized();
+}
+
+void PanelWindow::showBeside(const QRect& button) {
+    if (leftSince_.isValid() && !leftSince_.hasExpired(sameClick.count())) {
+        leftSince_.invalidate();
+        return;
+    }
+    setStyle(Style::Popover);
+    adjustSize();
+    const QScreen* screen = QGuiApplication::screenAt(button.center());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    move(placeBeside(button, size(), screen->availableGeometry(), popoverGap));
+    show();
+    raise();
+    activateWindow();
+}
+
+void PanelWindow::showAsWindow() {
+    setStyle(Style::Window);
+    showNormal();
+    raise();
+    activateWindow();
+}
+
+void PanelWindow::close() {
+    hide();
+}
+
+void PanelWindow::setStyle(Style style) {
+    const Qt::WindowFlags flags =
+        style == Style::Popover ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+                                : Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                      Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
+    style_ = style;
+    if (windowFlags() != flags) {
+        setWindowFlags(flags);
+    }
+}
+
+void PanelWindow::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange) {
+        closeIfLeft();
+    }
+}
+
+void PanelWindow::closeIfLeft() {
+    // The lists of combo boxes, and alerts, take the activation as well but belong to the panel.
+    if (style_ != Style::Popover || !isVisible() || isActiveWindow() ||
+        QApplication::activePopupWidget() != nullptr ||
+        QApplication::activeModalWidget() != nullptr) {
+        return;
+    }
+    leftSince_.start();
+    close();
+}
+
+void PanelWindow::closeEvent(QCloseEvent* event) {
+    if (style_ == Style::Popover) {
+        event->accept();
+        return;
+    }
+    switch (closing_()) {
+    case CloseAction::Hide:
+        event->accept();
+        break;
+    case CloseAction::Minimise:
+        event->ignore();
+        showMinimized();
+        break;
+    case CloseAction::EndProgram:
+        event->accept();
+        endProgram_();
+        break;
+    }
+}
+
+void PanelWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && style_ == Style::Popover) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+} // namespace orv

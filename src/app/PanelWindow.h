@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Panel.h"
+#include "PanelState.h"
+
+#include <QElapsedTimer>
+#include <QWidget>
+
+#include <functional>
+
+namespace orv {
+
+/// The top-level window round the control panel: a popover beside the tray's item that closes when
+/// the user turns to something else, or an ordinary window.
+class PanelWindow : public QWidget, public Panel {
+    Q_OBJECT
+
+  public:
+    /// Takes over `content`. `closing` decides what closing the ordinary window does; the window
+    /// itself hides or becomes small, and for the end of the program calls `endProgram`.
+    PanelWindow(QWidget* content, std::function<CloseAction()> closing,
+                std::function<void()> endProgram);
+
+    bool isShown() const override;
+    void showBeside(const QRect& button) override;
+    void showAsWindow() override;
+    void close() override;
+
+  protected:
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    enum class Style { Popover, Window };
+
+    void setStyle(Style style);
+    void closeIfLeft();
+
+    std::function<CloseAction()> closing_;
+    std::function<void()> endProgram_;
+    Style style_ = Style::Window;
+    QElapsedTimer leftSince_; ///< When the popover closed by itself.
+};
+
+} // namespace orv

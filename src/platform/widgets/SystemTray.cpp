@@ -1,0 +1,144 @@
+#include "SystemTray.h"
+
+#include "ScreenPlacement.h"
+
+#include <QAction>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPixmap>
+#include <QScreen>
+#include <QSvgRenderer>
+
+#include <chrono>
+#include <utility>
+
+// Outside the namespace, as the macro demands. Static libraries do not register resources alone.
+static void registerTrayIcons() {
+    Q_INIT_RESOURCE(tray);
+}
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+/// The desktop tells nobody when its tray comes or goes.
+constexpr std::chrono::seconds availabilityInterval{3};
+
+/// Between the item and its menu, in pixels.
+constexpr int menuGap = 5;
+
+/// Drawn here rather than by Qt's icon engine, which is a plug-in that may not be installed.
+QIcon iconFromSvg(const QString& path) {
+    QSvgRenderer renderer(path);
+    QIcon icon;
+    for (const int side : {16, 22, 24, 32, 48, 64, 128}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        renderer.render(&painter);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace
+
+SystemTray::SystemTray() {
+    registerTrayIcons();
+    icons_ = {{TrayIcon::Idle, iconFromSvg(u":/orvane/tray/idle.svg"_s)},
+              {TrayIcon::BackendRunning, iconFromSvg(u":/orvane/tray/running.svg"_s)},
+              {TrayIcon::Translating, iconFromSvg(u":/orvane/tray/translating.svg"_s)}};
+    connect(&icon_, &QSystemTrayIcon::activated, this, &SystemTray::activated);
+    connect(&menu_, &QMenu::aboutToShow, this, &SystemTray::menuAboutToShow);
+    icon_.setContextMenu(&menu_);
+    available_ = QSystemTrayIcon::isSystemTrayAvailable();
+    connect(&availabilityCheck_, &QTimer::timeout, this, &SystemTray::checkAvailability);
+    availabilityCheck_.start(availabilityInterval);
+}
+
+bool SystemTray::isAvailable() const {
+    return available_;
+}
+
+void SystemTray::setAvailabilityHandler(std::function<void(bool available)> handler) {
+    availabilityChanged_ = std::move(handler);
+}
+
+void SystemTray::setIcon(TrayIcon icon, const QString& description) {
+    icon_.setIcon(icons_.at(icon));
+    icon_.setToolTip(description);
+    icon_.show();
+}
+
+void SystemTray::setClickHandler(std::function<void(TrayClick click)> handler) {
+    clicked_ = std::move(handler);
+}
+
+void SystemTray::showMenu(const QList<TrayMenuItem>& items) {
+    menu_.clear();
+    for (const TrayMenuItem& item : items) {
+        if (item.text.isEmpty()) {
+            menu_.addSeparator();
+            continue;
+        }
+        QAction* action = menu_.addAction(item.text);
+        action->setEnabled(bool(item.action));
+        action->setShortcut(QKeySequence(item.shortcut));
+        if (item.action) {
+            connect(action, &QAction::triggered, this, [run = item.action] { run(); });
+        }
+    }
+    if (!menuAsked_) {
+        menu_.popup(icon_.geometry().bottomLeft());
+        placeMenu();
+    }
+}
+
+QRect SystemTray::geometry() const {
+    return icon_.geometry();
+}
+
+void SystemTray::activated(QSystemTrayIcon::ActivationReason reason) {
+    if (reason == QSystemTrayIcon::Context) {
+        placeMenu();
+        return;
+    }
+    // The second click of a double click arrives under its own name only; it counts as none.
+    if (clicked_ && reason != QSystemTrayIcon::DoubleClick) {
+        clicked_(TrayClick::Primary);
+    }
+}
+
+void SystemTray::menuAboutToShow() {
+    if (menuAsked_ || !clicked_) {
+        return;
+    }
+    menuAsked_ = true;
+    clicked_(TrayClick::Secondary);
+    menuAsked_ = false;
+}
+
+void SystemTray::placeMenu() {
+    const QRect button = icon_.geometry();
+    const QScreen* screen = QGuiApplication::screenAt(button.center());
+    if (button.isEmpty() || screen == nullptr || !menu_.isVisible()) {
+        return;
+    }
+    menu_.move(placeBeside(button, menu_.size(), screen->geometry(), menuGap));
+}
+
+void SystemTray::checkAvailability() {
+    const bool available = QSystemTrayIcon::isSystemTrayAvailable();
+    if (available == available_) {
+        return;
+    }
+    available_ = available;
+    if (availabilityChanged_) {
+        availabilityChanged_(available);
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Tray.h"
+
+#include <QMenu>
+#include <QObject>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+#include <map>
+
+class QAction;
+
+namespace orv {
+
+/// The desktop's notification area.
+class SystemTray : public QObject, public Tray {
+    Q_OBJECT
+
+  public:
+    SystemTray();
+
+    bool isAvailable() const override;
+    void setAvailabilityHandler(std::function<void(bool available)> handler) override;
+    void setIcon(TrayIcon icon, const QString& description) override;
+    void setClickHandler(std::function<void(TrayClick click)> handler) override;
+    void showMenu(const QList<TrayMenuItem>& items) override;
+    QRect geometry() const override;
+
+  private:
+    void activated(QSystemTrayIcon::ActivationReason reason);
+    void menuAboutToShow();
+    void placeMenu();
+    void checkAvailability();
+
+    QMenu menu_; ///< Outlives `icon_`, which refers to it.
+    QSystemTrayIcon icon_;
+    std::map<TrayIcon, QIcon> icons_;
+    std::function<void(TrayClick)> clicked_;
+    std::function<void(bool)> availabilityChanged_;
+    QTimer availabilityCheck_;
+    bool available_ = false;
+    bool menuAsked_ = false; ///< The desktop itself is about to show the menu.
+};
+
+} // namespace orv
