@@ -3,6 +3,7 @@
 #include "AudioIngest.h"
 #include "CaptureRun.h"
 #include "Log.h"
+#include "SampleRateConverter.h"
 
 #include <algorithm>
 #include <utility>

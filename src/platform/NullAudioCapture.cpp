@@ -4,6 +4,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace orv {
 
 struct NullAudioCapture::State {
@@ -115,6 +117,12 @@ class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
     BlockHandler onBlock_;
     StoppedHandler onStopped_;
 };
+
+NullAudioCapture::Answers::Answers() {
+    preparation.failure = MicrophoneFailure::NoInput;
+    screenCapture.displayFound = false;
+    screenCapture.error = u"Keine Audio-Ausgabe vorhanden"_s;
+}
 
 NullAudioCapture::NullAudioCapture()
     : state_(std::make_shared<State>()) {}

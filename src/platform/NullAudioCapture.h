@@ -21,15 +21,16 @@ class NullAudioCapture final : public AudioCapture {
   public:
     /// What the services answer.
     struct Answers {
+        Answers();
+
         CaptureAuthorization authorization = CaptureAuthorization::Authorized;
         bool accessGranted = false;
         QList<AudioDevice> inputDevices;
         std::optional<QList<RunningApp>> capturableApps = QList<RunningApp>();
         QList<RunningApp> runningApps;
-        MicrophonePreparation preparation = {.failure = MicrophoneFailure::NoInput};
+        MicrophonePreparation preparation;
         QString microphoneStartError; ///< Empty: it starts.
-        ScreenCaptureStart screenCapture = {.error = QStringLiteral("no sound"),
-                                            .displayFound = false};
+        ScreenCaptureStart screenCapture;
         QString screenCaptureStopError; ///< Empty: it stops.
     };
 
