@@ -221,19 +221,21 @@ class DefaultsStore::Private {
             lock.lock();
             attempting_ = false;
             ++attempts_;
-            if (!problem) {
-                written_ = generation;
-                const WrittenObserver observer = observer_;
-                lock.unlock();
-                if (observer) {
-                    observer(generation);
+            if (problem) {
+                attempted_.notify_all();
+                if (finishing_) {
+                    return;
                 }
-                lock.lock();
+                continue;
             }
+            written_ = generation;
+            const WrittenObserver observer = observer_;
+            lock.unlock();
             attempted_.notify_all();
-            if (problem && finishing_) {
-                return;
+            if (observer) {
+                observer(generation);
             }
+            lock.lock();
         }
     }
 
