@@ -12,6 +12,10 @@ struct OverlayLimits {
     std::chrono::milliseconds lingering{2'000};     ///< For closing after the answer.
     std::chrono::milliseconds sweep{250};           ///< How often the three above are looked at.
 
+    /// How long the system itself may hold back a connection that says nothing; see
+    /// `OverlayListener`. It adds to `silentClient`.
+    std::chrono::seconds acceptDeferral{1};
+
     /// How long accepting pauses when the system has nothing left to accept with and no silent
     /// connection could be given up for it.
     std::chrono::milliseconds acceptPause{100};

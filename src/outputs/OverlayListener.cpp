@@ -15,11 +15,6 @@ namespace {
 /// systems' smaller default a short stall would already turn polling pages away.
 constexpr int backlog = 1024;
 
-/// Seconds that the system holds a new connection back while its first bytes are missing (or the
-/// client's half-close). Accepting then finds the request already there, and answers it in one go;
-/// a client that stays silent is handed over after that time like any other.
-constexpr int acceptDeferral = 1;
-
 std::error_code lastError() {
     return {errno, std::generic_category()};
 }
@@ -39,7 +34,6 @@ FileDescriptor boundSocket(int family, std::uint16_t port) {
         return socket;
     }
     switchOption(socket, SOL_SOCKET, SO_REUSEADDR, 1);
-    switchOption(socket, IPPROTO_TCP, TCP_DEFER_ACCEPT, acceptDeferral);
 
     sockaddr_storage address{};
     socklen_t length = sizeof(sockaddr_in);
@@ -70,13 +64,19 @@ std::uint16_t boundPort(const FileDescriptor& socket) {
 
 } // namespace
 
-std::variant<OverlayListener, std::error_code> OverlayListener::open(std::uint16_t port) {
+std::variant<OverlayListener, std::error_code>
+OverlayListener::open(std::uint16_t port, std::chrono::seconds deferral) {
     FileDescriptor socket = boundSocket(AF_INET6, port);
-    const bool lacksIpv6 = errno == EAFNOSUPPORT || errno == EADDRNOTAVAIL;
-    if (!socket.isOpen() && lacksIpv6) {
+    if (!socket.isOpen() && (errno == EAFNOSUPPORT || errno == EADDRNOTAVAIL)) {
         socket = boundSocket(AF_INET, port);
     }
-    if (!socket.isOpen() || ::listen(socket.number(), backlog) != 0) {
+    if (!socket.isOpen()) {
+        return lastError();
+    }
+    if (deferral > std::chrono::seconds::zero()) {
+        switchOption(socket, IPPROTO_TCP, TCP_DEFER_ACCEPT, static_cast<int>(deferral.count()));
+    }
+    if (::listen(socket.number(), backlog) != 0) {
         return lastError();
     }
     const std::uint16_t actualPort = boundPort(socket);

@@ -2,6 +2,7 @@
 
 #include "FileDescriptor.h"
 
+#include <chrono>
 #include <cstdint>
 #include <system_error>
 #include <variant>
@@ -14,7 +15,12 @@ class OverlayListener {
     /// The listener, or why there is none: the port is in use, not permitted, or the system has no
     /// sockets left. A port that was used a moment ago can be taken again; one that another
     /// program listens on cannot. Port 0 lets the system choose one.
-    static std::variant<OverlayListener, std::error_code> open(std::uint16_t port);
+    ///
+    /// The system holds a new connection back for `deferral` while its first bytes (or the client's
+    /// half-close) are missing. Accepting then finds the request already there, which spares a
+    /// wait for it; a client that stays silent is handed over after that time like any other.
+    static std::variant<OverlayListener, std::error_code> open(std::uint16_t port,
+                                                               std::chrono::seconds deferral);
 
     /// Non-blocking.
     int socket() const { return socket_.number(); }

@@ -37,10 +37,11 @@ std::uint16_t overlayPort(std::int64_t stored) {
 
 OverlayServer::OverlayServer(DefaultsStore& store, OverlayLimits limits)
     : store_(store)
+    , limits_(limits)
     , queue_(u"io.tavrin.orv.overlayserver"_s) {
-    queue_.post([this, limits] {
+    queue_.post([this] {
         connections_ = std::make_unique<OverlayConnections>(
-            limits, [this](QByteArrayView path) { return response(path).bytes(); },
+            limits_, [this](QByteArrayView path) { return response(path).bytes(); },
             [this](std::error_code error) { listenerFailed(error); });
     });
 }
@@ -128,7 +129,7 @@ void OverlayServer::reconcile() {
 
 void OverlayServer::startNow(std::uint16_t port) {
     stopNow();
-    auto opened = OverlayListener::open(port);
+    auto opened = OverlayListener::open(port, limits_.acceptDeferral);
     if (const auto* error = std::get_if<std::error_code>(&opened)) {
         logLine(u"❌ OBS-Overlay-Server start failed: %1"_s.arg(text(*error)));
         return;

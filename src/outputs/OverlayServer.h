@@ -85,6 +85,7 @@ class OverlayServer {
     HttpResponse latestResult() const;
 
     DefaultsStore& store_;
+    const OverlayLimits limits_;
     std::optional<OverlayListener> listener_;
     std::unique_ptr<OverlayConnections> connections_;
     EventLoopThread queue_; ///< Owns the two above.

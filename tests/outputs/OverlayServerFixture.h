@@ -1,0 +1,50 @@
+#pragma once
+
+#include "DefaultsStore.h"
+#include "LogCapture.h"
+#include "OverlayServer.h"
+#include "WaitUntil.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace orv::test {
+
+/// A server with a store of its own. Ports are chosen by the system, so that tests can run beside
+/// each other.
+class OverlayServerFixture : public testing::Test {
+  protected:
+    /// Limits of tests that look at silent clients: those are to be accepted at once.
+    static OverlayLimits withoutDeferral() {
+        OverlayLimits limits;
+        limits.acceptDeferral = {};
+        return limits;
+    }
+
+    void replaceServer(OverlayLimits limits) {
+        server = std::make_unique<OverlayServer>(store, limits);
+    }
+
+    /// Starts a server that does not run yet; gives its port.
+    std::uint16_t startAnywhere() {
+        server->start(0);
+        EXPECT_TRUE(waitUntil([this] { return server->isRunning(); }));
+        return server->activePort();
+    }
+
+    void stopAndWait() {
+        server->stop();
+        ASSERT_TRUE(waitUntil([this] { return !server->isRunning(); }));
+    }
+
+    QTemporaryDir folder;
+    DefaultsStore store{folder.filePath(QStringLiteral("defaults.json"))};
+    LogCapture log;
+    std::unique_ptr<OverlayServer> server = std::make_unique<OverlayServer>(store);
+};
+
+} // namespace orv::test
