@@ -71,7 +71,7 @@ void AudioIngest::addScreenCaptureBlock(std::span<const std::byte> block, TimePo
 void AudioIngest::addSamplesToBuffer(std::span<const float> samples, TimePoint now) {
     const ProcessedBuffer processed = pipeline_.process(samples);
     mailbox_.post(processed.meterLevel);
-    if (streamTap_) {
+    if (streaming_) {
         streamTap_(processed.samples);
         return;
     }

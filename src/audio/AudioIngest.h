@@ -4,6 +4,7 @@
 #include "MeterMailbox.h"
 #include "SamplePipeline.h"
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -44,7 +45,14 @@ class AudioIngest {
     void setSampleRateConverter(std::unique_ptr<SampleRateConverter> converter);
 
     /// With a tap, buffers go there and not to the chunker; an empty one ends that.
-    void setStreamTap(StreamTap tap) { streamTap_ = std::move(tap); }
+    void setStreamTap(StreamTap tap) {
+        streamTap_ = std::move(tap);
+        streaming_ = static_cast<bool>(streamTap_);
+    }
+
+    /// Callable from any thread, also during a run: from the next buffer on the chunker gets the
+    /// samples after all.
+    void endStreaming() { streaming_ = false; }
 
     // On the capture thread. `now` is the time of the buffer.
 
@@ -71,6 +79,7 @@ class AudioIngest {
     MeterMailbox mailbox_;
     std::unique_ptr<SampleRateConverter> sampleRateConverter_;
     StreamTap streamTap_;
+    std::atomic<bool> streaming_ = false;
     std::vector<float> scratch_; ///< Floats gathered from other layouts.
 };
 

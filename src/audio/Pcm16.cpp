@@ -1,20 +1,11 @@
 #include "Pcm16.h"
 
-#include <QtEndian>
-
-#include <cstddef>
-#include <cstring>
+#include "SampleLoops.h"
 
 namespace orv {
 
 void writePcm16(std::span<const float> samples, char* bytes) noexcept {
-    const float* const source = samples.data();
-    const std::size_t count = samples.size();
-    // One loop without branches, so that the compiler works on four samples at a time.
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::int16_t value = qToLittleEndian(pcm16Sample(source[i]));
-        std::memcpy(bytes + 2 * i, &value, sizeof value);
-    }
+    sampleLoops::writePcm16<FourFloats>(samples, bytes);
 }
 
 void appendPcm16(QByteArray& bytes, std::span<const float> samples) {

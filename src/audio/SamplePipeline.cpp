@@ -1,7 +1,8 @@
 #include "SamplePipeline.h"
 
+#include "SampleLoops.h"
+
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 
@@ -13,49 +14,8 @@ constexpr float targetRms = 0.1F;
 constexpr float quietestRmsForAutoGain = 0.01F;
 constexpr float smallestRms = 0.0001F;
 
-// Independent sums, one per lane, let the compiler keep four vectors in flight; a block is short
-// enough that single precision loses nothing in it.
-constexpr std::size_t lanes = 16;
-constexpr std::size_t blockSamples = 64 * lanes;
-
-float clampedSample(float sample) noexcept {
-    const float below = sample < 1.0F ? sample : 1.0F;
-    return below > -1.0F ? below : -1.0F;
-}
-
-/// Writes the gained, clamped samples to `out` and returns the sum of the squares of the gained
-/// ones. The sum is not finite exactly when a sample is not, or when single precision is too small
-/// for a square; `out` is of no use then.
-double scaleAndClamp(std::span<const float> samples, float gain, float* __restrict out) noexcept {
-    const float* __restrict in = samples.data();
-    const std::size_t count = samples.size();
-    const std::size_t vectorEnd = count - count % lanes;
-    double total = 0;
-    std::size_t i = 0;
-    while (i < vectorEnd) {
-        const std::size_t blockEnd = std::min(vectorEnd, i + blockSamples);
-        std::array<float, lanes> sums{};
-        for (; i < blockEnd; i += lanes) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                const float gained = in[i + lane] * gain;
-                sums[lane] += gained * gained;
-                out[i + lane] = clampedSample(gained);
-            }
-        }
-        for (const float sum : sums) {
-            total += static_cast<double>(sum);
-        }
-    }
-    for (; i < count; ++i) {
-        const float gained = in[i] * gain;
-        total += static_cast<double>(gained * gained);
-        out[i] = clampedSample(gained);
-    }
-    return total;
-}
-
-/// The same for buffers with samples that are not finite or absurdly large: slower, and every
-/// result is finite.
+/// What `sampleLoops::scaleAndClamp` does, for buffers with samples that are not finite or absurdly
+/// large: slower, and every result is finite.
 double scaleAndClampUntrusted(std::span<const float> samples, float gain, float* out) noexcept {
     double total = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -98,7 +58,7 @@ ProcessedBuffer SamplePipeline::process(std::span<const float> samples) {
     if (scratch_.size() < count) {
         scratch_.resize(count);
     }
-    double sumOfSquares = scaleAndClamp(samples, gain_, scratch_.data());
+    double sumOfSquares = sampleLoops::scaleAndClamp<FourFloats>(samples, gain_, scratch_.data());
     if (!std::isfinite(sumOfSquares)) {
         sumOfSquares = scaleAndClampUntrusted(samples, gain_, scratch_.data());
     }

@@ -207,6 +207,17 @@ TEST_F(AudioIngestTest, aStreamTapReceivesTheSamplesAndNeitherBufferNorLinesNorP
     EXPECT_TRUE(log.containsStart(u"🎤 Buffer: 48000 samples (~1s)"_s));
 }
 
+TEST_F(AudioIngestTest, whenStreamingEndsDuringARunTheChunkerGetsTheSamples) {
+    int tapped = 0;
+    ingest.setStreamTap([&](std::span<const float>) { ++tapped; });
+    const std::vector<float> samples(480, 0.1F);
+    ingest.addSamplesToBuffer(samples, start);
+    ingest.endStreaming();
+    ingest.addSamplesToBuffer(samples, start);
+    EXPECT_EQ(tapped, 1);
+    EXPECT_EQ(chunker.bufferedSamples(), 480U);
+}
+
 TEST_F(AudioIngestTest, pausesAreFoundFromTheLevelOfTheGainedSamples) {
     chunker.setVadEnabled(true);
     chunker.setConnected(true);
