@@ -1,5 +1,6 @@
 #include "OverlayConnections.h"
 
+#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -113,14 +114,24 @@ bool OverlayConnections::survivesAcceptError(int error) {
     case ENFILE:
     case ENOBUFS:
     case ENOMEM:
-        if (giveUpOldestSilent()) {
-            return true;
-        }
-        pauseAccepting();
-        return false;
+        return findDescriptor();
     default:
         return true; // It concerns only the connection that was to be accepted.
     }
+}
+
+/// After accepting found no descriptor: true when one was freed for a connection that waits for it.
+bool OverlayConnections::findDescriptor() {
+    // The system misses the descriptor before it sees whether there is a connection at all.
+    pollfd waiting{listening_, POLLIN, 0};
+    if (::poll(&waiting, 1, 0) <= 0) {
+        return false;
+    }
+    if (giveUpOldestSilent()) {
+        return true;
+    }
+    pauseAccepting();
+    return false;
 }
 
 void OverlayConnections::admit(FileDescriptor socket) {

@@ -52,6 +52,7 @@ class OverlayConnections {
     void serveReady();
     void acceptReady();
     bool survivesAcceptError(int error);
+    bool findDescriptor();
     void admit(FileDescriptor socket);
     void advance(Id id);
     void remove(WaitingMap::iterator entry);
