@@ -28,9 +28,19 @@ function(orvane_test name)
   target_link_libraries(orvane_${name}_tests
     PRIVATE ${arg_LINKS} ${support} GTest::gtest GTest::gmock orvane_compiler)
   gtest_discover_tests(orvane_${name}_tests
-    TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
-    ENVIRONMENT "${ORVANE_TEST_ENVIRONMENT}")
+    TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 TEST_LIST orvane_${name}_test_names
+    PROPERTIES TIMEOUT ${arg_TIMEOUT})
+  # Discovery takes lists apart and drops empty values, so lists are set once the names are known.
+  set(properties "ENVIRONMENT \"${ORVANE_TEST_ENVIRONMENT}\"")
+  if(arg_LABELS)
+    string(APPEND properties " LABELS \"${arg_LABELS}\"")
+  endif()
+  set(script "${CMAKE_CURRENT_BINARY_DIR}/orvane_${name}_test_properties.cmake")
+  file(WRITE "${script}" "if(orvane_${name}_test_names)
+  set_tests_properties(\${orvane_${name}_test_names} PROPERTIES ${properties})
+endif()
+")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${script}")
 endfunction()
 
 # One libFuzzer program with its seed corpus in fuzz/corpus/<name>.

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "AudioDevice.h"
+#include "AudioNotice.h"
 #include "AudioSourceType.h"
 #include "CloudSTTEngine.h"
 #include "RunningApp.h"
+#include "ServiceEndpoints.h"
 
 #include <QList>
 #include <QObject>
@@ -22,12 +24,12 @@ class TranslationSettings;
 
 /// The fixed times of a capture run.
 struct AudioTimings {
-    std::chrono::milliseconds linkReady{300};      ///< From opening the link to using it.
-    std::chrono::milliseconds fixedChunk{3000};    ///< Between chunks without pause detection.
+    std::chrono::milliseconds linkReady{300};       ///< From opening the link to using it.
+    std::chrono::milliseconds fixedChunk{3000};     ///< Between chunks without pause detection.
     std::chrono::milliseconds lastBufferSend{2000}; ///< Longest wait for the last buffer's send.
-    std::chrono::milliseconds flush{120000};       ///< Longest wait for the flush confirmation.
-    std::chrono::milliseconds stopSend{1000};      ///< Longest wait for the stop message's send.
-    std::chrono::milliseconds meterRefresh{33};    ///< Between two readings of the level meter.
+    std::chrono::milliseconds flush{120000};        ///< Longest wait for the flush confirmation.
+    std::chrono::milliseconds stopSend{1000};       ///< Longest wait for the stop message's send.
+    std::chrono::milliseconds meterRefresh{33};     ///< Between two readings of the level meter.
 };
 
 /// What the audio manager is given. The references outlive it.
@@ -40,7 +42,9 @@ struct AudioEnvironment {
     /// The vMix output; called on the main thread for each result.
     std::function<void(const QString& original, const QString& translation)> sendToVmix;
     /// Shows the user a notice; called on the main thread.
-    std::function<void(const QString& text)> showNotice;
+    std::function<void(const AudioNotice& notice)> showNotice;
+    QString transcriptFolder; ///< Where runs with a direct engine put their transcripts.
+    ServiceEndpoints endpoints = {};
     quint16 backendPort = 8765;
     AudioTimings timings = {};
 };
@@ -80,7 +84,7 @@ class AudioManager : public QObject {
     /// Asks the platform again for devices and applications; the lists follow by signal.
     void refreshLists();
 
-    // Before a run: how the signal is scaled. `gain` counts only without auto-gain.
+    /// How the next run scales the signal. With auto-gain it starts from `gain` and follows.
     void setGain(float gain, bool autoGain);
 
     /// Sends the run's configuration, or parks it until the link is ready.
@@ -92,8 +96,11 @@ class AudioManager : public QObject {
     /// and no application. Whatever ran before is stopped at once.
     void startCapture(AudioSourceType source, const QString& deviceId, const QString& appBundleId);
 
-    /// True from `startCapture` until the capture objects are gone.
+    /// True from `startCapture` until a stop.
     bool isCapturing() const;
+
+    /// True while chunks can be sent.
+    bool isConnected() const;
 
     /// Ends the run so that the last words still get recognised: stops capturing at once, sends
     /// what is left, waits for the backend to finish everything, closes the link. Returns at once;
@@ -106,14 +113,14 @@ class AudioManager : public QObject {
 
   Q_SIGNALS:
     void listsChanged();
-    void resultChanged();  ///< `currentOriginal`, `currentTranslation`.
-    void statusChanged();  ///< `backendStatus`, `isModelLoading`, `hasEngineError`.
-    void levelChanged();   ///< `audioLevel`, `peakLevel`.
+    void resultChanged();       ///< `currentOriginal`, `currentTranslation`.
+    void statusChanged();       ///< `backendStatus`, `isModelLoading`, `hasEngineError`.
+    void levelChanged();        ///< `audioLevel`, `peakLevel`.
     void captureStateChanged(); ///< `isCapturing`.
 
   private:
-    class Run;
-    std::unique_ptr<Run> run_;
+    class Private;
+    std::unique_ptr<Private> d_;
 };
 
 } // namespace orv

@@ -5,7 +5,6 @@ namespace orv {
 CloudEngineError::CloudEngineError(Kind kind, const QString& message)
     : kind_(kind)
     , message_(message)
-    , utf8_(message.toUtf8()) {
-}
+    , utf8_(message.toUtf8()) {}
 
 } // namespace orv

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringBuilder>
 #include <QStringView>
 
 #include <functional>
@@ -11,6 +12,12 @@ namespace orv {
 /// from several threads never mix and nothing is held back when the program dies. Line breaks
 /// inside `line` are kept. Callable from any thread. A closed standard output is ignored.
 void logLine(QStringView line);
+
+/// The same for a line that was put together with "+".
+template <typename A, typename B>
+void logLine(const QStringBuilder<A, B>& line) {
+    logLine(QString(line));
+}
 
 /// Receives each line in place of standard output, on the thread that logs it.
 using LogSink = std::function<void(const QString& line)>;

@@ -9,8 +9,7 @@ namespace orv {
 
 SerialQueue::SerialQueue(const QString& label)
     : label_(label)
-    , thread_([this] { run(); }) {
-}
+    , thread_([this] { run(); }) {}
 
 SerialQueue::~SerialQueue() {
     Q_ASSERT(!isCurrent());

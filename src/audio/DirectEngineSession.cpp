@@ -1,0 +1,135 @@
+#include "DirectEngineSession.h"
+
+#include "DirectEngineTranscriptWriter.h"
+#include "Log.h"
+
+#include <deque>
+#include <exception>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+/// What the coroutines hold on to: they may outlive the session, the engine may not go before them.
+struct DirectEngineSession::State {
+    std::shared_ptr<CloudSTTEngine> engine;
+    std::deque<QByteArray> waiting;
+    bool sending = false;
+    bool ended = false;
+};
+
+namespace {
+
+QString describe(const std::exception& error) {
+    if (const auto* cloud = dynamic_cast<const CloudEngineError*>(&error)) {
+        return cloud->errorDescription();
+    }
+    return QString::fromUtf8(error.what());
+}
+
+void logEngineError(const CloudSTTEngine& engine, const std::exception& error) {
+    logLine(u"❌ Direct Engine "_s + engine.name() + u" Fehler: "_s + describe(error));
+}
+
+/// Coroutines take what they need by value: a lambda's captures die with the lambda.
+template <typename StatePtr>
+QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
+                            std::function<void()> failed) {
+    try {
+        co_await state->engine->connect(std::move(config));
+        logLine(u"✅ Direct Engine "_s + state->engine->name() + u" verbunden"_s);
+    } catch (const std::exception& error) {
+        logEngineError(*state->engine, error);
+        failed();
+    }
+}
+
+template <typename StatePtr>
+QCoro::Task<> sendWaiting(StatePtr state) {
+    state->sending = true;
+    while (!state->waiting.empty() && !state->ended) {
+        QByteArray pcm = std::move(state->waiting.front());
+        state->waiting.pop_front();
+        try {
+            co_await state->engine->sendAudio(std::move(pcm));
+        } catch (const std::exception& error) {
+            logEngineError(*state->engine, error);
+        }
+    }
+    state->sending = false;
+}
+
+template <typename StatePtr>
+QCoro::Task<> disconnectEngine(StatePtr state) {
+    co_await state->engine->disconnect();
+}
+
+} // namespace
+
+DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
+                                         std::shared_ptr<DirectEngineTranscriptWriter> writer,
+                                         Handlers handlers)
+    : state_(std::make_shared<State>())
+    , writer_(std::move(writer))
+    , handlers_(std::move(handlers))
+    , target_(std::make_unique<PostTarget>()) {
+    state_->engine = std::move(engine);
+    state_->engine->onTranslation = [this, target = target_->handle()](const QString& original,
+                                                                       const QString& translation) {
+        target.post([this, original, translation, now = QDateTime::currentDateTime()] {
+            if (writer_) {
+                writer_->append(original, translation, now);
+            }
+            const auto handler = handlers_.result; // May end the session while it runs.
+            handler(original, translation);
+        });
+    };
+    state_->engine->onStatus = [this, target = target_->handle()](const QString& status,
+                                                                  const QString& message) {
+        logLine(u"📋 Direct Engine Status: ["_s + status + u"] "_s + message);
+        target.post([this, status] {
+            const auto handler = handlers_.status;
+            handler(status);
+        });
+    };
+}
+
+DirectEngineSession::~DirectEngineSession() {
+    end();
+}
+
+void DirectEngineSession::connect(const CloudEngineConfig& config) {
+    connectEngine(state_, config, [this, target = target_->handle()] {
+        target.post([this] {
+            const auto handler = handlers_.connectFailed; // Ends the session while it runs.
+            handler();
+        });
+    });
+}
+
+void DirectEngineSession::sendAudio(QByteArray pcm) {
+    state_->waiting.push_back(std::move(pcm));
+    if (!state_->sending) {
+        sendWaiting(state_);
+    }
+}
+
+void DirectEngineSession::end() {
+    if (state_->ended) {
+        return;
+    }
+    state_->ended = true;
+    target_.reset();
+    disconnectEngine(state_);
+    if (writer_) {
+        writer_->close();
+        writer_.reset();
+    }
+}
+
+bool DirectEngineSession::isStreaming() const {
+    return state_->engine->isStreaming();
+}
+
+} // namespace orv

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "CloudSTTEngine.h"
+#include "PostTarget.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace orv {
+
+class DirectEngineTranscriptWriter;
+
+/// One direct engine for one run: connects it, feeds it in order, brings its results to the main
+/// thread and into the transcript. Lives on the main thread.
+class DirectEngineSession {
+  public:
+    /// Run on the main thread; never after the session was ended or destroyed.
+    struct Handlers {
+        std::function<void(const QString& original, const QString& translation)> result;
+        std::function<void(const QString& status)> status;
+        std::function<void()> connectFailed; ///< The session is of no further use.
+    };
+
+    /// `writer` may be null.
+    DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
+                        std::shared_ptr<DirectEngineTranscriptWriter> writer, Handlers handlers);
+
+    /// Ends.
+    ~DirectEngineSession();
+
+    DirectEngineSession(const DirectEngineSession&) = delete;
+    DirectEngineSession& operator=(const DirectEngineSession&) = delete;
+
+    /// Starts connecting; says how it went in the log.
+    void connect(const CloudEngineConfig& config);
+
+    /// Queues one block of 16-bit PCM. Blocks go to the engine one after the other, each once the
+    /// one before has been accepted. What fails is lost, with a log line.
+    void sendAudio(QByteArray pcm);
+
+    /// Disconnects the engine in the background, closes the transcript at once. Nothing is
+    /// delivered afterwards.
+    void end();
+
+    bool isStreaming() const;
+
+  private:
+    struct State;
+
+    std::shared_ptr<State> state_;
+    std::shared_ptr<DirectEngineTranscriptWriter> writer_;
+    Handlers handlers_;
+    std::unique_ptr<PostTarget> target_;
+};
+
+} // namespace orv

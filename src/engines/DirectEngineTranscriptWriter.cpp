@@ -1,0 +1,134 @@
+#include "DirectEngineTranscriptWriter.h"
+
+#include "Log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLocale>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+constexpr double cueSeconds = 3.0;
+
+QString localStamp(const QDateTime& time, QStringView format) {
+    return QLocale::c().toString(time.toLocalTime(), format);
+}
+
+} // namespace
+
+QString transcriptEntry(const QString& original, const QString& translation,
+                        const QDateTime& timestamp) {
+    return u"["_s + QLocale::c().toString(timestamp.toUTC(), u"yyyy-MM-dd'T'HH:mm:ss.zzz'Z'") +
+           u"]\nOriginal: "_s + original + u"\nTranslation: "_s + translation + u"\n\n"_s;
+}
+
+QString transcriptHeader(const QString& sourceLang, const QString& targetLang,
+                         const QDateTime& opened) {
+    return u"Live Audio Translation\nSession: "_s + localStamp(opened, u"yyyy-MM-dd HH:mm:ss") +
+           u"\nSource: "_s + sourceLang + u"\nTarget: "_s + targetLang + u"\n"_s +
+           QString(60, u'=') + u"\n\n"_s;
+}
+
+QString formatSRTTime(double seconds) {
+    // Times come from whole milliseconds; a fraction that binary floating point puts just below
+    // one must not lose it.
+    constexpr double roundingSlack = 1e-9;
+    const double time = std::max(seconds, 0.0) + roundingSlack;
+    const auto whole = static_cast<std::int64_t>(time);
+    const auto milliseconds =
+        static_cast<std::int64_t>((time - static_cast<double>(whole)) * 1000.0);
+    return QString::asprintf("%02lld:%02lld:%02lld,%03lld", static_cast<long long>(whole / 3600),
+                             static_cast<long long>(whole % 3600 / 60),
+                             static_cast<long long>(whole % 60),
+                             static_cast<long long>(milliseconds));
+}
+
+QString subtitleCue(std::int64_t index, double startSeconds, const QString& original,
+                    const QString& translation) {
+    return QString::number(index) + u"\n"_s + formatSRTTime(startSeconds) + u" --> "_s +
+           formatSRTTime(startSeconds + cueSeconds) + u"\n"_s + original + u"\n"_s + translation +
+           u"\n\n"_s;
+}
+
+struct DirectEngineTranscriptWriter::Files {
+    struct Output {
+        QFile file;
+        bool failing = false;
+
+        void write(const QString& text) {
+            const QByteArray bytes = text.toUtf8();
+            const bool written = file.write(bytes) == bytes.size();
+            if (!written && !failing) {
+                logLine(u"❌ DirectEngineTranscriptWriter: Schreiben fehlgeschlagen: "_s +
+                        file.errorString());
+            }
+            failing = !written;
+        }
+    };
+
+    Output txt;
+    Output srt;
+    QDateTime startTime;
+    std::int64_t srtIndex = 0;
+};
+
+std::shared_ptr<DirectEngineTranscriptWriter>
+DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceLang,
+                                   const QString& targetLang, const QDateTime& opened) {
+    if (!QDir().mkpath(folder)) {
+        logLine(u"❌ DirectEngineTranscriptWriter: outputDir konnte nicht erstellt werden: "_s +
+                folder);
+        return nullptr;
+    }
+    auto files = std::make_unique<Files>();
+    files->startTime = opened;
+    const QString stamp = localStamp(opened, u"yyyyMMdd_HHmmss");
+    files->txt.file.setFileName(folder + u"/transcript_"_s + stamp + u".txt"_s);
+    files->srt.file.setFileName(folder + u"/subtitles_"_s + stamp + u".srt"_s);
+    const auto mode = QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered;
+    const QByteArray header = transcriptHeader(sourceLang, targetLang, opened).toUtf8();
+    if (!files->txt.file.open(mode) || files->txt.file.write(header) != header.size() ||
+        !files->srt.file.open(mode)) {
+        logLine(u"❌ DirectEngineTranscriptWriter: Datei-Erstellung fehlgeschlagen");
+        return nullptr;
+    }
+    logLine(u"💾 DirectEngineTranscriptWriter: "_s + files->txt.file.fileName() + u", "_s +
+            files->srt.file.fileName());
+    return std::shared_ptr<DirectEngineTranscriptWriter>(
+        new DirectEngineTranscriptWriter(std::move(files)));
+}
+
+DirectEngineTranscriptWriter::DirectEngineTranscriptWriter(std::unique_ptr<Files> files)
+    : files_(std::move(files))
+    , queue_(u"io.tavrin.orv.transcript"_s) {}
+
+DirectEngineTranscriptWriter::~DirectEngineTranscriptWriter() = default;
+
+void DirectEngineTranscriptWriter::append(const QString& original, const QString& translation,
+                                          const QDateTime& timestamp) {
+    queue_.post([files = files_.get(), original, translation, timestamp] {
+        if (!files->txt.file.isOpen()) {
+            return;
+        }
+        files->txt.write(transcriptEntry(original, translation, timestamp));
+        const double start = static_cast<double>(files->startTime.msecsTo(timestamp)) / 1000.0;
+        files->srtIndex += 1;
+        files->srt.write(subtitleCue(files->srtIndex, start, original, translation));
+    });
+}
+
+void DirectEngineTranscriptWriter::close() {
+    queue_.sync([files = files_.get()] {
+        files->txt.file.close();
+        files->srt.file.close();
+    });
+}
+
+} // namespace orv

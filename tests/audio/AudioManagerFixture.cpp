@@ -1,0 +1,78 @@
+#include "AudioManagerFixture.h"
+
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv::test {
+
+AudioManagerFixture::AudioManagerFixture() {
+    timings.linkReady = 1ms;
+    timings.lastBufferSend = 1h;
+    timings.flush = 1h;
+    timings.stopSend = 1h;
+    timings.fixedChunk = 1h;
+    timings.meterRefresh = 1ms;
+    MicrophonePreparation microphone;
+    microphone.initialFormat = {48000, 1};
+    microphone.format = {48000, 1};
+    capture.answers().preparation = microphone;
+    notifications.observe(
+        notifications::showTranslation, &notifications, [this](const QVariantMap& info) {
+            fannedOut.append(u"notification: "_s + info[u"original"_s].toString() + u"|"_s +
+                             info[u"translation"_s].toString());
+        });
+}
+
+void AudioManagerFixture::makeManager() {
+    manager = std::make_unique<AudioManager>(AudioEnvironment{
+        .settings = settings,
+        .store = store,
+        .capture = capture,
+        .notifications = notifications,
+        .engineFactory = [this](const QString&) { return engine; },
+        .sendToVmix =
+            [this](const QString& original, const QString& translation) {
+                fannedOut.append(u"vMix: "_s + original + u"|"_s + translation);
+            },
+        .showNotice = [this](const AudioNotice& notice) { notices.append(notice); },
+        .transcriptFolder = folder.filePath(u"output"_s),
+        .backendPort = backend.port(),
+        .timings = timings});
+    QObject::connect(manager.get(), &AudioManager::resultChanged, manager.get(), [this] {
+        fannedOut.append(u"published: "_s + manager->currentOriginal() + u"|"_s +
+                         manager->currentTranslation());
+    });
+}
+
+void AudioManagerFixture::startRun() {
+    if (!manager) {
+        makeManager();
+    }
+    manager->sendConfig(u"en"_s, u"es"_s, false, false);
+    manager->startCapture(AudioSourceType::Microphone, {}, {});
+    ASSERT_TRUE(waitUntil([this] { return capture.isMicrophoneRunning(); }));
+    ASSERT_TRUE(waitUntil([this] { return !backend.messages(u"config"_s).isEmpty(); }));
+}
+
+void AudioManagerFixture::deliver(std::size_t count, float value) {
+    const std::vector<float> samples(count, value);
+    ASSERT_TRUE(capture.deliver({.firstChannel = samples.data(), .frames = count, .stride = 1}));
+}
+
+QList<QByteArray> AudioManagerFixture::receivedAudio() {
+    QList<QByteArray> all;
+    for (const QJsonObject& message : backend.messages(u"audio"_s)) {
+        all.append(QByteArray::fromBase64(message[u"data"_s].toString().toLatin1()));
+    }
+    return all;
+}
+
+void AudioManagerFixture::stopAndWait() {
+    bool done = false;
+    manager->stopCapture([&done] { done = true; });
+    ASSERT_TRUE(waitUntil([&done] { return done; }));
+}
+
+} // namespace orv::test

@@ -1,0 +1,195 @@
+// Runs with a direct engine, and the choice between engine and backend.
+
+#include "AudioManagerFixture.h"
+
+#include "Pcm16.h"
+
+#include <QDir>
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv {
+namespace {
+
+using test::FakeEngine;
+using test::waitUntil;
+
+class DirectEngineRun : public test::AudioManagerFixture {
+  protected:
+    void useStreaming() {
+        engine =
+            std::make_shared<FakeEngine>(u"assemblyai"_s, u"AssemblyAIDirectEngine"_s, true, false);
+        settings.sttEngine.set(u"assemblyai"_s);
+        settings.assemblyaiApiKey.set(u"key"_s);
+    }
+
+    void useChunked() {
+        engine = std::make_shared<FakeEngine>(u"azure"_s, u"AzureDirectEngine"_s, false, true);
+        settings.sttEngine.set(u"azure"_s);
+        settings.azureApiKey.set(u"key"_s);
+    }
+
+    QString onlyFile(const QString& pattern) const {
+        const QDir output(folder.filePath(u"output"_s));
+        const QStringList names = output.entryList({pattern});
+        EXPECT_EQ(names.size(), 1);
+        QFile file(output.filePath(names.value(0)));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return QString::fromUtf8(file.readAll());
+    }
+};
+
+class BackendEngines : public DirectEngineRun, public testing::WithParamInterface<const char*> {};
+
+TEST_P(BackendEngines, neverMakeADirectEngine) {
+    useChunked();
+    settings.sttEngine.set(QString::fromLatin1(GetParam()));
+    settings.googleServiceAccountPath.set(u"/account.json"_s);
+    startRun();
+    EXPECT_TRUE(log.contains(u"🔌 setupDirectEngine: engine="_s + settings.sttEngine.get()));
+    EXPECT_FALSE(engine->connectedWith);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BackendEngines, testing::Values("whisper", "vosk", "google_grpc"));
+
+TEST_F(DirectEngineRun, runsOnTheBackendForAnUnknownEngine) {
+    settings.sttEngine.set(u"telepathy"_s);
+    startRun();
+    EXPECT_TRUE(log.contains(u"🔌 Direct Engine: NONE — unknown engine telepathy"_s));
+    deliver(30000);
+    stopAndWait();
+    EXPECT_EQ(receivedAudio().size(), 1);
+}
+
+TEST_F(DirectEngineRun, givesAStreamingEngineEveryBufferInOrder) {
+    useStreaming();
+    startRun();
+    for (int index = 1; index <= 50; ++index) {
+        deliver(100, static_cast<float>(index) / 100.0F);
+    }
+    ASSERT_TRUE(waitUntil([&] { return engine->audio.size() == 50; }));
+    for (int index = 1; index <= 50; ++index) {
+        EXPECT_EQ(engine->audio[index - 1],
+                  pcm16(std::vector<float>(100, static_cast<float>(index) / 100.0F)));
+    }
+    EXPECT_TRUE(log.contains(u"🔌 Direct Engine: AssemblyAIDirectEngine (streaming)"_s));
+    EXPECT_TRUE(log.contains(u"✅ Direct Engine AssemblyAIDirectEngine verbunden"_s));
+    stopAndWait();
+    EXPECT_TRUE(receivedAudio().isEmpty());
+}
+
+TEST_F(DirectEngineRun, handsTheTranslationKeyToAnEngineThatNeedsOne) {
+    useStreaming();
+    settings.googleApiKey.set(u"google"_s);
+    startRun();
+    EXPECT_EQ(engine->translationKey, u"google"_s);
+    EXPECT_TRUE(log.contains(u"🔌 AssemblyAI: Google Translate Key gesetzt für Übersetzung"_s));
+}
+
+TEST_F(DirectEngineRun, givesAChunkedEngineTheChunkersChunks) {
+    useChunked();
+    timings.fixedChunk = 1ms;
+    makeManager();
+    manager->setVadEnabled(false);
+    startRun();
+    EXPECT_TRUE(log.contains(u"🔌 Direct Engine: AzureDirectEngine"_s));
+    deliver(20001);
+    ASSERT_TRUE(waitUntil([&] { return engine->audio.size() == 1; }));
+    EXPECT_EQ(engine->audio[0], pcm16(std::vector<float>(20001, 0.25F)));
+    EXPECT_TRUE(log.contains(u"🎵 Direct Engine: Sende 20001 Samples"_s));
+}
+
+TEST_F(DirectEngineRun, connectsWithTheRunsLanguagesAndTheEnginesKey) {
+    useChunked();
+    startRun();
+    ASSERT_TRUE(engine->connectedWith);
+    EXPECT_EQ(engine->connectedWith->sourceLang, u"en"_s);
+    EXPECT_EQ(engine->connectedWith->targetLang, u"es"_s);
+    EXPECT_EQ(engine->connectedWith->apiKey, u"key"_s);
+    EXPECT_EQ(engine->connectedWith->region, u"eastus"_s);
+    EXPECT_EQ(engine->connectedWith->sampleRate, 48000);
+}
+
+TEST_F(DirectEngineRun, bringsResultsEverywhereAndIntoTheTranscript) {
+    useChunked();
+    startRun();
+    engine->onTranslation(u"Hi"_s, u"Hola"_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
+    EXPECT_EQ(fannedOut, (QStringList{u"published: Hi|Hola"_s, u"notification: Hi|Hola"_s,
+                                      u"vMix: Hi|Hola"_s}));
+    stopAndWait();
+    EXPECT_TRUE(onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: Hi\nTranslation: Hola\n\n"_s));
+    EXPECT_TRUE(onlyFile(u"subtitles_*.srt"_s).endsWith(u"\nHi\nHola\n\n"_s));
+}
+
+TEST_F(DirectEngineRun, writesNoTranscriptWhenNoneIsWanted) {
+    useChunked();
+    settings.saveTranscript.set(false);
+    startRun();
+    EXPECT_FALSE(QDir(folder.filePath(u"output"_s)).exists());
+}
+
+TEST_F(DirectEngineRun, publishesTheEnginesState) {
+    useChunked();
+    startRun();
+    engine->onStatus(u"error"_s, u"gone"_s);
+    ASSERT_TRUE(waitUntil([&] { return manager->hasEngineError(); }));
+    EXPECT_TRUE(log.contains(u"📋 Direct Engine Status: [error] gone"_s));
+    engine->onStatus(u"connected"_s, u"back"_s);
+    ASSERT_TRUE(waitUntil([&] { return !manager->hasEngineError(); }));
+}
+
+TEST_F(DirectEngineRun, fallsBackToTheBackendWhenTheEngineCannotConnect) {
+    useStreaming();
+    engine->connectError = u"AssemblyAI API Key fehlt"_s;
+    startRun();
+    ASSERT_TRUE(waitUntil([&] {
+        return log.contains(
+            u"❌ Direct Engine AssemblyAIDirectEngine Fehler: AssemblyAI API Key fehlt"_s);
+    }));
+    test::drainEvents();
+    deliver(30000);
+    stopAndWait();
+    EXPECT_EQ(receivedAudio().size(), 1);
+    EXPECT_TRUE(engine->audio.isEmpty());
+}
+
+TEST_F(DirectEngineRun, disconnectsTheEngineOnAGracefulStop) {
+    useChunked();
+    startRun();
+    stopAndWait();
+    EXPECT_TRUE(log.contains(u"🔌 Direct Engine disconnected"_s));
+    EXPECT_EQ(engine->disconnects, 1);
+}
+
+TEST_F(DirectEngineRun, disconnectsTheEngineOnAnImmediateStop) {
+    useStreaming();
+    startRun();
+    manager->stopCaptureSync();
+    EXPECT_TRUE(log.contains(u"🔌 Direct Engine disconnected (sync)"_s));
+    EXPECT_EQ(engine->disconnects, 1);
+}
+
+TEST_F(DirectEngineRun, survivesAnEngineThatThrowsForAChunk) {
+    useStreaming();
+    engine->sendError = u"HTTP 500"_s;
+    startRun();
+    deliver(100);
+    deliver(100);
+    ASSERT_TRUE(waitUntil([&] { return engine->audio.size() == 2; }));
+    EXPECT_TRUE(log.contains(u"❌ Direct Engine AssemblyAIDirectEngine Fehler: HTTP 500"_s));
+}
+
+TEST_F(DirectEngineRun, dropsResultsThatComeAfterTheEnd) {
+    useChunked();
+    startRun();
+    manager->stopCaptureSync();
+    engine->onTranslation(u"late"_s, u"tarde"_s);
+    test::drainEvents();
+    EXPECT_TRUE(fannedOut.isEmpty());
+}
+
+} // namespace
+} // namespace orv
