@@ -1,0 +1,103 @@
+#include "PulseCaptureFixture.h"
+
+#include <algorithm>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv::test {
+
+QStringList PulseCaptureTest::modules() {
+    return {u"module-null-sink sink_name=speakers rate=48000"_s,
+            u"module-null-sink sink_name=cable rate=48000"_s,
+            u"module-null-sink sink_name=slow rate=44100"_s,
+            u"module-remap-source source_name=mic master=cable.monitor "
+            "source_properties=device.description=Studio"_s,
+            u"module-remap-source source_name=mic44 master=cable.monitor rate=44100"_s};
+}
+
+PulseCaptureTest::PulseCaptureTest()
+    : pulse(modules()) {
+    pulse.pactl({u"set-default-source"_s, u"mic"_s});
+    options.server = pulse.server();
+    options.firstReconnect = 20ms;
+    options.longestReconnect = 200ms;
+    options.retake = 20ms;
+    capture = std::make_unique<PulseAudioCapture>(options, RunningAppPlaces{});
+}
+
+MicrophonePreparation PulseCaptureTest::prepare(MicrophoneStream& stream, const QString& device) {
+    std::optional<MicrophonePreparation> result;
+    stream.prepare(device, [&](const MicrophonePreparation& found) { result = found; });
+    EXPECT_FALSE(result) << "completions come later";
+    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
+    return result.value_or(MicrophonePreparation{});
+}
+
+QString PulseCaptureTest::start(MicrophoneStream& stream) {
+    std::optional<QString> result;
+    stream.start(
+        4096,
+        [this](const MicrophoneBuffer& buffer) {
+            EXPECT_EQ(buffer.frames, 4096U);
+            EXPECT_EQ(buffer.stride, 1U);
+            heard.add({buffer.firstChannel, buffer.frames});
+        },
+        [this](const QString& error) { stops.append(error); },
+        [&](const QString& error) { result = error; });
+    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
+    return result.value_or(u"no answer"_s);
+}
+
+ScreenCaptureStart PulseCaptureTest::start(ScreenCaptureStream& stream,
+                                           const ScreenCaptureRequest& request) {
+    std::optional<ScreenCaptureStart> result;
+    stream.start(
+        request,
+        [this](std::span<const std::byte> bytes) {
+            EXPECT_EQ(bytes.size(), blockFloats * sizeof(float));
+            std::vector<float> block(bytes.size() / sizeof(float));
+            std::memcpy(block.data(), bytes.data(), bytes.size());
+            heard.add(std::span(block).first(channelFloats));
+            blocks.add(block);
+        },
+        [this](const QString& error) { stops.append(error); },
+        [&](const ScreenCaptureStart& outcome) { result = outcome; });
+    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
+    return result.value_or(ScreenCaptureStart{});
+}
+
+QList<AudioDevice> PulseCaptureTest::inputDevices() {
+    std::optional<QList<AudioDevice>> result;
+    capture->listInputDevices([&](const QList<AudioDevice>& devices) { result = devices; });
+    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
+    return result.value_or(QList<AudioDevice>());
+}
+
+std::optional<QList<RunningApp>> PulseCaptureTest::capturableApps() {
+    std::optional<std::optional<QList<RunningApp>>> result;
+    capture->listCapturableApps([&](const auto& apps) { result = apps; });
+    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
+    return result.value_or(std::nullopt);
+}
+
+bool PulseCaptureTest::hears(const std::vector<int>& present, const std::vector<int>& absent,
+                             double sampleRate) {
+    return waitUntil([&] {
+        const auto count = static_cast<std::size_t>(sampleRate / 5);
+        const std::vector<float> newest = heard.newest(count);
+        const auto amplitude = [&](int tone) { return toneAmplitude(newest, tone, sampleRate); };
+        return newest.size() == count &&
+               std::all_of(present.begin(), present.end(),
+                           [&](int tone) { return amplitude(tone) > 0.4; }) &&
+               std::all_of(absent.begin(), absent.end(),
+                           [&](int tone) { return amplitude(tone) < 0.01; });
+    });
+}
+
+bool PulseCaptureTest::hearsMore(std::size_t samples) {
+    return waitUntil([this, goal = heard.size() + samples] { return heard.size() >= goal; });
+}
+
+} // namespace orv::test

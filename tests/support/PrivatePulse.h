@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <vector>
+
+namespace orv::test {
+
+/// A sound server of the test's own: no hardware, a private folder and socket, nobody's settings.
+/// It has what `modules` load, and ends with the object.
+class PrivatePulse {
+  public:
+    /// `modules` are loaded in order, e.g. "module-null-sink sink_name=speakers". The default rate
+    /// is 44.1 kHz, the alternate one 48 kHz.
+    explicit PrivatePulse(QStringList modules = {});
+    ~PrivatePulse();
+    PrivatePulse(const PrivatePulse&) = delete;
+    PrivatePulse& operator=(const PrivatePulse&) = delete;
+
+    /// The address for clients.
+    QByteArray server() const;
+
+    /// Starts the daemon and waits until it answers. Fails the test when it does not.
+    void start();
+    /// Ends the daemon the hard way.
+    void kill();
+
+    /// Loads a module into the running daemon; returns its number.
+    QString load(const QString& module);
+    void unload(const QString& number);
+    /// Runs `pactl`; returns what it printed, trimmed. Fails the test when it fails.
+    QString pactl(const QStringList& arguments) const;
+
+    QString folder() const { return folder_.path(); }
+
+    const QProcessEnvironment& environment() const { return environment_; }
+
+  private:
+    bool answers() const;
+
+    const QTemporaryDir folder_;
+    const QStringList modules_;
+    QProcessEnvironment environment_;
+    QProcess daemon_;
+};
+
+/// A program that plays 16-bit mono samples at 48 kHz to a `PrivatePulse`, over and over, until the
+/// object is destroyed.
+class PulsePlayer {
+  public:
+    /// `application` becomes the identifier and the name of the application; `sink` may be empty.
+    PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& samples,
+                const QString& application, const QString& sink = {});
+    ~PulsePlayer();
+    PulsePlayer(const PulsePlayer&) = delete;
+    PulsePlayer& operator=(const PulsePlayer&) = delete;
+
+  private:
+    QProcess process_;
+};
+
+} // namespace orv::test
