@@ -17,7 +17,7 @@ BackendRow::BackendRow(TranslationEngine& engine, L10n& l10n, QWidget* parent)
     , engine_(engine)
     , l10n_(l10n)
     , status_(new QLabel(this))
-    , toggle_(new QPushButton(this)) {
+    , toggle_(makeButton(this)) {
     status_->setWordWrap(true);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

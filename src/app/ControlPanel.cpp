@@ -77,10 +77,11 @@ QWidget* ControlPanel::makeHeader() {
 
 QWidget* ControlPanel::makeFooter() {
     auto* footer = new QWidget(this);
-    startStop_ = new QPushButton(footer);
-    startStop_->setMinimumHeight(startStop_->sizeHint().height() * 5 / 4);
-    quit_ = new QPushButton(footer);
-    quit_->setMinimumHeight(startStop_->minimumHeight());
+    startStop_ = makeButton(footer);
+    quit_ = makeButton(footer);
+    for (QPushButton* button : {startStop_, quit_}) {
+        button->setFixedHeight(button->sizeHint().height() * 5 / 4);
+    }
     auto* row = new QHBoxLayout(footer);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(panelSpacing);
@@ -116,8 +117,7 @@ void ControlPanel::refreshRun() {
     const AudioManager& audio = environment_.audio;
     const QString key = controller.isTranslating() ? u"main.stop"_s : u"main.start"_s;
     startStop_->setText(environment_.l10n.platformText(key));
-    startStop_->setIcon(QIcon(controller.isTranslating() ? u":/orvane/panel/stop.svg"_s
-                                                         : u":/orvane/panel/play.svg"_s));
+    startStop_->setIcon(panelIcon(controller.isTranslating() ? u"stop"_s : u"play"_s));
     result_->setStatus(
         statusLine({.isTranslating = controller.isTranslating(),
                     .isStopping = controller.isStopping(),

@@ -2,7 +2,9 @@
 
 #include <QString>
 
+class QIcon;
 class QLabel;
+class QPushButton;
 class QWidget;
 
 namespace orv {
@@ -17,6 +19,12 @@ QLabel* makeHeading(QWidget* parent);
 
 /// A label in the quieter colour for hints; breaks its lines.
 QLabel* makeHint(QWidget* parent);
+
+/// A button with room round its text.
+QPushButton* makeButton(QWidget* parent);
+
+/// One of the panel's own pictures: "play", "stop" or "app".
+QIcon panelIcon(const QString& name);
 
 /// Shows `text` on `label` and makes it the name of `field`, on screen and for assistive programs.
 void nameField(QLabel* label, QWidget* field, const QString& text);

@@ -38,7 +38,7 @@ struct StatusLine {
 struct RunState {
     bool isTranslating = false;
     bool isStopping = false;
-    QString backendStatus;
+    QString backendStatus = {};
     bool isModelLoading = false;
     bool hasEngineError = false;
 };

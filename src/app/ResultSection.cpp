@@ -67,7 +67,7 @@ QWidget* ResultSection::makeNotice() {
     frame->setBackgroundRole(QPalette::ToolTipBase);
     noticeText_ = makeText(frame);
     noticeText_->setForegroundRole(QPalette::ToolTipText);
-    closeNotice_ = new QPushButton(frame);
+    closeNotice_ = makeButton(frame);
     auto* row = new QHBoxLayout(frame);
     row->addWidget(noticeText_, 1);
     row->addWidget(closeNotice_, 0, Qt::AlignTop);

@@ -41,14 +41,14 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
     , pages_(new QStackedWidget(this))
     , deviceLabel_(new QLabel(this))
     , devices_(new FieldCombo(FieldCombo::Search::None, this))
-    , refreshDevices_(new QPushButton(this))
+    , refreshDevices_(makeButton(this))
     , systemHint_(makeHint(this))
     , appLabel_(new QLabel(this))
     , apps_(new FieldCombo(FieldCombo::Search::None, this))
-    , refreshApps_(new QPushButton(this))
+    , refreshApps_(makeButton(this))
     , permission_(new QWidget(this))
     , permissionText_(new QLabel(permission_))
-    , checkPermission_(new QPushButton(permission_))
+    , checkPermission_(makeButton(permission_))
     , levelLabel_(new QLabel(this))
     , level_(new LevelBar(this)) {
     auto* layout = new QVBoxLayout(this);
@@ -73,7 +73,7 @@ void SourceSection::addSourceButtons(QVBoxLayout* layout) {
     row->setSpacing(panelSpacing / 2);
     for (const AudioSourceType source :
          {AudioSourceType::Microphone, AudioSourceType::SystemAudio, AudioSourceType::SingleApp}) {
-        auto* button = new QPushButton(this);
+        auto* button = makeButton(this);
         button->setCheckable(true);
         sources_->addButton(button, pageOf(source));
         sourceButtons_.insert(source, button);

@@ -1,3 +1,4 @@
+#include "PanelParts.h"
 #include "Shell.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
@@ -14,8 +15,8 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
-    QApplication::setApplicationDisplayName(u"Orvane"_s);
     QApplication::setApplicationVersion(u"" ORVANE_VERSION ""_s);
+    QApplication::setWindowIcon(orv::panelIcon(u"app"_s));
     // The program lives in the tray; closing its windows never ends it by itself.
     QApplication::setQuitOnLastWindowClosed(false);
 

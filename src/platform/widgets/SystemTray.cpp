@@ -1,13 +1,11 @@
 #include "SystemTray.h"
 
 #include "ScreenPlacement.h"
+#include "SvgIcon.h"
 
 #include <QAction>
 #include <QGuiApplication>
-#include <QPainter>
-#include <QPixmap>
 #include <QScreen>
-#include <QSvgRenderer>
 
 #include <chrono>
 #include <utility>
@@ -29,28 +27,13 @@ constexpr std::chrono::seconds availabilityInterval{3};
 /// Between the item and its menu, in pixels.
 constexpr int menuGap = 5;
 
-/// Drawn here rather than by Qt's icon engine, which is a plug-in that may not be installed.
-QIcon iconFromSvg(const QString& path) {
-    QSvgRenderer renderer(path);
-    QIcon icon;
-    for (const int side : {16, 22, 24, 32, 48, 64, 128}) {
-        QPixmap pixmap(side, side);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        renderer.render(&painter);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
-    return icon;
-}
-
 } // namespace
 
 SystemTray::SystemTray() {
     registerTrayIcons();
-    icons_ = {{TrayIcon::Idle, iconFromSvg(u":/orvane/tray/idle.svg"_s)},
-              {TrayIcon::BackendRunning, iconFromSvg(u":/orvane/tray/running.svg"_s)},
-              {TrayIcon::Translating, iconFromSvg(u":/orvane/tray/translating.svg"_s)}};
+    icons_ = {{TrayIcon::Idle, svgIcon(u":/orvane/tray/idle.svg"_s)},
+              {TrayIcon::BackendRunning, svgIcon(u":/orvane/tray/running.svg"_s)},
+              {TrayIcon::Translating, svgIcon(u":/orvane/tray/translating.svg"_s)}};
     connect(&icon_, &QSystemTrayIcon::activated, this, &SystemTray::activated);
     connect(&menu_, &QMenu::aboutToShow, this, &SystemTray::menuAboutToShow);
     icon_.setContextMenu(&menu_);

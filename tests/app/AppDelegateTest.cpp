@@ -1,0 +1,296 @@
+#include "AppDelegate.h"
+
+#include "DefaultsStore.h"
+#include "Fakes.h"
+#include "LogCapture.h"
+#include "NotificationCentre.h"
+#include "RegisteredDefaults.h"
+#include "WaitUntil.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv::test {
+
+namespace {
+
+class AppDelegateTest : public ::testing::Test {
+  protected:
+    AppDelegateTest() { registerDefaultValues(store); }
+
+    void launch(DelegateTimings timings = {
+                    .autoStart = 1ms, .quitSecondStop = 1ms, .quitTerminate = 1ms}) {
+        delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
+            .store = store,
+            .notifications = centre,
+            .tray = tray,
+            .panel = panel,
+            .backend = backend,
+            .text = keyAsText,
+            .applyOverlaySettings = [this] { overlay.append(u"apply"_s); },
+            .stopOverlayServer = [this] { overlay.append(u"stop"_s); },
+            .broadcast =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
+                },
+            .terminate = [this] { ++terminations; },
+            .timings = timings});
+        delegate->applicationDidFinishLaunching();
+    }
+
+    void postBackend(const QVariantMap& info) {
+        centre.post(notifications::backendStatusChanged, info);
+    }
+
+    void postTranslation(bool translating) {
+        centre.post(notifications::translationStatusChanged, {{u"isTranslating"_s, translating}});
+    }
+
+    LogCapture log;
+    QTemporaryDir folder;
+    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    NotificationCentre centre;
+    FakeTray tray;
+    FakePanel panel;
+    FakeBackend backend;
+    QStringList overlay;
+    int terminations = 0;
+    std::unique_ptr<AppDelegate> delegate;
+};
+
+TEST_F(AppDelegateTest, startsWithTheIdleIconAndAppliesTheOverlayServersSettings) {
+    launch();
+    EXPECT_EQ(tray.icon, TrayIcon::Idle);
+    EXPECT_EQ(tray.description, u"Orvane"_s);
+    EXPECT_TRUE(log.contains(u"🎨 Icon aktualisiert: running=false, translating=false"_s));
+    EXPECT_EQ(overlay, QStringList{u"apply"_s});
+    EXPECT_TRUE(panel.calls.isEmpty()) << "the panel waits for a click";
+}
+
+TEST_F(AppDelegateTest, showsThePanelAsAWindowWhereThereIsNoTray) {
+    tray.available = false;
+    launch();
+    EXPECT_EQ(panel.calls, QStringList{u"showAsWindow"_s});
+}
+
+TEST_F(AppDelegateTest, bringsThePanelBackWhenTheTrayGoes) {
+    launch();
+    tray.availabilityChanged(false);
+    EXPECT_EQ(panel.calls, QStringList{u"showAsWindow"_s});
+}
+
+TEST_F(AppDelegateTest, leavesAnOpenWindowAloneWhenATrayComes) {
+    tray.available = false;
+    launch();
+    tray.availabilityChanged(true);
+    EXPECT_TRUE(panel.shown);
+    EXPECT_EQ(panel.calls, QStringList{u"showAsWindow"_s});
+}
+
+TEST_F(AppDelegateTest, doesNotStartTheBackendUnlessAsked) {
+    launch();
+    EXPECT_TRUE(log.contains(u"App gestartet - Backend muss manuell gestartet werden"_s));
+    drainEvents();
+    EXPECT_TRUE(backend.calls.isEmpty());
+}
+
+TEST_F(AppDelegateTest, startsTheBackendALittleLaterWhenAsked) {
+    store.setBool(u"autoStartBackend"_s, true);
+    launch();
+    EXPECT_TRUE(log.contains(u"Auto-Start Backend aktiviert"_s));
+    EXPECT_TRUE(backend.calls.isEmpty());
+    EXPECT_TRUE(waitUntil([this] { return backend.calls == QStringList{u"startBackend"_s}; }));
+}
+
+TEST_F(AppDelegateTest, theRealTimesAreThoseOfTheProgram) {
+    const DelegateTimings timings;
+    EXPECT_EQ(timings.autoStart, 500ms);
+    EXPECT_EQ(timings.quitSecondStop, 1500ms);
+    EXPECT_EQ(timings.quitSecondStop + timings.quitTerminate, 2s);
+}
+
+TEST_F(AppDelegateTest, aPrimaryClickTogglesThePanelAndNeverShowsTheMenu) {
+    launch();
+    tray.click(TrayClick::Primary);
+    EXPECT_EQ(panel.calls, QStringList{u"showBeside 700,0"_s});
+    tray.click(TrayClick::Primary);
+    EXPECT_EQ(panel.calls.last(), u"close"_s);
+    EXPECT_FALSE(panel.shown);
+    EXPECT_TRUE(tray.menus.isEmpty());
+}
+
+TEST_F(AppDelegateTest, aSecondaryClickShowsTheMenuAlsoWhileThePanelIsOpen) {
+    launch();
+    tray.click(TrayClick::Primary);
+    tray.click(TrayClick::Secondary);
+    EXPECT_EQ(tray.menus.size(), 1);
+    EXPECT_TRUE(panel.shown);
+}
+
+TEST_F(AppDelegateTest, theMenuHoldsNameBackendStateAndQuitInOrder) {
+    launch();
+    tray.click(TrayClick::Secondary);
+    const QList<TrayMenuItem> menu = tray.menus.value(0);
+    ASSERT_EQ(menu.size(), 5);
+    EXPECT_EQ(menu[0].text, u"<app.name.short>"_s);
+    EXPECT_FALSE(menu[0].action);
+    EXPECT_TRUE(menu[1].text.isEmpty());
+    EXPECT_EQ(menu[2].text, u"<menu.backend.stopped>"_s);
+    EXPECT_FALSE(menu[2].action);
+    EXPECT_TRUE(menu[3].text.isEmpty());
+    EXPECT_EQ(menu[4].text, u"<menu.quit>"_s);
+    EXPECT_EQ(menu[4].shortcut, u"q"_s);
+    EXPECT_TRUE(menu[4].action);
+}
+
+TEST_F(AppDelegateTest, theMenuIsBuiltAfreshOnEveryClick) {
+    launch();
+    tray.click(TrayClick::Secondary);
+    backend.running = true;
+    tray.click(TrayClick::Secondary);
+    ASSERT_EQ(tray.menus.size(), 2);
+    EXPECT_EQ(tray.menus[1].value(2).text, u"<menu.backend.running>"_s);
+}
+
+TEST_F(AppDelegateTest, theBackendsStatusChangesItsHalfOfTheIcon) {
+    launch();
+    postBackend({{u"isRunning"_s, true}});
+    EXPECT_TRUE(log.contains(u"📢 Backend Status Changed: true"_s));
+    EXPECT_TRUE(log.contains(u"🎨 Icon aktualisiert: running=true, translating=false"_s));
+    EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
+    EXPECT_EQ(tray.description, u"Backend Running"_s);
+}
+
+TEST_F(AppDelegateTest, aBackendStatusWithoutAValueCountsAsStopped) {
+    launch();
+    postBackend({{u"isRunning"_s, true}});
+    postBackend({});
+    EXPECT_TRUE(log.contains(u"📢 Backend Status Changed: false"_s));
+    EXPECT_EQ(tray.icon, TrayIcon::Idle);
+}
+
+TEST_F(AppDelegateTest, translatingShowsAlsoWhileTheBackendIsStopped) {
+    launch();
+    postTranslation(true);
+    EXPECT_TRUE(log.contains(u"📢 Translation Status Changed: true"_s));
+    EXPECT_EQ(tray.icon, TrayIcon::Translating);
+    EXPECT_EQ(tray.description, u"Translating"_s);
+    postTranslation(false);
+    EXPECT_EQ(tray.icon, TrayIcon::Idle);
+}
+
+TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
+    launch();
+    postTranslation(true);
+    postBackend({{u"isRunning"_s, true}});
+    EXPECT_EQ(tray.icon, TrayIcon::Translating);
+    postTranslation(false);
+    EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
+}
+
+TEST_F(AppDelegateTest, aResultGoesToTheBrowserOverlay) {
+    launch();
+    centre.post(notifications::showTranslation,
+                {{u"original"_s, u"good morning"_s}, {u"translation"_s, u"buenos días"_s}});
+    EXPECT_EQ(overlay.last(), u"broadcast 'good morning' 'buenos días'"_s);
+}
+
+TEST_F(AppDelegateTest, aResultWithoutTextsGoesOutEmpty) {
+    launch();
+    centre.post(notifications::showTranslation, {});
+    EXPECT_EQ(overlay.last(), u"broadcast '' ''"_s);
+}
+
+TEST_F(AppDelegateTest, aResultReachesTheBrowserOverlayAlsoWithoutTheSubtitleWindow) {
+    store.setBool(u"showOverlay"_s, false);
+    launch();
+    centre.post(notifications::showTranslation, {{u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay.last(), u"broadcast '' 'hola'"_s);
+}
+
+TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
+    store.setBool(u"autoStopBackend"_s, false);
+    launch();
+    tray.click(TrayClick::Secondary);
+    tray.menus.value(0).value(4).action();
+    EXPECT_TRUE(log.contains(u"🛑 App wird beendet..."_s));
+    EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
+    EXPECT_EQ(terminations, 0);
+    EXPECT_TRUE(waitUntil([this] { return terminations == 1; }));
+    EXPECT_EQ(backend.calls.size(), 1) << "a stopped backend is not stopped again";
+}
+
+TEST_F(AppDelegateTest, quitStopsABackendThatStillRunsASecondTime) {
+    backend.running = true;
+    launch();
+    delegate->quitApp();
+    EXPECT_TRUE(waitUntil([this] { return terminations == 1; }));
+    EXPECT_TRUE(log.contains(u"⚠️ Backend noch aktiv, force stop..."_s));
+    EXPECT_EQ(backend.calls, (QStringList{u"stopBackend"_s, u"stopBackend"_s}));
+}
+
+TEST_F(AppDelegateTest, quitEndsTheProgramTwoSecondsLater) {
+    launch({});
+    QElapsedTimer clock;
+    clock.start();
+    delegate->quitApp();
+    ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
+    EXPECT_GE(clock.elapsed(), 1990);
+}
+
+TEST_F(AppDelegateTest, quittingTwiceEndsOnce) {
+    launch();
+    delegate->quitApp();
+    delegate->quitApp();
+    EXPECT_EQ(log.count(u"🛑 App wird beendet..."_s), 1);
+    ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
+    drainEvents();
+    EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(AppDelegateTest, terminationStopsOverlayServerAndBackend) {
+    launch();
+    delegate->applicationWillTerminate();
+    EXPECT_EQ(overlay.last(), u"stop"_s);
+    EXPECT_TRUE(log.contains(u"App wird beendet - stoppe Backend (autoStopBackend=true)..."_s));
+    EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
+}
+
+TEST_F(AppDelegateTest, terminationLeavesTheBackendWhenTheUserWantsItToStay) {
+    store.setBool(u"autoStopBackend"_s, false);
+    launch();
+    delegate->applicationWillTerminate();
+    EXPECT_EQ(overlay.last(), u"stop"_s);
+    EXPECT_TRUE(log.contains(u"App wird beendet - Backend läuft weiter (autoStopBackend=false)"_s));
+    EXPECT_EQ(backend.calls, QStringList{u"leaveRunning"_s});
+}
+
+TEST(RegisteredDefaults, answerUntilAValueIsWritten) {
+    const QTemporaryDir folder;
+    DefaultsStore store(folder.path() + u"/defaults.json"_s);
+    registerDefaultValues(store);
+    EXPECT_EQ(store.boolean(u"showOverlay"_s), true);
+    EXPECT_EQ(store.boolean(u"speakTranslations"_s), false);
+    EXPECT_EQ(store.string(u"sourceLang"_s), u"auto"_s);
+    EXPECT_EQ(store.string(u"targetLang"_s), u"de"_s);
+    EXPECT_EQ(store.integer(u"audioSourceType"_s), 0);
+    EXPECT_EQ(store.string(u"selectedInputDevice"_s), QString());
+    EXPECT_EQ(store.string(u"selectedAppBundleId"_s), QString());
+    EXPECT_EQ(store.doubleValue(u"audioGain"_s), 1.0);
+    EXPECT_EQ(store.boolean(u"autoGain"_s), true);
+    EXPECT_EQ(store.boolean(u"autoStartBackend"_s), false);
+    EXPECT_EQ(store.boolean(u"autoStopBackend"_s), true);
+    store.setBool(u"autoGain"_s, false);
+    EXPECT_EQ(store.boolean(u"autoGain"_s), false);
+}
+
+} // namespace
+
+} // namespace orv::test

@@ -1,0 +1,143 @@
+#pragma once
+
+#include "BackendControl.h"
+#include "CaptureControl.h"
+#include "Dialogs.h"
+#include "Panel.h"
+#include "Tray.h"
+
+#include <QStringList>
+
+#include <utility>
+
+namespace orv::test {
+
+/// Writes down what it is asked, in order; `stopCapture` ends when `finishStop` is called.
+class FakeCapture : public CaptureControl {
+  public:
+    bool isCapturing() const override { return capturing; }
+
+    void setGain(float gain, bool autoGain) override {
+        calls.append(QStringLiteral("setGain %1 %2").arg(double(gain)).arg(int(autoGain)));
+    }
+
+    void sendConfig(const QString& sourceLang, const QString& targetLang, bool saveTranscript,
+                    bool showOriginal) override {
+        calls.append(QStringLiteral("sendConfig %1 %2 %3 %4")
+                         .arg(sourceLang, targetLang)
+                         .arg(int(saveTranscript))
+                         .arg(int(showOriginal)));
+    }
+
+    void startCapture(AudioSourceType source, const QString& deviceId,
+                      const QString& appBundleId) override {
+        capturing = true;
+        calls.append(QStringLiteral("startCapture %1 '%2' '%3'")
+                         .arg(int(source))
+                         .arg(deviceId, appBundleId));
+    }
+
+    void stopCapture(std::function<void()> done) override {
+        capturing = false;
+        pendingStops.append(std::move(done));
+        calls.append(QStringLiteral("stopCapture"));
+    }
+
+    void stopCaptureSync() override {
+        capturing = false;
+        calls.append(QStringLiteral("stopCaptureSync"));
+        finishStops();
+    }
+
+    void finishStops() {
+        for (const auto& done : std::exchange(pendingStops, {})) {
+            done();
+        }
+    }
+
+    bool capturing = false;
+    QList<std::function<void()>> pendingStops;
+    QStringList calls;
+};
+
+class FakeBackend : public BackendControl {
+  public:
+    bool isRunning() const override { return running; }
+
+    void startBackend() override { calls.append(QStringLiteral("startBackend")); }
+
+    void stopBackend() override { calls.append(QStringLiteral("stopBackend")); }
+
+    void leaveRunning() override { calls.append(QStringLiteral("leaveRunning")); }
+
+    bool running = false;
+    QStringList calls;
+};
+
+class FakeDialogs : public Dialogs {
+  public:
+    void showAlert(const Alert& alert, std::function<void(int chosen)> /*done*/) override {
+        alerts.append(alert);
+    }
+
+    QList<Alert> alerts;
+};
+
+class FakeTray : public Tray {
+  public:
+    bool isAvailable() const override { return available; }
+
+    void setAvailabilityHandler(std::function<void(bool available)> handler) override {
+        availabilityChanged = std::move(handler);
+    }
+
+    void setIcon(TrayIcon newIcon, const QString& newDescription) override {
+        icon = newIcon;
+        description = newDescription;
+    }
+
+    void setClickHandler(std::function<void(TrayClick click)> handler) override {
+        click = std::move(handler);
+    }
+
+    void showMenu(const QList<TrayMenuItem>& items) override { menus.append(items); }
+
+    QRect geometry() const override { return {700, 0, 24, 24}; }
+
+    bool available = true;
+    TrayIcon icon = TrayIcon::Translating;
+    QString description;
+    std::function<void(bool)> availabilityChanged;
+    std::function<void(TrayClick)> click;
+    QList<QList<TrayMenuItem>> menus;
+};
+
+class FakePanel : public Panel {
+  public:
+    bool isShown() const override { return shown; }
+
+    void showBeside(const QRect& button) override {
+        shown = true;
+        calls.append(QStringLiteral("showBeside %1,%2").arg(button.x()).arg(button.y()));
+    }
+
+    void showAsWindow() override {
+        shown = true;
+        calls.append(QStringLiteral("showAsWindow"));
+    }
+
+    void close() override {
+        shown = false;
+        calls.append(QStringLiteral("close"));
+    }
+
+    bool shown = false;
+    QStringList calls;
+};
+
+/// Gives each key in angle brackets, so that a test sees which text was taken.
+inline QString keyAsText(const QString& key) {
+    return QChar(u'<') + key + QChar(u'>');
+}
+
+} // namespace orv::test

@@ -1,0 +1,104 @@
+#include "PanelState.h"
+
+#include "Fakes.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv::test {
+
+namespace {
+
+TEST(StatusLine, saysNothingWhenNothingHappens) {
+    EXPECT_EQ(statusLine({}, keyAsText), StatusLine());
+    EXPECT_EQ(statusLine({.backendStatus = u"Model loaded"_s}, keyAsText), StatusLine());
+}
+
+TEST(StatusLine, tellsThatItListens) {
+    EXPECT_EQ(statusLine({.isTranslating = true}, keyAsText),
+              (StatusLine{.headline = u"<status.listening>"_s, .tone = StatusTone::Good}));
+}
+
+TEST(StatusLine, tellsTheBackendsLastWordBesideListening) {
+    const StatusLine line =
+        statusLine({.isTranslating = true, .backendStatus = u"Model loaded"_s}, keyAsText);
+    EXPECT_EQ(line.headline, u"<status.listening>"_s);
+    EXPECT_EQ(line.detail, u"Model loaded"_s);
+}
+
+TEST(StatusLine, tellsThatAModelLoads) {
+    EXPECT_EQ(
+        statusLine(
+            {.isTranslating = true, .backendStatus = u"Loading model"_s, .isModelLoading = true},
+            keyAsText),
+        (StatusLine{.headline = u"Loading model"_s, .tone = StatusTone::Busy}));
+}
+
+TEST(StatusLine, anErrorShowsAlsoAfterTheRun) {
+    const StatusLine error{.headline = u"No engine"_s, .tone = StatusTone::Error};
+    EXPECT_EQ(statusLine({.backendStatus = u"No engine"_s, .hasEngineError = true}, keyAsText),
+              error);
+    EXPECT_EQ(statusLine({.isTranslating = true,
+                          .backendStatus = u"No engine"_s,
+                          .isModelLoading = true,
+                          .hasEngineError = true},
+                         keyAsText),
+              error);
+}
+
+TEST(StatusLine, theEndThatIsAwaitedComesFirst) {
+    EXPECT_EQ(statusLine({.isStopping = true, .backendStatus = u"x"_s, .hasEngineError = true},
+                         keyAsText),
+              (StatusLine{.headline = u"<main.stopping>"_s, .tone = StatusTone::Busy}));
+}
+
+TEST(DeviceEntries, beginWithTheDefaultInput) {
+    EXPECT_EQ(deviceEntries({{.id = u"a"_s, .name = u"Mic A"_s}}, {}, keyAsText),
+              (QList<FieldEntry>{{.id = {}, .text = u"<audio.mic.default>"_s},
+                                 {.id = u"a"_s, .text = u"Mic A"_s}}));
+}
+
+TEST(DeviceEntries, keepAChosenDeviceThatIsUnplugged) {
+    EXPECT_EQ(deviceEntries({}, u"usb-mic"_s, keyAsText).last(),
+              (FieldEntry{.id = u"usb-mic"_s, .text = u"usb-mic"_s}));
+}
+
+TEST(AppEntries, beginWithTheInvitationToChoose) {
+    EXPECT_EQ(appEntries({{.bundleId = u"player"_s, .name = u"Player"_s}}, u"player"_s, keyAsText),
+              (QList<FieldEntry>{{.id = {}, .text = u"<audio.app.placeholder>"_s},
+                                 {.id = u"player"_s, .text = u"Player"_s}}));
+}
+
+TEST(AppEntries, keepAChosenApplicationThatDoesNotRun) {
+    EXPECT_EQ(appEntries({}, u"player"_s, keyAsText).last(),
+              (FieldEntry{.id = u"player"_s, .text = u"player"_s}));
+}
+
+TEST(NoticeText, saysWhoseKeyIsMissing) {
+    const auto text = [](const QString& key) { return QString(key % u": %1"_s); };
+    EXPECT_EQ(noticeText({.kind = AudioNotice::Kind::ApiKeyMissing, .detail = u"Deepgram"_s}, text),
+              u"notice.apikey.missing: Deepgram"_s);
+    EXPECT_EQ(noticeText({.kind = AudioNotice::Kind::BackendOutdated, .detail = u"3"_s}, text),
+              u"notice.backend.outdated: 3"_s);
+    EXPECT_EQ(
+        noticeText({.kind = AudioNotice::Kind::ServiceAccountMissing, .detail = {}}, keyAsText),
+        u"<notice.serviceaccount.missing>"_s);
+}
+
+TEST(CloseAction, hidesWhereTheTrayGivesAWayBack) {
+    EXPECT_EQ(closeAction(true, false), CloseAction::Hide);
+    EXPECT_EQ(closeAction(true, true), CloseAction::Hide);
+}
+
+TEST(CloseAction, endsAnIdleProgramThatNobodyWouldSee) {
+    EXPECT_EQ(closeAction(false, false), CloseAction::EndProgram);
+}
+
+TEST(CloseAction, losesNothingThatIsAtWork) {
+    EXPECT_EQ(closeAction(false, true), CloseAction::Minimise);
+}
+
+} // namespace
+
+} // namespace orv::test

@@ -1,0 +1,112 @@
+"""Uses the program the way an assistive program does: by what its controls are called."""
+
+import os
+
+from .processes import Timeout, wait_until
+
+
+class Accessibility:
+    """The accessible programs of `desktop`. One per process: the library keeps its connection."""
+
+    _connected_to = None
+
+    def __init__(self, desktop):
+        address = desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
+        if Accessibility._connected_to not in (None, address):
+            raise RuntimeError("one process can use one accessible desktop only")
+        Accessibility._connected_to = address
+        for name in ("DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "XDG_RUNTIME_DIR"):
+            os.environ[name] = desktop.environment[name]
+        import gi
+        gi.require_version("Atspi", "2.0")
+        from gi.repository import Atspi
+        Atspi.init()
+        # Nobody runs the event loop here, so a cache would never hear of changes.
+        self._atspi = Atspi
+
+    def _application(self, pid):
+        desktop = self._atspi.get_desktop(0)
+        for index in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(index)
+            if child is not None and child.get_process_id() == pid:
+                return child
+        return None
+
+    def nodes(self, pid):
+        """Every node of the program's windows that is on screen, in reading order."""
+        try:
+            application = self._application(pid)
+            stack = [application] if application is not None else []
+            while stack:
+                node = stack.pop()
+                node.clear_cache()
+                if node is not application and not self._is_showing(node):
+                    continue
+                yield node
+                children = [node.get_child_at_index(i) for i in range(node.get_child_count())]
+                stack.extend(child for child in reversed(children) if child is not None)
+        except self._errors():
+            return
+
+    def _errors(self):
+        from gi.repository import GLib
+        return (GLib.Error, AttributeError)
+
+    def _is_showing(self, node):
+        return node.get_state_set().contains(self._atspi.StateType.SHOWING)
+
+    def find(self, pid, name, role=None):
+        """The first node on screen called `name` (of `role`, if given), or None."""
+        for node in self.nodes(pid):
+            try:
+                if node.get_name() == name and role in (None, node.get_role_name()):
+                    return node
+            except self._errors():
+                continue
+        return None
+
+    def wait_for(self, pid, name, role=None, limit=20.0):
+        return wait_until(lambda: self.find(pid, name, role), f"a control called {name!r}", limit)
+
+    def names(self, pid):
+        """What is on screen: (role, name) of every node."""
+        return [(node.get_role_name(), node.get_name()) for node in self.nodes(pid)]
+
+    def press(self, pid, name, limit=20.0):
+        """Presses the button (or switch) called `name` as soon as it can be pressed."""
+
+        def pressed():
+            for node in self.nodes(pid):
+                if node.get_name() != name or not node.get_state_set().contains(
+                        self._atspi.StateType.ENABLED):
+                    continue
+                action = node.get_action_iface()
+                if action is None:
+                    continue
+                for index in range(action.get_n_actions()):
+                    if action.get_action_name(index).lower() in ("press", "toggle", "click"):
+                        return action.do_action(index)
+            return False
+
+        try:
+            wait_until(pressed, f"a button called {name!r}", limit)
+        except Timeout as error:
+            raise Timeout(f"{error}; on screen: {self.names(pid)}") from None
+
+    def is_checked(self, pid, name):
+        node = self.wait_for(pid, name)
+        return node.get_state_set().contains(self._atspi.StateType.CHECKED)
+
+    def value_text(self, pid, name):
+        """What a choice called `name` shows as chosen."""
+        node = self.wait_for(pid, name, "combo box")
+        for index in range(node.get_child_count()):
+            child = node.get_child_at_index(index)
+            if child.get_role_name() == "text":
+                return child.get_text(0, child.get_character_count())
+        return ""
+
+    def extents(self, node):
+        """(x, y, width, height) of a node on the screen."""
+        box = node.get_extents(self._atspi.CoordType.SCREEN)
+        return box.x, box.y, box.width, box.height

@@ -1,0 +1,159 @@
+"""The private desktop: screen, window manager, tray, message bus, accessibility."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+from .processes import Children, wait_until
+
+SCREEN = "1280x900x24"
+_EMPTY_TRAY_WIDTH = 8
+
+
+class Desktop:
+    """A context: the desktop stands inside it and is gone, with all its files, after it.
+
+    `environment` is what programs on this desktop are started with; `home` is their home directory.
+    """
+
+    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None):
+        self._with_tray = tray
+        self._language = language
+        self._keep_folder = keep_folder
+        self.children = Children()
+        self.environment = {}
+
+    def __enter__(self):
+        self.folder = pathlib.Path(self._keep_folder or tempfile.mkdtemp(prefix="orvane-desktop-"))
+        self.home = self.folder / "home"
+        try:
+            self._make_folders()
+            self._start_screen()
+            self._start_bus()
+        except BaseException:
+            self.__exit__(None, None, None)
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self.children.stop_all()
+        if not self._keep_folder:
+            shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _make_folders(self):
+        runtime = self.folder / "runtime"
+        for folder in (self.home, runtime):
+            folder.mkdir(mode=0o700, parents=True, exist_ok=True)
+        kept = {name: os.environ[name] for name in ("PATH", "TZ", "CCACHE_DIR")
+                if name in os.environ}
+        self.environment = {
+            **kept,
+            "HOME": str(self.home),
+            "XDG_RUNTIME_DIR": str(runtime),
+            "XDG_CONFIG_HOME": str(self.home / ".config"),
+            "XDG_CACHE_HOME": str(self.home / ".cache"),
+            "XDG_DATA_HOME": str(self.home / ".local/share"),
+            "XDG_STATE_HOME": str(self.home / ".local/state"),
+            "LANG": "C.UTF-8",
+            "LANGUAGE": self._language,
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            "QT_QPA_PLATFORM": "xcb",
+            "NO_AT_BRIDGE": "0",
+        }
+
+    def _start(self, command, **options):
+        log = (self.folder / f"{pathlib.Path(command[0]).name}.log").open("ab")
+        with log:
+            return self.children.start(command, env=self.environment, stdout=log, stderr=log,
+                                       **options)
+
+    def _start_screen(self):
+        read_end, write_end = os.pipe()
+        try:
+            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN,
+                         "-nolisten", "tcp", "-noreset"], pass_fds=(write_end,))
+        finally:
+            os.close(write_end)
+        with os.fdopen(read_end) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise RuntimeError("Xvfb did not start:\n" + self.log_of("Xvfb"))
+        self.environment["DISPLAY"] = f":{number}"
+        # A plain ground, neither black nor white, on which windows and subtitles can be seen.
+        self._run(["display", "-window", "root", "-size", "64x64", "canvas:#5b6b7d"], required=False)
+        self._start(["openbox", "--sm-disable"])
+        self._wait_for_window_manager()
+        if self._with_tray:
+            self._start(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
+                         "--heighttype", "pixel", "--height", "28", "--SetPartialStrut", "true"])
+            wait_until(self.tray_window, "the tray")
+
+    def _start_bus(self):
+        # The bus leads to the accessibility services, which it starts itself when asked.
+        bus = self.children.start(
+            ["dbus-daemon", "--session", "--nofork", "--print-address=1"],
+            env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        address = bus.stdout.readline().strip()
+        if not address:
+            raise RuntimeError("dbus-daemon did not start")
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        self._start(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
+        wait_until(self._has_accessibility, "the accessibility bus")
+
+    def _run(self, command, required=True):
+        return subprocess.run(command, env=self.environment, check=required, text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+    def _wait_for_window_manager(self):
+        wait_until(lambda: "window id" in self._run(
+            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], required=False), "the window manager")
+
+    def _has_accessibility(self):
+        answer = self._run(
+            ["dbus-send", "--session", "--print-reply=literal", "--dest=org.a11y.Bus",
+             "/org/a11y/bus", "org.a11y.Bus.GetAddress"], required=False)
+        return "unix:" in answer
+
+    def log_of(self, program):
+        """What `program`, one of the desktop's own, has printed."""
+        file = self.folder / f"{program}.log"
+        return file.read_text(errors="replace") if file.exists() else ""
+
+    def tray_window(self):
+        """The tray's (x, y, width, height), or None."""
+        found = self._run(["xdotool", "search", "--classname", "^panel$"], required=False).split()
+        for window in found:
+            values = dict(line.split("=", 1) for line in self._run(
+                ["xdotool", "getwindowgeometry", "--shell", window], required=False).splitlines()
+                if "=" in line)
+            if "WIDTH" in values:
+                return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+        return None
+
+    def tray_item(self):
+        """The (x, y, width, height) of the tray once it holds an item, else None."""
+        window = self.tray_window()
+        return window if window and window[2] > _EMPTY_TRAY_WIDTH else None
+
+    def click_tray(self, button=1):
+        """Clicks the only item in the tray."""
+        x, y, width, height = wait_until(self.tray_item, "an item in the tray")
+        self._run(["xdotool", "mousemove", str(x + width // 2), str(y + height // 2),
+                   "click", str(button)])
+
+    def key(self, *keys):
+        """Presses keys, named as xdotool names them, in the window with the focus."""
+        self._run(["xdotool", "key", "--clearmodifiers", *keys])
+
+    def type(self, text):
+        self._run(["xdotool", "type", "--delay", "5", text])
+
+    def click(self, x, y, button=1):
+        self._run(["xdotool", "mousemove", str(x), str(y), "click", str(button)])
+
+    def screenshot(self, path):
+        """Saves a picture of the whole screen."""
+        pathlib.Path(path).parent.mkdir(parents=True, exist_ok=True)
+        self._run(["import", "-silent", "-window", "root", str(path)])

@@ -1,0 +1,107 @@
+"""Child processes that end with their owner."""
+
+import ctypes
+import os
+import signal
+import subprocess
+import time
+
+_PR_SET_PDEATHSIG = 1
+_libc = ctypes.CDLL(None)
+
+
+def _die_with_parent():
+    _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGTERM, 0, 0, 0)
+
+
+class Children:
+    """Processes that are ended, the last one first, when the context is left."""
+
+    def __init__(self):
+        self._processes = []
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop_all()
+
+    def start(self, command, **options):
+        """Starts `command` (a list). It dies with this process, even if that is killed."""
+        options.setdefault("stdin", subprocess.DEVNULL)
+        process = subprocess.Popen(command, preexec_fn=_die_with_parent, **options)
+        self._processes.append(process)
+        return process
+
+    def stop(self, process, patience=5.0):
+        """Ends one process: politely, and after `patience` seconds for good."""
+        if process.poll() is None:
+            process.terminate()
+            try:
+                process.wait(patience)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        if process in self._processes:
+            self._processes.remove(process)
+
+    def stop_all(self):
+        while self._processes:
+            self.stop(self._processes[-1])
+
+
+def end_on_signals():
+    """Lets SIGTERM and SIGHUP unwind the program like Ctrl-C does, so that everything is ended."""
+
+    def unwind(number, _frame):
+        raise SystemExit(128 + number)
+
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, unwind)
+
+
+class Timeout(Exception):
+    """A condition did not come true in time."""
+
+
+def wait_until(condition, what, limit=20.0, interval=0.02):
+    """Returns the first true value of `condition`; raises `Timeout` after `limit` seconds."""
+    deadline = time.monotonic() + limit
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise Timeout(f"waited {limit:g} s in vain for: {what}")
+        time.sleep(interval)
+
+
+def process_table():
+    """Every process as {pid: (parent's pid, command line)}."""
+    table = {}
+    for entry in os.listdir("/proc"):
+        if not entry.isdigit():
+            continue
+        try:
+            with open(f"/proc/{entry}/stat", encoding="utf-8", errors="replace") as file:
+                parent = int(file.read().rpartition(")")[2].split()[1])
+            with open(f"/proc/{entry}/cmdline", "rb") as file:
+                command = file.read().replace(b"\0", b" ").decode(errors="replace").strip()
+        except (OSError, ValueError, IndexError):
+            continue
+        table[int(entry)] = (parent, command)
+    return table
+
+
+def processes_with_home(home):
+    """Processes that run with `home` as their home directory: {pid: command line}."""
+    wanted = f"HOME={home}".encode()
+    found = {}
+    for pid, (_, command) in process_table().items():
+        try:
+            with open(f"/proc/{pid}/environ", "rb") as file:
+                if wanted in file.read().split(b"\0"):
+                    found[pid] = command
+        except OSError:
+            continue
+    return found

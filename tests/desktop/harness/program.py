@@ -1,0 +1,99 @@
+"""The program itself, running on a private desktop."""
+
+import json
+import pathlib
+import socket
+import subprocess
+import urllib.request
+
+from .processes import wait_until
+
+BACKEND_PORT = 8765
+
+
+def free_port():
+    """A TCP port that nobody uses right now."""
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def port_is_open(port):
+    with socket.socket() as probe:
+        probe.settimeout(1.0)
+        return probe.connect_ex(("127.0.0.1", port)) == 0
+
+
+def write_settings(desktop, settings):
+    """Sets keys in the private home's store before the program starts."""
+    file = settings_file(desktop)
+    file.parent.mkdir(parents=True, exist_ok=True)
+    file.write_text(json.dumps({**read_settings(desktop), **settings}), encoding="utf-8")
+
+
+def read_settings(desktop):
+    file = settings_file(desktop)
+    return json.loads(file.read_text(encoding="utf-8")) if file.exists() else {}
+
+
+def settings_file(desktop):
+    return desktop.home / ".config" / "orvane" / "defaults.json"
+
+
+class Program:
+    """`executable`, started on `desktop`. Everything it prints goes to a file."""
+
+    _count = 0
+
+    def __init__(self, desktop, executable, arguments=()):
+        Program._count += 1
+        self._desktop = desktop
+        self.log_file = pathlib.Path(desktop.folder) / f"program-{Program._count}.log"
+        with self.log_file.open("wb") as log:
+            self.process = desktop.children.start(
+                [str(executable), *arguments], env=desktop.environment,
+                stdout=log, stderr=subprocess.STDOUT)
+        self.pid = self.process.pid
+
+    def lines(self):
+        return self.log_file.read_text(encoding="utf-8", errors="replace").splitlines()
+
+    def wait_for_line(self, start, limit=20.0):
+        """Waits until a line that begins with `start` was printed; returns it."""
+
+        def found():
+            for line in self.lines():
+                if line.startswith(start):
+                    return line
+            if self.process.poll() is not None:
+                raise RuntimeError(f"the program ended ({self.process.returncode}):\n" + self.tail())
+            return None
+
+        return wait_until(found, f"the line {start!r} in the program's log", limit)
+
+    def tail(self, count=25):
+        return "\n".join(self.lines()[-count:])
+
+    def wait_for_end(self, limit=20.0):
+        """The exit status, once the program has ended by itself."""
+        return self.process.wait(limit)
+
+    def terminate(self, patience=15.0):
+        self._desktop.children.stop(self.process, patience)
+        return self.process.returncode
+
+
+class Overlay:
+    """The program's browser overlay, read the way its page reads it."""
+
+    def __init__(self, port):
+        self.port = port
+        self.url = f"http://127.0.0.1:{port}/overlay"
+
+    def text(self):
+        """The latest result, or None while the server does not answer."""
+        try:
+            with urllib.request.urlopen(f"http://127.0.0.1:{self.port}/text", timeout=5) as answer:
+                return json.load(answer)
+        except OSError:
+            return None
