@@ -12,10 +12,14 @@
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <utility>
+
+// Debian 12's copy of this header does not say that its functions are C functions.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 using namespace Qt::StringLiterals;
 
@@ -58,10 +62,26 @@ class ChildProcess::Watch : public QObject {
         , output_(std::move(output))
         , context_(context)
         , handlers_(std::move(handlers))
+        , isWanted_(process.isWanted_)
         , outputReady_(output_.get(), QSocketNotifier::Read)
         , ended_(process.handle_.get(), QSocketNotifier::Read) {
         connect(&outputReady_, &QSocketNotifier::activated, this, [this] { readPiece(); });
         connect(&ended_, &QSocketNotifier::activated, this, [this] { collect(); });
+    }
+
+    /// Takes in what is left to read and waits for the ended child and its watcher. Once.
+    void collect() {
+        if (!std::exchange(isCollected_, true)) {
+            ended_.setEnabled(false);
+            readRest();
+            lifeline_.release();
+            const int status = waitForStatus(pid_);
+            post(context_, [isWanted = isWanted_, finished = handlers_.finished, status] {
+                if (*isWanted) {
+                    finished(status);
+                }
+            });
+        }
     }
 
   private:
@@ -82,17 +102,13 @@ class ChildProcess::Watch : public QObject {
         return true;
     }
 
-    void collect() {
-        ended_.setEnabled(false);
+    void readRest() {
         int left = piecesAfterTheEnd;
         while (left > 0 && isReady(output_.get()) && readPiece()) {
             --left;
         }
         outputReady_.setEnabled(false);
         output_.reset();
-        lifeline_.release();
-        const int status = waitForStatus(pid_);
-        post(context_, [finished = handlers_.finished, status] { finished(status); });
     }
 
     const pid_t pid_;
@@ -100,6 +116,8 @@ class ChildProcess::Watch : public QObject {
     UniqueFd output_;
     QObject* const context_;
     const Handlers handlers_;
+    const std::shared_ptr<const bool> isWanted_; ///< Read by `context_`'s thread only.
+    bool isCollected_ = false;
     QSocketNotifier outputReady_;
     QSocketNotifier ended_;
 };
@@ -150,7 +168,13 @@ ChildProcess::Launch ChildProcess::start(const ChildCommand& command, QObject* c
 }
 
 ChildProcess::~ChildProcess() {
-    thread_.sync([this] { watch_.reset(); });
+    *isWanted_ = false;
+    thread_.sync([this] {
+        if (!isRunning()) {
+            watch_->collect();
+        }
+        watch_.reset();
+    });
 }
 
 bool ChildProcess::isRunning() const {

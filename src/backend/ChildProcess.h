@@ -58,8 +58,8 @@ class ChildProcess {
     static Launch start(const ChildCommand& command, QObject* context, Handlers handlers,
                         std::chrono::milliseconds pause);
 
-    /// No handler is called any more. A child still running is ended soon after by its lifeline,
-    /// or goes on running if it may outlive the program.
+    /// `finished` is not called any more. Nothing is left of a child that has ended; one that still
+    /// runs is ended soon after by its lifeline, or goes on running if it may outlive the program.
     ~ChildProcess();
 
     ChildProcess(const ChildProcess&) = delete;
@@ -88,6 +88,7 @@ class ChildProcess {
     void send(int signal);
 
     const pid_t pid_;
+    const std::shared_ptr<bool> isWanted_ = std::make_shared<bool>(true); ///< Is being told of.
     UniqueFd handle_; ///< The process descriptor: readable once the child has ended.
     std::optional<ChildLifeline> lifeline_;
     std::unique_ptr<Watch> watch_; ///< Lives on `thread_`.

@@ -1,0 +1,150 @@
+#include "BackendFixture.h"
+
+#include "UserPaths.h"
+#include "WaitUntil.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTimer>
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv::test {
+
+namespace {
+
+const QString prelude = uR"(
+import os, signal, socket, sys, time
+home = '%1'
+def say(text):
+    print(text, flush=True)
+with open(home + '/pid.part', 'w') as file:
+    file.write(str(os.getpid()))
+os.rename(home + '/pid.part', home + '/pid')
+)"_s;
+
+} // namespace
+
+namespace programs {
+
+const QString waitForSignal = uR"(
+say('ready')
+while True:
+    signal.pause()
+)"_s;
+
+const QString obeysOnlyInt = uR"(
+signal.signal(signal.SIGTERM, signal.SIG_IGN)
+signal.signal(signal.SIGINT, lambda *_: sys.exit(7))
+say('ready')
+while True:
+    signal.pause()
+)"_s;
+
+const QString ignoresTermAndInt = uR"(
+signal.signal(signal.SIGTERM, signal.SIG_IGN)
+signal.signal(signal.SIGINT, signal.SIG_IGN)
+say('ready')
+while True:
+    signal.pause()
+)"_s;
+
+} // namespace programs
+
+BackendFixture::BackendFixture() {
+    const UserPaths paths{home(), home() + u"/.config"};
+    environment_.emplace(BackendEnvironment{
+        .interpreter = paths.backendInterpreter(),
+        .script = paths.backendScript(),
+        .probe = probe,
+        .dialogs = dialogs,
+        .notifications = notifications,
+        .text = [](const QString& key) { return key; },
+        .networkAccess = [this] { return networkAccess; },
+        .mayOutlive = [this] { return mayOutlive; },
+        .timings = {.modelLoading = 30ms, .portRecheck = 20ms, .liveness = 25ms, .stopPause = 60ms},
+    });
+    notifications.observe(notifications::backendStatusChanged, &notifications,
+                          [this](const QVariantMap& info) {
+                              EXPECT_EQ(info.keys(), QStringList{u"isRunning"_s});
+                              posted.append(info.value(u"isRunning"_s).toBool());
+                          });
+}
+
+void BackendFixture::installBackend(const QString& source) {
+    const QString& interpreter = environment_->interpreter;
+    QDir().mkpath(QFileInfo(interpreter).path());
+    QDir().mkpath(QFileInfo(environment_->script).path());
+    QFile::link(u"/usr/bin/python3"_s, interpreter);
+    QFile script(environment_->script);
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    script.write((prelude.arg(home()) + source).toUtf8());
+}
+
+TranslationEngine& BackendFixture::engine() {
+    if (!engine_) {
+        engine_ = std::make_unique<TranslationEngine>(*environment_);
+    }
+    return *engine_;
+}
+
+bool BackendFixture::startAndWaitUntilReady() {
+    engine().startBackend();
+    return waitUntil([this] { return log.contains(u"Backend:ready"_s); });
+}
+
+pid_t BackendFixture::backendPid() const {
+    return readHomeFile(u"pid"_s).toInt();
+}
+
+QString BackendFixture::readHomeFile(const QString& name) const {
+    QFile file(home() + u'/' + name);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+void BackendFixture::writeHomeFile(const QString& name, const QString& text) const {
+    QFile file(home() + u'/' + name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(text.toUtf8());
+}
+
+QStringList BackendFixture::linesWith(const QStringList& parts) const {
+    QStringList found;
+    for (const QString& line : lines()) {
+        if (std::any_of(parts.begin(), parts.end(),
+                        [&](const QString& part) { return line.contains(part); })) {
+            found.append(line);
+        }
+    }
+    return found;
+}
+
+void letPass(std::chrono::milliseconds time) {
+    bool passed = false;
+    QTimer::singleShot(time, Qt::PreciseTimer, qApp, [&] { passed = true; });
+    waitUntil([&] { return passed; });
+}
+
+quint16 freePort() {
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof(address);
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    const bool bound =
+        ::bind(listener, generic, length) == 0 && ::getsockname(listener, generic, &length) == 0;
+    ::close(listener);
+    return bound ? ntohs(address.sin_port) : 0;
+}
+
+} // namespace orv::test
