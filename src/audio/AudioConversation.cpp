@@ -29,7 +29,7 @@ void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
         logLine(u"⚠️ WebSocket nicht verbunden, Config wird später gesendet");
         return;
     }
-    run_ = configuration;
+    configuration_ = configuration;
     const EngineChoice engine = EngineChoice::fromSettings(env.settings);
     if (engine.lacksCredentials()) {
         logLine(u"❌ Credentials fehlen für "_s + engine.sttEngine + u" — Whisper-Fallback"_s);
@@ -49,12 +49,16 @@ void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
     });
 }
 
+std::optional<RunConfiguration> AudioManager::Private::nextConfiguration() const {
+    return pendingConfig ? pendingConfig : configuration_;
+}
+
 BackendMessageHandler::Actions AudioManager::Private::messageActions() {
     return {
         .translatesOnClient =
             [this] {
                 return env.settings.sttEngine.get() == u"google_grpc" &&
-                       run_.sourceLang != run_.targetLang;
+                       configuration().sourceLang != configuration().targetLang;
             },
         .translateOnClient = [this](const QString& original) { translateOnClient(original); },
         .fanOut = [this](const QString& original,
@@ -87,12 +91,13 @@ void AudioManager::Private::fanOut(const QString& original, const QString& trans
 }
 
 void AudioManager::Private::translateOnClient(const QString& original) {
-    logLine(u"📥 Client-side Google Translate: "_s + run_.sourceLang + u" → "_s + run_.targetLang);
+    const RunConfiguration run = configuration();
+    logLine(u"📥 Client-side Google Translate: "_s + run.sourceLang + u" → "_s + run.targetLang);
     if (!translation_) {
         translation_ = std::make_unique<TranslationClient>(env.endpoints);
     }
     translateAndTell(
-        translation_.get(), original, run_.targetLang, env.settings.googleApiKey.get(),
+        translation_.get(), original, run.targetLang, env.settings.googleApiKey.get(),
         [this, target = target_.handle()](const QString& text, const QString& translation) {
             target.post([this, text, translation] { fanOut(text, translation); });
         });
@@ -111,7 +116,7 @@ void AudioManager::Private::publishStatus(const StatusMessage& status) {
 }
 
 void AudioManager::Private::startDirectEngine() {
-    const RunConfiguration run = pendingConfig.value_or(run_);
+    const RunConfiguration run = nextConfiguration().value_or(RunConfiguration());
     directEngine_ = setupDirectEngine(
         env.settings, env.engineFactory, run, env.transcriptFolder,
         {.result = [this](const QString& original,

@@ -86,6 +86,10 @@ class AudioManager::Private {
     void fanOut(const QString& original, const QString& translation);
     void translateOnClient(const QString& original);
     void publishStatus(const StatusMessage& status);
+    std::optional<RunConfiguration> nextConfiguration() const;
+
+    RunConfiguration configuration() const { return configuration_.value_or(RunConfiguration()); }
+
     void startDirectEngine();
     void abandonDirectEngine();
     void publishDirectEngineStatus(const QString& status);
@@ -94,7 +98,7 @@ class AudioManager::Private {
     AudioSourceType currentSource_ = AudioSourceType::Microphone;
     QString currentDeviceId_;
     QString currentAppBundleId_;
-    RunConfiguration run_; ///< As last sent.
+    std::optional<RunConfiguration> configuration_; ///< As last sent.
     std::vector<std::function<void()>> stopCallbacks_;
 
     QTimer sendTimer_;

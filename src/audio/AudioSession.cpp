@@ -44,8 +44,10 @@ void AudioManager::Private::connectToBackend() {
 void AudioManager::Private::linkReady() {
     chunker.setConnected(true);
     startDirectEngine();
-    if (const auto parked = std::exchange(pendingConfig, std::nullopt)) {
-        sendConfig(*parked);
+    // A new link knows nothing: it gets the parked configuration, else the one in force.
+    if (const auto configuration = nextConfiguration()) {
+        pendingConfig.reset();
+        sendConfig(*configuration);
     }
     startSource();
     startSendTimer();

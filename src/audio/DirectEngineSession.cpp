@@ -37,7 +37,7 @@ template <typename StatePtr>
 QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
                             std::function<void()> failed) {
     try {
-        co_await state->engine->connect(std::move(config));
+        co_await state->engine->connect(config);
         logLine(u"✅ Direct Engine "_s + state->engine->name() + u" verbunden"_s);
     } catch (const std::exception& error) {
         logEngineError(*state->engine, error);

@@ -325,7 +325,9 @@ TEST_F(AudioManagerTest, stopsOnceForTwoAsks) {
 TEST_F(AudioManagerTest, replacesARunThatStillGoes) {
     startRun();
     deliver(40000);
-    startRun();
+    manager->startCapture(AudioSourceType::Microphone, {}, {});
+    EXPECT_FALSE(capture.isMicrophoneRunning());
+    ASSERT_TRUE(waitUntil([&] { return backend.messages(u"config"_s).size() == 2; }));
     EXPECT_EQ(backend.count(u"open"_s), 2);
     stopAndWait();
     EXPECT_TRUE(receivedAudio().isEmpty()) << "nothing of the first run may reach the second";
