@@ -51,7 +51,8 @@ class Engine:
     @property
     def is_loaded(self) -> bool:
         """Whether `load` has succeeded."""
-        return self._loading is not None and self._loading.done()
+        loading = self._loading
+        return loading is not None and loading.done() and loading.exception() is None
 
     async def load(self) -> None:
         """Loads once, however many ask. Raises RecogniserError."""

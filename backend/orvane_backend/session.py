@@ -1,6 +1,7 @@
 """One client: takes its messages in, answers them in order."""
 
 import asyncio
+from contextlib import suppress
 from dataclasses import dataclass
 from datetime import datetime
 from pathlib import Path
@@ -89,17 +90,21 @@ class Session:
             )
 
     async def _work(self) -> None:
-        while True:
-            message = await self._backlog.get()
-            if self._backlog.seconds < self._surroundings.backlog_seconds / 2:
-                self._overloaded = False
-            try:
-                await self._answer(message)
-            except ConnectionClosed:
-                return
-            except Exception as error:  # one message must not end the session
-                log(f"❌ Unerwarteter Fehler: {type(error).__name__}: {error}")
-                await self._report(protocol.STATUS_ERROR, f"❌ Interner Fehler: {error}")
+        with suppress(ConnectionClosed):
+            while True:
+                message = await self._backlog.get()
+                if self._backlog.seconds < self._surroundings.backlog_seconds / 2:
+                    self._overloaded = False
+                await self._answer_or_tell(message)
+
+    async def _answer_or_tell(self, message: protocol.Message) -> None:
+        try:
+            await self._answer(message)
+        except ConnectionClosed:
+            raise
+        except Exception as error:  # one message must not end the session
+            log(f"❌ Unerwarteter Fehler: {type(error).__name__}: {error}")
+            await self._report(protocol.STATUS_ERROR, f"❌ Interner Fehler: {error}")
 
     async def _answer(self, message: protocol.Message) -> None:
         if isinstance(message, ConfigMessage):
