@@ -41,7 +41,7 @@ class PulseScreenCaptureTest : public PulseCaptureTest {
     }
 };
 
-TEST_F(PulseScreenCaptureTest, systemAudioIsWhatEveryoneplaysOnTheDefaultSink) {
+TEST_F(PulseScreenCaptureTest, systemAudioIsWhatEveryonePlaysOnTheDefaultSink) {
     const auto stream = capture->createScreenCaptureStream();
     EXPECT_EQ(start(*stream).error, QString());
     const PulsePlayer one(pulse, toneSamples(700), u"one"_s);
@@ -76,10 +76,13 @@ TEST_F(PulseScreenCaptureTest, silentBlocksComeAtThePaceOfTheClockWhileTheSinkSl
 }
 
 TEST_F(PulseScreenCaptureTest, systemAudioFollowsTheDefaultSink) {
+    // The server moves plain streams along with the default; those of remapped sinks stay.
+    pulse.load(u"module-remap-sink sink_name=to_speakers master=speakers"_s);
+    pulse.load(u"module-remap-sink sink_name=to_cable master=cable"_s);
     const auto stream = capture->createScreenCaptureStream();
     EXPECT_EQ(start(*stream).error, QString());
-    const PulsePlayer one(pulse, toneSamples(700), u"one"_s, u"speakers"_s);
-    const PulsePlayer two(pulse, toneSamples(1900), u"two"_s, u"cable"_s);
+    const PulsePlayer one(pulse, toneSamples(700), u"one"_s, u"to_speakers"_s);
+    const PulsePlayer two(pulse, toneSamples(1900), u"two"_s, u"to_cable"_s);
     ASSERT_TRUE(hears({700}, {1900}));
     pulse.pactl({u"set-default-sink"_s, u"cable"_s});
     EXPECT_TRUE(hears({1900}, {700}));
