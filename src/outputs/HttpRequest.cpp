@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace orv {
 
@@ -27,14 +28,17 @@ bool hasHeader(std::string_view head, std::string_view lowerCaseStart) {
 } // namespace
 
 QByteArray requestPath(QByteArrayView firstRead) {
-    const QByteArray page = QByteArrayLiteral("/");
-    if (!firstRead.isValidUtf8()) {
-        return page;
+    constexpr std::string_view page = "/";
+    std::string_view path;
+    if (firstRead.isValidUtf8()) {
+        const std::string_view text(firstRead.data(), static_cast<std::size_t>(firstRead.size()));
+        const std::string_view requestLine = text.substr(0, text.find("\r\n"));
+        path = takeWord(takeWord(requestLine).second).first;
     }
-    const std::string_view text(firstRead.data(), static_cast<std::size_t>(firstRead.size()));
-    const std::string_view requestLine = text.substr(0, text.find("\r\n"));
-    const std::string_view path = takeWord(takeWord(requestLine).second).first;
-    return path.empty() ? page : QByteArray(path.data(), static_cast<qsizetype>(path.size()));
+    if (path.empty()) {
+        path = page;
+    }
+    return {path.data(), static_cast<qsizetype>(path.size())};
 }
 
 bool isWholeRequest(QByteArrayView firstRead) {

@@ -5,12 +5,12 @@
 #include "LoopbackClient.h"
 #include "OverlayServerFixture.h"
 
-#include <QDeadlineTimer>
-
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <ctime>
+#include <vector>
 
 namespace orv {
 

@@ -6,6 +6,7 @@
 #include <QNetworkInterface>
 #include <QTcpSocket>
 
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -15,7 +16,6 @@ using namespace Qt::StringLiterals;
 using test::bodyOf;
 using test::get;
 using test::LoopbackClient;
-using test::waitUntil;
 
 namespace {
 
@@ -25,7 +25,7 @@ class OverlayServingTest : public test::OverlayServerFixture {
     QByteArray answerTo(const QByteArray& bytes) {
         LoopbackClient client(port);
         client.send(bytes);
-        const QByteArray answer = client.readAll();
+        QByteArray answer = client.readAll();
         EXPECT_EQ(client.end(), LoopbackClient::End::Closed);
         return answer;
     }
@@ -142,6 +142,7 @@ TEST_F(OverlayServingTest, answersHundredsAtTheSameTime) {
 TEST_F(OverlayServingTest, answersManyThreads) {
     std::atomic<int> good = 0;
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int number = 0; number < 8; ++number) {
         threads.emplace_back([&] {
             for (int turn = 0; turn < 50; ++turn) {
