@@ -51,7 +51,7 @@ class CapturePath {
         : rate_(rate)
         , input_(tone(frames, rate)) {
         orv::setLogSink([this](const QString&) { ++lines_; });
-        pcm_.reserve(2 * 10 * 48000);
+        pcm_.reserve(960'000); // Ten seconds.
         chunker_.setConnected(true);
         ingest_.pipeline().setAutoGain(true);
         orv::SampleRateConverter::Creation creation = orv::SampleRateConverter::create(rate);

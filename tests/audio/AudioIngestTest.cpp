@@ -24,7 +24,6 @@ using orv::AudioIngest;
 using orv::Chunk;
 using orv::Chunker;
 using orv::LevelMeter;
-using orv::MicrophoneBuffer;
 using orv::SampleRateConverter;
 using orv::test::LogCapture;
 using testing::ElementsAre;
@@ -194,7 +193,7 @@ TEST_F(AudioIngestTest, aStreamTapReceivesTheSamplesAndNeitherBufferNorLinesNorP
     for (int i = 0; i < 20; ++i) {
         ingest.addSamplesToBuffer(samples, start + i * 1s);
     }
-    EXPECT_EQ(tapped, std::vector<float>(20U * 48000, 0.8F));
+    EXPECT_EQ(tapped, std::vector<float>(std::size_t{20} * 48000, 0.8F));
     EXPECT_EQ(chunker.bufferedSamples(), 0U);
     EXPECT_THAT(log.lines(), IsEmpty());
     EXPECT_THAT(chunks, IsEmpty());

@@ -70,7 +70,7 @@ TEST(Pcm16, agreesWithTheRuleForEveryLengthAndAlignment) {
         appendPcm16(bytes, samples);
         ASSERT_EQ(bytes.size(), 1 + 2 * static_cast<qsizetype>(count));
         for (std::size_t i = 0; i < count; ++i) {
-            const auto at = static_cast<qsizetype>(1 + 2 * i);
+            const auto at = 1 + 2 * static_cast<qsizetype>(i);
             const int value = static_cast<int>(static_cast<signed char>(bytes[at + 1])) * 256 +
                               static_cast<int>(static_cast<unsigned char>(bytes[at]));
             const double exact =
