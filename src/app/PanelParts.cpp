@@ -2,9 +2,11 @@
 
 #include "SvgIcon.h"
 
+#include <QComboBox>
 #include <QFont>
 #include <QIcon>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 
 // Outside the namespace, as the macro demands. Static libraries do not register resources alone.
@@ -61,6 +63,10 @@ void nameField(QLabel* label, QWidget* field, const QString& text) {
     label->setText(text);
     label->setBuddy(field);
     field->setAccessibleName(text);
+    if (const auto* combo = qobject_cast<QComboBox*>(field);
+        combo != nullptr && combo->lineEdit() != nullptr) {
+        combo->lineEdit()->setAccessibleName(text);
+    }
 }
 
 } // namespace orv

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -30,7 +31,7 @@ PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
     : closing_(std::move(closing))
     , endProgram_(std::move(endProgram)) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(1, 1, 1, 1);
     layout->addWidget(content);
     setAttribute(Qt::WA_QuitOnClose, false);
 }
@@ -75,6 +76,16 @@ void PanelWindow::setStyle(Style style) {
     style_ = style;
     if (windowFlags() != flags) {
         setWindowFlags(flags);
+    }
+}
+
+void PanelWindow::paintEvent(QPaintEvent* event) {
+    QWidget::paintEvent(event);
+    if (style_ == Style::Popover) {
+        // Nothing else sets a frameless window off from what is behind it.
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::Dark));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
     }
 }
 

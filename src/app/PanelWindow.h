@@ -27,6 +27,7 @@ class PanelWindow : public QWidget, public Panel {
     void close() override;
 
   protected:
+    void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -1,5 +1,6 @@
 #include "ResultSection.h"
 
+#include "ElidedLabel.h"
 #include "PanelParts.h"
 
 #include <QFont>
@@ -16,8 +17,19 @@ namespace orv {
 
 namespace {
 
-/// Height of the box for the latest result, in lines of text.
+/// Height of the box for the latest result, in lines of text; a long status line takes from it.
 constexpr int resultLines = 7;
+constexpr int fewestResultLines = 4;
+
+/// Scrolls the latest result; asks for the height it should have rather than that of its content.
+class ResultArea : public QScrollArea {
+  public:
+    using QScrollArea::QScrollArea;
+
+    QSize sizeHint() const override {
+        return {QScrollArea::sizeHint().width(), fontMetrics().lineSpacing() * resultLines};
+    }
+};
 
 QColor toneColor(StatusTone tone, const QPalette& palette) {
     const bool dark = palette.color(QPalette::Window).lightness() < 128;
@@ -47,9 +59,9 @@ QLabel* makeText(QWidget* parent) {
 ResultSection::ResultSection(QWidget* parent)
     : QWidget(parent)
     , headline_(makeText(this))
-    , detail_(makeHint(this))
+    , detail_(new ElidedLabel(this))
     , notice_(makeNotice()) {
-    detail_->setTextFormat(Qt::PlainText);
+    detail_->setForegroundRole(QPalette::PlaceholderText);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(panelSpacing / 2);
@@ -77,7 +89,7 @@ QWidget* ResultSection::makeNotice() {
 }
 
 QWidget* ResultSection::makeTexts() {
-    auto* area = new QScrollArea(this);
+    auto* area = new ResultArea(this);
     auto* content = new QWidget(area);
     original_ = makeText(content);
     original_->setForegroundRole(QPalette::PlaceholderText);
@@ -93,7 +105,7 @@ QWidget* ResultSection::makeTexts() {
     area->setWidget(content);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setMinimumHeight(fontMetrics().lineSpacing() * resultLines);
+    area->setMinimumHeight(fontMetrics().lineSpacing() * fewestResultLines);
     content->setBackgroundRole(QPalette::Base);
     return area;
 }
@@ -104,7 +116,6 @@ void ResultSection::setStatus(const StatusLine& status) {
     headline_->setPalette(colors);
     headline_->setText(status.headline);
     detail_->setText(status.detail);
-    detail_->setVisible(!status.detail.isEmpty());
 }
 
 void ResultSection::setResult(const QString& original, const QString& translation) {

@@ -9,6 +9,8 @@ class QPushButton;
 
 namespace orv {
 
+class ElidedLabel;
+
 /// The status line, a notice to the user, and the latest result.
 class ResultSection : public QWidget {
     Q_OBJECT
@@ -28,7 +30,7 @@ class ResultSection : public QWidget {
     QWidget* makeTexts();
 
     QLabel* headline_;
-    QLabel* detail_;
+    ElidedLabel* detail_;
     QLabel* noticeText_;
     QPushButton* closeNotice_;
     QWidget* notice_;

@@ -234,6 +234,15 @@ std::span<const TextEntry> germanTexts() {
         {u"info.update.download", u"Update herunterladen"},
         {u"info.update.available", u"Eine neue Version ist verfügbar."},
         {u"info.update.later", u"Später"},
+        {u"notice.apikey.missing", u"API Key fehlt für %1. Bitte in Settings → Engines eintragen."},
+        {u"notice.serviceaccount.missing",
+         u"Service Account JSON fehlt für Google gRPC. Bitte in Settings → Engines eintragen."},
+        {u"notice.backend.outdated",
+         u"Backend veraltet (v%1). Bitte Install-Backend.command aus dem DMG ausführen oder "
+         u"Backend-Dateien manuell aktualisieren."},
+        {u"notice.backend.outdated.linux",
+         u"Backend veraltet (v%1). Bitte scripts/install-backend ausführen oder Backend-Dateien "
+         u"manuell aktualisieren."},
     };
     return entries;
 }

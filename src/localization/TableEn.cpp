@@ -228,6 +228,16 @@ std::span<const TextEntry> englishTexts() {
         {u"info.update.download", u"Download Update"},
         {u"info.update.available", u"A new version is available."},
         {u"info.update.later", u"Later"},
+        {u"notice.apikey.missing",
+         u"The API key for %1 is missing. Please enter it in Settings → Engines."},
+        {u"notice.serviceaccount.missing", u"The service account JSON for Google gRPC is missing. "
+                                           u"Please enter it in Settings → Engines."},
+        {u"notice.backend.outdated",
+         u"The backend is outdated (v%1). Please run Install-Backend.command from the DMG or "
+         u"update the backend files by hand."},
+        {u"notice.backend.outdated.linux",
+         u"The backend is outdated (v%1). Please run scripts/install-backend or update the backend "
+         u"files by hand."},
     };
     return entries;
 }

@@ -234,6 +234,16 @@ std::span<const TextEntry> spanishTexts() {
         {u"info.update.download", u"Descargar actualización"},
         {u"info.update.available", u"Hay una nueva versión disponible."},
         {u"info.update.later", u"Más tarde"},
+        {u"notice.apikey.missing",
+         u"Falta la clave de API de %1. Introdúzcala en Ajustes → Motores."},
+        {u"notice.serviceaccount.missing",
+         u"Falta el JSON de la cuenta de servicio de Google gRPC. Indíquelo en Ajustes → Motores."},
+        {u"notice.backend.outdated",
+         u"El backend está desactualizado (v%1). Ejecute Install-Backend.command del DMG o "
+         u"actualice los archivos del backend a mano."},
+        {u"notice.backend.outdated.linux",
+         u"El backend está desactualizado (v%1). Ejecute scripts/install-backend o actualice los "
+         u"archivos del backend a mano."},
     };
     return entries;
 }

@@ -236,6 +236,16 @@ std::span<const TextEntry> frenchTexts() {
         {u"info.update.download", u"Télécharger la mise à jour"},
         {u"info.update.available", u"Une nouvelle version est disponible."},
         {u"info.update.later", u"Plus tard"},
+        {u"notice.apikey.missing",
+         u"La clé API de %1 manque. Veuillez la saisir dans Réglages → Moteurs."},
+        {u"notice.serviceaccount.missing", u"Le JSON du compte de service de Google gRPC manque. "
+                                           u"Veuillez l'indiquer dans Réglages → Moteurs."},
+        {u"notice.backend.outdated",
+         u"Le backend est obsolète (v%1). Exécutez Install-Backend.command depuis le DMG ou mettez "
+         u"à jour les fichiers du backend à la main."},
+        {u"notice.backend.outdated.linux",
+         u"Le backend est obsolète (v%1). Exécutez scripts/install-backend ou mettez à jour les "
+         u"fichiers du backend à la main."},
     };
     return entries;
 }

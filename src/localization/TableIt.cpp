@@ -234,6 +234,16 @@ std::span<const TextEntry> italianTexts() {
         {u"info.update.download", u"Scarica aggiornamento"},
         {u"info.update.available", u"È disponibile una nuova versione."},
         {u"info.update.later", u"Più tardi"},
+        {u"notice.apikey.missing",
+         u"Manca la chiave API di %1. Inserirla in Impostazioni → Motori."},
+        {u"notice.serviceaccount.missing", u"Manca il JSON dell'account di servizio di Google "
+                                           u"gRPC. Inserirlo in Impostazioni → Motori."},
+        {u"notice.backend.outdated",
+         u"Il backend è obsoleto (v%1). Eseguire Install-Backend.command dal DMG o aggiornare a "
+         u"mano i file del backend."},
+        {u"notice.backend.outdated.linux",
+         u"Il backend è obsoleto (v%1). Eseguire scripts/install-backend o aggiornare a mano i "
+         u"file del backend."},
     };
     return entries;
 }

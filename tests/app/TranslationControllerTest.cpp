@@ -215,7 +215,7 @@ TEST_F(TranslationControllerTest, aStopBeforeCapturingHasBegunKeepsItFromBeginni
     capture.finishStops();
     // Timers fire in the order of their times: after this one the delayed step would have run.
     bool passed = false;
-    QTimer::singleShot(40ms, controller.get(), [&] { passed = true; });
+    QTimer::singleShot(40ms, &*controller, [&] { passed = true; });
     ASSERT_TRUE(waitUntil([&] { return passed; }));
     EXPECT_TRUE(capture.calls.filter(u"startCapture"_s).isEmpty());
 }

@@ -68,7 +68,7 @@ def word_errors(reference, heard):
 def sclite_error_rate(pairs):
     """The word error rate in percent as sclite counts it over (reference, heard) pairs of word
     lists; None where sclite is not installed."""
-    if shutil.which("sclite") is None:
+    if shutil.which("sctk") is None:
         return None
     with tempfile.TemporaryDirectory() as folder:
         files = {}
@@ -78,8 +78,8 @@ def sclite_error_rate(pairs):
                 for number, pair in enumerate(pairs):
                     file.write(f"{' '.join(pair[part])} (reader_{number:03})\n")
         report = subprocess.run(
-            ["sclite", "-r", files["ref"], "trn", "-h", files["hyp"], "trn", "-i", "rm",
+            ["sctk", "sclite", "-r", files["ref"], "trn", "-h", files["hyp"], "trn", "-i", "rm",
              "-o", "sum", "stdout"], text=True, stdout=subprocess.PIPE,
             stderr=subprocess.DEVNULL).stdout
-    match = re.search(r"Sum/Avg\s*\|[^|]*\|\s*([\d. ]+)\|", report)
+    match = re.search(r"Sum/Avg\s*\|[^|]*\|([^|]*)\|", report)
     return float(match.group(1).split()[4]) if match else None
