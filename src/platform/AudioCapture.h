@@ -119,8 +119,9 @@ class ScreenCaptureStream {
                        StoppedHandler onStopped,
                        std::function<void(const ScreenCaptureStart&)> done) = 0;
 
-    /// Ends the capture: no block and no `onStopped` come after the return. `done` is called later,
-    /// once, with an empty string or what went wrong, unless the object is destroyed before.
+    /// Ends the capture, or its start: no block, no `onStopped` and no answer of `start` come after
+    /// the return. `done` is called later, once, with an empty string or what went wrong, unless
+    /// the object is destroyed before.
     virtual void stop(std::function<void(const QString& error)> done) = 0;
 };
 

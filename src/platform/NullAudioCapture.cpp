@@ -78,7 +78,10 @@ class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
         onBlock_ = std::move(onBlock);
         onStopped_ = std::move(onStopped);
         post(&context_, [this, done = std::move(done), answer = state_->answers.screenCapture] {
-            if (answer.error.isEmpty() && !isOver_) {
+            if (isOver_) {
+                return;
+            }
+            if (answer.error.isEmpty()) {
                 state_->screenCapture = this;
             }
             done(answer);

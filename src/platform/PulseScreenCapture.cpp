@@ -41,6 +41,7 @@ void PulseScreenCapture::start(const ScreenCaptureRequest& request, BlockHandler
                                std::function<void(const ScreenCaptureStart&)> done) {
     const PulseLock lock(*connection_);
     release();
+    isStopped_ = false;
     request_ = request;
     outcome_ = {};
     onBlock_ = std::move(onBlock);
@@ -107,7 +108,11 @@ void PulseScreenCapture::pulseLost() {
         failStart(u"Verbindung zum Soundserver verloren"_s);
         return;
     }
-    post(&context_, [handler = onStopped_] { handler(u"Verbindung zum Soundserver verloren"_s); });
+    post(&context_, [this, handler = onStopped_] {
+        if (!isStopped_) {
+            handler(u"Verbindung zum Soundserver verloren"_s);
+        }
+    });
     release();
 }
 
@@ -225,19 +230,26 @@ void PulseScreenCapture::tick() {
 }
 
 void PulseScreenCapture::finishStart() {
-    post(&context_,
-         [done = std::exchange(started_, nullptr), outcome = outcome_] { done(outcome); });
+    tellStarted();
     ticker_.schedule(connection_->context(), BlockMixer::blockDuration, [this] { tick(); });
 }
 
 void PulseScreenCapture::failStart(const QString& error) {
     outcome_.error = error;
-    post(&context_,
-         [done = std::exchange(started_, nullptr), outcome = outcome_] { done(outcome); });
+    tellStarted();
     release();
 }
 
+void PulseScreenCapture::tellStarted() {
+    post(&context_, [this, done = std::exchange(started_, nullptr), outcome = outcome_] {
+        if (!isStopped_) {
+            done(outcome);
+        }
+    });
+}
+
 void PulseScreenCapture::stop(std::function<void(const QString& error)> done) {
+    isStopped_ = true;
     const PulseLock lock(*connection_);
     release();
     post(&context_, [done = std::move(done)] { done({}); });

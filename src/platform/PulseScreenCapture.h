@@ -42,11 +42,14 @@ class PulseScreenCapture final : public ScreenCaptureStream, private PulseListen
     void tick();
     void finishStart();
     void failStart(const QString& error);
+    void tellStarted();
     void release();
 
     std::shared_ptr<PulseConnection> connection_;
     std::shared_ptr<RunningAppScanner> scanner_;
     QObject context_; ///< What the completions are posted to; lives where this object does.
+
+    bool isStopped_ = false; ///< Of the owner's thread: what is still on its way is dropped.
 
     ScreenCaptureRequest request_;
     ScreenCaptureStart outcome_;

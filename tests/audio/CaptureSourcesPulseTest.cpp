@@ -109,7 +109,7 @@ TEST_F(CaptureSourcesPulseTest, anApplicationIsTakenUpAgainAfterARestartAndNobod
 
 TEST_F(CaptureSourcesPulseTest, theListsFollowTheServer) {
     ASSERT_TRUE(waitUntil([&] { return sources->inputDevices().size() == 2; }));
-    EXPECT_TRUE(sources->hasScreenCapturePermission());
+    ASSERT_TRUE(waitUntil([&] { return sources->hasScreenCapturePermission(); }));
     const QString module = pulse.load(u"module-null-source source_name=blackhole "
                                       "description=BlackHole"_s);
     EXPECT_TRUE(waitUntil([&] { return sources->isBlackHoleInstalled(); }));

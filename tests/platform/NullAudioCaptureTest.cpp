@@ -95,4 +95,17 @@ TEST(NullAudioCapture, aStopIsAnsweredAndEndsTheBlocks) {
     EXPECT_EQ(answer, u"stuck"_s);
 }
 
+TEST(NullAudioCapture, aStopDuringTheStartIsFinal) {
+    NullAudioCapture capture;
+    capture.answers().screenCapture = {};
+    const auto stream = capture.createScreenCaptureStream();
+    bool started = false;
+    stream->start({}, {}, {}, [&](const ScreenCaptureStart&) { started = true; });
+    bool stopped = false;
+    stream->stop([&](const QString&) { stopped = true; });
+    ASSERT_TRUE(waitUntil([&] { return stopped; }));
+    EXPECT_FALSE(started);
+    EXPECT_FALSE(capture.isScreenCaptureRunning());
+}
+
 } // namespace

@@ -210,6 +210,24 @@ TEST_F(PulseScreenCaptureTest, aStopEndsTheBlocksAndTheRecording) {
     EXPECT_EQ(heard.size(), before);
 }
 
+TEST_F(PulseScreenCaptureTest, aStopDuringTheStartIsFinal) {
+    const auto stream = capture->createScreenCaptureStream();
+    bool started = false;
+    stream->start(
+        {}, [](std::span<const std::byte>) {}, [](const QString&) {},
+        [&](const ScreenCaptureStart&) { started = true; });
+    // The recording begins at the server; its answer may already wait for this thread, whose events
+    // do not run meanwhile.
+    for (int i = 0; i < 200 && recordings() == 0; ++i) {
+    }
+    ASSERT_EQ(recordings(), 1U);
+    bool stopped = false;
+    stream->stop([&](const QString&) { stopped = true; });
+    ASSERT_TRUE(waitUntil([&] { return stopped; }));
+    EXPECT_FALSE(started);
+    EXPECT_TRUE(waitUntil([&] { return recordings() == 0; }));
+}
+
 TEST_F(PulseScreenCaptureTest, aServerThatGoesAwayEndsTheCaptureOnce) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
