@@ -201,9 +201,9 @@ TEST_F(DefaultsFileTest, aDiskThatFillsAnywhereLeavesTheEarlierFileWhole) {
     const QString longer(6000, u'x');
     qsizetype cases = 0;
     for (qint64 room = 0; room < 6000; room += 61) {
-        store.setString(u"text"_s, longer + QString::number(room));
         {
             const FullDisk disk(room);
+            store.setString(u"text"_s, longer + QString::number(room));
             EXPECT_FALSE(store.waitUntilWritten());
             EXPECT_EQ(content(), old);
             EXPECT_EQ(names(), QStringList{u"defaults.json"_s});
