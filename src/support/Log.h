@@ -10,7 +10,8 @@ namespace orv {
 
 /// Prints one line to standard output, followed by a line feed, with one write call, so that lines
 /// from several threads never mix and nothing is held back when the program dies. Line breaks
-/// inside `line` are kept. Callable from any thread. A closed standard output is ignored.
+/// inside `line` are kept. Callable from any thread. A standard output that is
+/// closed, or that nobody reads any more, is ignored.
 void logLine(QStringView line);
 
 /// The same for a line that was put together with "+".

@@ -1,14 +1,34 @@
 #include "UserPaths.h"
 
 #include <QDir>
+#include <QFile>
+
+#include <array>
+#include <pwd.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// The account's home directory; the root directory if the system knows none.
+QString accountHome() {
+    std::array<char, 16384> buffer = {};
+    passwd entry = {};
+    passwd* found = nullptr;
+    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
+    const QString home = found != nullptr ? QFile::decodeName(found->pw_dir) : QString();
+    return QDir::isAbsolutePath(home) ? home : QDir::rootPath();
+}
+
+} // namespace
+
 UserPaths UserPaths::fromEnvironment() {
     UserPaths paths;
-    paths.home = QDir::homePath();
+    const QString home = QFile::decodeName(qgetenv("HOME"));
+    paths.home = QDir::cleanPath(QDir::isAbsolutePath(home) ? home : accountHome());
     const QString configured = qEnvironmentVariable("XDG_CONFIG_HOME");
     paths.configHome =
         QDir::isAbsolutePath(configured) ? QDir::cleanPath(configured) : paths.home + u"/.config";

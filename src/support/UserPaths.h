@@ -10,8 +10,9 @@ struct UserPaths {
     QString home;       ///< The user's home directory.
     QString configHome; ///< Folder for configuration files.
 
-    /// From `HOME` (else the account's home directory) and `XDG_CONFIG_HOME` (else ".config" in the
-    /// home; a relative value is ignored, as the XDG base directory rules ask).
+    /// From `HOME` (else, or if that is relative, the account's home directory) and
+    /// `XDG_CONFIG_HOME` (else ".config" in the home; a relative value is ignored, as the XDG base
+    /// directory rules ask).
     static UserPaths fromEnvironment();
 
     QString defaultsFile() const;       ///< The store behind all settings.

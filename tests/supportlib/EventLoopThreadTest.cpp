@@ -1,0 +1,116 @@
+#include "EventLoopThread.h"
+#include "WaitUntil.h"
+
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <pthread.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv {
+
+TEST(Post, runsWorkLaterInTheOrderOfPosting) {
+    QObject context;
+    std::vector<int> order;
+    for (int job = 0; job < 100; ++job) {
+        post(&context, [&order, job] { order.push_back(job); });
+    }
+    EXPECT_TRUE(order.empty());
+    test::drainEvents();
+    ASSERT_EQ(order.size(), 100U);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(Post, doesNothingOnceTheContextIsGone) {
+    bool ran = false;
+    {
+        QObject context;
+        post(&context, [&] { ran = true; });
+    }
+    test::drainEvents();
+    EXPECT_FALSE(ran);
+}
+
+TEST(Post, carriesWorkThatCanOnlyBeMoved) {
+    QObject context;
+    int seen = 0;
+    post(&context, [value = std::make_unique<int>(7), &seen] { seen = *value; });
+    test::drainEvents();
+    EXPECT_EQ(seen, 7);
+}
+
+TEST(Post, handsDataFromOneThreadToAnother) {
+    QObject context;
+    const auto mainThread = std::this_thread::get_id();
+    std::vector<int> received;
+    std::thread poster([&] {
+        for (int value = 0; value < 500; ++value) {
+            post(&context, [&received, mainThread, data = std::vector<int>(100, value)] {
+                EXPECT_EQ(std::this_thread::get_id(), mainThread);
+                received.push_back(data.back());
+            });
+        }
+    });
+    EXPECT_TRUE(test::waitUntil([&] { return received.size() == 500; }));
+    poster.join();
+    EXPECT_TRUE(std::is_sorted(received.begin(), received.end()));
+}
+
+TEST(EventLoopThread, runsWorkOnItsThreadInTheOrderOfPosting) {
+    std::vector<int> order;
+    {
+        EventLoopThread thread(u"test"_s);
+        for (int job = 0; job < 1000; ++job) {
+            thread.post([&, job] {
+                EXPECT_TRUE(thread.isCurrent());
+                order.push_back(job);
+            });
+        }
+        EXPECT_FALSE(thread.isCurrent());
+    }
+    EXPECT_EQ(order.size(), 1000U) << "destroying it runs what was posted";
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(EventLoopThread, syncWaits) {
+    EventLoopThread thread(u"test"_s);
+    int value = 0;
+    for (int round = 1; round <= 200; ++round) {
+        thread.post([&] { ++value; });
+        int seen = 0;
+        thread.sync([&] { seen = value; });
+        ASSERT_EQ(seen, round);
+    }
+}
+
+TEST(EventLoopThread, hasAnEventLoopForTimers) {
+    EventLoopThread thread(u"test"_s);
+    std::unique_ptr<QTimer> timer;
+    std::promise<void> ticked;
+    thread.post([&] {
+        timer = std::make_unique<QTimer>();
+        timer->setSingleShot(true);
+        QObject::connect(timer.get(), &QTimer::timeout, timer.get(), [&] { ticked.set_value(); });
+        timer->start(1ms);
+    });
+    EXPECT_EQ(ticked.get_future().wait_for(20s), std::future_status::ready);
+    thread.sync([&] { timer.reset(); });
+}
+
+TEST(EventLoopThread, namesItsThreadByTheLabelsEnd) {
+    EventLoopThread thread(u"io.tavrin.orv.overlayserver"_s);
+    std::array<char, 16> name = {};
+    thread.sync([&] { pthread_getname_np(pthread_self(), name.data(), name.size()); });
+    EXPECT_EQ(std::string(name.data()), "v.overlayserver");
+}
+
+} // namespace orv
