@@ -21,9 +21,8 @@ from orvane_backend.audio import decode_pcm, encode_pcm
 from tests.peers import Client, ServerProcess, results
 from tests.recordings import at_48_khz, planar, recordings
 
-# The client sends its next signal after a second; well before that the server has to be gone. It
-# takes half of this on an idle machine.
-_STOP_SECONDS = 0.5
+# The client sends its next signal after a second; well before that the server has to be gone.
+_STOP_SECONDS = 0.3
 
 
 def processes_with(variable: str) -> list[int]:

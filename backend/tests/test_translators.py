@@ -2,6 +2,7 @@
 
 import json
 import os
+import select
 import tempfile
 import threading
 import unittest
@@ -147,18 +148,19 @@ class ApertiumTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             fifo, hanging = Path(folder, "fifo"), Path(folder, "hanging")
             os.mkfifo(fifo)
-            hanging.write_text(f'#!/bin/sh\n(exec cat > "{fifo}" <&3) 3<&0 & sleep 1000\n')
+            hanging.write_text(f'#!/bin/sh\nsleep 60 > "{fifo}" &\nsleep 60\n')
             hanging.chmod(0o755)
             # A reader of the pipe sees its end only when no child holds it any more.
             reader = os.open(fifo, os.O_RDONLY | os.O_NONBLOCK)
             self.addCleanup(os.close, reader)
-            os.set_blocking(reader, True)
             with mock.patch.object(apertium, "_COMMAND", str(hanging)):
                 with mock.patch.object(apertium, "_SECONDS", 0.5):
                     with self.assertRaisesRegex(TranslatorError, "keine Antwort"):
                         ApertiumTranslator("eng-spa").translate("a")
-            while os.read(reader, 100):
-                pass
+            while True:
+                self.assertTrue(select.select([reader], [], [], 10)[0], "a child lives on")
+                if not os.read(reader, 100):
+                    break
 
 
 class SelectionTest(unittest.TestCase):
