@@ -44,7 +44,7 @@ QString programOf(const QString& command) {
         }
     }
     for (const QString& candidate : words) {
-        const QString file = candidate.mid(candidate.lastIndexOf(u'/') + 1);
+        QString file = candidate.mid(candidate.lastIndexOf(u'/') + 1);
         if (file != u"env" && !candidate.contains(u'=')) {
             return file;
         }
