@@ -80,7 +80,7 @@ SharedInstance<TranslationSettings>& sharedSettings() {
 } // namespace
 
 TranslationSettings::TranslationSettings(DefaultsStore& store,
-                                         std::function<void()> applyOverlaySettings,
+                                         const std::function<void()>& applyOverlaySettings,
                                          QObject* parent)
     : QObject(parent)
     , sourceLang(u"auto"_s)

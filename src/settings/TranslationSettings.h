@@ -29,7 +29,7 @@ class TranslationSettings : public QObject {
     /// written, also during loading: while this constructor still runs, before later settings have
     /// their values, and twice when both settings are stored.
     explicit TranslationSettings(DefaultsStore& store,
-                                 std::function<void()> applyOverlaySettings = {},
+                                 const std::function<void()>& applyOverlaySettings = {},
                                  QObject* parent = nullptr);
 
     /// The program's one settings object, made on first use (on the main thread) by what the
