@@ -46,7 +46,7 @@ void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
                         u" nicht in ScreenCaptureKit gefunden, verwende System-Audio"_s));
     }
     const bool hasApp = wantsApp && outcome.applicationFound;
-    if (outcome.error.isEmpty() || !run_->hasRun) {
+    if (outcome.contentRead && (outcome.error.isEmpty() || !run_->hasRun)) {
         logLine(hasApp ? QString(u"✓ Filter für App: "_s + outcome.applicationName)
                        : u"✓ Filter für System-Audio (alle Apps)"_s);
     }

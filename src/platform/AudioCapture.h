@@ -94,6 +94,7 @@ struct ScreenCaptureRequest {
 /// What `ScreenCaptureStream::start` came to.
 struct ScreenCaptureStart {
     QString error;                ///< Empty when the capture runs.
+    bool contentRead = true;      ///< False: it failed before it was known what there is.
     bool displayFound = true;     ///< False: there is nothing to capture; `error` is set as well.
     bool applicationFound = true; ///< False: the application is unknown, all sound is captured.
     QString applicationName;      ///< For people; empty for system audio.

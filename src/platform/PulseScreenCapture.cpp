@@ -44,6 +44,7 @@ void PulseScreenCapture::start(const ScreenCaptureRequest& request, BlockHandler
     isStopped_ = false;
     request_ = request;
     outcome_ = {};
+    outcome_.contentRead = false;
     onBlock_ = std::move(onBlock);
     onStopped_ = std::move(onStopped);
     started_ = std::move(done);
@@ -79,6 +80,7 @@ void PulseScreenCapture::startApplication(const QList<RunningApp>& runningApps) 
             failStart(u"Verbindung zum Soundserver verloren"_s);
             return;
         }
+        outcome_.contentRead = true;
         const QString& id = *request_.applicationId;
         const qint64 ownProcess = QCoreApplication::applicationPid();
         const auto playing =
@@ -142,6 +144,7 @@ void PulseScreenCapture::takeUpSink() {
         if (!found) {
             return;
         }
+        outcome_.contentRead = true;
         if (found->empty() && started_) {
             outcome_.displayFound = false;
             failStart(u"Keine Audio-Ausgabe vorhanden"_s);

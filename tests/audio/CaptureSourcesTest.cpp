@@ -319,6 +319,14 @@ TEST_F(CaptureSourcesTest, aScreenCaptureThatFailsFallsBackToTheMicrophone) {
                             u"   Fallback zu Mikrofon..."_s, u"🎤 Starte Mikrofon-Capture..."_s));
 }
 
+TEST_F(CaptureSourcesTest, withoutAnyContentNoFilterIsClaimed) {
+    capture.answers().screenCapture.error = u"unreachable"_s;
+    capture.answers().screenCapture.contentRead = false;
+    startScreen(AudioSourceType::SingleApp, u"org.player"_s);
+    EXPECT_THAT(log.lines().mid(1, 2), ElementsAre(u"❌ ScreenCaptureKit Fehler: unreachable"_s,
+                                                   u"   Fallback zu Mikrofon..."_s));
+}
+
 // Stop.
 
 TEST_F(CaptureSourcesTest, stoppingAMicrophoneIsSilentAndFinal) {
