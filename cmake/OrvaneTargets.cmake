@@ -45,8 +45,9 @@ endfunction()
 
 # One libFuzzer program with its seed corpus in fuzz/corpus/<name>.
 function(orvane_fuzzer name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "" "SOURCES;INCLUDES;LINKS" ${ARGN})
   add_executable(orvane_fuzz_${name} ${arg_SOURCES})
+  target_include_directories(orvane_fuzz_${name} PRIVATE ${arg_INCLUDES})
   target_compile_options(orvane_fuzz_${name} PRIVATE -fsanitize=fuzzer)
   target_link_options(orvane_fuzz_${name} PRIVATE -fsanitize=fuzzer)
   target_link_libraries(orvane_fuzz_${name} PRIVATE ${arg_LINKS} orvane_compiler)
