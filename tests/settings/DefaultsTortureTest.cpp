@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
@@ -106,7 +107,10 @@ class Writer {
         pending_.append(buffer, length);
         int lines = 0;
         for (qsizetype end = pending_.indexOf('\n'); end >= 0; end = pending_.indexOf('\n')) {
-            reported_ = pending_.left(end).toLongLong();
+            bool isStep = false;
+            reported_ = std::max<std::int64_t>(reported_, pending_.left(end).toLongLong(&isStep));
+            // Anything else is a line of the store's, and it has nothing to complain about.
+            EXPECT_TRUE(isStep) << pending_.left(end).toStdString();
             pending_.remove(0, end + 1);
             ++lines;
         }
