@@ -4,7 +4,7 @@
 
 #include <QAbstractItemView>
 #include <QCompleter>
-#include <QEvent>
+#include <QFocusEvent>
 #include <QLineEdit>
 #include <QTimer>
 #include <QWheelEvent>
@@ -26,7 +26,6 @@ FieldCombo::FieldCombo(Search search, QWidget* parent)
         completer()->setFilterMode(Qt::MatchContains);
         completer()->setCaseSensitivity(Qt::CaseInsensitive);
         connect(lineEdit(), &QLineEdit::editingFinished, this, &FieldCombo::settleTypedText);
-        lineEdit()->installEventFilter(this);
     }
 }
 
@@ -60,12 +59,13 @@ void FieldCombo::wheelEvent(QWheelEvent* event) {
     event->ignore();
 }
 
-bool FieldCombo::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == lineEdit() && event->type() == QEvent::FocusIn) {
-        // After the click that gave the focus, which would undo the selection.
+void FieldCombo::focusInEvent(QFocusEvent* event) {
+    QComboBox::focusInEvent(event);
+    if (lineEdit() != nullptr && event->reason() != Qt::PopupFocusReason) {
+        // What is typed replaces the choice. Later, because the click that gives the focus also
+        // places the cursor.
         QTimer::singleShot(0, lineEdit(), &QLineEdit::selectAll);
     }
-    return QComboBox::eventFilter(watched, event);
 }
 
 void FieldCombo::settleTypedText() {

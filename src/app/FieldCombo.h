@@ -36,7 +36,7 @@ class FieldCombo : public QComboBox {
 
   protected:
     void wheelEvent(QWheelEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
 
   private:
     /// Turns what was typed into the entry that was meant, or back into the one chosen before.

@@ -14,6 +14,16 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// Shows a state without taking it for the user's choice.
+void setShown(QCheckBox* box, bool checked) {
+    const QSignalBlocker blocker(box);
+    box->setChecked(checked);
+}
+
+} // namespace
+
 OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
                                QWidget* parent)
     : QWidget(parent)
@@ -35,13 +45,14 @@ OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& setting
     layout->addLayout(pauseRow);
     layout->addWidget(original_);
     layout->addWidget(transcript_);
-    connect(pauseDetection_, &QCheckBox::clicked, this, [this](bool checked) {
+    // Toggled, not clicked: assistive programs switch without a click.
+    connect(pauseDetection_, &QCheckBox::toggled, this, [this](bool checked) {
         audio_.setVadEnabled(checked);
         refresh();
     });
-    connect(original_, &QCheckBox::clicked, this,
+    connect(original_, &QCheckBox::toggled, this,
             [this](bool checked) { settings_.showOriginal.set(checked); });
-    connect(transcript_, &QCheckBox::clicked, this,
+    connect(transcript_, &QCheckBox::toggled, this,
             [this](bool checked) { settings_.saveTranscript.set(checked); });
     connect(&settings_, &TranslationSettings::changed, this, &OptionsSection::refresh);
     connect(&l10n_, &L10n::currentChanged, this, &OptionsSection::translate);
@@ -56,11 +67,11 @@ void OptionsSection::translate() {
 }
 
 void OptionsSection::refresh() {
-    pauseDetection_->setChecked(audio_.vadEnabled());
+    setShown(pauseDetection_, audio_.vadEnabled());
     pauseState_->setText(
         l10n_.platformText(audio_.vadEnabled() ? u"vad.active"_s : u"vad.fixed"_s));
-    original_->setChecked(settings_.showOriginal.get());
-    transcript_->setChecked(settings_.saveTranscript.get());
+    setShown(original_, settings_.showOriginal.get());
+    setShown(transcript_, settings_.saveTranscript.get());
 }
 
 } // namespace orv

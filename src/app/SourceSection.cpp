@@ -113,8 +113,12 @@ QWidget* SourceSection::makePermissionRow() {
 }
 
 void SourceSection::connectFields() {
-    connect(sources_, &QButtonGroup::idClicked, this,
-            [this](int id) { settings_.audioSourceType.set(static_cast<AudioSourceType>(id)); });
+    // Toggled, not clicked: assistive programs switch without a click.
+    connect(sources_, &QButtonGroup::idToggled, this, [this](int id, bool checked) {
+        if (checked) {
+            settings_.audioSourceType.set(static_cast<AudioSourceType>(id));
+        }
+    });
     connect(devices_, &FieldCombo::chosen, this,
             [this](const QString& id) { settings_.selectedInputDevice.set(id); });
     connect(apps_, &FieldCombo::chosen, this, &SourceSection::chooseApp);
@@ -153,6 +157,7 @@ void SourceSection::translate() {
 
 void SourceSection::showSource() {
     const AudioSourceType source = settings_.audioSourceType.get();
+    const QSignalBlocker blocker(sources_);
     sourceButtons_[source]->setChecked(true);
     pages_->setCurrentIndex(pageOf(source));
 }

@@ -89,8 +89,8 @@ void SystemTray::activated(QSystemTrayIcon::ActivationReason reason) {
         placeMenu();
         return;
     }
-    // The second click of a double click arrives under its own name only; it counts as none.
-    if (clicked_ && reason != QSystemTrayIcon::DoubleClick) {
+    // The second of two quick clicks arrives as a double click only; it is a click like any other.
+    if (clicked_) {
         clicked_(TrayClick::Primary);
     }
 }

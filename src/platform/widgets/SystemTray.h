@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Tray.h"
+#include "TrayMenu.h"
 
-#include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -33,7 +33,7 @@ class SystemTray : public QObject, public Tray {
     void placeMenu();
     void checkAvailability();
 
-    QMenu menu_; ///< Outlives `icon_`, which refers to it.
+    TrayMenu menu_; ///< Outlives `icon_`, which refers to it.
     QSystemTrayIcon icon_;
     std::map<TrayIcon, QIcon> icons_;
     std::function<void(TrayClick)> clicked_;

@@ -6,7 +6,7 @@ import shutil
 import subprocess
 import tempfile
 
-from .processes import Children, wait_until
+from .processes import Children, Timeout, wait_until
 
 SCREEN = "1280x900x24"
 _EMPTY_TRAY_WIDTH = 8
@@ -46,8 +46,8 @@ class Desktop:
         runtime = self.folder / "runtime"
         for folder in (self.home, runtime):
             folder.mkdir(mode=0o700, parents=True, exist_ok=True)
-        kept = {name: os.environ[name] for name in ("PATH", "TZ", "CCACHE_DIR")
-                if name in os.environ}
+        kept = {name: value for name, value in os.environ.items()
+                if name in ("PATH", "TZ") or name.endswith("SAN_OPTIONS")}
         self.environment = {
             **kept,
             "HOME": str(self.home),
@@ -83,12 +83,21 @@ class Desktop:
         self.environment["DISPLAY"] = f":{number}"
         # A plain ground, neither black nor white, on which windows and subtitles can be seen.
         self._run(["display", "-window", "root", "-size", "64x64", "canvas:#5b6b7d"], required=False)
-        self._start(["openbox", "--sm-disable"])
-        self._wait_for_window_manager()
+        # A window that appears while the window manager takes over the screen can get lost.
+        ready = self.folder / "openbox.ready"
+        self._start(["openbox", "--sm-disable", "--startup", f"touch '{ready}'"])
+        wait_until(ready.exists, "the window manager")
         if self._with_tray:
             self._start(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
                          "--heighttype", "pixel", "--height", "28", "--SetPartialStrut", "true"])
+            self._wait_for_tray()
+
+    def _wait_for_tray(self):
+        try:
             wait_until(self.tray_window, "the tray")
+        except Timeout as error:
+            raise Timeout(f"{error}; it says: {self.log_of('trayer')!r}; on screen: "
+                          + self._run(["xwininfo", "-root", "-tree"])) from None
 
     def _start_bus(self):
         # The bus leads to the accessibility services, which it starts itself when asked.
@@ -106,10 +115,6 @@ class Desktop:
         return subprocess.run(command, env=self.environment, check=required, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
 
-    def _wait_for_window_manager(self):
-        wait_until(lambda: "window id" in self._run(
-            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], required=False), "the window manager")
-
     def _has_accessibility(self):
         answer = self._run(
             ["dbus-send", "--session", "--print-reply=literal", "--dest=org.a11y.Bus",
@@ -123,19 +128,26 @@ class Desktop:
 
     def tray_window(self):
         """The tray's (x, y, width, height), or None."""
-        found = self._run(["xdotool", "search", "--classname", "^panel$"], required=False).split()
-        for window in found:
-            values = dict(line.split("=", 1) for line in self._run(
-                ["xdotool", "getwindowgeometry", "--shell", window], required=False).splitlines()
-                if "=" in line)
-            if "WIDTH" in values:
-                return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
-        return None
+        return next(iter(self.windows("panel")), None)
 
     def tray_item(self):
         """The (x, y, width, height) of the tray once it holds an item, else None."""
         window = self.tray_window()
         return window if window and window[2] > _EMPTY_TRAY_WIDTH else None
+
+    def windows(self, name):
+        """The (x, y, width, height) of every visible window whose class is called `name`. Finds
+        also what the accessibility services do not list: a tray's item and menu."""
+        return [place for place in (self._place(window) for window in self._run(
+            ["xdotool", "search", "--onlyvisible", "--classname", f"^{name}$"],
+            required=False).split()) if place]
+
+    def _place(self, window):
+        values = dict(line.split("=", 1) for line in self._run(
+            ["xdotool", "getwindowgeometry", "--shell", window], required=False).splitlines()
+            if "=" in line)
+        return (tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+                if "WIDTH" in values else None)
 
     def click_tray(self, button=1):
         """Clicks the only item in the tray."""

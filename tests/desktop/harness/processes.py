@@ -76,32 +76,21 @@ def wait_until(condition, what, limit=20.0, interval=0.02):
         time.sleep(interval)
 
 
-def process_table():
-    """Every process as {pid: (parent's pid, command line)}."""
-    table = {}
+def processes_with(variable, value):
+    """The processes that have `variable` in their environment, which children inherit: {pid:
+    command line}. Those that have ended and wait for their parent are left out."""
+    wanted = f"{variable}={value}".encode()
+    found = {}
     for entry in os.listdir("/proc"):
         if not entry.isdigit():
             continue
         try:
-            with open(f"/proc/{entry}/stat", encoding="utf-8", errors="replace") as file:
-                parent = int(file.read().rpartition(")")[2].split()[1])
+            with open(f"/proc/{entry}/environ", "rb") as file:
+                if wanted not in file.read().split(b"\0"):
+                    continue
             with open(f"/proc/{entry}/cmdline", "rb") as file:
                 command = file.read().replace(b"\0", b" ").decode(errors="replace").strip()
-        except (OSError, ValueError, IndexError):
-            continue
-        table[int(entry)] = (parent, command)
-    return table
-
-
-def processes_with_home(home):
-    """Processes that run with `home` as their home directory: {pid: command line}."""
-    wanted = f"HOME={home}".encode()
-    found = {}
-    for pid, (_, command) in process_table().items():
-        try:
-            with open(f"/proc/{pid}/environ", "rb") as file:
-                if wanted in file.read().split(b"\0"):
-                    found[pid] = command
         except OSError:
             continue
+        found[int(entry)] = command
     return found

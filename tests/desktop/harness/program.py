@@ -6,7 +6,7 @@ import socket
 import subprocess
 import urllib.request
 
-from .processes import wait_until
+from .processes import processes_with, wait_until
 
 BACKEND_PORT = 8765
 
@@ -44,14 +44,17 @@ class Program:
     """`executable`, started on `desktop`. Everything it prints goes to a file."""
 
     _count = 0
+    _MARK = "ORVANE_HARNESS_PROGRAM"
 
     def __init__(self, desktop, executable, arguments=()):
         Program._count += 1
         self._desktop = desktop
         self.log_file = pathlib.Path(desktop.folder) / f"program-{Program._count}.log"
+        self._mark = f"{desktop.folder.name}-{Program._count}"
         with self.log_file.open("wb") as log:
             self.process = desktop.children.start(
-                [str(executable), *arguments], env=desktop.environment,
+                [str(executable), *arguments],
+                env={**desktop.environment, self._MARK: self._mark},
                 stdout=log, stderr=subprocess.STDOUT)
         self.pid = self.process.pid
 
@@ -70,6 +73,13 @@ class Program:
             return None
 
         return wait_until(found, f"the line {start!r} in the program's log", limit)
+
+    def processes(self):
+        """The program and everything it has started that still runs: {pid: command line}."""
+        return processes_with(self._MARK, self._mark)
+
+    def wait_until_nothing_is_left(self, limit=15.0):
+        wait_until(lambda: not self.processes(), "the end of everything the program started", limit)
 
     def tail(self, count=25):
         return "\n".join(self.lines()[-count:])

@@ -22,6 +22,9 @@ PLAYER = "org.example.Player"
 _QUIET_SECONDS = 3.0
 _ANSWER_LIMIT = 20.0
 
+# How long another user of the backend's port is waited for.
+_PORT_LIMIT = 60.0
+
 
 @dataclasses.dataclass
 class Subtitle:
@@ -99,8 +102,8 @@ class Road:
         self._watch = None
 
     def __enter__(self):
-        if port_is_open(BACKEND_PORT):
-            raise RuntimeError(f"port {BACKEND_PORT} is in use: another speech server runs here")
+        wait_until(lambda: not port_is_open(BACKEND_PORT),
+                   f"port {BACKEND_PORT}, which another speech server uses", _PORT_LIMIT)
         self.desktop.__enter__()
         try:
             self._set_up()

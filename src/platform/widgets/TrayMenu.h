@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QMenu>
+
+namespace orv {
+
+/// A menu whose shortcuts work while it is open, as the platform of origin has it; Qt's own work
+/// only in the window that has the focus, which a tray's menu does not belong to.
+class TrayMenu : public QMenu {
+    Q_OBJECT
+
+  public:
+    using QMenu::QMenu;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+};
+
+} // namespace orv

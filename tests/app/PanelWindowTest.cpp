@@ -1,0 +1,118 @@
+#include "PanelWindow.h"
+
+#include "WaitUntil.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QScreen>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv::test {
+
+namespace {
+
+class PanelWindowTest : public ::testing::Test {
+  protected:
+    PanelWindowTest() { content->setMinimumSize(300, 400); }
+
+    /// Closing by the window manager, or by the window's own button.
+    bool closeFromOutside() { return static_cast<QWidget&>(window).close(); }
+
+    QLabel* content = new QLabel(u"content"_s);
+    CloseAction closing = CloseAction::Hide;
+    int ends = 0;
+    PanelWindow window{content, [this] { return closing; }, [this] { ++ends; }};
+};
+
+TEST_F(PanelWindowTest, isHiddenUntilItIsAskedFor) {
+    EXPECT_FALSE(window.isShown());
+}
+
+TEST_F(PanelWindowTest, standsBesideTheButtonWithoutAFrame) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    EXPECT_TRUE(window.isShown());
+    EXPECT_TRUE(window.windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_EQ(window.pos().x(), 100);
+    EXPECT_GE(window.pos().y(), 24);
+    EXPECT_TRUE(window.screen()->availableGeometry().contains(window.geometry()));
+}
+
+TEST_F(PanelWindowTest, closesWhenItIsToggledAway) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    window.close();
+    EXPECT_FALSE(window.isShown());
+}
+
+TEST_F(PanelWindowTest, thePopoverClosesWithEscapeButAWindowDoesNot) {
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    window.showAsWindow();
+    QApplication::sendEvent(&window, &escape);
+    EXPECT_TRUE(window.isShown());
+    window.showBeside(QRect(100, 0, 24, 24));
+    QApplication::sendEvent(&window, &escape);
+    EXPECT_FALSE(window.isShown());
+}
+
+TEST_F(PanelWindowTest, thePopoverClosesWhenAnotherWindowIsUsed) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    EXPECT_TRUE(waitUntil([this] { return !window.isShown(); }));
+}
+
+TEST_F(PanelWindowTest, theClickThatClosedItDoesNotOpenItAgain) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return !window.isShown(); }));
+    window.showBeside(QRect(100, 0, 24, 24));
+    EXPECT_FALSE(window.isShown());
+    window.showBeside(QRect(100, 0, 24, 24));
+    EXPECT_TRUE(window.isShown()) << "the next click opens it";
+}
+
+TEST_F(PanelWindowTest, aWindowStaysWhenAnotherOneIsUsed) {
+    window.showAsWindow();
+    ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return other.isActiveWindow(); }));
+    EXPECT_TRUE(window.isShown());
+}
+
+TEST_F(PanelWindowTest, closingHidesAWindowThatATrayBringsBack) {
+    window.showAsWindow();
+    EXPECT_FALSE(window.windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_TRUE(closeFromOutside());
+    EXPECT_FALSE(window.isShown());
+    EXPECT_EQ(ends, 0);
+}
+
+TEST_F(PanelWindowTest, closingMakesAWindowSmallThatMustStayInReach) {
+    closing = CloseAction::Minimise;
+    window.showAsWindow();
+    EXPECT_FALSE(closeFromOutside());
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.isMinimized());
+    EXPECT_EQ(ends, 0);
+}
+
+TEST_F(PanelWindowTest, closingTheOnlyWayInEndsTheProgram) {
+    closing = CloseAction::EndProgram;
+    window.showAsWindow();
+    EXPECT_TRUE(closeFromOutside());
+    EXPECT_EQ(ends, 1);
+}
+
+} // namespace
+
+} // namespace orv::test

@@ -1,0 +1,62 @@
+"""What the desktop tests share. CTest names the program and the installer in the environment."""
+
+import contextlib
+import os
+import unittest
+
+from harness.accessibility import Accessibility
+from harness.desktop import Desktop
+from harness.processes import end_on_signals, wait_until
+from harness.program import Program, write_settings
+from harness.sound import Sound
+
+PROGRAM = os.environ["ORVANE_PROGRAM"]
+INSTALL_BACKEND = os.environ["ORVANE_INSTALL_BACKEND"]
+
+end_on_signals()
+
+
+class DesktopTest(unittest.TestCase):
+    """A test that works on a private desktop. One to a process: see harness.accessibility."""
+
+    def open_desktop(self, tray=True, sound=True, **settings):
+        context = contextlib.ExitStack()
+        self.addCleanup(context.close)
+        self.desktop = context.enter_context(Desktop(tray=tray))
+        if sound:
+            self.sound = Sound(self.desktop)
+        else:
+            self.desktop.environment["PULSE_SERVER"] = f"unix:{self.desktop.folder}/nobody"
+        write_settings(self.desktop, {"uiLanguage": "en", **settings})
+        self.accessibility = Accessibility(self.desktop)
+
+    def start_program(self):
+        self.program = Program(self.desktop, PROGRAM)
+        self.program.wait_for_line("App gestartet", limit=60)
+        return self.program
+
+    def open_panel(self, name="Quit"):
+        self.desktop.click_tray()
+        self.accessibility.wait_for(self.program.pid, name)
+
+    def press(self, name):
+        self.accessibility.press(self.program.pid, name)
+
+    def is_on_screen(self, name, role=None):
+        return self.accessibility.find(self.program.pid, name, role) is not None
+
+    def wait_for(self, name, role=None):
+        return self.accessibility.wait_for(self.program.pid, name, role)
+
+    def wait_for_menu(self):
+        """Waits for the menu below the tray's item, while the panel is closed."""
+
+        def menu():
+            x, y, width, height = self.desktop.tray_item()
+            return [place for place in self.desktop.windows("orvane")
+                    if place[1] >= y + height and place[2] > width]
+
+        wait_until(menu, "the menu")
+
+    def wait_until_gone(self, name):
+        wait_until(lambda: not self.is_on_screen(name), f"{name!r} to leave the screen")

@@ -1,0 +1,92 @@
+"""However the program ends, it leaves nothing behind that nobody wants."""
+
+import os
+import signal
+import subprocess
+import unittest
+
+from support import INSTALL_BACKEND, DesktopTest
+
+from harness.processes import wait_until
+from harness.program import BACKEND_PORT, port_is_open
+
+
+class Endings(DesktopTest):
+    def start_with_backend(self, tray=True, **settings):
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop(tray=tray, autoStartBackend=True, **settings)
+        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
+                       stdout=subprocess.DEVNULL)
+        from harness.program import Program
+        from support import PROGRAM
+        self.program = Program(self.desktop, PROGRAM)
+        self.program.wait_for_line("Auto-Start Backend aktiviert", limit=60)
+        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
+
+    def test_terminating_while_it_translates_ends_everything(self):
+        self.start_with_backend()
+        self.open_panel()
+        self.press("Start Translation")
+        wait_until(self.sound.recording_streams, "the program to listen")
+        self.program.process.send_signal(signal.SIGTERM)
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.assertIn("App wird beendet - stoppe Backend (autoStopBackend=true)...",
+                      self.program.lines())
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def test_interrupting_ends_everything(self):
+        self.start_with_backend()
+        self.program.process.send_signal(signal.SIGINT)
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+
+    def test_killing_leaves_no_backend(self):
+        self.start_with_backend()
+        self.program.process.kill()
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def test_the_backend_stays_when_the_user_wants_it_to(self):
+        self.start_with_backend(autoStopBackend=False)
+        self.program.process.send_signal(signal.SIGHUP)
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.assertIn("App wird beendet - Backend läuft weiter (autoStopBackend=false)",
+                      self.program.lines())
+        self.assertTrue(port_is_open(BACKEND_PORT))
+        # Another start adopts it, and does not end what it did not start.
+        adopted = self.program
+        self.addCleanup(self.end, adopted)
+        from harness.program import Program
+        from support import PROGRAM
+        self.program = Program(self.desktop, PROGRAM)
+        self.program.wait_for_line("✓ Backend läuft bereits auf Port 8765")
+        self.assertEqual(self.program.terminate(), 0)
+        self.assertTrue(port_is_open(BACKEND_PORT))
+
+    def end(self, program):
+        for pid in program.processes():
+            os.kill(pid, signal.SIGTERM)
+        program.wait_until_nothing_is_left()
+
+    def test_the_menus_quit_stops_the_backend_whatever_the_setting_says(self):
+        self.start_with_backend(autoStopBackend=False)
+        self.desktop.click_tray(button=3)
+        self.wait_for_menu()
+        self.desktop.key("q")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+
+    def test_closing_the_only_window_keeps_a_program_with_a_backend_in_reach(self):
+        self.start_with_backend(tray=False)
+        self.wait_for("Stop Backend", "push button")
+        self.desktop.key("alt+F4")
+        wait_until(lambda: not self.desktop.windows("orvane"), "the window to leave the screen")
+        self.assertIsNone(self.program.process.poll())
+        # Small, not gone: the window manager brings it back.
+        self.desktop.key("alt+Tab")
+        wait_until(lambda: self.desktop.windows("orvane"), "the window to come back")
+
+
+if __name__ == "__main__":
+    unittest.main()

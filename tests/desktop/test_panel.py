@@ -1,0 +1,122 @@
+"""The tray, the panel and its window, used the way a person uses them."""
+
+import unittest
+
+from support import DesktopTest
+
+from harness.processes import wait_until
+from harness.program import read_settings
+
+
+class Panel(DesktopTest):
+    def test_a_click_on_the_tray_opens_and_closes_the_panel(self):
+        self.open_desktop()
+        self.start_program()
+        wait_until(self.desktop.tray_item, "the program's item in the tray")
+        self.assertFalse(self.is_on_screen("Quit"))
+        self.open_panel()
+        self.desktop.click_tray()
+        self.wait_until_gone("Quit")
+        self.open_panel()
+
+    def test_the_panel_closes_when_the_user_turns_elsewhere(self):
+        self.open_desktop()
+        self.start_program()
+        self.open_panel()
+        self.desktop.click(200, 700)
+        self.wait_until_gone("Quit")
+
+    def test_a_right_click_shows_the_menu_whose_quit_ends_the_program(self):
+        self.open_desktop()
+        self.start_program()
+        self.desktop.click_tray(button=3)
+        self.wait_for_menu()
+        self.desktop.key("q")
+        self.program.wait_for_line("🛑 App wird beendet...")
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+    def test_without_a_tray_the_panel_is_a_window_and_closing_it_ends_an_idle_program(self):
+        self.open_desktop(tray=False)
+        self.start_program()
+        self.wait_for("Start Translation", "push button")
+        self.desktop.key("alt+F4")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+
+    def test_starting_without_a_backend_is_refused(self):
+        self.open_desktop()
+        self.start_program()
+        self.open_panel()
+        self.press("Start Translation")
+        self.wait_for("Please start the backend first.")
+        self.press("OK")
+        self.wait_until_gone("Please start the backend first.")
+        self.wait_for("Start Translation", "push button")
+        self.assertNotIn("📢 Translation Status Changed: true", self.program.lines())
+
+    def test_a_missing_speech_server_is_said(self):
+        self.open_desktop()
+        self.start_program()
+        self.open_panel()
+        self.press("Start Backend")
+        self.wait_for("Backend Not Found")
+        self.press("OK")
+        self.wait_for("❌ Backend not installed")
+
+    def test_a_missing_sound_server_is_said(self):
+        self.open_desktop(sound=False)
+        self.start_program()
+        self.open_panel()
+        self.wait_for("Audio server not available")
+
+    def test_the_panel_speaks_german(self):
+        self.open_desktop(uiLanguage="de")
+        self.start_program()
+        self.open_panel("Beenden")
+        for name in ("Backend starten", "Übersetzung starten", "🎤 Mikrofon"):
+            self.wait_for(name)
+
+    def test_choices_last_beyond_a_restart(self):
+        self.open_desktop()
+        self.start_program()
+        self.open_panel()
+        self.press("Show Original Text")
+        self.press("Smart Pause Detection")
+        self.choose_language("From", "suomi")
+        self.choose_language("To", "Español")
+        self.choose_with_keys("Microphone", "Microphone")
+        self.press("🔊 System Audio")
+        wait_until(lambda: read_settings(self.desktop).get("audioSourceType") == 1,
+                   "the last choice to be written")
+        self.program.terminate()
+
+        self.start_program()
+        self.open_panel()
+        self.assertTrue(self.accessibility.is_checked(self.program.pid, "Show Original Text"))
+        self.assertFalse(self.accessibility.is_checked(self.program.pid, "Smart Pause Detection"))
+        self.assertTrue(self.accessibility.is_checked(self.program.pid, "🔊 System Audio"))
+        self.assertIn("Suomi", self.accessibility.value_text(self.program.pid, "From"))
+        self.assertIn("Español", self.accessibility.value_text(self.program.pid, "To"))
+        settings = read_settings(self.desktop)
+        self.assertEqual((settings["sourceLang"], settings["targetLang"]), ("fi", "es"))
+        self.assertEqual(settings["selectedInputDevice"], "orvane_microphone")
+
+    def choose_language(self, name, typed):
+        """Clicks into the field and types a part of the language's name."""
+        self.click_on(name, "combo box")
+        self.desktop.type(typed)
+        self.desktop.key("Return")
+
+    def choose_with_keys(self, name, entry):
+        """Gives the field the focus and types the beginning of the entry."""
+        self.click_on(name, "combo box")
+        self.wait_for(entry, "list item")
+        self.desktop.type(entry)
+        self.desktop.key("Return")
+
+    def click_on(self, name, role):
+        x, y, width, height = self.accessibility.extents(self.wait_for(name, role))
+        self.desktop.click(x + width // 3, y + height // 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
