@@ -3,7 +3,7 @@
 #include <QMetaObject>
 #include <QObject>
 
-#include <memory>
+#include <type_traits>
 #include <utility>
 
 #ifdef ORVANE_TSAN
@@ -13,27 +13,57 @@ extern "C" void __tsan_release(void* address);
 
 namespace orv {
 
-/// Runs `work` later on the thread that `context` lives in, in the order of posting. Does nothing
-/// if `context` is destroyed before its turn. Callable from any thread as long as `context` is
-/// alive at the call.
-///
-/// Every hand-over between threads goes through here: the thread sanitizer cannot see the futexes
-/// inside the system's own (uninstrumented) Qt, so its builds state the ordering explicitly.
+/// Makes a hand-over between threads known to the thread sanitizer, which cannot see the futexes
+/// and counters inside the system's own (uninstrumented) Qt. Its own address names the hand-over,
+/// since that is all the receiver knows before anything may be read. Empty in all other builds.
+class HandOver {
+#ifdef ORVANE_TSAN
+  public:
+    HandOver() = default;
+
+    /// The poster's last step is moving the work to where Qt keeps it.
+    HandOver(HandOver&&) noexcept {
+        __tsan_release(this);
+    }
+
+    HandOver& operator=(HandOver&&) = delete;
+
+    /// Qt may destroy what is left of the work on either thread.
+    ~HandOver() {
+        __tsan_acquire(this);
+    }
+
+    void received() {
+        __tsan_acquire(this);
+    }
+
+    void done() {
+        __tsan_release(this);
+    }
+#else
+  public:
+    void received() {}
+
+    void done() {}
+#endif
+};
+
+/// Runs `work` later on the thread that `context` lives in, in the order of posting, and destroys
+/// it there. Does nothing if `context` is destroyed before its turn. Callable from any thread as
+/// long as `context` is alive at the call. Every hand-over between threads goes through here.
 template <typename Work>
 void post(QObject* context, Work&& work) {
-#ifdef ORVANE_TSAN
-    auto token = std::make_shared<char>();
-    __tsan_release(token.get());
     QMetaObject::invokeMethod(
         context,
-        [token, work = std::forward<Work>(work)]() mutable {
-            __tsan_acquire(token.get());
-            work();
+        [work = std::decay_t<Work>(std::forward<Work>(work)), handOver = HandOver()]() mutable {
+            handOver.received();
+            {
+                auto own = std::move(work);
+                own();
+            }
+            handOver.done();
         },
         Qt::QueuedConnection);
-#else
-    QMetaObject::invokeMethod(context, std::forward<Work>(work), Qt::QueuedConnection);
-#endif
 }
 
 } // namespace orv
