@@ -19,6 +19,8 @@ struct OverlayAppearance {
 
     /// Reads the user's choices; each absent one takes its default.
     static OverlayAppearance fromStore(const DefaultsStore& store);
+
+    friend bool operator==(const OverlayAppearance&, const OverlayAppearance&) = default;
 };
 
 /// `value` as it stands when it can do no more than name a colour in a style sheet, else

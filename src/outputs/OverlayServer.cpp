@@ -3,7 +3,6 @@
 #include "DefaultsStore.h"
 #include "Log.h"
 #include "OverlayConnections.h"
-#include "OverlayPage.h"
 #include "SharedInstance.h"
 
 #include <algorithm>
@@ -95,7 +94,17 @@ HttpResponse OverlayServer::response(QByteArrayView path) const {
 }
 
 QByteArray OverlayServer::overlayHTML() const {
-    return overlayPage(OverlayAppearance::fromStore(store_));
+    OverlayAppearance appearance = OverlayAppearance::fromStore(store_);
+    {
+        const std::lock_guard guard(lock_);
+        if (encodedPage_.source == appearance) {
+            return encodedPage_.bytes;
+        }
+    }
+    QByteArray html = overlayPage(appearance);
+    const std::lock_guard guard(lock_);
+    encodedPage_ = {std::move(appearance), html};
+    return html;
 }
 
 HttpResponse OverlayServer::latestResult() const {
@@ -106,14 +115,14 @@ HttpResponse OverlayServer::latestResult() const {
         result.original = currentOriginal_;
         result.translation = currentTranslation_;
         result.lastUpdate = lastUpdate_;
-        if (encoded_.result == result) {
-            return textResponse(encoded_.json);
+        if (encodedResult_.source == result) {
+            return textResponse(encodedResult_.bytes);
         }
     }
-    QByteArray json = result.toJson();
+    const QByteArray json = result.toJson();
     const std::lock_guard guard(lock_);
-    encoded_ = {std::move(result), std::move(json)};
-    return textResponse(encoded_.json);
+    encodedResult_ = {std::move(result), json};
+    return textResponse(json);
 }
 
 void OverlayServer::reconcile() {

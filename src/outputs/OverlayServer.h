@@ -4,6 +4,7 @@
 #include "OverlayContent.h"
 #include "OverlayLimits.h"
 #include "OverlayListener.h"
+#include "OverlayPage.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -90,18 +91,21 @@ class OverlayServer {
     std::unique_ptr<OverlayConnections> connections_;
     EventLoopThread queue_; ///< Owns the two above.
 
-    mutable std::mutex lock_; ///< Guards the three fields of the result and their encoding.
+    mutable std::mutex lock_; ///< Guards the three fields of the result and the two encodings.
     QString currentOriginal_;
     QString currentTranslation_;
     double lastUpdate_ = 0; ///< Seconds since 1970.
 
-    /// The document that was asked for last: many pages poll, and few of their polls find a change.
+    /// What was served last and what it was made from. Everything is read afresh for each request;
+    /// as long as it is the same, and for most polls it is, so are the bytes.
+    template <typename Source>
     struct Encoded {
-        OverlayResult result;
-        QByteArray json = result.toJson();
+        std::optional<Source> source;
+        QByteArray bytes;
     };
 
-    mutable Encoded encoded_;
+    mutable Encoded<OverlayResult> encodedResult_;
+    mutable Encoded<OverlayAppearance> encodedPage_;
 
     std::atomic<bool> isRunning_ = false;
     std::atomic<std::uint16_t> activePort_ = 0;
