@@ -59,6 +59,9 @@ PulseAudioCapture::PulseAudioCapture(PulseOptions options, RunningAppPlaces plac
     });
     const PulseLock lock(*connection_);
     connection_->addListener(this);
+    if (connection_->isReady()) {
+        pulseReady();
+    }
 }
 
 PulseAudioCapture::~PulseAudioCapture() {

@@ -90,8 +90,11 @@ class PulseConnection {
 
     pa_context* context() const { return context_.get(); }
 
+    /// What became of the connection before is not told again; see `isReady`.
     void addListener(PulseListener* listener);
     void removeListener(PulseListener* listener);
+
+    bool isReady() const { return ready_; }
 
     /// Tells whether the server can be used, at once or when the try under way has come to an end.
     void whenSettled(const void* owner, std::function<void(bool ready)> done);

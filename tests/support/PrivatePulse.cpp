@@ -7,6 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -17,13 +22,52 @@ namespace {
 
 constexpr std::size_t playedSamples = 48000 * 90;
 
-/// Ends a program without blocking the event loop's other work for longer than that takes.
-void end(QProcess& process) {
-    process.kill();
-    process.waitForFinished();
+} // namespace
+
+Program::Program(const QString& name, const QStringList& arguments,
+                 const QProcessEnvironment& environment, const QString& output) {
+    QByteArrayList texts = {name.toLocal8Bit()};
+    for (const QString& argument : arguments) {
+        texts.append(argument.toLocal8Bit());
+    }
+    QByteArrayList variables;
+    for (const QString& variable : environment.toStringList()) {
+        variables.append(variable.toLocal8Bit());
+    }
+    const auto pointers = [](QByteArrayList& list) {
+        std::vector<char*> result;
+        for (QByteArray& one : list) {
+            result.push_back(one.data());
+        }
+        result.push_back(nullptr);
+        return result;
+    };
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, QFile::encodeName(output).constData(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    EXPECT_EQ(posix_spawnp(&process_, texts.first().constData(), &actions, nullptr,
+                           pointers(texts).data(), pointers(variables).data()),
+              0)
+        << qPrintable(name);
+    posix_spawn_file_actions_destroy(&actions);
 }
 
-} // namespace
+Program::~Program() {
+    if (process_ > 0) {
+        ::kill(process_, SIGKILL);
+        wait();
+    }
+}
+
+int Program::wait() {
+    int status = 0;
+    if (process_ <= 0 || ::waitpid(std::exchange(process_, -1), &status, 0) < 0) {
+        return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
 
 PrivatePulse::PrivatePulse(QStringList modules)
     : modules_(std::move(modules))
@@ -63,20 +107,17 @@ void PrivatePulse::start() {
                                 folder_.filePath(u"native"_s)}) {
         arguments << u"-L"_s << module;
     }
-    daemon_.setProcessEnvironment(environment_);
-    daemon_.start(u"pulseaudio"_s, arguments);
+    daemon_ = std::make_unique<Program>(u"pulseaudio"_s, arguments, environment_);
     ASSERT_TRUE(waitUntil([this] { return answers(); })) << "the sound server does not answer";
 }
 
 void PrivatePulse::kill() {
-    end(daemon_);
+    daemon_.reset();
 }
 
 bool PrivatePulse::answers() const {
-    QProcess process;
-    process.setProcessEnvironment(environment_);
-    process.start(u"pactl"_s, {u"-s"_s, QString::fromUtf8(server()), u"info"_s});
-    return process.waitForFinished() && process.exitCode() == 0;
+    return Program(u"pactl"_s, {u"-s"_s, QString::fromUtf8(server()), u"info"_s}, environment_)
+               .wait() == 0;
 }
 
 QString PrivatePulse::load(const QString& module) {
@@ -88,13 +129,13 @@ void PrivatePulse::unload(const QString& number) {
 }
 
 QString PrivatePulse::pactl(const QStringList& arguments) const {
-    QProcess process;
-    process.setProcessEnvironment(environment_);
-    process.start(u"pactl"_s, QStringList{u"-s"_s, QString::fromUtf8(server())} + arguments);
-    EXPECT_TRUE(process.waitForFinished());
-    EXPECT_EQ(process.exitCode(), 0)
-        << qPrintable(arguments.join(u' ')) << ": " << process.readAllStandardError().constData();
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+    const QString output = folder_.filePath(u"output"_s);
+    Program program(u"pactl"_s, QStringList{u"-s"_s, QString::fromUtf8(server())} + arguments,
+                    environment_, output);
+    EXPECT_EQ(program.wait(), 0) << qPrintable(arguments.join(u' '));
+    QFile file(output);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return QString::fromUtf8(file.readAll()).trimmed();
 }
 
 PulsePlayer::PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& samples,
@@ -120,13 +161,9 @@ PulsePlayer::PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& s
     if (!sink.isEmpty()) {
         arguments << u"--device="_s + sink;
     }
-    process_.setProcessEnvironment(pulse.environment());
-    process_.start(u"pacat"_s, arguments << path);
-    EXPECT_TRUE(process_.waitForStarted());
+    process_ = std::make_unique<Program>(u"pacat"_s, arguments << path, pulse.environment());
 }
 
-PulsePlayer::~PulsePlayer() {
-    end(process_);
-}
+PulsePlayer::~PulsePlayer() = default;
 
 } // namespace orv::test
