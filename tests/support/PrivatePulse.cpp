@@ -20,7 +20,7 @@ namespace orv::test {
 
 namespace {
 
-constexpr std::size_t playedSamples = 48000 * 90;
+constexpr std::size_t playedSamples = std::size_t{48000} * 90;
 
 } // namespace
 
@@ -146,7 +146,7 @@ PulsePlayer::PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& s
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     for (std::size_t written = 0; written < playedSamples; written += samples.size()) {
         file.write(reinterpret_cast<const char*>(samples.data()),
-                   static_cast<qint64>(samples.size() * sizeof(qint16)));
+                   qint64(samples.size()) * qint64(sizeof(qint16)));
     }
     file.close();
     QStringList arguments = {u"--playback"_s,
