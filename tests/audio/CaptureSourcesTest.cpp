@@ -27,7 +27,6 @@ using orv::RunningApp;
 using orv::test::waitUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 const QString frame(39, u'═');
 

@@ -7,7 +7,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-using orv::AudioDevice;
 using orv::CaptureAuthorization;
 using orv::MicrophoneFailure;
 using orv::PulseAudioCapture;
@@ -16,7 +15,6 @@ using orv::test::PulseCaptureTest;
 using orv::test::PulsePlayer;
 using orv::test::toneSamples;
 using orv::test::waitUntil;
-using testing::Contains;
 using testing::IsEmpty;
 using testing::SizeIs;
 

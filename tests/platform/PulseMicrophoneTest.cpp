@@ -45,6 +45,7 @@ TEST_F(PulseMicrophoneTest, samplesArriveBitForBit) {
     std::vector<qint16> played(24000);
     std::generate(played.begin(), played.end(), [&] { return static_cast<qint16>(value(random)); });
     std::vector<float> expected;
+    expected.reserve(played.size());
     for (const qint16 sample : played) {
         expected.push_back(float(sample) / 32768.0F);
     }

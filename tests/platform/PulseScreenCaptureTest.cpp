@@ -16,7 +16,6 @@ using orv::test::PulsePlayer;
 using orv::test::toneSamples;
 using orv::test::waitUntil;
 using testing::Each;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
