@@ -65,7 +65,9 @@ void PanelWindow::showAsWindow() {
 }
 
 void PanelWindow::close() {
+    // Hiding takes the activation away, which looks like the user's turning elsewhere.
     hide();
+    leftSince_.invalidate();
 }
 
 void PanelWindow::setStyle(Style style) {
@@ -103,8 +105,8 @@ void PanelWindow::closeIfLeft() {
         QApplication::activeModalWidget() != nullptr) {
         return;
     }
-    leftSince_.start();
     close();
+    leftSince_.start();
 }
 
 void PanelWindow::closeEvent(QCloseEvent* event) {

@@ -17,6 +17,7 @@ TranslationController::TranslationController(ControllerEnvironment environment, 
     : QObject(parent)
     , environment_(std::move(environment)) {
     captureStart_.setSingleShot(true);
+    captureStart_.setTimerType(Qt::PreciseTimer); // Others may come early.
     captureStart_.callOnTimeout(this, [this] {
         environment_.capture.startCapture(run_.source, run_.deviceId, run_.appBundleId);
     });

@@ -79,6 +79,14 @@ TEST_F(PanelWindowTest, theClickThatClosedItDoesNotOpenItAgain) {
     EXPECT_TRUE(window.isShown()) << "the next click opens it";
 }
 
+TEST_F(PanelWindowTest, opensAtOnceAfterItWasToggledAway) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    window.close();
+    window.showBeside(QRect(100, 0, 24, 24));
+    EXPECT_TRUE(window.isShown());
+}
+
 TEST_F(PanelWindowTest, aWindowStaysWhenAnotherOneIsUsed) {
     window.showAsWindow();
     ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));

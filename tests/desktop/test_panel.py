@@ -82,7 +82,7 @@ class Panel(DesktopTest):
         self.press("Show Original Text")
         self.press("Smart Pause Detection")
         self.choose_language("From", "suomi")
-        self.choose_language("To", "Español")
+        self.choose_language("To", "espa")
         self.choose_with_keys("Microphone", "Microphone")
         self.press("🔊 System Audio")
         wait_until(lambda: read_settings(self.desktop).get("audioSourceType") == 1,

@@ -6,7 +6,7 @@ import socket
 import subprocess
 import urllib.request
 
-from .processes import processes_with, wait_until
+from .processes import Timeout, processes_with, wait_until
 
 BACKEND_PORT = 8765
 
@@ -72,7 +72,10 @@ class Program:
                 raise RuntimeError(f"the program ended ({self.process.returncode}):\n" + self.tail())
             return None
 
-        return wait_until(found, f"the line {start!r} in the program's log", limit)
+        try:
+            return wait_until(found, f"the line {start!r} in the program's log", limit)
+        except Timeout as error:
+            raise Timeout(f"{error}; its end:\n{self.tail()}") from None
 
     def processes(self):
         """The program and everything it has started that still runs: {pid: command line}."""
