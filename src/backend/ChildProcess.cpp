@@ -27,7 +27,7 @@ namespace orv {
 
 namespace {
 
-constexpr qsizetype pieceSize = 64 * 1024;
+constexpr qsizetype pieceSize = 65536;
 // Descendants of an ended child may hold its output open and go on writing for ever.
 constexpr int piecesAfterTheEnd = 16;
 

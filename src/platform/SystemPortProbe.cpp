@@ -1,13 +1,51 @@
 #include "SystemPortProbe.h"
 
-#include <QFileInfo>
-#include <QProcess>
+#include "SpawnProgram.h"
+#include "UniqueFd.h"
 
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+namespace {
+
+/// Reads until everyone has closed the other end or time is up.
+void readToTheEnd(int descriptor, QDeadlineTimer deadline, QByteArray& bytes) {
+    std::array<char, 4096> piece = {};
+    while (!deadline.hasExpired()) {
+        pollfd entry = {descriptor, POLLIN, 0};
+        const int ready = ::poll(&entry, 1, static_cast<int>(deadline.remainingTime()));
+        if (ready < 0 && errno == EINTR) {
+            continue;
+        }
+        if (ready <= 0) {
+            return;
+        }
+        const ssize_t count = ::read(descriptor, piece.data(), piece.size());
+        if (count == 0) {
+            return;
+        }
+        if (count > 0) {
+            bytes.append(piece.data(), static_cast<qsizetype>(count));
+        }
+    }
+}
+
+} // namespace
 
 SystemPortProbe::SystemPortProbe(QString tool, std::chrono::milliseconds limit)
     : tool_(std::move(tool))
@@ -19,15 +57,34 @@ QString SystemPortProbe::systemTool() {
 }
 
 bool SystemPortProbe::isPortInUse(quint16 port) {
-    QProcess tool;
-    tool.setProcessChannelMode(QProcess::MergedChannels);
-    tool.setStandardInputFile(QProcess::nullDevice());
-    tool.start(tool_, {u"-i"_s, u":"_s + QString::number(port)}, QIODevice::ReadOnly);
-    if (!tool.waitForFinished(static_cast<int>(limit_.count()))) {
-        tool.kill();
-        tool.waitForFinished();
+    return !QString::fromUtf8(ask(port)).trimmed().isEmpty();
+}
+
+QByteArray SystemPortProbe::ask(quint16 port) const {
+    std::array<int, 2> ends = {-1, -1};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return {};
     }
-    return !QString::fromUtf8(tool.readAll()).trimmed().isEmpty();
+    const UniqueFd readEnd(ends[0]);
+    UniqueFd writeEnd(ends[1]);
+    const UniqueFd nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const SpawnedProgram tool =
+        spawnProgram({QDir::isAbsolutePath(tool_) ? tool_ : QStandardPaths::findExecutable(tool_),
+                      {u"-i"_s, u":"_s + QString::number(port)},
+                      ownEnvironment(),
+                      0,
+                      {nothing.get(), writeEnd.get(), writeEnd.get()}});
+    writeEnd.reset();
+    if (!tool.error.isEmpty()) {
+        return {};
+    }
+    QByteArray said;
+    readToTheEnd(readEnd.get(), QDeadlineTimer(limit_), said);
+    // It has said everything or had its time; usually it has ended by now.
+    ::kill(tool.pid, SIGKILL);
+    while (::waitpid(tool.pid, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    return said;
 }
 
 std::unique_ptr<PortProbe> createSystemPortProbe() {

@@ -2,6 +2,7 @@
 
 #include "PortProbe.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <chrono>
@@ -23,6 +24,8 @@ class SystemPortProbe : public PortProbe {
     bool isPortInUse(quint16 port) override;
 
   private:
+    QByteArray ask(quint16 port) const;
+
     const QString tool_;
     const std::chrono::milliseconds limit_;
 };

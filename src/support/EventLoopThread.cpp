@@ -11,7 +11,7 @@ EventLoopThread::EventLoopThread(const QString& label)
 
 EventLoopThread::~EventLoopThread() {
     Q_ASSERT(!isCurrent());
-    post([this] { thread_.quit(); });
+    sync([this] { thread_.quit(); });
     thread_.wait();
 }
 

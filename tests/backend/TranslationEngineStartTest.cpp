@@ -41,7 +41,7 @@ TEST_F(TranslationEngineStart, watchesAnAdoptedBackend) {
 }
 
 TEST_F(TranslationEngineStart, launchesInTheOrderOfItsLines) {
-    installBackend(programs::waitForSignal);
+    installBackend(u"signal.pause()"_s);
     engine().startBackend();
     EXPECT_EQ(status(), u"engine.starting"_s);
     EXPECT_FALSE(engine().isRunning());
@@ -56,7 +56,7 @@ TEST_F(TranslationEngineStart, launchesInTheOrderOfItsLines) {
 }
 
 TEST_F(TranslationEngineStart, startingTwiceQuicklyLaunchesOnceAndOnlyReportsStarting) {
-    installBackend(programs::waitForSignal);
+    installBackend(u"signal.pause()"_s);
     environment().timings.modelLoading = 20s;
     engine().startBackend();
     const int children = childCount();

@@ -126,6 +126,17 @@ TEST_F(SystemPortProbeTool, thatHangsIsGivenUp) {
         << "what it said until then counts";
 }
 
+TEST_F(SystemPortProbeTool, thatNeverEndsPrintingIsGivenUp) {
+    EXPECT_TRUE(SystemPortProbe(tool("exec yes"), 50ms).isPortInUse(8765));
+}
+
+TEST_F(SystemPortProbeTool, thatClosesItsOutputButStaysIsNotWaitedFor) {
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(SystemPortProbe(tool("echo busy; exec sleep 60 >&- 2>&-")).isPortInUse(8765));
+    EXPECT_LT(clock.elapsed(), 30000);
+}
+
 TEST_F(SystemPortProbeTool, thatPrintsAGreatDealDoesNotBlock) {
     EXPECT_TRUE(SystemPortProbe(tool("head -c 1000000 /dev/zero")).isPortInUse(8765));
 }

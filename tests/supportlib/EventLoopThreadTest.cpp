@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <functional>
 #include <memory>
 #include <pthread.h>
 #include <string>
@@ -79,6 +81,22 @@ TEST(EventLoopThread, runsWorkOnItsThreadInTheOrderOfPosting) {
     }
     EXPECT_EQ(order.size(), 1000U) << "destroying it runs what was posted";
     EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(EventLoopThread, destroysWorkOnItsThread) {
+    const auto mainThread = std::this_thread::get_id();
+    std::atomic<int> wrongThread = 0;
+    {
+        EventLoopThread thread(u"test"_s);
+        for (int job = 0; job < 2000; ++job) {
+            thread.post([mine = std::unique_ptr<int, std::function<void(int*)>>(
+                             new int(job), [&](int* value) {
+                                 wrongThread += std::this_thread::get_id() == mainThread ? 1 : 0;
+                                 delete value;
+                             })] { EXPECT_GE(*mine, 0); });
+        }
+    }
+    EXPECT_EQ(wrongThread, 0);
 }
 
 TEST(EventLoopThread, syncWaits) {

@@ -108,6 +108,7 @@ TEST(Log, linesFromSeveralThreadsStayWhole) {
     const auto text = [](int thread) { return QString(9000, QChar(u'a' + thread)); };
     const QByteArray bytes = printed([&] {
         std::vector<std::thread> writers;
+        writers.reserve(threads);
         for (int thread = 0; thread < threads; ++thread) {
             writers.emplace_back([&, thread] {
                 for (int line = 0; line < linesEach; ++line) {

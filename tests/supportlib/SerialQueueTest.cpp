@@ -33,6 +33,7 @@ TEST(SerialQueue, keepsTheOrderOfEachOfSeveralPosters) {
     {
         SerialQueue queue(u"test"_s);
         std::vector<std::thread> posters;
+        posters.reserve(4);
         for (int poster = 0; poster < 4; ++poster) {
             posters.emplace_back([&queue, &order, poster] {
                 for (int job = 0; job < 500; ++job) {
