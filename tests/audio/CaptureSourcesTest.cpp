@@ -9,9 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstring>
+#include <algorithm>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace {
@@ -79,7 +79,7 @@ class CaptureSourcesTest : public testing::Test {
 
     bool deliverBlock(const std::vector<float>& floats, std::size_t extraBytes = 0) {
         std::vector<std::byte> bytes(floats.size() * sizeof(float) + extraBytes);
-        std::memcpy(bytes.data(), floats.data(), floats.size() * sizeof(float));
+        std::ranges::copy(std::as_bytes(std::span(floats)), bytes.begin());
         return capture.deliverBlock(bytes);
     }
 
