@@ -59,7 +59,7 @@ class ScriptedTool : public ::testing::Test {
   protected:
     /// Writes a shell script that stands for the tool.
     QString tool(const QByteArray& script) const {
-        const QString path = folder.filePath(u"lsof"_s);
+        QString path = folder.filePath(u"lsof"_s);
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("#!/bin/sh\n" + script);
