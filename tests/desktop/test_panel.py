@@ -5,7 +5,7 @@ import unittest
 from support import DesktopTest
 
 from harness.processes import wait_until
-from harness.program import read_settings
+from harness.program import BACKEND_PORT, port_is_open, read_settings
 
 
 class Panel(DesktopTest):
@@ -54,6 +54,7 @@ class Panel(DesktopTest):
         self.assertNotIn("📢 Translation Status Changed: true", self.program.lines())
 
     def test_a_missing_speech_server_is_said(self):
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
         self.open_desktop()
         self.start_program()
         self.open_panel()
