@@ -97,7 +97,7 @@ void PrivatePulse::start() {
     QStringList arguments = {u"-n"_s,
                              u"--daemonize=no"_s,
                              u"--use-pid-file=no"_s,
-                             u"--exit-idle-time=-1"_s,
+                             u"--exit-idle-time=60"_s, // In case nobody is left to end it.
                              u"--realtime=no"_s,
                              u"--high-priority=no"_s,
                              u"--log-target=file:"_s + folder_.filePath(u"log"_s)};
