@@ -20,9 +20,22 @@ bool equalsIgnoringCase(char byte, char lowerCase) {
     return (isUpper ? static_cast<char>(byte - 'A' + 'a') : byte) == lowerCase;
 }
 
-bool hasHeader(std::string_view head, std::string_view lowerCaseStart) {
-    return std::search(head.begin(), head.end(), lowerCaseStart.begin(), lowerCaseStart.end(),
-                       equalsIgnoringCase) != head.end();
+bool startsIgnoringCase(std::string_view line, std::string_view lowerCaseStart) {
+    return line.size() >= lowerCaseStart.size() &&
+           std::equal(
+               lowerCaseStart.begin(), lowerCaseStart.end(), line.begin(),
+               [](char lowerCase, char byte) { return equalsIgnoringCase(byte, lowerCase); });
+}
+
+bool announcesBody(std::string_view head) {
+    for (std::size_t end = head.find('\n'); end != std::string_view::npos; end = head.find('\n')) {
+        head.remove_prefix(end + 1);
+        if (startsIgnoringCase(head, "content-length:") ||
+            startsIgnoringCase(head, "transfer-encoding:")) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -44,7 +57,7 @@ QByteArray requestPath(QByteArrayView firstRead) {
 bool isWholeRequest(QByteArrayView firstRead) {
     const std::string_view head(firstRead.data(), static_cast<std::size_t>(firstRead.size()));
     return firstRead.size() < httpFirstReadBytes && head.ends_with("\r\n\r\n") &&
-           !hasHeader(head, "\r\ncontent-length:") && !hasHeader(head, "\r\ntransfer-encoding:");
+           !announcesBody(head);
 }
 
 } // namespace orv

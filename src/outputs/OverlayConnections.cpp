@@ -16,13 +16,17 @@ using Waits = OverlayConnection::Waits;
 
 namespace {
 
-/// Stands for the listening socket among the identifiers of connections.
-constexpr std::uint64_t listenerId = 0;
+/// Smaller ones are left to the listening sockets.
+constexpr std::uint64_t firstConnectionId = 16;
 
 // Bounds of one turn, so that timers and work posted to the thread have theirs.
-constexpr int roundsPerTurn = 64;
+constexpr int roundsPerTurn = 32;
 constexpr int acceptsPerRound = 4;
 constexpr std::size_t eventsPerRound = 128;
+
+/// How long a turn waits for more once it has begun. The way through the event loop costs as much
+/// as answering half a request does; who comes within this time is spared it.
+constexpr int millisecondsPerRound = 1;
 
 std::size_t permittedDescriptors() {
     rlimit limit{};
@@ -42,29 +46,43 @@ OverlayConnections::OverlayConnections(OverlayLimits limits, OverlayConnection::
     , listenerFailed_(std::move(listenerFailed))
     , bound_(waitingConnectionBound(limits, permittedDescriptors()))
     , epoll_(::epoll_create1(EPOLL_CLOEXEC))
+    , nextId_(firstConnectionId)
     , ready_(epoll_.number(), QSocketNotifier::Read) {
     sweeper_.setInterval(limits_.sweep);
     acceptAgain_.setInterval(limits_.acceptPause);
     acceptAgain_.setSingleShot(true);
     QObject::connect(&ready_, &QSocketNotifier::activated, &ready_, [this] { serveReady(); });
     QObject::connect(&sweeper_, &QTimer::timeout, &sweeper_, [this] { sweep(); });
-    QObject::connect(&acceptAgain_, &QTimer::timeout, &acceptAgain_,
-                     [this] { watch(EPOLL_CTL_ADD, listening_, listenerId, Waits::ForRequest); });
+    QObject::connect(&acceptAgain_, &QTimer::timeout, &acceptAgain_, [this] { watchListener(); });
 }
 
-void OverlayConnections::listenOn(int socket) {
+void OverlayConnections::listenOn(std::vector<int> sockets) {
+    Q_ASSERT(sockets.size() < firstConnectionId);
     stopListening();
-    listening_ = socket;
-    if (!watch(EPOLL_CTL_ADD, listening_, listenerId, Waits::ForRequest)) {
+    listening_ = std::move(sockets);
+    if (!watchListener()) {
         listenerFailed(errno);
     }
 }
 
 void OverlayConnections::stopListening() {
-    if (listening_ >= 0) {
-        acceptAgain_.stop();
-        watch(EPOLL_CTL_DEL, listening_, listenerId, Waits::ForNothing);
-        listening_ = -1;
+    acceptAgain_.stop();
+    unwatchListener();
+    listening_.clear();
+}
+
+bool OverlayConnections::watchListener() {
+    for (std::size_t place = 0; place < listening_.size(); ++place) {
+        if (!watch(EPOLL_CTL_ADD, listening_[place], place, Waits::ForRequest)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void OverlayConnections::unwatchListener() {
+    for (const int socket : listening_) {
+        watch(EPOLL_CTL_DEL, socket, 0, Waits::ForNothing);
     }
 }
 
@@ -72,35 +90,35 @@ void OverlayConnections::serveReady() {
     std::array<epoll_event, eventsPerRound> events{};
     for (int round = 0; round < roundsPerTurn; ++round) {
         const int count =
-            ::epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()), 0);
+            ::epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()),
+                         round == 0 ? 0 : millisecondsPerRound);
         if (count <= 0) {
             return;
         }
         for (int index = 0; index < count; ++index) {
             const Id id = events[static_cast<std::size_t>(index)].data.u64;
-            if (id == listenerId) {
-                acceptReady();
-            } else {
+            if (id >= firstConnectionId) {
                 advance(id);
+            } else if (id < listening_.size()) {
+                acceptReady(listening_[id]);
             }
         }
     }
 }
 
-void OverlayConnections::acceptReady() {
-    for (int turn = 0; turn < acceptsPerRound && listening_ >= 0; ++turn) {
-        FileDescriptor socket(
-            ::accept4(listening_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+void OverlayConnections::acceptReady(int listening) {
+    for (int turn = 0; turn < acceptsPerRound; ++turn) {
+        FileDescriptor socket(::accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (socket.isOpen()) {
             admit(std::move(socket));
-        } else if (!survivesAcceptError(errno)) {
+        } else if (!survivesAcceptError(listening, errno)) {
             return;
         }
     }
 }
 
 /// True when accepting can go on at once.
-bool OverlayConnections::survivesAcceptError(int error) {
+bool OverlayConnections::survivesAcceptError(int listening, int error) {
     switch (error) {
     case EAGAIN:
         return false;
@@ -114,16 +132,16 @@ bool OverlayConnections::survivesAcceptError(int error) {
     case ENFILE:
     case ENOBUFS:
     case ENOMEM:
-        return findDescriptor();
+        return findDescriptor(listening);
     default:
         return true; // It concerns only the connection that was to be accepted.
     }
 }
 
 /// After accepting found no descriptor: true when one was freed for a connection that waits for it.
-bool OverlayConnections::findDescriptor() {
+bool OverlayConnections::findDescriptor(int listening) {
     // The system misses the descriptor before it sees whether there is a connection at all.
-    pollfd waiting{listening_, POLLIN, 0};
+    pollfd waiting{listening, POLLIN, 0};
     if (::poll(&waiting, 1, 0) <= 0) {
         return false;
     }
@@ -141,7 +159,7 @@ void OverlayConnections::admit(FileDescriptor socket) {
         return;
     }
     makeRoom();
-    const Id id = ++lastId_;
+    const Id id = nextId_++;
     if (!watch(EPOLL_CTL_ADD, connection.socket(), id, waits)) {
         return; // Out of kernel memory: without a place to wait, the connection ends here.
     }
@@ -194,7 +212,7 @@ void OverlayConnections::makeRoom() {
 }
 
 void OverlayConnections::pauseAccepting() {
-    watch(EPOLL_CTL_DEL, listening_, listenerId, Waits::ForNothing);
+    unwatchListener();
     acceptAgain_.start();
 }
 

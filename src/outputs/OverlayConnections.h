@@ -11,10 +11,11 @@
 #include <functional>
 #include <map>
 #include <system_error>
+#include <vector>
 
 namespace orv {
 
-/// Accepts and serves the connections of one listening socket at a time, inside the event loop of
+/// Accepts and serves the connections of one listener at a time, inside the event loop of
 /// the thread it is created on; everything happens on that thread and nothing blocks it.
 ///
 /// One epoll instance stands behind a single notifier of the event loop, so that the price of a
@@ -24,16 +25,16 @@ class OverlayConnections {
   public:
     using ListenerFailed = std::function<void(std::error_code)>;
 
-    /// `listenerFailed` is told when the listening socket broke; it is not watched any more then.
+    /// `listenerFailed` is told when a listening socket broke; none is watched any more then.
     OverlayConnections(OverlayLimits limits, OverlayConnection::Respond respond,
                        ListenerFailed listenerFailed);
 
     OverlayConnections(const OverlayConnections&) = delete;
     OverlayConnections& operator=(const OverlayConnections&) = delete;
 
-    /// Starts to accept from `socket`, which must be listening and non-blocking and stay open until
-    /// `stopListening`.
-    void listenOn(int socket);
+    /// Starts to accept from `sockets` in place of those before. They must be listening and
+    /// non-blocking and stay open until `stopListening`.
+    void listenOn(std::vector<int> sockets);
 
     /// Accepts no more. Connections that are open are still served.
     void stopListening();
@@ -50,9 +51,11 @@ class OverlayConnections {
     using WaitingMap = std::map<Id, Waiting>; ///< Ordered by age.
 
     void serveReady();
-    void acceptReady();
-    bool survivesAcceptError(int error);
-    bool findDescriptor();
+    void acceptReady(int listening);
+    bool survivesAcceptError(int listening, int error);
+    bool findDescriptor(int listening);
+    bool watchListener();
+    void unwatchListener();
     void admit(FileDescriptor socket);
     void advance(Id id);
     void remove(WaitingMap::iterator entry);
@@ -69,8 +72,8 @@ class OverlayConnections {
     const ListenerFailed listenerFailed_;
     const std::size_t bound_;
     const FileDescriptor epoll_;
-    int listening_ = -1;
-    Id lastId_ = 0;
+    std::vector<int> listening_; ///< The place of a socket is its identifier.
+    Id nextId_;
     WaitingMap waiting_;
     QSocketNotifier ready_;
     QTimer sweeper_;

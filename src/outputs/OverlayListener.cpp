@@ -23,29 +23,35 @@ void switchOption(const FileDescriptor& socket, int level, int option, int value
     ::setsockopt(socket.number(), level, option, &value, sizeof value);
 }
 
-bool bindTo(const FileDescriptor& socket, const sockaddr_storage& address, socklen_t length) {
-    return ::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), length) == 0;
+/// The address of every interface.
+sockaddr_storage anyAddress(int family, std::uint16_t port) {
+    sockaddr_storage address{};
+    address.ss_family = static_cast<sa_family_t>(family);
+    if (family == AF_INET6) {
+        reinterpret_cast<sockaddr_in6&>(address).sin6_port = htons(port);
+    } else {
+        reinterpret_cast<sockaddr_in&>(address).sin_port = htons(port);
+    }
+    return address;
 }
 
-/// Bound to every interface, or closed with `errno` telling why.
-FileDescriptor boundSocket(int family, std::uint16_t port) {
+/// Listens, or is closed with `errno` telling why.
+FileDescriptor listeningSocket(int family, std::uint16_t port, std::chrono::seconds deferral) {
     FileDescriptor socket(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!socket.isOpen()) {
         return socket;
     }
     switchOption(socket, SOL_SOCKET, SO_REUSEADDR, 1);
-
-    sockaddr_storage address{};
-    socklen_t length = sizeof(sockaddr_in);
-    address.ss_family = static_cast<sa_family_t>(family);
     if (family == AF_INET6) {
-        switchOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, 0);
-        reinterpret_cast<sockaddr_in6&>(address).sin6_port = htons(port);
-        length = sizeof(sockaddr_in6);
-    } else {
-        reinterpret_cast<sockaddr_in&>(address).sin_port = htons(port);
+        switchOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, 1);
     }
-    if (!bindTo(socket, address, length)) {
+    if (deferral > std::chrono::seconds::zero()) {
+        switchOption(socket, IPPROTO_TCP, TCP_DEFER_ACCEPT, static_cast<int>(deferral.count()));
+    }
+    const sockaddr_storage address = anyAddress(family, port);
+    const socklen_t length = family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
+    if (::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
+        ::listen(socket.number(), backlog) != 0) {
         const int error = errno;
         socket.reset();
         errno = error;
@@ -54,37 +60,44 @@ FileDescriptor boundSocket(int family, std::uint16_t port) {
 }
 
 std::uint16_t boundPort(const FileDescriptor& socket) {
-    sockaddr_storage address{};
+    sockaddr_in address{};
     socklen_t length = sizeof address;
     ::getsockname(socket.number(), reinterpret_cast<sockaddr*>(&address), &length);
-    return ntohs(address.ss_family == AF_INET6
-                     ? reinterpret_cast<const sockaddr_in6&>(address).sin6_port
-                     : reinterpret_cast<const sockaddr_in&>(address).sin_port);
+    return ntohs(address.sin_port);
 }
 
 } // namespace
 
 std::variant<OverlayListener, std::error_code>
 OverlayListener::open(std::uint16_t port, std::chrono::seconds deferral) {
-    FileDescriptor socket = boundSocket(AF_INET6, port);
-    if (!socket.isOpen() && (errno == EAFNOSUPPORT || errno == EADDRNOTAVAIL)) {
-        socket = boundSocket(AF_INET, port);
-    }
-    if (!socket.isOpen()) {
+    std::vector<FileDescriptor> sockets;
+    sockets.push_back(listeningSocket(AF_INET, port, deferral));
+    if (!sockets.front().isOpen()) {
         return lastError();
     }
-    if (deferral > std::chrono::seconds::zero()) {
-        switchOption(socket, IPPROTO_TCP, TCP_DEFER_ACCEPT, static_cast<int>(deferral.count()));
+    const std::uint16_t actualPort = boundPort(sockets.front());
+    sockets.push_back(listeningSocket(AF_INET6, actualPort, deferral));
+    if (!sockets.back().isOpen()) {
+        const bool hasNoIpv6 = errno == EAFNOSUPPORT || errno == EADDRNOTAVAIL;
+        if (!hasNoIpv6) {
+            return lastError();
+        }
+        sockets.pop_back();
     }
-    if (::listen(socket.number(), backlog) != 0) {
-        return lastError();
-    }
-    const std::uint16_t actualPort = boundPort(socket);
-    return OverlayListener(std::move(socket), actualPort);
+    return OverlayListener(std::move(sockets), actualPort);
 }
 
-OverlayListener::OverlayListener(FileDescriptor socket, std::uint16_t port)
-    : socket_(std::move(socket))
+OverlayListener::OverlayListener(std::vector<FileDescriptor> sockets, std::uint16_t port)
+    : sockets_(std::move(sockets))
     , port_(port) {}
+
+std::vector<int> OverlayListener::sockets() const {
+    std::vector<int> numbers;
+    numbers.reserve(sockets_.size());
+    for (const FileDescriptor& socket : sockets_) {
+        numbers.push_back(socket.number());
+    }
+    return numbers;
+}
 
 } // namespace orv

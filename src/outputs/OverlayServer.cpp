@@ -147,7 +147,7 @@ void OverlayServer::startNow(std::uint16_t port) {
     activePort_ = listener_->port();
     isRunning_ = true;
     logLine(u"✓ OBS-Overlay-Server läuft auf http://localhost:%1/overlay"_s.arg(activePort_));
-    connections_->listenOn(listener_->socket());
+    connections_->listenOn(listener_->sockets());
 }
 
 void OverlayServer::stopNow() {
