@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <chrono>
@@ -23,6 +24,9 @@ constexpr int popoverGap = 4;
 /// A click on the tray's item first takes the focus away, which closes the popover, and then asks
 /// to toggle it: within this time the click counts as the one that closed it.
 constexpr std::chrono::milliseconds sameClick{250};
+
+/// A list or an alert that closes gives the activation back a moment after it has gone.
+constexpr std::chrono::milliseconds handOver{80};
 
 } // namespace
 
@@ -65,7 +69,6 @@ void PanelWindow::showAsWindow() {
 }
 
 void PanelWindow::close() {
-    // Hiding takes the activation away, which looks like the user's turning elsewhere.
     hide();
     leftSince_.invalidate();
 }
@@ -93,8 +96,8 @@ void PanelWindow::paintEvent(QPaintEvent* event) {
 
 void PanelWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange) {
-        closeIfLeft();
+    if (event->type() == QEvent::ActivationChange && !isActiveWindow()) {
+        QTimer::singleShot(handOver, this, &PanelWindow::closeIfLeft);
     }
 }
 

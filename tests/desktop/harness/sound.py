@@ -79,4 +79,6 @@ class Sound:
 
     def recording_streams(self):
         """How many programs listen right now."""
-        return len(self._pactl("list", "short", "source-outputs").splitlines())
+        streams = self._pactl("list", "short", "source-outputs").splitlines()
+        # The sound server's own, which carry the microphone, belong to no client.
+        return sum(stream.split("\t")[2] != "-" for stream in streams)
