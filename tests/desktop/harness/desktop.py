@@ -102,7 +102,8 @@ class Desktop:
     def _start_bus(self):
         # The bus leads to the accessibility services, which it starts itself when asked.
         bus = self.children.start(
-            ["dbus-daemon", "--session", "--nofork", "--print-address=1"],
+            ["dbus-daemon", "--session", "--nofork", "--print-address=1",
+             f"--address=unix:path={self.folder}/bus"],
             env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         address = bus.stdout.readline().strip()
         if not address:

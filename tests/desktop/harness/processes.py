@@ -27,9 +27,11 @@ class Children:
         self.stop_all()
 
     def start(self, command, **options):
-        """Starts `command` (a list). It dies with this process, even if that is killed."""
+        """Starts `command` (a list). It dies with this process, even if that is killed, but not
+        by a Ctrl-C at the terminal: the order in which things end is ours."""
         options.setdefault("stdin", subprocess.DEVNULL)
-        process = subprocess.Popen(command, preexec_fn=_die_with_parent, **options)
+        process = subprocess.Popen(command, preexec_fn=_die_with_parent, start_new_session=True,
+                                   **options)
         self._processes.append(process)
         return process
 
