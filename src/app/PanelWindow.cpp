@@ -50,11 +50,11 @@ void PanelWindow::showBeside(const QRect& button) {
         return;
     }
     setStyle(Style::Popover);
-    adjustSize();
     const QScreen* screen = QGuiApplication::screenAt(button.center());
     if (screen == nullptr) {
         screen = QGuiApplication::primaryScreen();
     }
+    fitContent(screen->availableGeometry().size());
     move(placeBeside(button, size(), screen->availableGeometry(), popoverGap));
     show();
     raise();
@@ -62,6 +62,9 @@ void PanelWindow::showBeside(const QRect& button) {
 }
 
 void PanelWindow::showAsWindow() {
+    if (!isVisible()) {
+        fitContent(screen()->availableGeometry().size());
+    }
     setStyle(Style::Window);
     showNormal();
     raise();
@@ -71,6 +74,15 @@ void PanelWindow::showAsWindow() {
 void PanelWindow::close() {
     hide();
     leftSince_.invalidate();
+}
+
+void PanelWindow::fitContent(const QSize& available) {
+    // Not adjustSize(), which stops at two thirds of the screen.
+    ensurePolished();
+    const int width = sizeHint().width();
+    const int height =
+        hasHeightForWidth() ? layout()->totalHeightForWidth(width) : sizeHint().height();
+    resize(QSize(width, height).boundedTo(available));
 }
 
 void PanelWindow::setStyle(Style style) {

@@ -36,6 +36,7 @@ class PanelWindow : public QWidget, public Panel {
     enum class Style { Popover, Window };
 
     void setStyle(Style style);
+    void fitContent(const QSize& available);
     void closeIfLeft();
 
     std::function<CloseAction()> closing_;

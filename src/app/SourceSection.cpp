@@ -24,6 +24,15 @@ namespace orv {
 
 namespace {
 
+/// The pages take as much room as the highest one asks for, whichever is shown. Without this the
+/// text that wraps would decide alone.
+class SourcePages : public QStackedWidget {
+  public:
+    using QStackedWidget::QStackedWidget;
+
+    bool hasHeightForWidth() const override { return false; }
+};
+
 int pageOf(AudioSourceType source) {
     return static_cast<int>(source);
 }
@@ -38,7 +47,7 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
     , l10n_(l10n)
     , heading_(makeHeading(this))
     , sources_(new QButtonGroup(this))
-    , pages_(new QStackedWidget(this))
+    , pages_(new SourcePages(this))
     , deviceLabel_(new QLabel(this))
     , devices_(new FieldCombo(FieldCombo::Search::None, this))
     , refreshDevices_(makeButton(this))

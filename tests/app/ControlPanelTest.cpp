@@ -20,6 +20,7 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QLabel>
+#include <QLayout>
 #include <QPushButton>
 #include <QTemporaryDir>
 
@@ -279,13 +280,30 @@ TEST_F(ControlPanelTest, everyControlIsKnownByWhatItShows) {
     }
 }
 
-TEST_F(ControlPanelTest, noTextIsCutOffInAnyLanguage) {
-    settings.audioSourceType.set(AudioSourceType::SystemAudio);
+TEST_F(ControlPanelTest, nothingIsCutOffInAnyLanguage) {
+    adoptBackend();
+    controller.startTranslation();
+    QList<std::pair<UILanguage, AudioSourceType>> cases;
     for (const UILanguage language : UILanguage::allCases()) {
+        for (const AudioSourceType source :
+             {AudioSourceType::Microphone, AudioSourceType::SystemAudio,
+              AudioSourceType::SingleApp}) {
+            cases.append({language, source});
+        }
+    }
+    for (const auto& [language, source] : cases) {
+        settings.audioSourceType.set(source);
         l10n.setCurrent(language);
-        panel.adjustSize();
+        panel.resize(panel.minimumWidth(),
+                     panel.layout()->totalHeightForWidth(panel.minimumWidth()));
         drainEvents();
-        SCOPED_TRACE(language.rawValue().toStdString());
+        SCOPED_TRACE(language.rawValue().toStdString() + std::to_string(static_cast<int>(source)));
+        for (const FieldCombo* combo : panel.findChildren<FieldCombo*>()) {
+            if (combo->isVisible()) {
+                EXPECT_GE(combo->height(), combo->minimumSizeHint().height());
+                EXPECT_GE(combo->width(), combo->minimumSizeHint().width());
+            }
+        }
         for (const QWidget* widget : panel.findChildren<QWidget*>()) {
             const auto* label = qobject_cast<const QLabel*>(widget);
             const bool wraps = label != nullptr && label->wordWrap();
