@@ -2,6 +2,7 @@
 
 #include "AudioCapture.h"
 #include "AudioManager.h"
+#include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
 #include "L10n.h"
@@ -58,7 +59,7 @@ void Shell::createServices(const UserPaths& paths) {
                          .store = store_,
                          .capture = *capture_,
                          .notifications = notifications_,
-                         .engineFactory = [](const QString&) { return nullptr; },
+                         .engineFactory = makeCloudEngine(),
                          .sendToVmix = {},
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
