@@ -39,7 +39,11 @@ void ServicePeer::read() {
     qsizetype start = 0;
     qsizetype end = 0;
     while ((end = unread_.indexOf('\n', start)) >= 0) {
-        events_.append(QJsonDocument::fromJson(unread_.mid(start, end - start)).object());
+        QJsonObject event = QJsonDocument::fromJson(unread_.mid(start, end - start)).object();
+        if (event[u"event"_s].toString() == u"audio") {
+            audio_ += QByteArray::fromBase64(event.take(u"data"_s).toString().toLatin1());
+        }
+        events_.append(event);
         start = end + 1;
     }
     unread_.remove(0, start);
@@ -56,12 +60,9 @@ QList<QJsonObject> ServicePeer::events(const QString& event) {
     return found;
 }
 
-QByteArray ServicePeer::audio() {
-    QByteArray all;
-    for (const QJsonObject& block : events(u"audio"_s)) {
-        all += QByteArray::fromBase64(block[u"data"_s].toString().toLatin1());
-    }
-    return all;
+const QByteArray& ServicePeer::audio() {
+    read();
+    return audio_;
 }
 
 void ServicePeer::command(const QJsonObject& command) {

@@ -32,7 +32,7 @@ class ServicePeer {
     qsizetype count(const QString& event) { return events(event).size(); }
 
     /// The audio that came in so far.
-    QByteArray audio();
+    const QByteArray& audio();
 
     void command(const QJsonObject& command);
     void send(const QString& text);
@@ -46,7 +46,8 @@ class ServicePeer {
 
     QProcess process_;
     QByteArray unread_;
-    QList<QJsonObject> events_;
+    QList<QJsonObject> events_; ///< Without the audio itself.
+    QByteArray audio_;
     quint16 port_ = 0;
     QString certificate_;
 };
