@@ -224,7 +224,7 @@ TEST(AzureDirectEngine, deliversTheTextInPlaceOfAnEmptyTranslation) {
 
 class AnswersWithoutResult : public testing::TestWithParam<std::pair<int, const char*>> {};
 
-TEST_P(AnswersWithoutResult, areNoFailureOfAzures) {
+TEST_P(AnswersWithoutResult, doNotFailAzure) {
     Azure session;
     session.always(GetParam().first, QString::fromUtf8(GetParam().second));
     for (const QString& target : {u"de"_s, u"en"_s}) {
@@ -236,7 +236,7 @@ TEST_P(AnswersWithoutResult, areNoFailureOfAzures) {
     EXPECT_TRUE(session.engine->isActive());
 }
 
-TEST_P(AnswersWithoutResult, areNoFailureOfGoogles) {
+TEST_P(AnswersWithoutResult, doNotFailGoogle) {
     Google session;
     session.always(GetParam().first, QString::fromUtf8(GetParam().second));
     session.connect(u"en"_s, u"de"_s);

@@ -4,13 +4,19 @@ A service says on standard output what happens to it, and does what it is told o
 it ends when standard input ends.
 """
 
+import ctypes
 import json
 import os
+import signal
 import ssl
 import subprocess
 import sys
 import tempfile
 import threading
+
+# A service that the test has frozen cannot notice by itself that the test was killed.
+PR_SET_PDEATHSIG = 1
+ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 _lock = threading.Lock()
 _folder = tempfile.TemporaryDirectory()
