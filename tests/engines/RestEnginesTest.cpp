@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -222,11 +224,20 @@ TEST(AzureDirectEngine, deliversTheTextInPlaceOfAnEmptyTranslation) {
     EXPECT_EQ(session.reports.results, QStringList(u"Hello.|Hello."_s));
 }
 
-class AnswersWithoutResult : public testing::TestWithParam<std::pair<int, const char*>> {};
+struct FixedAnswer {
+    int status;
+    const char* body;
+
+    friend void PrintTo(const FixedAnswer& answer, std::ostream* out) {
+        *out << answer.status << " " << answer.body;
+    }
+};
+
+class AnswersWithoutResult : public testing::TestWithParam<FixedAnswer> {};
 
 TEST_P(AnswersWithoutResult, doNotFailAzure) {
     Azure session;
-    session.always(GetParam().first, QString::fromUtf8(GetParam().second));
+    session.always(GetParam().status, QString::fromUtf8(GetParam().body));
     for (const QString& target : {u"de"_s, u"en"_s}) {
         session.connect(u"en"_s, target);
         EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
@@ -238,7 +249,7 @@ TEST_P(AnswersWithoutResult, doNotFailAzure) {
 
 TEST_P(AnswersWithoutResult, doNotFailGoogle) {
     Google session;
-    session.always(GetParam().first, QString::fromUtf8(GetParam().second));
+    session.always(GetParam().status, QString::fromUtf8(GetParam().body));
     session.connect(u"en"_s, u"de"_s);
     EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
     EXPECT_EQ(session.service.count(u"request"_s), 1);
@@ -247,11 +258,11 @@ TEST_P(AnswersWithoutResult, doNotFailGoogle) {
 
 INSTANTIATE_TEST_SUITE_P(
     Status, AnswersWithoutResult,
-    testing::Values(std::pair{200, R"({"RecognitionStatus":"NoMatch"})"}, std::pair{200, "{}"},
-                    std::pair{400, R"({"error":{"code":400,"message":"bad"}})"},
-                    std::pair{401, R"({"error":{"code":"401","message":"denied"}})"},
-                    std::pair{429, R"({"error":{"code":"429","message":"slow down"}})"},
-                    std::pair{500, R"({"error":"internal"})"}, std::pair{302, "{}"}));
+    testing::Values(FixedAnswer{200, R"({"RecognitionStatus":"NoMatch"})"}, FixedAnswer{200, "{}"},
+                    FixedAnswer{400, R"({"error":{"code":400,"message":"bad"}})"},
+                    FixedAnswer{401, R"({"error":{"code":"401","message":"denied"}})"},
+                    FixedAnswer{429, R"({"error":{"code":"429","message":"slow down"}})"},
+                    FixedAnswer{500, R"({"error":"internal"})"}, FixedAnswer{302, "{}"}));
 
 TEST(AzureDirectEngine, takesAResultWhateverTheStatus) {
     Azure session;

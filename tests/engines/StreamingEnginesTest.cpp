@@ -280,7 +280,7 @@ TEST(DeepgramDirectEngine, givesUpAServiceThatNeverAnswers) {
 }
 
 TEST(DeepgramDirectEngine, givesUpAServiceThatTakesNothingMore) {
-    DeepgramSession session({u"--key"_s, u"SECRET"_s}, {.streamRequest = 300ms});
+    DeepgramSession session({u"--key"_s, u"SECRET"_s}, {.streamRequest = 1500ms});
     finish(session.engine->connect(config));
     ASSERT_TRUE(session.waitForOpen());
     session.service.freeze();
@@ -549,7 +549,7 @@ TEST(AssemblyAIDirectEngine, goesOnAfterAnotherFirstMessage) {
 }
 
 TEST(AssemblyAIDirectEngine, goesOnWithoutAnyFirstMessage) {
-    AssemblyAISession session({u"--wait"_s}, {.streamRequest = 300ms});
+    AssemblyAISession session({u"--wait"_s}, {.streamRequest = 1500ms});
     EXPECT_FALSE(finish(session.engine->connect(config)).error);
     EXPECT_TRUE(session.engine->isConnected());
     EXPECT_FALSE(finish(session.engine->sendAudio(block(1))).error);

@@ -143,7 +143,7 @@ class Service:
         else:
             server = await websockets.serve(
                 self.serve, "127.0.0.1", 0, max_size=MAX_SIZE, process_request=self.admit,
-                ssl=context, ping_interval=None)
+                ssl=context, ping_interval=None, close_timeout=0.5)
         say(event="listening", port=server.sockets[0].getsockname()[1], certificate=certificate)
         reader = asyncio.StreamReader(limit=MAX_SIZE)
         loop = asyncio.get_running_loop()
