@@ -6,6 +6,7 @@
 #include <QNetworkRequest>
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 
 namespace orv {

@@ -7,6 +7,7 @@
 #include <QNetworkRequest>
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 
 namespace orv {
