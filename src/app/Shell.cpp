@@ -2,6 +2,7 @@
 
 #include "AudioCapture.h"
 #include "AudioManager.h"
+#include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
 #include "L10n.h"
@@ -58,8 +59,7 @@ void Shell::createServices(const UserPaths& paths) {
         .store = store_,
         .capture = *capture_,
         .notifications = notifications_,
-        // The program has no direct engine: every identifier runs on the backend's path.
-        .engineFactory = [](const QString&) { return nullptr; },
+        .engineFactory = makeCloudEngine(),
         .sendToVmix = {},
         .showNotice =
             [this, lookUp](const AudioNotice& notice) {

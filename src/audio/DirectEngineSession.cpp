@@ -15,6 +15,7 @@ namespace orv {
 struct DirectEngineSession::State {
     std::shared_ptr<CloudSTTEngine> engine;
     std::deque<QByteArray> waiting;
+    bool connected = false;
     bool sending = false;
     bool ended = false;
 };
@@ -34,19 +35,10 @@ void logEngineError(const CloudSTTEngine& engine, const std::exception& error) {
 
 /// Coroutines take what they need by value: a lambda's captures die with the lambda.
 template <typename StatePtr>
-QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
-                            std::function<void()> failed) {
-    try {
-        co_await state->engine->connect(config);
-        logLine(u"✅ Direct Engine "_s + state->engine->name() + u" verbunden"_s);
-    } catch (const std::exception& error) {
-        logEngineError(*state->engine, error);
-        failed();
-    }
-}
-
-template <typename StatePtr>
 QCoro::Task<> sendWaiting(StatePtr state) {
+    if (!state->connected || state->sending) {
+        co_return;
+    }
     state->sending = true;
     while (!state->waiting.empty() && !state->ended) {
         QByteArray pcm = std::move(state->waiting.front());
@@ -54,10 +46,29 @@ QCoro::Task<> sendWaiting(StatePtr state) {
         try {
             co_await state->engine->sendAudio(std::move(pcm));
         } catch (const std::exception& error) {
-            logEngineError(*state->engine, error);
+            if (!state->ended) {
+                logEngineError(*state->engine, error);
+            }
         }
     }
     state->sending = false;
+}
+
+template <typename StatePtr>
+QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
+                            std::function<void()> failed) {
+    try {
+        co_await state->engine->connect(config);
+        if (state->ended) {
+            co_return;
+        }
+        logLine(u"✅ Direct Engine "_s + state->engine->name() + u" verbunden"_s);
+        state->connected = true;
+        sendWaiting(state);
+    } catch (const std::exception& error) {
+        logEngineError(*state->engine, error);
+        failed();
+    }
 }
 
 template <typename StatePtr>
@@ -75,16 +86,18 @@ DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
     , handlers_(std::move(handlers))
     , target_(std::make_unique<PostTarget>()) {
     state_->engine = std::move(engine);
-    state_->engine->onTranslation = [this, target = target_->handle()](const QString& original,
-                                                                       const QString& translation) {
-        target.post([this, original, translation, now = QDateTime::currentDateTime()] {
-            if (writer_) {
-                writer_->append(original, translation, now);
+    state_->engine->onTranslation =
+        [this, target = target_->handle(),
+         transcript = std::weak_ptr(writer_)](const QString& original, const QString& translation) {
+            // At once: what has been delivered must not be lost on its way to the main thread.
+            if (const auto open = transcript.lock()) {
+                open->append(original, translation, QDateTime::currentDateTime());
             }
-            const auto handler = handlers_.result; // May end the session while it runs.
-            handler(original, translation);
-        });
-    };
+            target.post([this, original, translation] {
+                const auto handler = handlers_.result; // May end the session while it runs.
+                handler(original, translation);
+            });
+        };
     state_->engine->onStatus = [this, target = target_->handle()](const QString& status,
                                                                   const QString& message) {
         logLine(u"📋 Direct Engine Status: ["_s + status + u"] "_s + message);
@@ -109,10 +122,11 @@ void DirectEngineSession::connect(const CloudEngineConfig& config) {
 }
 
 void DirectEngineSession::sendAudio(QByteArray pcm) {
-    state_->waiting.push_back(std::move(pcm));
-    if (!state_->sending) {
-        sendWaiting(state_);
+    if (state_->ended) {
+        return;
     }
+    state_->waiting.push_back(std::move(pcm));
+    sendWaiting(state_);
 }
 
 void DirectEngineSession::end() {
@@ -120,6 +134,7 @@ void DirectEngineSession::end() {
         return;
     }
     state_->ended = true;
+    state_->waiting.clear();
     target_.reset();
     disconnectEngine(state_);
     if (writer_) {

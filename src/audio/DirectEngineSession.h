@@ -38,8 +38,8 @@ class DirectEngineSession {
     /// Starts connecting; says how it went in the log.
     void connect(const CloudEngineConfig& config);
 
-    /// Queues one block of 16-bit PCM. Blocks go to the engine one after the other, each once the
-    /// one before has been accepted. What fails is lost, with a log line.
+    /// Queues one block of 16-bit PCM. Blocks go to the engine one after the other, once it is
+    /// connected, each when the one before has been accepted. What fails is lost, with a log line.
     void sendAudio(QByteArray pcm);
 
     /// Disconnects the engine in the background, closes the transcript at once. Nothing is

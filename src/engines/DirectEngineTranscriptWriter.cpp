@@ -2,11 +2,12 @@
 
 #include "Log.h"
 
-#include <QDir>
 #include <QFile>
 #include <QLocale>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -82,9 +83,11 @@ struct DirectEngineTranscriptWriter::Files {
 std::shared_ptr<DirectEngineTranscriptWriter>
 DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceLang,
                                    const QString& targetLang, const QDateTime& opened) {
-    if (!QDir().mkpath(folder)) {
+    std::error_code error;
+    std::filesystem::create_directories(folder.toStdU16String(), error);
+    if (error) {
         logLine(u"❌ DirectEngineTranscriptWriter: outputDir konnte nicht erstellt werden: "_s +
-                folder);
+                QString::fromStdString(error.message()));
         return nullptr;
     }
     auto files = std::make_unique<Files>();

@@ -31,7 +31,7 @@ void AudioManagerFixture::makeManager() {
         .store = store,
         .capture = capture,
         .notifications = notifications,
-        .engineFactory = [this](const QString&) { return engine; },
+        .engineFactory = engineFactory,
         .sendToVmix =
             [this](const QString& original, const QString& translation) {
                 fannedOut.append(u"vMix: "_s + original + u"|"_s + translation);

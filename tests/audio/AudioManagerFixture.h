@@ -49,6 +49,7 @@ class AudioManagerFixture : public testing::Test {
     WebSocketPeer backend;
     AudioTimings timings;
     std::shared_ptr<FakeEngine> engine; ///< What the factory answers, whatever the identifier.
+    CloudEngineFactory engineFactory = [this](const QString&) { return engine; };
     std::unique_ptr<AudioManager> manager;
 
     QList<AudioNotice> notices;

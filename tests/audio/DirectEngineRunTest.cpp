@@ -124,6 +124,15 @@ TEST_F(DirectEngineRun, bringsResultsEverywhereAndIntoTheTranscript) {
     EXPECT_TRUE(onlyFile(u"subtitles_*.srt"_s).endsWith(u"\nHi\nHola\n\n"_s));
 }
 
+TEST_F(DirectEngineRun, keepsAResultThatComesRightBeforeTheEndInTheTranscript) {
+    useChunked();
+    startRun();
+    engine->onTranslation(u"last"_s, u"último"_s);
+    manager->stopCaptureSync();
+    EXPECT_TRUE(
+        onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: last\nTranslation: último\n\n"_s));
+}
+
 TEST_F(DirectEngineRun, writesNoTranscriptWhenNoneIsWanted) {
     useChunked();
     settings.saveTranscript.set(false);

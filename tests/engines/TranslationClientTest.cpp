@@ -119,16 +119,5 @@ TEST(TranslationClient, endsWhatIsUnderWayWhenDestroyed) {
     EXPECT_EQ(result, QString());
 }
 
-TEST(TranslationResponse, isTheFirstTranslationOrNothing) {
-    for (const char* body : {"", "[]", "{}", R"({"data":[]})", R"({"data":{"translations":{}}})",
-                             R"({"data":{"translations":[]}})",
-                             R"({"data":{"translations":[{"translatedText":5}]}})"}) {
-        EXPECT_EQ(translatedTextFromResponse(body), QString()) << body;
-    }
-    EXPECT_EQ(translatedTextFromResponse(
-                  R"({"data":{"translations":[{"translatedText":"a"},{"translatedText":"b"}]}})"),
-              u"a"_s);
-}
-
 } // namespace
 } // namespace orv

@@ -1,0 +1,61 @@
+#include "AssemblyAIDirectEngine.h"
+
+#include "AssemblyAIMessages.h"
+#include "Log.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+AssemblyAIDirectEngine::AssemblyAIDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
+    : StreamingEngine(u"AssemblyAI"_s, std::move(endpoints), timings) {
+    firstMessageTimer_.setSingleShot(true);
+    firstMessageTimer_.setInterval(timings.streamRequest);
+    QObject::connect(&firstMessageTimer_, &QTimer::timeout, &firstMessageTimer_,
+                     [this] { socket()->stopReceiving(); });
+}
+
+QString AssemblyAIDirectEngine::id() const {
+    return u"assemblyai"_s;
+}
+
+QString AssemblyAIDirectEngine::name() const {
+    return u"AssemblyAIDirectEngine"_s;
+}
+
+QCoro::Task<> AssemblyAIDirectEngine::connect(CloudEngineConfig config) {
+    if (config.apiKey.isEmpty()) {
+        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey,
+                               u"AssemblyAI API Key fehlt"_s);
+    }
+    open(assemblyaiUrl(endpoints().assemblyai, config.sampleRate), {}, config);
+    const Lifetime::Observer life = observe();
+    firstMessageTimer_.start();
+    const StreamingSocket::Message first = co_await socket()->receive();
+    if (life.ended() || isDisconnected()) {
+        co_return;
+    }
+    firstMessageTimer_.stop();
+    const QString session = assemblyaiSession(first.text.toUtf8());
+    if (!session.isEmpty()) {
+        logLine(u"✓ AssemblyAI Session: "_s + session);
+    }
+    begin();
+}
+
+Completion<QString> AssemblyAIDirectEngine::sendBlock(StreamingSocket& socket,
+                                                      const QByteArray& pcm) {
+    return socket.sendText(assemblyaiAudio(pcm));
+}
+
+QString AssemblyAIDirectEngine::farewell() const {
+    return assemblyaiTerminate();
+}
+
+QString AssemblyAIDirectEngine::finalTranscript(const QByteArray& message) const {
+    return assemblyaiTranscript(message);
+}
+
+} // namespace orv

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <cstdint>
+#include <optional>
+
+namespace orv {
+
+// Azure's speech services over REST: one wave file in, one answer out.
+
+/// The address for recognising speech and translating it; invalid when `region` is not the name of
+/// a region. `sourceLocale` as in `azureLocale`.
+QUrl azureTranslationUrl(const QString& endpoint, const QString& region,
+                         const QString& sourceLocale, const QString& targetLang);
+
+/// The address for recognising speech only.
+QUrl azureRecognitionUrl(const QString& endpoint, const QString& region,
+                         const QString& sourceLocale);
+
+/// The content type of a wave file at this rate.
+QByteArray azureContentType(std::int64_t sampleRate);
+
+/// What an answer says; both texts empty when nothing was recognised.
+struct AzureResult {
+    QString text;
+    QString translation;
+
+    friend bool operator==(const AzureResult&, const AzureResult&) = default;
+};
+
+/// The answer to a translation request; nothing when the body is not JSON.
+std::optional<AzureResult> parseAzureTranslation(const QByteArray& body);
+
+/// The text in the answer to a recognition request; nothing when the body is not JSON.
+std::optional<QString> parseAzureRecognition(const QByteArray& body);
+
+} // namespace orv

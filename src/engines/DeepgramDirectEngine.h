@@ -1,0 +1,30 @@
+#pragma once
+
+#include "StreamingEngine.h"
+
+#include <QTimer>
+
+namespace orv {
+
+/// Deepgram's streaming recognition.
+class DeepgramDirectEngine : public StreamingEngine {
+  public:
+    explicit DeepgramDirectEngine(ServiceEndpoints endpoints = {}, EngineTimings timings = {});
+
+    QString id() const override;
+    QString name() const override;
+
+    /// Does not wait for the service: a key that it refuses shows as the end of the connection.
+    QCoro::Task<> connect(CloudEngineConfig config) override;
+    QCoro::Task<> disconnect() override;
+
+  protected:
+    Completion<QString> sendBlock(StreamingSocket& socket, const QByteArray& pcm) override;
+    QString farewell() const override;
+    QString finalTranscript(const QByteArray& message) const override;
+
+  private:
+    QTimer keepAliveTimer_;
+};
+
+} // namespace orv

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+
+namespace orv {
+
+/// The fixed times of the direct engines.
+struct EngineTimings {
+    /// For a streaming service to accept the connection, to send its first message where one is
+    /// waited for, and to take any of the bytes that are waiting for it.
+    std::chrono::milliseconds streamRequest = std::chrono::seconds(60);
+    /// Between two keep-alive messages.
+    std::chrono::milliseconds keepAlive = std::chrono::seconds(5);
+    /// For a farewell to a streaming service to leave.
+    std::chrono::milliseconds streamFarewell = std::chrono::seconds(1);
+    /// For a recognition request to go on: no byte in either direction for that long ends it.
+    std::chrono::milliseconds recognition = std::chrono::seconds(15);
+    /// The same for a translation request.
+    std::chrono::milliseconds translation = std::chrono::seconds(10);
+};
+
+} // namespace orv

@@ -1,0 +1,127 @@
+#include "GoogleCloudDirectEngine.h"
+
+#include "GoogleCloudMessages.h"
+#include "ServiceError.h"
+#include "ServiceLocales.h"
+#include "TranslationMessages.h"
+
+#include <optional>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+QString readable(const std::optional<QString>& answer) {
+    if (!answer) {
+        throw ServiceError(u"Google Cloud: Antwort ist kein JSON"_s);
+    }
+    return *answer;
+}
+
+} // namespace
+
+GoogleCloudDirectEngine::GoogleCloudDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
+    : endpoints_(std::move(endpoints))
+    , timings_(timings)
+    , sourceLang_(u"de-DE"_s)
+    , targetLang_(u"en"_s) {}
+
+QString GoogleCloudDirectEngine::id() const {
+    return u"google_rest"_s;
+}
+
+QString GoogleCloudDirectEngine::name() const {
+    return u"GoogleCloudDirectEngine"_s;
+}
+
+QCoro::Task<> GoogleCloudDirectEngine::connect(CloudEngineConfig config) {
+    if (config.apiKey.isEmpty()) {
+        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey,
+                               u"Google Cloud API Key fehlt"_s);
+    }
+    apiKey_ = config.apiKey;
+    sourceLang_ = googleLocale(config.sourceLang);
+    targetLang_ = config.targetLang;
+    sampleRate_ = config.sampleRate;
+    isActive_ = true;
+    if (const auto callback = onStatus) {
+        callback(u"connected"_s, u"Google Cloud Speech ready (direct)"_s);
+    }
+    co_return;
+}
+
+QCoro::Task<> GoogleCloudDirectEngine::disconnect() {
+    isActive_ = false;
+    http_.abort();
+    co_return;
+}
+
+QCoro::Task<> GoogleCloudDirectEngine::sendAudio(QByteArray pcm) {
+    if (!isActive_ || pcm.isEmpty()) {
+        co_return;
+    }
+    const Lifetime::Observer life = lifetime_.observe();
+    try {
+        co_await recogniseAndDeliver(std::move(pcm));
+    } catch (const ServiceError&) {
+        if (life.ended() || !isActive_) {
+            co_return; // Given up.
+        }
+        throw;
+    }
+}
+
+QCoro::Task<> GoogleCloudDirectEngine::recogniseAndDeliver(QByteArray pcm) {
+    const Lifetime::Observer life = lifetime_.observe();
+    const QString transcript = co_await recognizeSpeech(pcm.toBase64());
+    if (life.ended() || !isActive_ || transcript.isEmpty()) {
+        co_return;
+    }
+    if (!needsTranslation()) {
+        deliver(transcript, transcript);
+        co_return;
+    }
+    const QString translation = co_await translateText(transcript, targetLang_);
+    if (!life.ended() && isActive_) {
+        deliver(transcript, translation.isEmpty() ? transcript : translation);
+    }
+}
+
+bool GoogleCloudDirectEngine::needsTranslation() const {
+    return !isLanguageOf(targetLang_, sourceLang_) && targetLang_ != u"auto";
+}
+
+QCoro::Task<QString> GoogleCloudDirectEngine::recognizeSpeech(QByteArray audioBase64) {
+    const QByteArray answer = co_await post(
+        googleRecognitionUrl(endpoints_.googleSpeech, apiKey_),
+        googleRecognitionBody(audioBase64, sourceLang_, sampleRate_), timings_.recognition);
+    co_return readable(parseGoogleRecognition(answer));
+}
+
+QCoro::Task<QString> GoogleCloudDirectEngine::translateText(QString text, QString targetLang) {
+    const QByteArray answer =
+        co_await post(translationUrl(endpoints_.googleTranslate, apiKey_),
+                      translationRequestBody(text, targetLang), timings_.translation);
+    co_return readable(parseTranslation(answer));
+}
+
+QCoro::Task<QByteArray> GoogleCloudDirectEngine::post(QUrl url, QByteArray body,
+                                                      std::chrono::milliseconds timeout) {
+    if (!url.isValid()) {
+        throw ServiceError(u"Google Cloud: Ungültige Adresse"_s);
+    }
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
+    co_return co_await http_.post(request, std::move(body), timeout);
+}
+
+void GoogleCloudDirectEngine::deliver(const QString& transcript, const QString& translation) {
+    if (const auto callback = onTranslation) {
+        callback(transcript, translation);
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Completion.h"
+#include "EngineTimings.h"
+
+#include <QByteArray>
+#include <QNetworkRequest>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+namespace orv {
+
+/// The largest message in either direction, bytes.
+inline constexpr std::uint64_t maximumStreamMessage = 16'777'216;
+
+/// A WebSocket to a streaming service, for coroutines. Opens at once; what is sent before the
+/// service has accepted waits for that. Lives on the main thread.
+class StreamingSocket {
+  public:
+    struct Message {
+        enum class Kind {
+            Text,
+            Binary,  ///< Without its content, which no service uses.
+            Failure, ///< The connection is over; there will be no other message.
+        };
+
+        Kind kind = Kind::Failure;
+        QString text; ///< Of a text message; of a failure the reason, without any key.
+    };
+
+    explicit StreamingSocket(const QNetworkRequest& request, EngineTimings timings = {});
+
+    /// Ends the connection. Whoever still waits gets a failure inside the destructor.
+    ~StreamingSocket();
+
+    StreamingSocket(const StreamingSocket&) = delete;
+    StreamingSocket& operator=(const StreamingSocket&) = delete;
+
+    /// The next message; never there at once. One reader at a time.
+    Completion<Message> receive();
+
+    /// Ends the wait of `receive`, if there still is one, with a failure, though not inside this
+    /// call. The connection goes on.
+    void stopReceiving();
+
+    /// Sends one frame. The outcome is empty once the network has taken every byte, else an error.
+    Completion<QString> sendText(const QString& text);
+    Completion<QString> sendBinary(const QByteArray& bytes);
+
+    /// From now on everything must be through within `EngineTimings::streamFarewell`.
+    void hurry();
+
+    /// Closes with code 1001, going away. The reader gets a failure, though not inside this call.
+    void close();
+
+  private:
+    class Connection;
+
+    std::shared_ptr<Connection> connection_;
+};
+
+} // namespace orv

@@ -1,0 +1,198 @@
+// Whole runs with the real engines, in front of services in processes of their own.
+
+#include "AudioManagerFixture.h"
+#include "CloudEngines.h"
+#include "Pcm16.h"
+#include "ServicePeer.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <random>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv {
+namespace {
+
+using test::ServicePeer;
+using test::waitUntil;
+
+class CloudEngineRun : public test::AudioManagerFixture {
+  protected:
+    void use(const QString& id, ServicePeer& service) {
+        engineFactory = makeCloudEngine({.deepgram = service.url(u"ws"_s),
+                                         .assemblyai = service.url(u"ws"_s),
+                                         .azureSpeechToText = service.url(u"http"_s),
+                                         .azureSpeechTranslation = service.url(u"http"_s)});
+        settings.sttEngine.set(id);
+        settings.deepgramApiKey.set(u"SECRET"_s);
+        settings.assemblyaiApiKey.set(u"SECRET"_s);
+        settings.azureApiKey.set(u"SECRET"_s);
+        timings.flush = 1ms; // The backend has nothing to say.
+    }
+
+    /// Plays `seconds` of noise in buffers like a microphone's, as fast as they are taken, and
+    /// returns what the service must get of it.
+    QByteArray play(int seconds) {
+        std::mt19937 noise(1);
+        std::uniform_real_distribution<float> level(-1.0F, 1.0F);
+        QByteArray all;
+        for (int frame = 0; frame < seconds * 48000; frame += 4096) {
+            std::vector<float> samples(
+                static_cast<std::size_t>(std::min(4096, seconds * 48000 - frame)));
+            for (float& sample : samples) {
+                sample = level(noise);
+            }
+            all += pcm16(samples);
+            EXPECT_TRUE(capture.deliver(
+                {.firstChannel = samples.data(), .frames = samples.size(), .stride = 1}));
+        }
+        return all;
+    }
+
+    QString onlyFile(const QString& pattern) const {
+        const QDir output(folder.filePath(u"output"_s));
+        const QStringList names = output.entryList({pattern});
+        EXPECT_EQ(names.size(), 1);
+        QFile file(output.filePath(names.value(0)));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return QString::fromUtf8(file.readAll());
+    }
+};
+
+QString deepgramResult(const QString& transcript) {
+    return uR"({"type":"Results","is_final":true,"channel":{"alternatives":[{"transcript":"%1"}]}})"_s
+        .arg(transcript);
+}
+
+TEST_F(CloudEngineRun, bringsAMinuteOfSoundToDeepgramBitForBit) {
+    ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s, u"--key"_s, u"SECRET"_s});
+    use(u"deepgram"_s, service);
+    startRun();
+    const QByteArray played = play(60);
+    ASSERT_TRUE(waitUntil([&] { return service.audio().size() >= played.size(); }, 100s));
+    EXPECT_TRUE(service.audio() == played);
+    stopAndWait();
+    EXPECT_TRUE(log.lines().filter(u"SECRET"_s).isEmpty());
+}
+
+TEST_F(CloudEngineRun, bringsAMinuteOfSoundToAssemblyAIBitForBit) {
+    // The session begins only after much of the sound has been captured.
+    ServicePeer service(u"streaming_service.py"_s, {u"assemblyai"_s, u"--wait"_s});
+    use(u"assemblyai"_s, service);
+    startRun();
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"open"_s) == 1; }));
+    const QByteArray played = play(60);
+    service.command({{u"begin"_s, true}});
+    ASSERT_TRUE(waitUntil([&] { return service.audio().size() >= played.size(); }, 100s));
+    EXPECT_TRUE(service.audio() == played);
+    EXPECT_EQ(service.count(u"misuse"_s), 0);
+    stopAndWait();
+}
+
+TEST_F(CloudEngineRun, stopsWhileItIsStillConnecting) {
+    ServicePeer service(u"streaming_service.py"_s, {u"assemblyai"_s, u"--wait"_s});
+    use(u"assemblyai"_s, service);
+    startRun();
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"open"_s) == 1; }));
+    play(1);
+    stopAndWait();
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"closed"_s) == 1; }));
+    EXPECT_EQ(service.count(u"audio"_s), 0);
+    EXPECT_FALSE(log.contains(u"✅ Direct Engine AssemblyAIDirectEngine verbunden"_s));
+}
+
+TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
+    ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
+    use(u"deepgram"_s, service);
+    startRun();
+    play(1);
+    service.send(deepgramResult(u"eins"_s));
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
+    service.command({{u"abort"_s, true}});
+    ASSERT_TRUE(waitUntil([&] { return manager->hasEngineError(); }));
+    play(1);
+    QElapsedTimer stopping;
+    stopping.start();
+    stopAndWait();
+    EXPECT_LT(stopping.elapsed(), 1000);
+    EXPECT_EQ(log.count(u"📋 Direct Engine Status: [error] Deepgram disconnected"_s), 1);
+    EXPECT_TRUE(
+        onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: eins\nTranslation: eins\n\n"_s));
+}
+
+TEST_F(CloudEngineRun, stopsAtOnceWhenTheServiceIsSilent) {
+    ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
+    use(u"deepgram"_s, service);
+    startRun();
+    play(1);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
+    service.freeze();
+    play(60);
+    QElapsedTimer stopping;
+    stopping.start();
+    stopAndWait();
+    EXPECT_LT(stopping.elapsed(), 1000);
+}
+
+TEST_F(CloudEngineRun, stopsDuringARequest) {
+    ServicePeer service(u"http_service.py"_s);
+    use(u"azure"_s, service);
+    timings.fixedChunk = 1ms;
+    makeManager();
+    manager->setVadEnabled(false);
+    startRun();
+    deliver(20001);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    manager->stopCaptureSync();
+    service.command({{u"always"_s, true},
+                     {u"body"_s, uR"({"RecognitionStatus":"Success","DisplayText":"late"})"_s}});
+    test::drainEvents();
+    EXPECT_TRUE(fannedOut.isEmpty());
+    EXPECT_TRUE(log.lines().filter(u"Fehler"_s).isEmpty());
+}
+
+TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
+    ServicePeer service(u"http_service.py"_s);
+    use(u"azure"_s, service);
+    timings.fixedChunk = 1ms;
+    makeManager();
+    manager->setVadEnabled(false);
+    startRun();
+    deliver(20001, 0.25F);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    deliver(20002, 0.5F);
+    ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
+    test::drainEvents();
+    EXPECT_EQ(service.count(u"request"_s), 1);
+    const auto answer = [](int id, const QString& text) {
+        return QJsonObject{
+            {u"answer"_s, id},
+            {u"body"_s, uR"({"RecognitionStatus":"Success","DisplayText":"%1"})"_s.arg(text)}};
+    };
+    service.command(answer(0, u"eins"_s));
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 2; }));
+    service.command(answer(1, u"zwei"_s));
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 6; }));
+    EXPECT_EQ(fannedOut.filter(u"published"_s),
+              (QStringList{u"published: eins|eins"_s, u"published: zwei|zwei"_s}));
+}
+
+TEST_F(CloudEngineRun, startsAndStopsTwentyTimes) {
+    ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
+    use(u"deepgram"_s, service);
+    settings.saveTranscript.set(false);
+    for (int round = 1; round <= 20; ++round) {
+        startRun();
+        deliver(480);
+        ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == round; }));
+        manager->stopCaptureSync();
+        ASSERT_TRUE(waitUntil([&] { return service.count(u"closed"_s) == round; }));
+    }
+}
+
+} // namespace
+} // namespace orv

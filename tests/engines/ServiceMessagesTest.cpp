@@ -1,0 +1,290 @@
+// What is said to the services and understood of their answers, without any of them.
+
+#include "AssemblyAIMessages.h"
+#include "AzureMessages.h"
+#include "DeepgramMessages.h"
+#include "GoogleCloudMessages.h"
+#include "ServiceEndpoints.h"
+#include "ServiceLocales.h"
+#include "ServiceRequests.h"
+#include "TranslationMessages.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+TEST(ServiceEndpoints, areThePublicHostsWithTls) {
+    const ServiceEndpoints hosts;
+    for (const QString& host : {hosts.googleTranslate, hosts.googleSpeech, hosts.azureSpeechToText,
+                                hosts.azureSpeechTranslation}) {
+        EXPECT_TRUE(host.startsWith(u"https://"_s)) << host.toStdString();
+    }
+    EXPECT_EQ(hosts.deepgram, u"wss://api.deepgram.com"_s);
+    EXPECT_EQ(hosts.assemblyai, u"wss://api.assemblyai.com"_s);
+}
+
+TEST(ServiceRequests, refuseAKeyThatWouldEndTheHeader) {
+    EXPECT_EQ(headerValue(u"Token äb"_s), "Token \xC3\xA4"
+                                          "b");
+    EXPECT_TRUE(headerValue(u"key\r\nHost: elsewhere"_s).isNull());
+    EXPECT_TRUE(headerValue(u"key\n"_s).isNull());
+}
+
+TEST(ServiceRequests, blotOutTheQueryInMessages) {
+    const QUrl url(u"https://host/path?key=SECRET"_s);
+    EXPECT_EQ(withoutQuery(u"cannot reach https://host/path?key=SECRET now"_s, url),
+              u"cannot reach https://host/path?… now"_s);
+    EXPECT_EQ(withoutQuery(u"refused"_s, url), u"refused"_s);
+}
+
+TEST(Deepgram, asksWithTheItemsInTheirOrder) {
+    EXPECT_EQ(deepgramUrl(u"wss://host"_s, 48000, u"de"_s).toString(QUrl::FullyEncoded),
+              u"wss://host/v1/listen?encoding=linear16&sample_rate=48000&channels=1&model=nova-2"
+              u"&interim_results=true&punctuate=true&smart_format=true&language=de"_s);
+}
+
+TEST(Deepgram, leavesTheLanguageOutForAutomaticDetection) {
+    EXPECT_FALSE(deepgramUrl(u"wss://host"_s, 48000, u"auto"_s).query().contains(u"language"_s));
+}
+
+TEST(Deepgram, keepsALanguageInsideItsItem) {
+    EXPECT_TRUE(deepgramUrl(u"wss://host"_s, 16000, u"a&b=c"_s)
+                    .toString(QUrl::FullyEncoded)
+                    .endsWith(u"&language=a%26b%3Dc"_s));
+}
+
+TEST(Deepgram, hasNoAddressWithoutAHost) {
+    EXPECT_FALSE(deepgramUrl(u"wss://not a host"_s, 48000, u"de"_s).isValid());
+    EXPECT_FALSE(deepgramUrl(QString(), 48000, u"de"_s).isValid());
+}
+
+QByteArray deepgramResult(const QByteArray& transcript, const QByteArray& final) {
+    return R"({"type":"Results","channel_index":[0,1],"duration":1.2,"start":0.0,"is_final":)" +
+           final + R"(,"speech_final":true,"channel":{"alternatives":[{"transcript":")" +
+           transcript + R"(","confidence":0.99,"words":[]},{"transcript":"other"}]}})";
+}
+
+TEST(Deepgram, takesTheFirstAlternativeOfAFinalResult) {
+    EXPECT_EQ(deepgramTranscript(deepgramResult("Guten Tag.", "true")), u"Guten Tag."_s);
+}
+
+TEST(Deepgram, dropsInterimResultsEvenAtTheEndOfSpeech) {
+    EXPECT_EQ(deepgramTranscript(deepgramResult("Guten", "false")), QString());
+    EXPECT_EQ(
+        deepgramTranscript(R"({"type":"Results","channel":{"alternatives":[{"transcript":"a"}]}})"),
+        QString());
+}
+
+TEST(Deepgram, ignoresEverythingElse) {
+    for (
+        const char* message :
+        {"", "{", "[]", "5", "<html>", R"({"type":"Metadata","request_id":"x"})",
+         R"({"type":"UtteranceEnd","last_word_end":3.1})", R"({"type":"Results"})",
+         R"({"type":"Results","is_final":true,"channel":[]})",
+         R"({"type":"Results","is_final":true,"channel":{"alternatives":[]}})",
+         R"({"type":"Results","is_final":true,"channel":{"alternatives":{"transcript":"a"}}})",
+         R"({"type":"Results","is_final":true,"channel":{"alternatives":[{"transcript":"a"},7]}})",
+         R"({"type":"Results","is_final":true,"channel":{"alternatives":[{"transcript":7}]}})",
+         R"({"type":"Results","is_final":"true","channel":{"alternatives":[{"transcript":"a"}]}})",
+         R"({"type":"results","is_final":true,"channel":{"alternatives":[{"transcript":"a"}]}})"}) {
+        EXPECT_EQ(deepgramTranscript(message), QString()) << message;
+    }
+    EXPECT_EQ(deepgramTranscript(deepgramResult("", "true")), QString());
+    EXPECT_EQ(deepgramTranscript(deepgramResult("a\xff\xfe", "true")), QString());
+}
+
+TEST(AssemblyAI, asksWithTheSampleRateAlone) {
+    EXPECT_EQ(assemblyaiUrl(u"wss://host"_s, 48000).toString(),
+              u"wss://host/v2/realtime/ws?sample_rate=48000"_s);
+}
+
+TEST(AssemblyAI, wrapsAudioWithoutSpacesIn17Bytes) {
+    const QByteArray pcm(9600, '\xff');
+    const QString message = assemblyaiAudio(pcm);
+    EXPECT_EQ(message.size(), 9600 / 3 * 4 + 17);
+    EXPECT_FALSE(message.contains(u' '));
+    EXPECT_FALSE(message.contains(u'\n'));
+    EXPECT_EQ(QJsonDocument::fromJson(message.toUtf8()).object(),
+              (QJsonObject{{u"audio_data"_s, QString::fromLatin1(pcm.toBase64())}}));
+}
+
+TEST(AssemblyAI, takesFinalTranscriptsOnly) {
+    EXPECT_EQ(assemblyaiTranscript(R"({"message_type":"FinalTranscript","text":"Hi."})"), u"Hi."_s);
+    for (const char* message :
+         {R"({"message_type":"PartialTranscript","text":"Hi"})",
+          R"({"message_type":"FinalTranscript","text":""})",
+          R"({"message_type":"FinalTranscript","text":5})", R"({"message_type":"FinalTranscript"})",
+          R"({"message_type":"SessionTerminated"})", R"({"error":"Not authorized"})", "[]", "",
+          "{"}) {
+        EXPECT_EQ(assemblyaiTranscript(message), QString()) << message;
+    }
+}
+
+TEST(AssemblyAI, knowsTheBeginOfASession) {
+    EXPECT_EQ(assemblyaiSession(R"({"message_type":"SessionBegins","session_id":"s-1"})"),
+              u"s-1"_s);
+    EXPECT_EQ(assemblyaiSession(R"({"message_type":"SessionBegins","session_id":1})"), QString());
+    EXPECT_EQ(assemblyaiSession(R"({"message_type":"FinalTranscript","session_id":"s-1"})"),
+              QString());
+}
+
+TEST(Azure, asksForATranslationInTheRegion) {
+    EXPECT_EQ(azureTranslationUrl(u"https://{region}.host"_s, u"westeurope"_s, u"en-US"_s, u"de"_s)
+                  .toString(QUrl::FullyEncoded),
+              u"https://westeurope.host/speech/translation/cognitiveservices/v1"
+              u"?from=en-US&to=de&api-version=3.0"_s);
+}
+
+TEST(Azure, asksForARecognitionInTheRegion) {
+    EXPECT_EQ(azureRecognitionUrl(u"https://{region}.host"_s, u"eastus2"_s, u"de-DE"_s)
+                  .toString(QUrl::FullyEncoded),
+              u"https://eastus2.host/speech/recognition/conversation/cognitiveservices/v1"
+              u"?language=de-DE&format=detailed"_s);
+}
+
+TEST(Azure, doesNotLetARegionChooseTheHost) {
+    for (const QString& region : {u"evil.example/"_s, u"a@b"_s, u"a#"_s, u"a?b"_s, u""_s, u"ä"_s}) {
+        EXPECT_FALSE(azureRecognitionUrl(u"https://{region}.host"_s, region, u"de-DE"_s).isValid())
+            << region.toStdString();
+    }
+}
+
+TEST(Azure, namesTheRateInTheContentType) {
+    EXPECT_EQ(azureContentType(48000), "audio/wav; codecs=audio/pcm; samplerate=48000");
+}
+
+TEST(Azure, understandsADetailedRecognition) {
+    EXPECT_EQ(parseAzureRecognition(
+                  R"({"RecognitionStatus":"Success","Offset":100,"Duration":200,
+                      "DisplayText":"Guten Tag.","NBest":[{"Confidence":0.9,"Lexical":"guten tag",
+                      "Display":"Guten Tag."}]})"),
+              u"Guten Tag."_s);
+}
+
+TEST(Azure, understandsATranslation) {
+    EXPECT_EQ(parseAzureTranslation(
+                  R"({"RecognitionStatus":"Success","DisplayText":"Hello.",
+                      "Translations":[{"Language":"de","Text":"Hallo."},{"Text":"x"}]})"),
+              (AzureResult{u"Hello."_s, u"Hallo."_s}));
+}
+
+TEST(Azure, yieldsNothingWhenNothingWasRecognised) {
+    for (const char* body :
+         {R"({"RecognitionStatus":"NoMatch","DisplayText":"x","Translations":[{"Text":"y"}]})",
+          R"({"RecognitionStatus":"InitialSilenceTimeout"})", R"({"RecognitionStatus":"Success"})",
+          R"({"DisplayText":"x"})", R"({"error":{"code":"401","message":"denied"}})", "{}", "[]"}) {
+        EXPECT_EQ(parseAzureTranslation(body), AzureResult()) << body;
+        EXPECT_EQ(parseAzureRecognition(body), QString()) << body;
+    }
+}
+
+TEST(Azure, tellsWhatIsNotJson) {
+    for (const char* body : {"", "<html></html>", R"({"RecognitionStatus":"Succ)"}) {
+        EXPECT_FALSE(parseAzureTranslation(body)) << body;
+        EXPECT_FALSE(parseAzureRecognition(body)) << body;
+    }
+}
+
+TEST(GoogleCloud, asksWithTheKeyAsGiven) {
+    EXPECT_EQ(googleRecognitionUrl(u"https://host"_s, u"K-1_2"_s).toString(),
+              u"https://host/v1/speech:recognize?key=K-1_2"_s);
+    EXPECT_FALSE(googleRecognitionUrl(u"https://host"_s, u"not a key"_s).isValid());
+}
+
+TEST(GoogleCloud, sendsTheRawPcmInBase64) {
+    const QByteArray pcm("\x01\x02\xff\xfe", 4);
+    const QJsonObject body =
+        QJsonDocument::fromJson(googleRecognitionBody(pcm.toBase64(), u"de-DE"_s, 48000)).object();
+    EXPECT_EQ(body,
+              (QJsonObject{{u"config"_s, QJsonObject{{u"encoding"_s, u"LINEAR16"_s},
+                                                     {u"sampleRateHertz"_s, 48000},
+                                                     {u"languageCode"_s, u"de-DE"_s},
+                                                     {u"enableAutomaticPunctuation"_s, true}}},
+                           {u"audio"_s, QJsonObject{{u"content"_s, u"AQL//g=="_s}}}}));
+}
+
+TEST(GoogleCloud, trimsTheFirstResult) {
+    EXPECT_EQ(parseGoogleRecognition(
+                  R"({"results":[{"alternatives":[{"transcript":" Guten Tag.\n","confidence":0.9},
+                      {"transcript":"x"}]},{"alternatives":[{"transcript":"second"}]}],
+                      "totalBilledTime":"15s"})"),
+              u"Guten Tag."_s);
+}
+
+TEST(GoogleCloud, yieldsNothingWhenSomethingIsMissing) {
+    for (const char* body :
+         {"{}", "[]", R"({"totalBilledTime":"15s"})", R"({"results":[]})", R"({"results":[{}]})",
+          R"({"results":[{"alternatives":[]}]})", R"({"results":[{"alternatives":[{}]}]})",
+          R"({"error":{"code":400,"message":"API key not valid","status":"INVALID_ARGUMENT"}})"}) {
+        EXPECT_EQ(parseGoogleRecognition(body), QString()) << body;
+    }
+    EXPECT_FALSE(parseGoogleRecognition("<html>"));
+    EXPECT_FALSE(parseGoogleRecognition(R"({"results":[{"alt)"));
+}
+
+TEST(Translation, isTheFirstOneOrNothing) {
+    for (const char* body : {"", "[]", "{}", R"({"data":[]})", R"({"data":{"translations":{}}})",
+                             R"({"data":{"translations":[]}})",
+                             R"({"data":{"translations":[{"translatedText":5}]}})"}) {
+        EXPECT_EQ(translatedTextFromResponse(body), QString()) << body;
+    }
+    EXPECT_EQ(translatedTextFromResponse(
+                  R"({"data":{"translations":[{"translatedText":"a"},{"translatedText":"b"}]}})"),
+              u"a"_s);
+    EXPECT_FALSE(parseTranslation("<html>"));
+}
+
+TEST(Locales, ofAzure) {
+    EXPECT_EQ(azureLocale(u"no"_s), u"nb-NO"_s);
+    EXPECT_EQ(azureLocale(u"auto"_s), u"de-DE"_s);
+    EXPECT_EQ(azureLocale(u"cs"_s), u"cs-CS"_s);
+    QStringList locales;
+    for (const char16_t* code :
+         {u"de", u"en", u"es", u"fr", u"it", u"pt", u"nl", u"pl", u"ru", u"zh", u"ja", u"ko", u"ar",
+          u"hi", u"tr", u"sv", u"da", u"fi", u"el"}) {
+        locales.append(azureLocale(QString::fromUtf16(code)));
+    }
+    EXPECT_EQ(locales.join(u' '),
+              u"de-DE en-US es-ES fr-FR it-IT pt-PT nl-NL pl-PL ru-RU zh-CN ja-JP ko-KR ar-SA "
+              u"hi-IN tr-TR sv-SE da-DK fi-FI el-GR"_s);
+}
+
+TEST(Locales, ofGoogle) {
+    EXPECT_EQ(googleLocale(u"auto"_s), u"de-DE"_s);
+    EXPECT_EQ(googleLocale(u"sv"_s), u"sv-SV"_s);
+    EXPECT_EQ(googleLocale(u"no"_s), u"no-NO"_s);
+    QStringList locales;
+    for (const char16_t* code : {u"de", u"en", u"es", u"fr", u"it", u"pt", u"nl", u"pl", u"ru",
+                                 u"zh", u"ja", u"ko", u"ar", u"hi", u"tr"}) {
+        locales.append(googleLocale(QString::fromUtf16(code)));
+    }
+    EXPECT_EQ(locales.join(u' '), u"de-DE en-US es-ES fr-FR it-IT pt-PT nl-NL pl-PL ru-RU zh-CN "
+                                  u"ja-JP ko-KR ar-SA hi-IN tr-TR"_s);
+}
+
+TEST(Locales, compareTheirFirstTwoCharacters) {
+    EXPECT_TRUE(isLanguageOf(u"de"_s, u"de-DE"_s));
+    EXPECT_FALSE(isLanguageOf(u"no"_s, u"nb-NO"_s));
+    EXPECT_FALSE(isLanguageOf(u"de-DE"_s, u"de-DE"_s));
+}
+
+TEST(Regions, standInTheirOrder) {
+    ASSERT_EQ(azureRegions().size(), 28U);
+    EXPECT_EQ(azureRegions().front().displayName, u"East US (Virginia)"_s);
+    EXPECT_EQ(azureRegions()[10].identifier, u"westeurope"_s);
+    EXPECT_EQ(azureRegions().back().identifier, u"brazilsouth"_s);
+    ASSERT_EQ(googleLocations().size(), 10U);
+    EXPECT_EQ(googleLocations().front().identifier, u"global"_s);
+    EXPECT_EQ(googleLocations()[6].displayName, u"Europe West 3 (Frankfurt)"_s);
+    EXPECT_EQ(googleLocations().back().displayName, u"Asia South (Mumbai)"_s);
+}
+
+} // namespace
+} // namespace orv
