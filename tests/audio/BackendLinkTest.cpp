@@ -46,12 +46,13 @@ class BackendLinkTest : public testing::Test {
         return outcomes;
     }
 
-    EventLoopThread thread{u"test.link"_s};
-    std::unique_ptr<BackendLink> link;
     QList<DownstreamMessage> received;
     QStringList failures;
     std::mutex mutex;
     QStringList outcomes;
+    // After what it writes to.
+    EventLoopThread thread{u"test.link"_s};
+    std::unique_ptr<BackendLink> link;
 };
 
 TEST_F(BackendLinkTest, sendsWhatWasAskedForBeforeTheConnectionStood) {

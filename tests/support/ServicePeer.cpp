@@ -12,10 +12,8 @@ using namespace Qt::StringLiterals;
 
 namespace orv::test {
 
-ServicePeer::ServicePeer(const QString& script, const QStringList& arguments) {
-    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(u"/usr/bin/python3"_s,
-                   QStringList{QStringLiteral(ORVANE_TEST_PEERS) + u"/"_s + script} + arguments);
+ServicePeer::ServicePeer(const QString& script, const QStringList& arguments)
+    : process_(QStringList{QStringLiteral(ORVANE_TEST_PEERS) + u"/"_s + script} + arguments) {
     const bool listening = waitUntil([this] { return count(u"listening"_s) == 1; });
     EXPECT_TRUE(listening) << "the service did not start";
     if (listening) {
@@ -25,9 +23,7 @@ ServicePeer::ServicePeer(const QString& script, const QStringList& arguments) {
 }
 
 ServicePeer::~ServicePeer() {
-    thaw();
-    process_.closeWriteChannel();
-    process_.waitForFinished();
+    thaw(); // A frozen script would never see its input end.
 }
 
 QString ServicePeer::url(const QString& scheme) const {
@@ -35,18 +31,13 @@ QString ServicePeer::url(const QString& scheme) const {
 }
 
 void ServicePeer::read() {
-    unread_ += process_.readAllStandardOutput();
-    qsizetype start = 0;
-    qsizetype end = 0;
-    while ((end = unread_.indexOf('\n', start)) >= 0) {
-        QJsonObject event = QJsonDocument::fromJson(unread_.mid(start, end - start)).object();
+    for (const QByteArray& line : process_.readLines()) {
+        QJsonObject event = QJsonDocument::fromJson(line).object();
         if (event[u"event"_s].toString() == u"audio") {
             audio_ += QByteArray::fromBase64(event.take(u"data"_s).toString().toLatin1());
         }
         events_.append(event);
-        start = end + 1;
     }
-    unread_.remove(0, start);
 }
 
 QList<QJsonObject> ServicePeer::events(const QString& event) {
@@ -66,7 +57,7 @@ const QByteArray& ServicePeer::audio() {
 }
 
 void ServicePeer::command(const QJsonObject& command) {
-    process_.write(QJsonDocument(command).toJson(QJsonDocument::Compact) + '\n');
+    process_.writeLine(QJsonDocument(command).toJson(QJsonDocument::Compact));
 }
 
 void ServicePeer::send(const QString& text) {
@@ -74,13 +65,11 @@ void ServicePeer::send(const QString& text) {
 }
 
 void ServicePeer::freeze() {
-    ::kill(static_cast<pid_t>(process_.processId()), SIGSTOP);
+    process_.signal(SIGSTOP);
 }
 
 void ServicePeer::thaw() {
-    if (process_.processId() > 0) {
-        ::kill(static_cast<pid_t>(process_.processId()), SIGCONT);
-    }
+    process_.signal(SIGCONT);
 }
 
 } // namespace orv::test

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "PeerProcess.h"
+
 #include <QByteArray>
 #include <QJsonObject>
 #include <QList>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 
@@ -44,8 +45,7 @@ class ServicePeer {
   private:
     void read();
 
-    QProcess process_;
-    QByteArray unread_;
+    PeerProcess process_;
     QList<QJsonObject> events_; ///< Without the audio itself.
     QByteArray audio_;
     quint16 port_ = 0;

@@ -12,26 +12,16 @@ using namespace Qt::StringLiterals;
 
 namespace orv::test {
 
-WebSocketPeer::WebSocketPeer() {
-    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(u"/usr/bin/python3"_s,
-                   {QStringLiteral(ORVANE_TEST_PEERS) + u"/websocket_peer.py"_s});
+WebSocketPeer::WebSocketPeer()
+    : process_({QStringLiteral(ORVANE_TEST_PEERS) + u"/websocket_peer.py"_s}) {
     const bool listening = waitUntil([this] { return count(u"listening"_s) == 1; });
     EXPECT_TRUE(listening) << "the WebSocket peer did not start";
     port_ = listening ? static_cast<quint16>(events_.first()[u"port"_s].toInt()) : quint16{0};
 }
 
-WebSocketPeer::~WebSocketPeer() {
-    process_.closeWriteChannel();
-    process_.waitForFinished();
-}
-
 void WebSocketPeer::read() {
-    unread_ += process_.readAllStandardOutput();
-    qsizetype end = 0;
-    while ((end = unread_.indexOf('\n')) >= 0) {
-        events_.append(QJsonDocument::fromJson(unread_.left(end)).object());
-        unread_.remove(0, end + 1);
+    for (const QByteArray& line : process_.readLines()) {
+        events_.append(QJsonDocument::fromJson(line).object());
     }
 }
 
@@ -67,7 +57,7 @@ void WebSocketPeer::send(const QByteArray& text) {
 }
 
 void WebSocketPeer::command(const QJsonObject& command) {
-    process_.write(QJsonDocument(command).toJson(QJsonDocument::Compact) + '\n');
+    process_.writeLine(QJsonDocument(command).toJson(QJsonDocument::Compact));
 }
 
 } // namespace orv::test

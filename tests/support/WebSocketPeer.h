@@ -1,9 +1,10 @@
 #pragma once
 
+#include "PeerProcess.h"
+
 #include <QByteArray>
 #include <QJsonObject>
 #include <QList>
-#include <QProcess>
 #include <QString>
 
 namespace orv::test {
@@ -13,7 +14,6 @@ namespace orv::test {
 class WebSocketPeer {
   public:
     WebSocketPeer();
-    ~WebSocketPeer();
 
     quint16 port() const { return port_; }
 
@@ -35,8 +35,7 @@ class WebSocketPeer {
   private:
     void read();
 
-    QProcess process_;
-    QByteArray unread_;
+    PeerProcess process_;
     QList<QJsonObject> events_;
     quint16 port_ = 0;
 };
