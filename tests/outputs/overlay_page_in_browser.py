@@ -107,6 +107,8 @@ class Browser:
         if self.socket:
             with contextlib.suppress(Exception):
                 await self.call("Browser.close")
+            # The browser may be gone before it has said goodbye.
+        with contextlib.suppress(websockets.ConnectionClosed):
             await self.socket.close()
         self.process.terminate()
         self.process.wait(timeout=LIMIT)
