@@ -54,18 +54,18 @@ void Shell::createServices(const UserPaths& paths) {
         .networkAccess = [this] { return settings_->networkAccess.get(); },
         .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); }});
     backendControl_ = makeBackendControl(*engine_);
-    audio_ = std::make_unique<AudioManager>(AudioEnvironment{
-        .settings = *settings_,
-        .store = store_,
-        .capture = *capture_,
-        .notifications = notifications_,
-        .engineFactory = makeCloudEngine(),
-        .sendToVmix = {},
-        .showNotice =
-            [this, lookUp](const AudioNotice& notice) {
-                panel_->showNotice(noticeText(notice, lookUp));
-            },
-        .transcriptFolder = paths.outputFolder()});
+    audio_ = std::make_unique<AudioManager>(
+        AudioEnvironment{.settings = *settings_,
+                         .store = store_,
+                         .capture = *capture_,
+                         .notifications = notifications_,
+                         .engineFactory = makeCloudEngine(),
+                         .sendToVmix = {},
+                         .showNotice =
+                             [this, lookUp](const AudioNotice& notice) {
+                                 panel_->showNotice(noticeText(notice, lookUp));
+                             },
+                         .transcriptFolder = paths.outputFolder()});
     captureControl_ = makeCaptureControl(*audio_);
     controller_ = std::make_unique<TranslationController>(
         ControllerEnvironment{.settings = *settings_,
