@@ -21,8 +21,9 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-Shell::Shell(const UserPaths& paths, std::function<void()> terminate)
-    : terminate_(std::move(terminate))
+Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate)
+    : addresses_(std::move(addresses))
+    , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
     createServices(paths);
@@ -59,13 +60,14 @@ void Shell::createServices(const UserPaths& paths) {
                          .store = store_,
                          .capture = *capture_,
                          .notifications = notifications_,
-                         .engineFactory = makeCloudEngine(),
+                         .engineFactory = makeCloudEngine(addresses_.speech),
                          .sendToVmix = {},
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
                                  panel_->showNotice(noticeText(notice, lookUp));
                              },
-                         .transcriptFolder = paths.outputFolder()});
+                         .transcriptFolder = paths.outputFolder(),
+                         .endpoints = addresses_.speech});
     captureControl_ = makeCaptureControl(*audio_);
     controller_ = std::make_unique<TranslationController>(
         ControllerEnvironment{.settings = *settings_,

@@ -6,6 +6,7 @@
 #include "DefaultsStore.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
+#include "ServiceAddresses.h"
 #include "UserPaths.h"
 
 #include <functional>
@@ -30,7 +31,7 @@ class Shell {
   public:
     /// `terminate` asks the program to end. Whoever ran the event loop then calls `finish` and
     /// destroys the shell.
-    Shell(const UserPaths& paths, std::function<void()> terminate);
+    Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate);
     ~Shell();
 
     Shell(const Shell&) = delete;
@@ -50,6 +51,7 @@ class Shell {
     bool somethingRuns() const;
     QString text(const QString& key) const;
 
+    ServiceAddresses addresses_;
     std::function<void()> terminate_;
     NotificationCentre notifications_;
     DefaultsStore store_;

@@ -1,31 +1,5 @@
-#include "PanelParts.h"
-#include "Shell.h"
-#include "TerminationSignals.h"
-#include "UserPaths.h"
-
-#include <QApplication>
-#include <QIcon>
-
-#include <csignal>
-
-using namespace Qt::StringLiterals;
+#include "Application.h"
 
 int main(int argc, char** argv) {
-    // A log whose reader has gone must not end the program.
-    std::signal(SIGPIPE, SIG_IGN);
-    QApplication application(argc, argv);
-    QApplication::setApplicationName(u"orvane"_s);
-    QApplication::setApplicationVersion(u"" ORVANE_VERSION ""_s);
-    QApplication::setWindowIcon(orv::panelIcon(u"app"_s));
-    // The program lives in the tray; closing its windows never ends it by itself.
-    QApplication::setQuitOnLastWindowClosed(false);
-
-    // `exit` rather than `quit`: the latter asks the windows, and the panel's may refuse to close.
-    const auto terminate = [] { QApplication::exit(0); };
-    orv::Shell shell(orv::UserPaths::fromEnvironment(), terminate);
-    const orv::TerminationSignals signals(terminate);
-    shell.launch();
-    const int status = QApplication::exec();
-    shell.finish();
-    return status;
+    return orv::runApplication(argc, argv);
 }
