@@ -18,7 +18,8 @@ class Desktop:
     `environment` is what programs on this desktop are started with; `home` is their home directory.
     """
 
-    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None):
+    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None, screen=SCREEN):
+        self._screen = screen
         self._with_tray = tray
         self._language = language
         self._keep_folder = keep_folder
@@ -72,7 +73,7 @@ class Desktop:
     def _start_screen(self):
         read_end, write_end = os.pipe()
         try:
-            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN,
+            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", self._screen,
                          "-nolisten", "tcp", "-noreset"], pass_fds=(write_end,))
         finally:
             os.close(write_end)
