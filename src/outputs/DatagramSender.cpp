@@ -13,9 +13,10 @@ namespace orv {
 namespace {
 
 QHostAddress preferred(const QList<QHostAddress>& addresses) {
-    const auto found = std::find_if(
-        addresses.begin(), addresses.end(),
-        [](const QHostAddress& one) { return one.protocol() == QAbstractSocket::IPv4Protocol; });
+    const auto found =
+        std::find_if(addresses.begin(), addresses.end(), [](const QHostAddress& one) {
+            return one.protocol() == QAbstractSocket::IPv4Protocol;
+        });
     return found != addresses.end() ? *found : addresses.value(0);
 }
 

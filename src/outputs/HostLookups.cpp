@@ -50,7 +50,7 @@ HostAnswer systemLookUp(const QString& host) {
     if (name.isEmpty()) {
         return {{}, u"Ungültiger Hostname"_s};
     }
-    return ask(name, AI_ADDRCONFIG);
+    return ask(name, 0);
 }
 
 HostLookups::HostLookups(LookUpHost lookUp)

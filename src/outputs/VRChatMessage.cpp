@@ -39,8 +39,8 @@ QString wholeMessage(const QString& original, const QString& translation, std::i
 /// Valid UTF-8 without a NUL.
 QByteArray oscText(QString text) {
     for (qsizetype i = 0; i < text.size(); ++i) {
-        const bool pairFollows = text[i].isHighSurrogate() && i + 1 < text.size() &&
-                                 text[i + 1].isLowSurrogate();
+        const bool pairFollows =
+            text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
         if (pairFollows) {
             ++i;
         } else if (text[i].isSurrogate() || text[i].isNull()) {
