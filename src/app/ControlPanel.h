@@ -13,6 +13,7 @@ class ResultSection;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
+class VmixTracking;
 
 /// What the control panel shows and works on. The references outlive it.
 struct PanelEnvironment {
@@ -21,6 +22,7 @@ struct PanelEnvironment {
     TranslationEngine& engine;
     TranslationController& controller;
     L10n& l10n;
+    VmixTracking& vmix;
 };
 
 /// The panel from which everything is chosen, started and stopped. It only shows state and passes

@@ -23,7 +23,7 @@ QLabel* makeHint(QWidget* parent);
 /// A button with room round its text.
 QPushButton* makeButton(QWidget* parent);
 
-/// One of the panel's own pictures: "play", "stop" or "app".
+/// One of the panel's own pictures: "play", "stop", "app" or "warning".
 QIcon panelIcon(const QString& name);
 
 /// Shows `text` on `label` and makes it the name of `field`, on screen and for assistive programs.
