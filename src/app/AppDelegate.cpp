@@ -41,12 +41,16 @@ void AppDelegate::observeNotifications() {
         setBackendRunning(info.value(u"isRunning"_s).toBool());
     });
     centre.observe(notifications::showTranslation, this, [this](const QVariantMap& info) {
-        environment_.broadcast(info.value(u"original"_s).toString(),
-                               info.value(u"translation"_s).toString());
+        showResult(info.value(u"original"_s).toString(), info.value(u"translation"_s).toString());
     });
     centre.observe(notifications::translationStatusChanged, this, [this](const QVariantMap& info) {
         setTranslating(info.value(u"isTranslating"_s).toBool());
     });
+}
+
+void AppDelegate::showResult(const QString& original, const QString& translation) {
+    environment_.broadcast(original, translation);
+    environment_.sendToVRChat(original, translation);
 }
 
 void AppDelegate::statusBarButtonClicked(TrayClick click) {

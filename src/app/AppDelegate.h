@@ -35,6 +35,8 @@ struct DelegateEnvironment {
     std::function<void()> stopOverlayServer;
     /// Hands a result to the browser overlay server.
     std::function<void(const QString& original, const QString& translation)> broadcast;
+    /// Hands a result to the VRChat output.
+    std::function<void(const QString& original, const QString& translation)> sendToVRChat;
     std::function<void()> terminate; ///< Asks the program to end.
     DelegateTimings timings = {};
 };
@@ -66,6 +68,7 @@ class AppDelegate : public QObject {
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeNotifications();
+    void showResult(const QString& original, const QString& translation);
     void setBackendRunning(bool isRunning);
     void setTranslating(bool isTranslating);
     void trayAvailabilityChanged(bool available);

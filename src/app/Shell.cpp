@@ -14,6 +14,9 @@
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "VRChatOutput.h"
+#include "VmixSender.h"
+#include "VmixTracking.h"
 
 #include <utility>
 
@@ -26,6 +29,7 @@ Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<v
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
+    createOutputs();
     createServices(paths);
     createInterface();
     connectObjects();
@@ -39,6 +43,12 @@ void Shell::createSettings() {
     overlayServer_ = std::make_unique<OverlayServer>(store_);
     settings_ =
         std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
+}
+
+void Shell::createOutputs() {
+    vrchat_ = std::make_unique<VRChatOutput>(*settings_);
+    vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
+    vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
 }
 
 void Shell::createServices(const UserPaths& paths) {
@@ -61,7 +71,10 @@ void Shell::createServices(const UserPaths& paths) {
                          .capture = *capture_,
                          .notifications = notifications_,
                          .engineFactory = makeCloudEngine(addresses_.speech),
-                         .sendToVmix = {},
+                         .sendToVmix =
+                             [this](const QString& original, const QString& translation) {
+                                 vmix_->sendToVmix(original, translation);
+                             },
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
                                  panel_->showNotice(noticeText(notice, lookUp));
@@ -85,7 +98,8 @@ void Shell::createInterface() {
                                .audio = *audio_,
                                .engine = *engine_,
                                .controller = *controller_,
-                               .l10n = *l10n_});
+                               .l10n = *l10n_,
+                               .vmix = *vmixTracking_});
     window_ = std::make_unique<PanelWindow>(
         panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
     delegate_ = std::make_unique<AppDelegate>(
@@ -100,6 +114,10 @@ void Shell::createInterface() {
                             .broadcast =
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
+                                },
+                            .sendToVRChat =
+                                [this](const QString& original, const QString& translation) {
+                                    vrchat_->sendToVRChat(original, translation);
                                 },
                             .terminate = terminate_});
 }

@@ -24,6 +24,9 @@ class PortProbe;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
+class VRChatOutput;
+class VmixSender;
+class VmixTracking;
 
 /// The composition root: makes every long-lived object in order, hands each what it needs, and
 /// destroys them in reverse.
@@ -45,6 +48,7 @@ class Shell {
 
   private:
     void createSettings();
+    void createOutputs();
     void createServices(const UserPaths& paths);
     void createInterface();
     void connectObjects();
@@ -58,6 +62,9 @@ class Shell {
     std::unique_ptr<L10n> l10n_;
     std::unique_ptr<OverlayServer> overlayServer_;
     std::unique_ptr<TranslationSettings> settings_;
+    std::unique_ptr<VRChatOutput> vrchat_;
+    std::unique_ptr<VmixTracking> vmixTracking_;
+    std::unique_ptr<VmixSender> vmix_;
     std::unique_ptr<AudioCapture> capture_;
     std::unique_ptr<PortProbe> portProbe_;
     MessageDialogs dialogs_;

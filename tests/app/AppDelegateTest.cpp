@@ -40,6 +40,10 @@ class AppDelegateTest : public ::testing::Test {
                 [this](const QString& original, const QString& translation) {
                     overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
                 },
+            .sendToVRChat =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"VRChat '%1' '%2'"_s.arg(original, translation));
+                },
             .terminate = [this] { ++terminations; },
             .timings = timings});
         delegate->applicationDidFinishLaunching();

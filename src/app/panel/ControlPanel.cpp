@@ -13,6 +13,7 @@
 #include "Theme.h"
 #include "TranslationController.h"
 #include "TranslationSettings.h"
+#include "VMixWarningBanner.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
@@ -51,6 +52,7 @@ ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
     layout->setContentsMargins(panelMargin, panelMargin, panelMargin, panelMargin);
     layout->setSpacing(panelMargin * 3 / 4);
     layout->addWidget(makeHeader());
+    layout->addWidget(new VMixWarningBanner(settings, environment_.vmix, l10n, this));
     layout->addWidget(new BackendRow(environment_.engine, l10n, this));
     layout->addWidget(makeSeparator(this));
     layout->addWidget(new SourceSection(audio, settings, l10n, this));
