@@ -1,5 +1,6 @@
 #include "Application.h"
 
+#include "DisplayPlatform.h"
 #include "PanelParts.h"
 #include "Shell.h"
 #include "TerminationSignals.h"
@@ -17,6 +18,7 @@ namespace orv {
 int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     // A log whose reader has gone must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
+    chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));

@@ -5,11 +5,14 @@
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
+#include "DesktopComposition.h"
 #include "L10n.h"
 #include "OverlayServer.h"
+#include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "RegisteredDefaults.h"
+#include "SpeechSynthesizer.h"
 #include "SystemTray.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
@@ -26,6 +29,7 @@ Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<v
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
+    createSubtitles();
     createServices(paths);
     createInterface();
     connectObjects();
@@ -39,6 +43,12 @@ void Shell::createSettings() {
     overlayServer_ = std::make_unique<OverlayServer>(store_);
     settings_ =
         std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
+}
+
+void Shell::createSubtitles() {
+    speech_ = createSystemSpeechSynthesizer();
+    overlayWindow_ = std::make_unique<OverlayWindow>(OverlayEnvironment{
+        .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
 }
 
 void Shell::createServices(const UserPaths& paths) {
@@ -76,6 +86,7 @@ void Shell::createServices(const UserPaths& paths) {
                               .notifications = notifications_,
                               .dialogs = dialogs_,
                               .text = lookUp,
+                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
                               .terminate = terminate_});
 }
 
@@ -97,6 +108,10 @@ void Shell::createInterface() {
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
+                            .showSubtitles =
+                                [this](const QString& original, const QString& translation) {
+                                    overlayWindow_->showTranslation(original, translation);
+                                },
                             .broadcast =
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
@@ -105,11 +120,27 @@ void Shell::createInterface() {
 }
 
 void Shell::connectObjects() {
-    const auto showTitle = [this] { window_->setWindowTitle(text(u"app.name"_s)); };
+    const auto showTitle = [this] {
+        window_->setWindowTitle(text(u"app.name"_s));
+        overlayWindow_->setWindowTitle(text(u"app.name"_s));
+    };
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, window_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
+    // Also at the start of a run, which assigns the setting.
+    QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
+                     [this](const QString& key) {
+                         if (key == "speakTranslation"_L1) {
+                             prepareSpeech();
+                         }
+                     });
+}
+
+void Shell::prepareSpeech() {
+    if (controller_->isTranslating() && settings_->speakTranslation.get()) {
+        speech_->prepare();
+    }
 }
 
 void Shell::launch() {

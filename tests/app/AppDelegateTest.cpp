@@ -36,6 +36,10 @@ class AppDelegateTest : public ::testing::Test {
             .text = keyAsText,
             .applyOverlaySettings = [this] { overlay.append(u"apply"_s); },
             .stopOverlayServer = [this] { overlay.append(u"stop"_s); },
+            .showSubtitles =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"window '%1' '%2'"_s.arg(original, translation));
+                },
             .broadcast =
                 [this](const QString& original, const QString& translation) {
                     overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
@@ -193,6 +197,23 @@ TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
     EXPECT_EQ(tray.icon, TrayIcon::Translating);
     postTranslation(false);
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
+}
+
+TEST_F(AppDelegateTest, showsAResultInTheWindowBeforeItIsBroadcast) {
+    launch();
+    overlay.clear();
+    centre.post(notifications::showTranslation,
+                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay, (QStringList{u"window 'hello' 'hola'"_s, u"broadcast 'hello' 'hola'"_s}));
+}
+
+TEST_F(AppDelegateTest, onlyBroadcastsAResultWhileTheUserWantsNoSubtitlesOnTheScreen) {
+    store.setBool(u"showOverlay"_s, false);
+    launch();
+    overlay.clear();
+    centre.post(notifications::showTranslation,
+                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay, QStringList{u"broadcast 'hello' 'hola'"_s});
 }
 
 TEST_F(AppDelegateTest, aResultGoesToTheBrowserOverlay) {
