@@ -1,6 +1,7 @@
 #include "Application.h"
 
 #include "DesktopAppearance.h"
+#include "DisplayPlatform.h"
 #include "Look.h"
 #include "Shell.h"
 #include "Symbols.h"
@@ -19,6 +20,7 @@ namespace orv {
 int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     // A log whose reader has gone must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
+    chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));

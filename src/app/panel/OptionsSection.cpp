@@ -33,8 +33,10 @@ OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& setting
     , l10n_(l10n)
     , pauseDetection_(new QCheckBox(this))
     , pauseState_(makeHint(this))
+    , overlay_(new QCheckBox(this))
     , original_(new QCheckBox(this))
-    , transcript_(new QCheckBox(this)) {
+    , transcript_(new QCheckBox(this))
+    , speak_(new QCheckBox(this)) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(space::small / 2);
@@ -44,13 +46,19 @@ OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& setting
     pauseRow->addStretch(1);
     pauseRow->addWidget(pauseState_);
     layout->addLayout(pauseRow);
+    layout->addWidget(overlay_);
     layout->addWidget(original_);
     layout->addWidget(transcript_);
+    layout->addWidget(speak_);
     // Toggled, not clicked: assistive programs switch without a click.
     connect(pauseDetection_, &QCheckBox::toggled, this, [this](bool checked) {
         audio_.setVadEnabled(checked);
         refresh();
     });
+    connect(overlay_, &QCheckBox::toggled, this,
+            [this](bool checked) { settings_.showOverlay.set(checked); });
+    connect(speak_, &QCheckBox::toggled, this,
+            [this](bool checked) { settings_.speakTranslation.set(checked); });
     connect(original_, &QCheckBox::toggled, this,
             [this](bool checked) { settings_.showOriginal.set(checked); });
     connect(transcript_, &QCheckBox::toggled, this,
@@ -62,6 +70,8 @@ OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& setting
 
 void OptionsSection::translate() {
     pauseDetection_->setText(l10n_.platformText(u"vad.toggle"_s));
+    overlay_->setText(l10n_.platformText(u"option.overlay"_s));
+    speak_->setText(l10n_.platformText(u"option.speak"_s));
     original_->setText(l10n_.platformText(u"option.original"_s));
     transcript_->setText(l10n_.platformText(u"option.transcript"_s));
     refresh();
@@ -71,6 +81,8 @@ void OptionsSection::refresh() {
     setShown(pauseDetection_, audio_.vadEnabled());
     pauseState_->setText(
         l10n_.platformText(audio_.vadEnabled() ? u"vad.active"_s : u"vad.fixed"_s));
+    setShown(overlay_, settings_.showOverlay.get());
+    setShown(speak_, settings_.speakTranslation.get());
     setShown(original_, settings_.showOriginal.get());
     setShown(transcript_, settings_.saveTranscript.get());
 }

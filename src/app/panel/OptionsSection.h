@@ -29,8 +29,10 @@ class OptionsSection : public QWidget {
     L10n& l10n_;
     QCheckBox* pauseDetection_;
     QLabel* pauseState_;
+    QCheckBox* overlay_;
     QCheckBox* original_;
     QCheckBox* transcript_;
+    QCheckBox* speak_;
 };
 
 } // namespace orv
