@@ -199,24 +199,25 @@ TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
 }
 
-TEST_F(AppDelegateTest, aResultGoesToTheBrowserOverlay) {
+TEST_F(AppDelegateTest, aResultGoesToTheBrowserOverlayAndThenToVRChat) {
     launch();
     centre.post(notifications::showTranslation,
                 {{u"original"_s, u"good morning"_s}, {u"translation"_s, u"buenos días"_s}});
-    EXPECT_EQ(overlay.last(), u"broadcast 'good morning' 'buenos días'"_s);
+    EXPECT_EQ(overlay.sliced(1), (QStringList{u"broadcast 'good morning' 'buenos días'"_s,
+                                              u"VRChat 'good morning' 'buenos días'"_s}));
 }
 
 TEST_F(AppDelegateTest, aResultWithoutTextsGoesOutEmpty) {
     launch();
     centre.post(notifications::showTranslation, {});
-    EXPECT_EQ(overlay.last(), u"broadcast '' ''"_s);
+    EXPECT_EQ(overlay.sliced(1), (QStringList{u"broadcast '' ''"_s, u"VRChat '' ''"_s}));
 }
 
-TEST_F(AppDelegateTest, aResultReachesTheBrowserOverlayAlsoWithoutTheSubtitleWindow) {
+TEST_F(AppDelegateTest, aResultReachesTheOtherOutputsAlsoWithoutTheSubtitleWindow) {
     store.setBool(u"showOverlay"_s, false);
     launch();
     centre.post(notifications::showTranslation, {{u"translation"_s, u"hola"_s}});
-    EXPECT_EQ(overlay.last(), u"broadcast '' 'hola'"_s);
+    EXPECT_EQ(overlay.sliced(1), (QStringList{u"broadcast '' 'hola'"_s, u"VRChat '' 'hola'"_s}));
 }
 
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
