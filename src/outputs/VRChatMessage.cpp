@@ -1,6 +1,7 @@
 #include "VRChatMessage.h"
 
 #include "Graphemes.h"
+#include "WellFormedText.h"
 
 #include <algorithm>
 #include <limits>
@@ -37,17 +38,8 @@ QString wholeMessage(const QString& original, const QString& translation, std::i
 }
 
 /// Valid UTF-8 without a NUL.
-QByteArray oscText(QString text) {
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const bool pairFollows =
-            text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
-        if (pairFollows) {
-            ++i;
-        } else if (text[i].isSurrogate() || text[i].isNull()) {
-            text[i] = QChar::ReplacementCharacter;
-        }
-    }
-    return text.toUtf8();
+QByteArray oscText(const QString& text) {
+    return wellFormedText(text).replace(QChar::Null, QChar::ReplacementCharacter).toUtf8();
 }
 
 /// OSC strings end with one to four NUL, at a multiple of four bytes.

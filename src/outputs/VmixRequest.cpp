@@ -1,6 +1,7 @@
 #include "VmixRequest.h"
 
 #include "Graphemes.h"
+#include "WellFormedText.h"
 
 #include <QHostAddress>
 
@@ -11,7 +12,7 @@ namespace orv {
 namespace {
 
 QByteArray queryItem(const char* name, const QString& value) {
-    return name + ("=" + QUrl::toPercentEncoding(value));
+    return name + ("=" + QUrl::toPercentEncoding(wellFormedText(value)));
 }
 
 QString hostPart(const QString& host) {
