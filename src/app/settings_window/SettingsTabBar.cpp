@@ -1,0 +1,69 @@
+#include "SettingsTabBar.h"
+
+#include "StylePaint.h"
+#include "Theme.h"
+
+#include <QPainter>
+#include <QStyleOptionTab>
+
+#include <algorithm>
+
+namespace orv {
+
+namespace {
+
+constexpr int iconSide = 20;
+
+} // namespace
+
+SettingsTabBar::SettingsTabBar(QWidget* parent)
+    : QTabBar(parent) {
+    setDrawBase(false);
+    setExpanding(false);
+    setUsesScrollButtons(false);
+    setElideMode(Qt::ElideNone);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+QSize SettingsTabBar::tabSizeHint(int /*index*/) const {
+    int widest = 0;
+    for (int tab = 0; tab < count(); ++tab) {
+        widest = std::max(widest, fontMetrics().horizontalAdvance(tabText(tab)));
+    }
+    return {widest + 2 * space::small,
+            space::small + iconSide + space::tiny + fontMetrics().height() + space::small};
+}
+
+QSize SettingsTabBar::minimumTabSizeHint(int index) const {
+    return tabSizeHint(index);
+}
+
+void SettingsTabBar::paintEvent(QPaintEvent* /*event*/) {
+    const Theme& theme = themeOf(*this);
+    QPainter painter(this);
+    for (int tab = 0; tab < count(); ++tab) {
+        QStyleOptionTab option;
+        initStyleOption(&option, tab);
+        const PaintScope scope(&painter);
+        const QRect area = option.rect.adjusted(1, 2, -1, -2);
+        const bool chosen = tab == currentIndex();
+        if (chosen || isHovered(option)) {
+            drawRounded(&painter, QRectF(area), radius::control,
+                        chosen ? theme.accentSoft : theme.controlHover);
+        }
+        if (chosen && hasFocus() && showsFocus(option)) {
+            drawRing(&painter, QRectF(area), radius::control, theme.accent);
+        }
+        const QColor color = chosen ? theme.accentText : theme.quietText;
+        drawIcon(
+            &painter,
+            QRect(area.center().x() - iconSide / 2, area.top() + space::tiny, iconSide, iconSide),
+            tabIcon(tab), color, true);
+        painter.setFont(font());
+        painter.setPen(chosen ? theme.accentText : theme.text);
+        painter.drawText(area.adjusted(0, space::tiny + iconSide, 0, 0), Qt::AlignCenter,
+                         tabText(tab));
+    }
+}
+
+} // namespace orv
