@@ -1,7 +1,9 @@
 #include "Application.h"
 
-#include "PanelParts.h"
+#include "DesktopAppearance.h"
+#include "Look.h"
 #include "Shell.h"
+#include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
 
@@ -20,7 +22,9 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
-    QApplication::setWindowIcon(panelIcon(u"app"_s));
+    const auto appearance = createDesktopAppearance();
+    const Look look(*appearance);
+    QApplication::setWindowIcon(appPicture());
     // The program lives in the tray; closing its windows never ends it by itself.
     QApplication::setQuitOnLastWindowClosed(false);
 
