@@ -81,11 +81,11 @@ void Bindings::translated(QObject* context, const std::function<void()>& show) {
 }
 
 void Bindings::translated(QLabel* label, const QString& key) {
-    translated(static_cast<QObject*>(label), [this, label, key] { label->setText(text(key)); });
+    translated(label, [this, label, key] { label->setText(text(key)); });
 }
 
 void Bindings::translated(QAbstractButton* button, const QString& key) {
-    translated(static_cast<QObject*>(button), [this, button, key] { button->setText(text(key)); });
+    translated(button, [this, button, key] { button->setText(text(key)); });
 }
 
 void Bindings::follow(QObject* context, const QStringList& fields,

@@ -38,7 +38,7 @@ class EngineCard {
         , section_(
               [&bindings = context.bindings, option] { return engineName(option, bindings); }) {
         QLabel* heading = card.addHeading();
-        bindings_.translated(static_cast<QObject*>(heading),
+        bindings_.translated(heading,
                              [heading, section = section_] { heading->setText(section()); });
     }
 
@@ -66,10 +66,9 @@ class EngineCard {
         bindings_.bind(edit, bindings_.setting(text, field), Blanks::Trimmed);
         addNamedField(card_, bindings_, edit, key, section_);
         if (!placeholderKey.isEmpty()) {
-            bindings_.translated(static_cast<QObject*>(edit),
-                                 [&bindings = bindings_, edit, placeholderKey] {
-                                     edit->setPlaceholderText(bindings.text(placeholderKey));
-                                 });
+            bindings_.translated(edit, [&bindings = bindings_, edit, placeholderKey] {
+                edit->setPlaceholderText(bindings.text(placeholderKey));
+            });
         }
     }
 

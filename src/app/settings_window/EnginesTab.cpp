@@ -28,7 +28,7 @@ void addRows(Card& card, const TabContext& context) {
     for (const EngineOption& option : engineOptions()) {
         auto* row = new EngineRow(option, &card);
         list->addWidget(row);
-        bindings.translated(static_cast<QObject*>(row), [&bindings, row, option] {
+        bindings.translated(row, [&bindings, row, option] {
             row->setTexts(engineName(option, bindings), bindings.text(option.detailKey));
         });
         bindings.follow(row, {u"sttEngine"_s}, [row, &engine] {
