@@ -29,6 +29,7 @@ ColorField::ColorField(QWidget* parent)
     layout->setSpacing(space::small);
     layout->addWidget(well_);
     layout->addWidget(hex_);
+    layout->addStretch(1);
     setFocusProxy(hex_);
     well_->setFocusPolicy(Qt::StrongFocus);
     hex_->setFixedWidth(hexFieldWidth);

@@ -75,7 +75,6 @@ void addPreview(Card& card, const TabContext& context) {
     auto* preview = new OverlayPreview(&card);
     Bindings& bindings = context.bindings;
     const DefaultsStore& store = context.environment.store;
-    addHint(card, bindings, u"settings.overlay.preview"_s);
     card.rows()->addWidget(preview);
     bindings.translated(preview, [preview, context] {
         preview->setAccessibleName(context.bindings.text(u"settings.overlay.preview"_s));
@@ -87,6 +86,20 @@ void addPreview(Card& card, const TabContext& context) {
                     {overlayBackground().key, overlayText().key, overlayBorder().key,
                      overlayBorderEnabledKey(), overlayOpacityKey()},
                     [preview, &store] { preview->setLook(OverlayLook::from(store)); });
+}
+
+/// How the subtitles look, with a preview above what changes it.
+void addAppearanceCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    Card& card = *column.addCard();
+    addHeading(card, bindings, u"settings.overlay.preview"_s);
+    addPreview(card, context);
+    addSwitch(card, bindings, u"settings.overlay.border"_s,
+              bindings.storedBool(overlayBorderEnabledKey(), true));
+    addColor(card, bindings, overlayBackground(), u"settings.overlay.bgcolor"_s);
+    addColor(card, bindings, overlayText(), u"settings.overlay.textcolor"_s);
+    addColor(card, bindings, overlayBorder(), u"settings.overlay.bordercolor"_s);
+    addOpacity(card, bindings);
 }
 
 } // namespace
@@ -107,13 +120,7 @@ void addDisplayCard(CardColumn& column, const TabContext& context) {
     addSwitch(card, bindings, u"settings.autogain"_s,
               bindings.setting(settings.autoGain, u"autoGain"_s));
 
-    addPreview(card, context);
-    addColor(card, bindings, overlayBackground(), u"settings.overlay.bgcolor"_s);
-    addColor(card, bindings, overlayText(), u"settings.overlay.textcolor"_s);
-    addOpacity(card, bindings);
-    addSwitch(card, bindings, u"settings.overlay.border"_s,
-              bindings.storedBool(overlayBorderEnabledKey(), true));
-    addColor(card, bindings, overlayBorder(), u"settings.overlay.bordercolor"_s);
+    addAppearanceCard(column, context);
 }
 
 } // namespace orv

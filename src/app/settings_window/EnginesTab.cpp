@@ -52,7 +52,7 @@ QWidget* makeEnginesTab(const TabContext& context) {
     Card& list = *column->addCard();
     addHeading(list, bindings, u"settings.engine.select"_s);
     addRows(list, context);
-    auto* info = new ToneLabel(&list, Tone::Accent);
+    auto* info = new ToneLabel(&list);
     list.rows()->addWidget(info);
     bindings.follow(info, {u"sttEngine"_s}, [info, &settings] {
         info->setText(engineInfoText(settings.sttEngine.get()));

@@ -93,10 +93,10 @@ QWidget* makeInfoTab(const TabContext& context) {
     auto* column = new CardColumn;
     Card& about = *column->addCard();
     addTitle(about, bindings);
-    addFacts(about, context);
-    addHint(about, bindings, u"info.powered"_s);
-    Card& updates = *column->addCard();
-    updates.rows()->addWidget(new UpdateRow(context.environment.updates, bindings, &updates));
+    about.rows()->addWidget(new UpdateRow(context.environment.updates, bindings, &about));
+    Card& facts = *column->addCard();
+    addFacts(facts, context);
+    addHint(facts, bindings, u"info.powered"_s);
     return column;
 }
 

@@ -12,6 +12,7 @@
 #include <QListView>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -56,6 +57,22 @@ class LanguageProxy : public QSortFilterProxyModel {
     QString typed_;
 };
 
+/// Gives every cell of the grid its whole size.
+class CellDelegate : public QStyledItemDelegate {
+  public:
+    explicit CellDelegate(QListView* grid)
+        : QStyledItemDelegate(grid)
+        , grid_(grid) {}
+
+    QSize sizeHint(const QStyleOptionViewItem& /*option*/,
+                   const QModelIndex& /*index*/) const override {
+        return grid_->gridSize();
+    }
+
+  private:
+    QListView* grid_;
+};
+
 /// A grid of as many columns as there always are, however wide it is.
 class GridView : public QListView {
   public:
@@ -64,16 +81,17 @@ class GridView : public QListView {
         setFlow(QListView::LeftToRight);
         setWrapping(true);
         setResizeMode(QListView::Adjust);
-        setUniformItemSizes(true);
         setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
         setLayoutDirection(Qt::LeftToRight);
+        setItemDelegate(new CellDelegate(this));
+        setViewportMargins(space::tiny, space::tiny, 0, space::tiny);
     }
 
   protected:
     void resizeEvent(QResizeEvent* event) override {
-        const int height = fontMetrics().height() + 2 * space::small;
-        setGridSize({viewport()->width() / columns, height});
+        const int height = fontMetrics().height() + 2 * space::tiny;
+        setGridSize({(viewport()->width() - 1) / columns, height});
         QListView::resizeEvent(event);
     }
 };
@@ -86,7 +104,8 @@ LanguagesTab::LanguagesTab(const TabContext& context, QWidget* parent)
     , heading_(makeHeading(this))
     , count_(makeHint(this))
     , search_(new QLineEdit(this))
-    , grid_(new GridView(this)) {
+    , grid_(new GridView(this))
+    , facts_(makeHint(this)) {
     auto* proxy = new LanguageProxy(this);
     proxy->setSourceModel(makeModel(this));
     shown_ = proxy;
@@ -102,25 +121,13 @@ LanguagesTab::LanguagesTab(const TabContext& context, QWidget* parent)
     top->addStretch(1);
     top->addWidget(count_);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(space::large, space::large, space::large, space::large);
+    column->setContentsMargins(space::large, space::tiny, space::large, space::large);
     column->setSpacing(space::small);
     column->addLayout(top);
     column->addWidget(search_);
     column->addWidget(grid_, 1);
-    column->addWidget(makeFacts());
+    column->addWidget(facts_);
     bindings_.translated(this, [this] { translate(); });
-}
-
-QWidget* LanguagesTab::makeFacts() {
-    auto* card = new Card(this);
-    card->rows()->setSpacing(space::tiny);
-    for (const QString& key : {u"settings.lang.engine"_s, u"settings.lang.autodetect"_s,
-                               u"settings.lang.builtin"_s, u"settings.lang.noinstall"_s}) {
-        QLabel* fact = makeHint(card);
-        bindings_.translated(fact, key);
-        card->rows()->addWidget(fact);
-    }
-    return card;
 }
 
 void LanguagesTab::translate() {
@@ -128,6 +135,10 @@ void LanguagesTab::translate() {
     search_->setPlaceholderText(bindings_.text(u"settings.lang.search"_s));
     search_->setAccessibleName(search_->placeholderText());
     grid_->setAccessibleName(heading_->text());
+    facts_->setText(QStringList{
+        bindings_.text(u"settings.lang.engine"_s), bindings_.text(u"settings.lang.autodetect"_s),
+        bindings_.text(u"settings.lang.builtin"_s), bindings_.text(u"settings.lang.noinstall"_s)}
+                        .join(u" • "_s));
     showCount();
 }
 

@@ -19,7 +19,6 @@ class LanguagesTab : public QWidget {
     explicit LanguagesTab(const TabContext& context, QWidget* parent = nullptr);
 
   private:
-    QWidget* makeFacts();
     void translate();
     void showCount();
 
@@ -29,6 +28,7 @@ class LanguagesTab : public QWidget {
     QLineEdit* search_;
     QSortFilterProxyModel* shown_;
     QListView* grid_;
+    QLabel* facts_;
 };
 
 } // namespace orv

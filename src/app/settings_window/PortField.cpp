@@ -7,13 +7,14 @@ namespace orv {
 namespace {
 
 constexpr int lastPort = 65535;
+constexpr int fieldWidth = 110; // Logical pixels.
 
 } // namespace
 
 PortField::PortField(QWidget* parent)
     : QSpinBox(parent) {
     setRange(1, lastPort);
-    setButtonSymbols(QAbstractSpinBox::NoButtons);
+    setFixedWidth(fieldWidth);
     setCorrectionMode(QAbstractSpinBox::CorrectToPreviousValue);
     setFocusPolicy(Qt::StrongFocus);
 }

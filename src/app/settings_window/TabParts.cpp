@@ -14,7 +14,7 @@ namespace orv {
 CardColumn::CardColumn(QWidget* parent)
     : QWidget(parent)
     , column_(new QVBoxLayout(this)) {
-    column_->setContentsMargins(space::large, space::large, space::large, space::large);
+    column_->setContentsMargins(space::large, space::tiny, space::large, space::large);
     column_->setSpacing(space::medium);
     column_->addStretch(1);
 }
@@ -47,9 +47,19 @@ QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
     return box;
 }
 
+QWidget* atTheLeft(QWidget* control) {
+    auto* place = new QWidget(control->parentWidget());
+    auto* row = new QHBoxLayout(place);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(control);
+    row->addStretch(1);
+    return place;
+}
+
 QLabel* addNamedField(Card& card, Bindings& bindings, QWidget* control, const QString& key,
                       const SectionName& section) {
-    QLabel* label = card.addField(control);
+    const bool isNarrow = control->maximumWidth() < QWIDGETSIZE_MAX;
+    QLabel* label = card.addField(isNarrow ? atTheLeft(control) : control);
     bindings.translated(control, [&bindings, label, control, key, section] {
         const QString text = bindings.text(key);
         nameField(label, control, text);

@@ -43,6 +43,9 @@ QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
 /// What comes before a control's own name; several sections have a host and a port.
 using SectionName = std::function<QString()>;
 
+/// `control` at the left of whatever room there is, in its own width.
+QWidget* atTheLeft(QWidget* control);
+
 /// A row with a label, the text of `key`, and `control`, whose name for assistive programs is that
 /// text, after the section's name and a colon where there is a section.
 QLabel* addNamedField(Card& card, Bindings& bindings, QWidget* control, const QString& key,

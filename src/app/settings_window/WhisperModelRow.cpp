@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -80,9 +82,19 @@ void WhisperModelRow::refresh() {
     state_->setVisible(!key.isEmpty());
     action_->setText(
         bindings_.text(isThere ? u"settings.whisper.delete"_s : u"settings.whisper.download"_s));
+    action_->setMinimumWidth(widestAction());
     action_->setAccessibleName(model_.name + u": "_s + action_->text());
     action_->setIcon(symbol(isThere ? u"trash"_s : u"download"_s));
     action_->setEnabled(state == State::Absent || state == State::Downloaded);
+}
+
+int WhisperModelRow::widestAction() const {
+    int widest = 0;
+    for (const QString& key : {u"settings.whisper.delete"_s, u"settings.whisper.download"_s}) {
+        widest = std::max(widest, fontMetrics().horizontalAdvance(bindings_.text(key)));
+    }
+    // The rest of the button is the same round either text.
+    return action_->sizeHint().width() + widest - fontMetrics().horizontalAdvance(action_->text());
 }
 
 void WhisperModelRow::act() {

@@ -24,6 +24,8 @@ class WhisperModelRow : public QWidget {
 
   private:
     void refresh();
+    /// So that the buttons of all rows are of one width.
+    int widestAction() const;
     void act();
 
     const WhisperModel model_;

@@ -3,6 +3,7 @@
 #include "FieldCombo.h"
 #include "Pieces.h"
 #include "TabParts.h"
+#include "Theme.h"
 #include "TranslationSettings.h"
 #include "WhisperModelManager.h"
 #include "WhisperModelRow.h"
@@ -53,6 +54,7 @@ QWidget* makeWhisperTab(const TabContext& context) {
 
     Card& list = *column->addCard();
     addHeading(list, bindings, u"settings.whisper.model"_s);
+    list.rows()->setSpacing(space::medium);
     for (const WhisperModel& offered : whisperModels()) {
         list.rows()->addWidget(new WhisperModelRow(offered, context.models, bindings, &list));
     }
