@@ -30,7 +30,6 @@ ColorField::ColorField(QWidget* parent)
     layout->addWidget(well_);
     layout->addWidget(hex_);
     layout->addStretch(1);
-    setFocusProxy(hex_);
     well_->setFocusPolicy(Qt::StrongFocus);
     hex_->setFixedWidth(hexFieldWidth);
     connect(well_, &QToolButton::clicked, this, &ColorField::showPalette);

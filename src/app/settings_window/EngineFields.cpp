@@ -110,6 +110,7 @@ class EngineCard {
         bindings_.translated(clear, u"settings.engine.clear_file"_s);
         const auto refresh = [&bindings = bindings_, &settings = settings_, path, clear] {
             const QString& file = settings.googleServiceAccountPath.get();
+            path->setAccessibleName(bindings.text(u"settings.engine.service_account"_s));
             path->setText(file.isEmpty() ? bindings.text(u"settings.engine.no_file"_s) : file);
             clear->setEnabled(!file.isEmpty());
         };

@@ -22,11 +22,16 @@ namespace {
 void addRows(Card& card, const TabContext& context) {
     Bindings& bindings = context.bindings;
     Setting<QString>& engine = context.environment.settings.sttEngine;
-    auto* list = new QVBoxLayout;
+    auto* rows = new QWidget(&card);
+    auto* list = new QVBoxLayout(rows);
+    list->setContentsMargins(0, 0, 0, 0);
     list->setSpacing(0);
-    card.rows()->addLayout(list);
+    card.rows()->addWidget(rows);
+    bindings.translated(rows, [&bindings, rows] {
+        rows->setAccessibleName(bindings.text(u"settings.engine.select"_s));
+    });
     for (const EngineOption& option : engineOptions()) {
-        auto* row = new EngineRow(option, &card);
+        auto* row = new EngineRow(option, rows);
         list->addWidget(row);
         bindings.translated(row, [&bindings, row, option] {
             row->setTexts(engineName(option, bindings), bindings.text(option.detailKey));

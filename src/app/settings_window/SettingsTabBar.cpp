@@ -13,6 +13,7 @@ namespace orv {
 namespace {
 
 constexpr int iconSide = 20;
+constexpr int narrowest = 68;
 
 } // namespace
 
@@ -25,12 +26,9 @@ SettingsTabBar::SettingsTabBar(QWidget* parent)
     setFocusPolicy(Qt::StrongFocus);
 }
 
-QSize SettingsTabBar::tabSizeHint(int /*index*/) const {
-    int widest = 0;
-    for (int tab = 0; tab < count(); ++tab) {
-        widest = std::max(widest, fontMetrics().horizontalAdvance(tabText(tab)));
-    }
-    return {widest + 2 * space::small,
+QSize SettingsTabBar::tabSizeHint(int index) const {
+    const int text = fontMetrics().horizontalAdvance(tabText(index));
+    return {std::max(text + 2 * space::small, narrowest),
             space::small + iconSide + space::tiny + fontMetrics().height() + space::small};
 }
 

@@ -4,7 +4,7 @@
 
 namespace orv {
 
-/// Tabs with their symbol over their name, all of the same width.
+/// Tabs with their symbol over their name.
 class SettingsTabBar : public QTabBar {
     Q_OBJECT
 
