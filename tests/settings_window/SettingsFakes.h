@@ -58,7 +58,7 @@ class FakeUpdates : public UpdateControl {
 
     QString availableVersion() const override { return available; }
 
-    void check(std::function<void(UpdateOutcome outcome)> done) override {
+    void check(std::function<void(Outcome outcome)> done) override {
         ++checks;
         pending = std::move(done);
     }
@@ -68,7 +68,7 @@ class FakeUpdates : public UpdateControl {
     QString available;
     int checks = 0;
     int downloads = 0;
-    std::function<void(UpdateOutcome outcome)> pending;
+    std::function<void(Outcome outcome)> pending;
 };
 
 /// Gives each key in angle brackets, so that a test sees which text was taken.

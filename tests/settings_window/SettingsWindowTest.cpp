@@ -512,7 +512,7 @@ TEST_F(SettingsWindowTest, anUpdateCheckShowsThatItRunsAndThatNothingIsNewer) {
     button->click();
     EXPECT_FALSE(button->isEnabled());
     EXPECT_EQ(updates.checks, 1);
-    updates.pending(UpdateOutcome::UpToDate);
+    updates.pending(UpdateControl::Outcome::UpToDate);
     EXPECT_TRUE(button->isEnabled());
     EXPECT_TRUE(shows(text(u"info.update.uptodate"_s)));
     EXPECT_FALSE(control(text(u"info.update.download"_s))->isVisible());
@@ -522,7 +522,7 @@ TEST_F(SettingsWindowTest, aNewerReleaseCanBeDownloaded) {
     showTab(5);
     press(text(u"info.update.check"_s));
     updates.available = u"4.3"_s;
-    updates.pending(UpdateOutcome::Available);
+    updates.pending(UpdateControl::Outcome::Available);
     EXPECT_TRUE(shows(u"A new version is available. (v4.3)"_s));
     EXPECT_TRUE(control(text(u"info.update.download"_s))->isVisible());
     press(text(u"info.update.download"_s));
@@ -541,7 +541,7 @@ TEST_F(SettingsWindowTest, aReleaseThatWasFoundBeforeIsShownWithoutACheck) {
 TEST_F(SettingsWindowTest, aFailedUpdateCheckIsSaid) {
     showTab(5);
     press(text(u"info.update.check"_s));
-    updates.pending(UpdateOutcome::Failed);
+    updates.pending(UpdateControl::Outcome::Failed);
     EXPECT_TRUE(shows(text(u"info.update.failed"_s)));
     press(text(u"info.update.check"_s));
     EXPECT_FALSE(shows(text(u"info.update.failed"_s)));
@@ -550,7 +550,7 @@ TEST_F(SettingsWindowTest, aFailedUpdateCheckIsSaid) {
 TEST_F(SettingsWindowTest, anAnswerAfterTheEndIsDropped) {
     press(text(u"info.update.check"_s));
     window.reset();
-    updates.pending(UpdateOutcome::UpToDate);
+    updates.pending(UpdateControl::Outcome::UpToDate);
     drainEvents();
 }
 

@@ -6,16 +6,16 @@
 
 namespace orv {
 
-/// How a check for a newer release ended.
-enum class UpdateOutcome {
-    UpToDate,
-    Available, ///< `availableVersion` tells which.
-    Failed,    ///< Nobody could be asked.
-};
-
 /// The update check as the settings window sees it. Main thread only.
 class UpdateControl {
   public:
+    /// How a check for a newer release ended.
+    enum class Outcome {
+        UpToDate,
+        Available, ///< `availableVersion` tells which.
+        Failed,    ///< Nobody could be asked.
+    };
+
     virtual ~UpdateControl() = default;
 
     /// The running program's version.
@@ -25,7 +25,7 @@ class UpdateControl {
     virtual QString availableVersion() const = 0;
 
     /// Asks now; returns at once. `done` is called once, later, on the main thread.
-    virtual void check(std::function<void(UpdateOutcome outcome)> done) = 0;
+    virtual void check(std::function<void(Outcome outcome)> done) = 0;
 
     /// Opens the newer release's address in the browser.
     virtual void openDownload() = 0;

@@ -47,9 +47,9 @@ void UpdateRow::showEvent(QShowEvent* event) {
 void UpdateRow::check() {
     state_ = State::Checking;
     refresh();
-    updates_.check([self = QPointer(this)](UpdateOutcome outcome) {
+    updates_.check([self = QPointer(this)](UpdateControl::Outcome outcome) {
         if (self) {
-            self->state_ = outcome == UpdateOutcome::Failed ? State::Failed : State::UpToDate;
+            self->state_ = outcome == UpdateControl::Outcome::Failed ? State::Failed : State::UpToDate;
             self->refresh();
         }
     });
