@@ -5,6 +5,7 @@
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
+#include "DesktopNotifications.h"
 #include "L10n.h"
 #include "OverlayServer.h"
 #include "PanelWindow.h"
@@ -14,6 +15,7 @@
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "UpdateChecker.h"
 
 #include <utility>
 
@@ -81,6 +83,11 @@ void Shell::createServices(const UserPaths& paths) {
 
 void Shell::createInterface() {
     tray_ = std::make_unique<SystemTray>();
+    userNotifications_ = std::make_unique<DesktopNotifications>();
+    updates_ = std::make_unique<UpdateChecker>(
+        UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
+                          .updateURLs = addresses_.updateManifests,
+                          .opener = opener_});
     panel_ = new ControlPanel({.settings = *settings_,
                                .audio = *audio_,
                                .engine = *engine_,
@@ -94,6 +101,10 @@ void Shell::createInterface() {
                             .tray = *tray_,
                             .panel = *window_,
                             .backend = *backendControl_,
+                            .updates = *updates_,
+                            .userNotifications = *userNotifications_,
+                            .dialogs = dialogs_,
+                            .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
@@ -101,7 +112,8 @@ void Shell::createInterface() {
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
                                 },
-                            .terminate = terminate_});
+                            .terminate = terminate_,
+                            .makeSettings = {}});
 }
 
 void Shell::connectObjects() {
@@ -110,10 +122,16 @@ void Shell::connectObjects() {
     QObject::connect(l10n_.get(), &L10n::currentChanged, window_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
+                     &AppDelegate::retranslate);
 }
 
 void Shell::launch() {
     delegate_->applicationDidFinishLaunching();
+}
+
+bool Shell::showPanel() {
+    return delegate_->showPanel();
 }
 
 void Shell::finish() {

@@ -4,6 +4,7 @@
 #include "BackendControl.h"
 #include "CaptureControl.h"
 #include "DefaultsStore.h"
+#include "DesktopServices.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
 #include "ServiceAddresses.h"
@@ -24,6 +25,8 @@ class PortProbe;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
+class UpdateChecker;
+class UserNotifications;
 
 /// The composition root: makes every long-lived object in order, hands each what it needs, and
 /// destroys them in reverse.
@@ -39,6 +42,9 @@ class Shell {
 
     /// The launch sequence.
     void launch();
+
+    /// Shows the panel; false when the program is about to end.
+    bool showPanel();
 
     /// The last act before the objects go.
     void finish();
@@ -66,6 +72,9 @@ class Shell {
     std::unique_ptr<AudioManager> audio_;
     std::unique_ptr<CaptureControl> captureControl_;
     std::unique_ptr<TranslationController> controller_;
+    DesktopServices opener_;
+    std::unique_ptr<UserNotifications> userNotifications_;
+    std::unique_ptr<UpdateChecker> updates_;
     std::unique_ptr<Tray> tray_;
     ControlPanel* panel_ = nullptr; ///< Belongs to `window_`.
     std::unique_ptr<PanelWindow> window_;
