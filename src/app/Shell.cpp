@@ -2,6 +2,7 @@
 
 #include "AudioCapture.h"
 #include "AudioManager.h"
+#include "BackendInstallerPath.h"
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
@@ -55,7 +56,8 @@ void Shell::createServices(const UserPaths& paths) {
         .notifications = notifications_,
         .text = lookUp,
         .networkAccess = [this] { return settings_->networkAccess.get(); },
-        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); }});
+        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); },
+        .installer = backendInstaller()});
     backendControl_ = makeBackendControl(*engine_);
     audio_ = std::make_unique<AudioManager>(
         AudioEnvironment{.settings = *settings_,
@@ -66,6 +68,7 @@ void Shell::createServices(const UserPaths& paths) {
                          .sendToVmix = {},
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
+                                 window_.get();
                                  panel_->showNotice(noticeText(notice, lookUp));
                              },
                          .transcriptFolder = paths.outputFolder(),
@@ -88,18 +91,11 @@ void Shell::createInterface() {
         UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
                           .updateURLs = addresses_.updateManifests,
                           .opener = opener_});
-    panel_ = new ControlPanel({.settings = *settings_,
-                               .audio = *audio_,
-                               .engine = *engine_,
-                               .controller = *controller_,
-                               .l10n = *l10n_});
-    window_ = std::make_unique<PanelWindow>(
-        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
                             .notifications = notifications_,
                             .tray = *tray_,
-                            .panel = *window_,
+                            .panel = window_,
                             .backend = *backendControl_,
                             .updates = *updates_,
                             .userNotifications = *userNotifications_,
@@ -116,10 +112,23 @@ void Shell::createInterface() {
                             .makeSettings = {}});
 }
 
-void Shell::connectObjects() {
-    const auto showTitle = [this] { window_->setWindowTitle(text(u"app.name"_s)); };
+std::unique_ptr<PanelWindow> Shell::makePanel() {
+    panel_ = new ControlPanel({.settings = *settings_,
+                               .audio = *audio_,
+                               .engine = *engine_,
+                               .controller = *controller_,
+                               .l10n = *l10n_});
+    auto window = std::make_unique<PanelWindow>(
+        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+    const auto showTitle = [this, panel = window.get()] {
+        panel->setWindowTitle(text(u"app.name"_s));
+    };
     showTitle();
-    QObject::connect(l10n_.get(), &L10n::currentChanged, window_.get(), showTitle);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, window.get(), showTitle);
+    return window;
+}
+
+void Shell::connectObjects() {
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
     QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),

@@ -5,8 +5,10 @@
 #include "CaptureControl.h"
 #include "DefaultsStore.h"
 #include "DesktopServices.h"
+#include "LazyPanel.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
+#include "PanelWindow.h"
 #include "ServiceAddresses.h"
 #include "UserPaths.h"
 
@@ -20,7 +22,6 @@ class AudioManager;
 class ControlPanel;
 class L10n;
 class OverlayServer;
-class PanelWindow;
 class PortProbe;
 class TranslationController;
 class TranslationEngine;
@@ -53,6 +54,7 @@ class Shell {
     void createSettings();
     void createServices(const UserPaths& paths);
     void createInterface();
+    std::unique_ptr<PanelWindow> makePanel();
     void connectObjects();
     bool somethingRuns() const;
     QString text(const QString& key) const;
@@ -76,8 +78,8 @@ class Shell {
     std::unique_ptr<UserNotifications> userNotifications_;
     std::unique_ptr<UpdateChecker> updates_;
     std::unique_ptr<Tray> tray_;
-    ControlPanel* panel_ = nullptr; ///< Belongs to `window_`.
-    std::unique_ptr<PanelWindow> window_;
+    ControlPanel* panel_ = nullptr; ///< Belongs to the window.
+    LazyPanel<PanelWindow> window_{[this] { return makePanel(); }};
     std::unique_ptr<AppDelegate> delegate_;
 };
 
