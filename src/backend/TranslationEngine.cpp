@@ -38,9 +38,12 @@ TranslationEngine::~TranslationEngine() {
 }
 
 QString TranslationEngine::statusMessage() const {
-    const QString text = environment_.text(statusKey_);
-    // Only the text of an installation has a place for how far it is.
-    return installer_.isRunning() ? text.arg(installer_.step()) : text;
+    QString text = environment_.text(statusKey_);
+    if (installer_.isRunning()) {
+        // Only the text of an installation has a place for how far it is.
+        text.replace(u"%1"_s, installer_.step().isEmpty() ? u"…"_s : installer_.step());
+    }
+    return text;
 }
 
 void TranslationEngine::startBackend() {

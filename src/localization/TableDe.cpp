@@ -72,7 +72,7 @@ std::span<const TextEntry> germanTexts() {
         {u"alert.backend.notfound.msg.linux",
          u"Das Python-Backend ist nicht installiert.\n\nEs kann jetzt installiert werden, nur für "
          u"Sie. "
-         u"Das dauert etwa eine Minute und braucht kein Terminal."},
+         u"Das dauert meist weniger als eine Minute und braucht kein Terminal."},
         {u"alert.backend.install", u"Backend installieren"},
         {u"alert.install.failed.title", u"Backend-Installation fehlgeschlagen"},
         {u"alert.ok", u"OK"},

@@ -71,8 +71,8 @@ std::span<const TextEntry> spanishTexts() {
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
          u"El backend de Python no está instalado.\n\nSe puede instalar ahora, solo para usted. "
-         u"Tarda "
-         u"alrededor de un minuto y no hace falta ningún terminal."},
+         u"Suele "
+         u"tardar menos de un minuto y no hace falta ningún terminal."},
         {u"alert.backend.install", u"Instalar backend"},
         {u"alert.install.failed.title", u"Error al instalar el backend"},
         {u"alert.ok", u"Aceptar"},

@@ -72,7 +72,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"alert.backend.notfound.msg.linux",
          u"Le backend Python n'est pas installé.\n\nIl peut être installé maintenant, pour vous "
          u"seul. "
-         u"Cela prend environ une minute et ne demande aucun terminal."},
+         u"Cela prend en général moins d'une minute et ne demande aucun terminal."},
         {u"alert.backend.install", u"Installer le backend"},
         {u"alert.install.failed.title", u"Échec de l'installation du backend"},
         {u"alert.ok", u"OK"},

@@ -68,9 +68,10 @@ std::span<const TextEntry> italianTexts() {
          u"eseguire:\n\"Install-Backend.command\"\n\nOppure installarlo manualmente:\ncd "
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
-        {u"alert.backend.notfound.msg.linux", u"Il backend Python non è installato.\n\nSi può "
-                                              u"installare adesso, solo per l'utente attuale. "
-                                              u"Richiede circa un minuto e nessun terminale."},
+        {u"alert.backend.notfound.msg.linux",
+         u"Il backend Python non è installato.\n\nSi può "
+         u"installare adesso, solo per l'utente attuale. "
+         u"Di solito richiede meno di un minuto e nessun terminale."},
         {u"alert.backend.install", u"Installa backend"},
         {u"alert.install.failed.title", u"Installazione del backend non riuscita"},
         {u"alert.ok", u"OK"},
