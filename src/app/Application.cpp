@@ -1,10 +1,12 @@
 #include "Application.h"
 
+#include "DesktopAppearance.h"
 #include "Log.h"
-#include "PanelParts.h"
+#include "Look.h"
 #include "SessionEnd.h"
 #include "Shell.h"
 #include "SingleInstance.h"
+#include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
 
@@ -35,7 +37,9 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
-    QApplication::setWindowIcon(panelIcon(u"app"_s));
+    const auto appearance = createDesktopAppearance();
+    const Look look(*appearance);
+    QApplication::setWindowIcon(appPicture());
     // The program lives in the tray; closing its windows never ends it by itself.
     QApplication::setQuitOnLastWindowClosed(false);
 

@@ -117,7 +117,11 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                .audio = *audio_,
                                .engine = *engine_,
                                .controller = *controller_,
-                               .l10n = *l10n_});
+                               .l10n = *l10n_,
+                               .showSettings = [this] {
+                                   window_.close();
+                                   delegate_->showSettingsWindow();
+                               }});
     auto window = std::make_unique<PanelWindow>(
         panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
     const auto showTitle = [this, panel = window.get()] {
