@@ -70,8 +70,11 @@ std::span<const TextEntry> germanTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"Das Python-Backend ist nicht installiert.\n\nÖffnen Sie im Ordner des Programms ein "
-         u"Terminal und führen Sie aus:\nscripts/install-backend"},
+         u"Das Python-Backend ist nicht installiert.\n\nEs kann jetzt installiert werden, nur für "
+         u"Sie. "
+         u"Das dauert meist weniger als eine Minute und braucht kein Terminal."},
+        {u"alert.backend.install", u"Backend installieren"},
+        {u"alert.install.failed.title", u"Backend-Installation fehlgeschlagen"},
         {u"alert.ok", u"OK"},
         {u"alert.cache.title", u"Cache leeren?"},
         {u"alert.cache.msg",
@@ -86,6 +89,7 @@ std::span<const TextEntry> germanTexts() {
         {u"engine.starting", u"Backend startet..."},
         {u"engine.stopping", u"Backend stoppt..."},
         {u"engine.notinstalled", u"❌ Backend nicht installiert"},
+        {u"engine.installing", u"Backend wird installiert... (%1)"},
         {u"engine.failed", u"❌ Backend-Start fehlgeschlagen"},
         {u"engine.notstarted", u"⚠️ Backend nicht gestartet"},
         {u"engine.terminated", u"❌ Backend wurde beendet"},

@@ -68,9 +68,11 @@ std::span<const TextEntry> englishTexts() {
          u"run:\n\"Install-Backend.command\"\n\nOr install manually:\ncd ~/Library/Application "
          u"Support/Orvane\npython3.11 -m venv venv\nsource venv/bin/activate\npip install -r "
          u"backend/requirements.txt"},
-        {u"alert.backend.notfound.msg.linux",
-         u"The Python backend is not installed.\n\nOpen a terminal in the program's folder and "
-         u"run:\nscripts/install-backend"},
+        {u"alert.backend.notfound.msg.linux", u"The Python backend is not installed.\n\nIt can be "
+                                              u"installed now, for you alone. This takes "
+                                              u"about a minute and needs no terminal."},
+        {u"alert.backend.install", u"Install Backend"},
+        {u"alert.install.failed.title", u"Backend Installation Failed"},
         {u"alert.ok", u"OK"},
         {u"alert.cache.title", u"Clear Cache?"},
         {u"alert.cache.msg", u"This removes logs and temporary files. Transcripts will be kept."},
@@ -84,6 +86,7 @@ std::span<const TextEntry> englishTexts() {
         {u"engine.starting", u"Backend starting..."},
         {u"engine.stopping", u"Backend stopping..."},
         {u"engine.notinstalled", u"❌ Backend not installed"},
+        {u"engine.installing", u"Installing backend... (%1)"},
         {u"engine.failed", u"❌ Backend start failed"},
         {u"engine.notstarted", u"⚠️ Backend not started"},
         {u"engine.terminated", u"❌ Backend was terminated"},

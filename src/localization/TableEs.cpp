@@ -70,8 +70,11 @@ std::span<const TextEntry> spanishTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"El backend de Python no está instalado.\n\nAbra un terminal en la carpeta del programa "
-         u"y ejecute:\nscripts/install-backend"},
+         u"El backend de Python no está instalado.\n\nSe puede instalar ahora, solo para usted. "
+         u"Suele "
+         u"tardar menos de un minuto y no hace falta ningún terminal."},
+        {u"alert.backend.install", u"Instalar backend"},
+        {u"alert.install.failed.title", u"Error al instalar el backend"},
         {u"alert.ok", u"Aceptar"},
         {u"alert.cache.title", u"¿Vaciar la caché?"},
         {u"alert.cache.msg", u"Se eliminarán los registros y los archivos temporales. Las "
@@ -86,6 +89,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"engine.starting", u"Iniciando backend..."},
         {u"engine.stopping", u"Deteniendo backend..."},
         {u"engine.notinstalled", u"❌ Backend no instalado"},
+        {u"engine.installing", u"Instalando backend... (%1)"},
         {u"engine.failed", u"❌ Error al iniciar el backend"},
         {u"engine.notstarted", u"⚠️ Backend no iniciado"},
         {u"engine.terminated", u"❌ El backend se ha cerrado"},

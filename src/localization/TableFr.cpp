@@ -70,8 +70,11 @@ std::span<const TextEntry> frenchTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"Le backend Python n'est pas installé.\n\nOuvrez un terminal dans le dossier du "
-         u"programme et exécutez :\nscripts/install-backend"},
+         u"Le backend Python n'est pas installé.\n\nIl peut être installé maintenant, pour vous "
+         u"seul. "
+         u"Cela prend en général moins d'une minute et ne demande aucun terminal."},
+        {u"alert.backend.install", u"Installer le backend"},
+        {u"alert.install.failed.title", u"Échec de l'installation du backend"},
         {u"alert.ok", u"OK"},
         {u"alert.cache.title", u"Vider le cache ?"},
         {u"alert.cache.msg", u"Les journaux et les fichiers temporaires seront supprimés. Les "
@@ -86,6 +89,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"engine.starting", u"Démarrage du backend..."},
         {u"engine.stopping", u"Arrêt du backend..."},
         {u"engine.notinstalled", u"❌ Backend non installé"},
+        {u"engine.installing", u"Installation du backend... (%1)"},
         {u"engine.failed", u"❌ Échec du démarrage du backend"},
         {u"engine.notstarted", u"⚠️ Backend non démarré"},
         {u"engine.terminated", u"❌ Le backend s'est arrêté"},

@@ -69,8 +69,11 @@ std::span<const TextEntry> italianTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"Il backend Python non è installato.\n\nAprire un terminale nella cartella del programma "
-         u"ed eseguire:\nscripts/install-backend"},
+         u"Il backend Python non è installato.\n\nSi può "
+         u"installare adesso, solo per l'utente attuale. "
+         u"Di solito richiede meno di un minuto e nessun terminale."},
+        {u"alert.backend.install", u"Installa backend"},
+        {u"alert.install.failed.title", u"Installazione del backend non riuscita"},
         {u"alert.ok", u"OK"},
         {u"alert.cache.title", u"Svuotare la cache?"},
         {u"alert.cache.msg",
@@ -85,6 +88,7 @@ std::span<const TextEntry> italianTexts() {
         {u"engine.starting", u"Avvio del backend..."},
         {u"engine.stopping", u"Arresto del backend..."},
         {u"engine.notinstalled", u"❌ Backend non installato"},
+        {u"engine.installing", u"Installazione del backend... (%1)"},
         {u"engine.failed", u"❌ Avvio del backend non riuscito"},
         {u"engine.notstarted", u"⚠️ Backend non avviato"},
         {u"engine.terminated", u"❌ Il backend è stato terminato"},
