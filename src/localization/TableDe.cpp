@@ -256,6 +256,7 @@ std::span<const TextEntry> germanTexts() {
         {u"notice.backend.outdated.linux",
          u"Backend veraltet (v%1). Bitte scripts/install-backend ausführen oder Backend-Dateien "
          u"manuell aktualisieren."},
+        {u"panel.result.empty", u"Hier erscheinen die Übersetzungen."},
     };
     return entries;
 }

@@ -250,6 +250,7 @@ std::span<const TextEntry> englishTexts() {
         {u"notice.backend.outdated.linux",
          u"The backend is outdated (v%1). Please run scripts/install-backend or update the backend "
          u"files by hand."},
+        {u"panel.result.empty", u"Translations appear here."},
     };
     return entries;
 }

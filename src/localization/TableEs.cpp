@@ -257,6 +257,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"notice.backend.outdated.linux",
          u"El backend está desactualizado (v%1). Ejecute scripts/install-backend o actualice los "
          u"archivos del backend a mano."},
+        {u"panel.result.empty", u"Aquí aparecen las traducciones."},
     };
     return entries;
 }

@@ -259,6 +259,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"notice.backend.outdated.linux",
          u"Le backend est obsolète (v%1). Exécutez scripts/install-backend ou mettez à jour les "
          u"fichiers du backend à la main."},
+        {u"panel.result.empty", u"Les traductions s'affichent ici."},
     };
     return entries;
 }

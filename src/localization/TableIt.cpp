@@ -257,6 +257,7 @@ std::span<const TextEntry> italianTexts() {
         {u"notice.backend.outdated.linux",
          u"Il backend è obsoleto (v%1). Eseguire scripts/install-backend o aggiornare a mano i "
          u"file del backend."},
+        {u"panel.result.empty", u"Qui compaiono le traduzioni."},
     };
     return entries;
 }
