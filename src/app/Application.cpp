@@ -6,6 +6,7 @@
 #include "SessionEnd.h"
 #include "Shell.h"
 #include "SingleInstance.h"
+#include "StallWatch.h"
 #include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
@@ -14,6 +15,7 @@
 #include <QFile>
 #include <QIcon>
 
+#include <chrono>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -49,6 +51,9 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     const TerminationSignals signals(terminate);
     const SessionEnd sessionEnd(terminate);
     shell.launch();
+#ifdef ORVANE_STALL_WATCH
+    const StallWatch stallWatch(std::chrono::milliseconds(50), logStall);
+#endif
     instance.answerWith([&shell] { return shell.showPanel(); });
     const int status = QApplication::exec();
     instance.answerWith([] { return false; });
