@@ -7,6 +7,7 @@
 #include "SessionEnd.h"
 #include "Shell.h"
 #include "SingleInstance.h"
+#include "StallWatch.h"
 #include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
@@ -15,6 +16,7 @@
 #include <QFile>
 #include <QIcon>
 
+#include <chrono>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +53,9 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     const TerminationSignals signals(terminate);
     const SessionEnd sessionEnd(terminate);
     shell.launch();
+#ifdef ORVANE_STALL_WATCH
+    const StallWatch stallWatch(std::chrono::milliseconds(50), logStall);
+#endif
     instance.answerWith([&shell] { return shell.showPanel(); });
     const int status = QApplication::exec();
     instance.answerWith([] { return false; });
