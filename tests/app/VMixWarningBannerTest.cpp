@@ -3,10 +3,12 @@
 #include "DefaultsStore.h"
 #include "L10n.h"
 #include "LogCapture.h"
+#include "Theme.h"
 #include "TranslationSettings.h"
 #include "VmixTracking.h"
 
 #include <QAccessible>
+#include <QImage>
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -82,12 +84,17 @@ TEST_F(VMixWarningBannerTest, saysWhatIsWrong) {
     EXPECT_NE(button(u"Turn off warnings"_s), nullptr);
 }
 
-TEST_F(VMixWarningBannerTest, hasATriangle) {
-    bool found = false;
-    for (const QLabel* label : banner->findChildren<QLabel*>()) {
-        found = found || !label->pixmap(Qt::ReturnByValue).isNull();
+TEST_F(VMixWarningBannerTest, hasATriangleInTheColourOfWhatIsWrong) {
+    settings.vmixShowWarningBanner.set(true);
+    const QImage picture = banner->grab().toImage();
+    const QRgb wrong = themeOf(*banner).error.rgb();
+    int dots = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            dots += picture.pixel(x, y) == wrong ? 1 : 0;
+        }
     }
-    EXPECT_TRUE(found);
+    EXPECT_GT(dots, 20);
 }
 
 TEST_F(VMixWarningBannerTest, followsTheLanguage) {
