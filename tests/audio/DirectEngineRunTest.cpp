@@ -145,9 +145,11 @@ TEST_F(DirectEngineRun, publishesTheEnginesState) {
     startRun();
     engine->onStatus(u"error"_s, u"gone"_s);
     ASSERT_TRUE(waitUntil([&] { return manager->hasEngineError(); }));
+    EXPECT_EQ(manager->backendStatus(), u"gone"_s);
     EXPECT_TRUE(log.contains(u"📋 Direct Engine Status: [error] gone"_s));
     engine->onStatus(u"connected"_s, u"back"_s);
     ASSERT_TRUE(waitUntil([&] { return !manager->hasEngineError(); }));
+    EXPECT_EQ(manager->backendStatus(), u"back"_s);
 }
 
 TEST_F(DirectEngineRun, fallsBackToTheBackendWhenTheEngineCannotConnect) {

@@ -18,7 +18,7 @@ import wave
 
 import numpy
 
-from .processes import Children, wait_until
+from .processes import Children
 
 RATE = 48000
 KEY = "geheim-4711"
@@ -42,14 +42,22 @@ def samples_of(pcm):
     return numpy.frombuffer(pcm, dtype="<i2").astype(numpy.float64)
 
 
-def _voiced(samples):
+def _voiced(samples, frame=_FRAME):
     """For each whole frame, whether there is voice in it."""
-    frames = samples[:len(samples) // _FRAME * _FRAME].reshape(-1, _FRAME)
+    frames = samples[:len(samples) // frame * frame].reshape(-1, frame)
     return numpy.sqrt((frames ** 2).mean(axis=1)) > _VOICE_AMPLITUDE
 
 
 def voice_seconds(pcm):
     return float(_voiced(samples_of(pcm)).sum()) * _FRAME / RATE
+
+
+def voice_seconds_in(file):
+    """The same for a recording."""
+    with wave.open(str(file)) as sound:
+        frame = sound.getframerate() * _FRAME // RATE
+        samples = samples_of(sound.readframes(sound.getnframes()))
+    return float(_voiced(samples, frame).sum()) * _FRAME / RATE
 
 
 def source_text(number, seconds):
@@ -143,6 +151,7 @@ class CloudService:
 
     def __init__(self):
         self.results = []
+        self.voice_seconds = 0.0  # In all of them.
         self.interim = []
         self.misuses = []
         self._children = Children()
@@ -161,6 +170,7 @@ class CloudService:
         """Notes a final result; returns its source text."""
         text = source_text(number, seconds)
         self.results.append((text, translated(text)))
+        self.voice_seconds += seconds
         return text
 
     def check(self, condition, what):
@@ -396,8 +406,3 @@ def _best_fit(heard, piece):
     place = int(products.argmax())
     energy = (heard[place:place + len(piece)] ** 2).sum() * (piece ** 2).sum()
     return place, products[place] / numpy.sqrt(max(energy, 1.0))
-
-
-def wait_for_results(service, count, limit=20.0):
-    """Waits until the service has given `count` final results."""
-    wait_until(lambda: len(service.results) >= count, f"{count} results of the service", limit)
