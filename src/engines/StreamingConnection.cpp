@@ -3,7 +3,6 @@
 #include "Post.h"
 #include "ServiceRequests.h"
 
-#include <QRandomGenerator>
 #include <QSslError>
 
 #include <iterator>
@@ -103,7 +102,7 @@ Completion<QString> StreamingSocket::Connection::sendFrame(WebSocketFrameKind ki
 /// own frames whole, so ours can go between them to the socket below, in one piece.
 void StreamingSocket::Connection::writeFrame(WebSocketFrameKind kind, const QByteArray& payload) {
     if (transport_ && static_cast<quint64>(payload.size()) <= maximumStreamMessage) {
-        transport_->write(maskedFrame(kind, payload, QRandomGenerator::system()->generate()));
+        transport_->write(maskedFrame(kind, payload, maskingKeys_.generate()));
     } else if (kind == WebSocketFrameKind::Text) {
         socket_.sendTextMessage(QString::fromUtf8(payload));
     } else {

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QWebSocket>
@@ -59,6 +60,8 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
 
     QWebSocket socket_;
     QPointer<QTcpSocket> transport_; ///< Below the WebSocket, whose child it is; once connected.
+    /// As hard to foresee as the system's own numbers, without the time that each of those takes.
+    QRandomGenerator maskingKeys_ = QRandomGenerator::securelySeeded();
     const EngineTimings timings_;
     QNetworkRequest request_;
     QObject context_;
