@@ -39,7 +39,7 @@ constexpr std::size_t frames = 4096; // Of a buffer, as a microphone delivers it
 constexpr qsizetype pcmSize = 2 * frames;
 // {"audio_data":"…"} with base64 in it.
 constexpr std::size_t jsonSize = 17 + (pcmSize + 2) / 3 * 4;
-constexpr int warmUpRounds = 50;
+constexpr int warmUpRounds = 10;
 
 std::vector<float> tone() {
     std::vector<float> samples(frames);

@@ -15,7 +15,9 @@
 #include <cerrno>
 #include <ctime>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace orv::bench {
 
@@ -88,12 +90,19 @@ Receiver::~Receiver() {
     ::close(listener_);
 }
 
+Clock::time_point Receiver::latest() const {
+    const std::lock_guard lock(mutex_);
+    return latest_;
+}
+
+std::uint64_t Receiver::count() const {
+    const std::lock_guard lock(mutex_);
+    return count_;
+}
+
 void Receiver::waitFor(std::uint64_t count) const {
-    std::uint64_t seen = count_.load();
-    while (seen < count) {
-        count_.wait(seen);
-        seen = count_.load();
-    }
+    std::unique_lock lock(mutex_);
+    counted_.wait(lock, [this, count] { return count_ >= count; });
 }
 
 std::chrono::nanoseconds Receiver::cpuTime() const {
@@ -205,9 +214,12 @@ bool Receiver::takeFrame(Client& client, Clock::time_point now) {
     }
     client.bytes.erase(0, header + size);
     if (size >= leastSound) {
-        latest_ = now;
-        ++count_;
-        count_.notify_all();
+        {
+            const std::lock_guard lock(mutex_);
+            latest_ = now;
+            ++count_;
+        }
+        counted_.notify_all();
     }
     return true;
 }

@@ -2,12 +2,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace orv::bench {
 
@@ -30,12 +30,13 @@ class Receiver {
     std::uint16_t port() const { return port_; }
 
     /// When the last byte of the latest frame with sound was taken, on whatever connection.
-    Clock::time_point latest() const { return latest_.load(); }
+    Clock::time_point latest() const;
 
     /// Frames with sound so far, on all connections.
-    std::uint64_t count() const { return count_.load(); }
+    std::uint64_t count() const;
 
-    /// Waits until there have been `count` frames with sound.
+    /// Waits, without turning in circles meanwhile, until there have been `count` frames with
+    /// sound.
     void waitFor(std::uint64_t count) const;
 
     /// Finished WebSocket handshakes.
@@ -60,8 +61,10 @@ class Receiver {
     int stop_[2] = {-1, -1};
     std::uint16_t port_ = 0;
     std::map<int, Client> clients_; ///< Belongs to the thread.
-    std::atomic<Clock::time_point> latest_ = Clock::time_point();
-    std::atomic<std::uint64_t> count_ = 0;
+    mutable std::mutex mutex_;
+    mutable std::condition_variable counted_;
+    Clock::time_point latest_;
+    std::uint64_t count_ = 0;
     std::atomic<std::uint64_t> handshakes_ = 0;
     std::thread thread_;
 };
