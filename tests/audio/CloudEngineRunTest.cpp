@@ -114,6 +114,7 @@ TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
     use(u"deepgram"_s, service);
     startRun();
     play(1);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
     service.send(deepgramResult(u"eins"_s));
     ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
     service.command({{u"abort"_s, true}});
