@@ -79,13 +79,13 @@ void HostLookups::resolve(const QString& host, Done done) {
 }
 
 bool HostLookups::startThread(const QString& host) {
-    const auto ask = [this, host, lookUp = lookUp_, home = home_.handle()] {
+    const auto question = [this, host, lookUp = lookUp_, home = home_.handle()] {
         const HostAnswer answer = lookUp(host);
         // Runs only as long as this object is there.
         home.post([this, host, answer] { answered(host, answer); });
     };
     try {
-        std::thread(ask).detach();
+        std::thread(question).detach();
         return true;
     } catch (const std::system_error&) {
         return false;
