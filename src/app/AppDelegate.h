@@ -33,6 +33,8 @@ struct DelegateEnvironment {
     std::function<QString(const QString& key)> text; ///< A localised text.
     std::function<void()> applyOverlaySettings;      ///< Of the browser overlay server.
     std::function<void()> stopOverlayServer;
+    /// Shows a result in the subtitle window.
+    std::function<void(const QString& original, const QString& translation)> showSubtitles;
     /// Hands a result to the browser overlay server.
     std::function<void(const QString& original, const QString& translation)> broadcast;
     /// Hands a result to the VRChat output.
@@ -68,7 +70,7 @@ class AppDelegate : public QObject {
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeNotifications();
-    void showResult(const QString& original, const QString& translation);
+    void showTranslation(const QString& original, const QString& translation);
     void setBackendRunning(bool isRunning);
     void setTranslating(bool isTranslating);
     void trayAvailabilityChanged(bool available);

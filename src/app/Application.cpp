@@ -1,7 +1,10 @@
 #include "Application.h"
 
-#include "PanelParts.h"
+#include "DesktopAppearance.h"
+#include "DisplayPlatform.h"
+#include "Look.h"
 #include "Shell.h"
+#include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
 
@@ -17,10 +20,13 @@ namespace orv {
 int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     // A log whose reader has gone must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
+    chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
-    QApplication::setWindowIcon(panelIcon(u"app"_s));
+    const auto appearance = createDesktopAppearance();
+    const Look look(*appearance);
+    QApplication::setWindowIcon(appPicture());
     // The program lives in the tray; closing its windows never ends it by itself.
     QApplication::setQuitOnLastWindowClosed(false);
 

@@ -5,11 +5,14 @@
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
+#include "DesktopComposition.h"
 #include "L10n.h"
 #include "OverlayServer.h"
+#include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "RegisteredDefaults.h"
+#include "SpeechSynthesizer.h"
 #include "SystemTray.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
@@ -49,6 +52,9 @@ void Shell::createOutputs() {
     vrchat_ = std::make_unique<VRChatOutput>(*settings_);
     vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
     vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
+    speech_ = createSystemSpeechSynthesizer();
+    overlayWindow_ = std::make_unique<OverlayWindow>(OverlayEnvironment{
+        .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
 }
 
 void Shell::createServices(const UserPaths& paths) {
@@ -89,6 +95,7 @@ void Shell::createServices(const UserPaths& paths) {
                               .notifications = notifications_,
                               .dialogs = dialogs_,
                               .text = lookUp,
+                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
                               .terminate = terminate_});
 }
 
@@ -111,6 +118,10 @@ void Shell::createInterface() {
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
+                            .showSubtitles =
+                                [this](const QString& original, const QString& translation) {
+                                    overlayWindow_->showTranslation(original, translation);
+                                },
                             .broadcast =
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
@@ -123,11 +134,27 @@ void Shell::createInterface() {
 }
 
 void Shell::connectObjects() {
-    const auto showTitle = [this] { window_->setWindowTitle(text(u"app.name"_s)); };
+    const auto showTitle = [this] {
+        window_->setWindowTitle(text(u"app.name"_s));
+        overlayWindow_->setWindowTitle(text(u"app.name"_s));
+    };
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, window_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
+    // Also at the start of a run, which assigns the setting.
+    QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
+                     [this](const QString& key) {
+                         if (key == "speakTranslation"_L1) {
+                             prepareSpeech();
+                         }
+                     });
+}
+
+void Shell::prepareSpeech() {
+    if (controller_->isTranslating() && settings_->speakTranslation.get()) {
+        speech_->prepare();
+    }
 }
 
 void Shell::launch() {

@@ -19,8 +19,10 @@ class AudioManager;
 class ControlPanel;
 class L10n;
 class OverlayServer;
+class OverlayWindow;
 class PanelWindow;
 class PortProbe;
+class SpeechSynthesizer;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
@@ -52,6 +54,7 @@ class Shell {
     void createServices(const UserPaths& paths);
     void createInterface();
     void connectObjects();
+    void prepareSpeech();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 
@@ -70,6 +73,8 @@ class Shell {
     MessageDialogs dialogs_;
     std::unique_ptr<TranslationEngine> engine_;
     std::unique_ptr<BackendControl> backendControl_;
+    std::unique_ptr<SpeechSynthesizer> speech_;
+    std::unique_ptr<OverlayWindow> overlayWindow_;
     std::unique_ptr<AudioManager> audio_;
     std::unique_ptr<CaptureControl> captureControl_;
     std::unique_ptr<TranslationController> controller_;

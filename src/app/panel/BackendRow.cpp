@@ -1,0 +1,49 @@
+#include "BackendRow.h"
+
+#include "L10n.h"
+#include "Pieces.h"
+#include "Theme.h"
+#include "TranslationEngine.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+BackendRow::BackendRow(TranslationEngine& engine, L10n& l10n, QWidget* parent)
+    : QWidget(parent)
+    , engine_(engine)
+    , l10n_(l10n)
+    , status_(new QLabel(this))
+    , toggle_(makeButton(this)) {
+    status_->setWordWrap(true);
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(space::small);
+    layout->addWidget(status_, 1);
+    layout->addWidget(toggle_);
+    connect(toggle_, &QPushButton::clicked, this, &BackendRow::toggleBackend);
+    connect(&engine_, &TranslationEngine::isRunningChanged, this, &BackendRow::refresh);
+    connect(&engine_, &TranslationEngine::statusMessageChanged, this, &BackendRow::refresh);
+    connect(&l10n_, &L10n::currentChanged, this, &BackendRow::refresh);
+    refresh();
+}
+
+void BackendRow::refresh() {
+    status_->setText(engine_.statusMessage());
+    toggle_->setText(
+        l10n_.platformText(engine_.isRunning() ? u"main.backend.stop"_s : u"main.backend.start"_s));
+}
+
+void BackendRow::toggleBackend() {
+    if (engine_.isRunning()) {
+        engine_.stopBackend();
+    } else {
+        engine_.startBackend();
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "AudioDevice.h"
+#include "AudioNotice.h"
+#include "FieldEntry.h"
+#include "RunningApp.h"
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+
+namespace orv {
+
+/// Gives the localised text for a key.
+using TextLookup = std::function<QString(const QString& key)>;
+
+/// How a status line is meant.
+enum class StatusTone { Neutral, Busy, Good, Error };
+
+/// What the control panel says about the run. An empty headline says nothing at all.
+struct StatusLine {
+    QString headline = {};
+    QString detail = {}; ///< A second, quieter line; may be empty.
+    StatusTone tone = StatusTone::Neutral;
+
+    friend bool operator==(const StatusLine&, const StatusLine&) = default;
+};
+
+/// The published state that the status line is made of.
+struct RunState {
+    bool isTranslating = false;
+    bool isStopping = false;
+    QString backendStatus = {};
+    bool isModelLoading = false;
+    bool hasEngineError = false;
+};
+
+/// What matters most comes first: the end that is awaited, an error, a model that loads, the run.
+StatusLine statusLine(const RunState& state, const TextLookup& text);
+
+/// The default input and then every device. A chosen device that is not there now stays in the
+/// list under its identifier, so that choosing it is not lost by unplugging it.
+QList<FieldEntry> deviceEntries(const QList<AudioDevice>& devices, const QString& chosenId,
+                                const TextLookup& text);
+
+/// The invitation to choose and then every application; a chosen one that does not run now stays in
+/// the list under its identifier.
+QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const QString& chosenId,
+                             const TextLookup& text);
+
+/// What a notice says to people.
+QString noticeText(const AudioNotice& notice, const TextLookup& text);
+
+/// What closing the panel's window does.
+enum class CloseAction { Hide, Minimise, EndProgram };
+
+/// With a tray the program stays in reach, so its window just hides. Without one a hidden window
+/// would leave a program that nobody sees: it ends, unless something is at work that closing a
+/// window must not lose; then the window only becomes small.
+CloseAction closeAction(bool trayAvailable, bool somethingRuns);
+
+} // namespace orv

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "BackendControl.h"
+#include "CaptureControl.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+
+namespace orv {
+
+class Dialogs;
+class NotificationCentre;
+class TranslationSettings;
+
+/// The fixed times of the control panel's flows.
+struct ControllerTimings {
+    /// From clearing away what ran before to capturing.
+    std::chrono::milliseconds captureStart{200};
+    /// From stopping the backend to ending the program.
+    std::chrono::milliseconds terminate{1500};
+};
+
+/// What the controller is given. The references outlive it.
+struct ControllerEnvironment {
+    TranslationSettings& settings;
+    CaptureControl& capture;
+    BackendControl& backend;
+    NotificationCentre& notifications;
+    Dialogs& dialogs;
+    std::function<QString(const QString& key)> text; ///< A localised text.
+    std::function<void()> endSubtitles = [] {};      ///< Hides and silences the subtitle window.
+    std::function<void()> terminate;                 ///< Asks the program to end.
+    ControllerTimings timings = {};
+};
+
+/// The flows behind the control panel's buttons: starting a translation, stopping it, quitting.
+/// Lives on the main thread; nothing here blocks.
+class TranslationController : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit TranslationController(ControllerEnvironment environment, QObject* parent = nullptr);
+
+    bool isTranslating() const { return isTranslating_; }
+
+    /// True while the last audio of a stopped run is still being processed.
+    bool isStopping() const { return isStopping_; }
+
+    /// Starts a run with what the settings say. Refused, with an alert, when the backend does not
+    /// run, or when one application is to be captured and none is chosen; nothing changes then.
+    /// Does nothing while translating.
+    void startTranslation();
+
+    /// Ends the run; the last words are still processed. Does nothing when not translating.
+    void stopTranslation();
+
+    /// The panel's Quit: ends a run, stops the backend whatever the settings say, and then the
+    /// program. Asking again changes nothing.
+    void quitApp();
+
+  Q_SIGNALS:
+    void stateChanged(); ///< `isTranslating`, `isStopping`.
+
+  private:
+    struct Run {
+        AudioSourceType source = AudioSourceType::Microphone;
+        QString deviceId;
+        QString appBundleId;
+    };
+
+    /// Comes before the hand-over: stopping resets the gain.
+    void stopOldCapture();
+    void handOver();
+    void showAlert(const QString& titleKey, const QString& messageKey);
+    void publishTranslating(bool translating);
+
+    ControllerEnvironment environment_;
+    QTimer captureStart_;
+    Run run_; ///< What `captureStart_` starts.
+    bool isTranslating_ = false;
+    bool isStopping_ = false;
+    bool quitting_ = false;
+    unsigned stopNumber_ = 0; ///< Tells the end of the latest stop from that of an earlier one.
+};
+
+} // namespace orv

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "FieldEntry.h"
+
+#include <QComboBox>
+#include <QList>
+#include <QString>
+
+namespace orv {
+
+/// A choice from a list whose entries have identifiers. Its accessible name is its accessible name
+/// property (or its label), its value what is chosen; Qt alone would give the value for both.
+/// The mouse wheel scrolls past it and never changes the choice.
+class FieldCombo : public QComboBox {
+    Q_OBJECT
+
+  public:
+    enum class Search {
+        None,
+        ByTyping, ///< Part of an entry's text finds it.
+    };
+
+    explicit FieldCombo(Search search, QWidget* parent = nullptr);
+
+    /// Replaces the entries and shows the one called `chosenId`, without telling anyone.
+    void setEntries(const QList<FieldEntry>& entries, const QString& chosenId);
+
+    /// Shows the entry called `id`, without telling anyone.
+    void setChosen(const QString& id);
+
+    QString chosenId() const;
+
+  Q_SIGNALS:
+    /// The user chose the entry called `id`.
+    void chosen(const QString& id);
+
+  protected:
+    void wheelEvent(QWheelEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+
+  private:
+    /// Turns what was typed into the entry that was meant, or back into the one chosen before.
+    void settleTypedText();
+
+    QList<FieldEntry> entries_;
+};
+
+} // namespace orv

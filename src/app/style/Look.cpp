@@ -1,0 +1,24 @@
+#include "Look.h"
+
+#include "OrvaneStyle.h"
+
+#include <QApplication>
+
+namespace orv {
+
+Look::Look(DesktopAppearance& appearance)
+    : appearance_(appearance)
+    , style_(new OrvaneStyle) {
+    QApplication::setStyle(style_);
+    appearance_.setHandler([this](ColourScheme scheme) {
+        style_->setScheme(scheme);
+        // Lets the style see the desktop's own palette again and turn it into the theme's.
+        QApplication::setPalette(QPalette());
+    });
+}
+
+Look::~Look() {
+    appearance_.setHandler({});
+}
+
+} // namespace orv

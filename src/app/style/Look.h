@@ -1,0 +1,25 @@
+#pragma once
+
+#include "DesktopAppearance.h"
+
+namespace orv {
+
+class OrvaneStyle;
+
+/// Gives the application its style and keeps it as light or dark as the desktop. Made once, after
+/// the application object and before any widget.
+class Look {
+  public:
+    /// `appearance` outlives it.
+    explicit Look(DesktopAppearance& appearance);
+    ~Look();
+
+    Look(const Look&) = delete;
+    Look& operator=(const Look&) = delete;
+
+  private:
+    DesktopAppearance& appearance_;
+    OrvaneStyle* style_; ///< Belongs to the application.
+};
+
+} // namespace orv

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Theme.h"
+
+#include <QIcon>
+#include <QPainter>
+#include <QStyleOption>
+
+namespace orv {
+
+// What the drawing of all controls shares.
+
+/// Saves the painter's state, smooths edges, and gives the state back.
+class PaintScope {
+  public:
+    explicit PaintScope(QPainter* painter)
+        : painter_(painter) {
+        painter_->save();
+        painter_->setRenderHint(QPainter::Antialiasing);
+    }
+
+    ~PaintScope() { painter_->restore(); }
+
+    PaintScope(const PaintScope&) = delete;
+    PaintScope& operator=(const PaintScope&) = delete;
+
+  private:
+    QPainter* painter_;
+};
+
+/// A filled rounded rectangle with a border of one logical pixel inside `area` (none when `border`
+/// is invalid).
+void drawRounded(QPainter* painter, const QRectF& area, qreal corner, const QColor& fill,
+                 const QColor& border = {});
+
+/// The ring that shows the focus: two pixels wide, inside `area`.
+void drawRing(QPainter* painter, const QRectF& area, qreal corner, const QColor& color);
+
+/// An arrow head that points down (or up), in the middle of `area`.
+void drawChevron(QPainter* painter, const QRectF& area, const QColor& color, bool up = false);
+
+/// The tick of a chosen entry, in the middle of `area`.
+void drawTick(QPainter* painter, const QRectF& area, const QColor& color);
+
+/// One line of text, its mnemonic marks left out, with its base line where the painter's own font
+/// wants it: signs of other fonts (emoji) do not move it.
+void drawLine(QPainter* painter, const QRect& area, Qt::Alignment alignment, const QString& text);
+
+/// `icon` in the middle of `area`, sharp on `painter`'s device. A mask takes the colour.
+void drawIcon(QPainter* painter, const QRect& area, const QIcon& icon, const QColor& color,
+              bool enabled);
+
+/// Whether the control has the focus and the keyboard brought it there.
+bool showsFocus(const QStyleOption& option);
+
+bool isEnabled(const QStyleOption& option);
+bool isHovered(const QStyleOption& option);
+bool isPressed(const QStyleOption& option);
+
+} // namespace orv

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "DesktopAppearance.h"
+
+#include <QObject>
+#include <QVariant>
+
+class QDBusPendingCallWatcher;
+class QDBusVariant;
+
+namespace orv {
+
+/// The desktop portal's setting "color-scheme" in the group "org.freedesktop.appearance": 1 dark,
+/// 2 light, anything else no preference. Readers get it wrapped in one or two variants.
+ColourScheme colourSchemeFrom(const QVariant& value);
+
+/// Asks the settings portal on the session bus, asynchronously.
+class PortalAppearance : public QObject, public DesktopAppearance {
+    Q_OBJECT
+
+  public:
+    void setHandler(std::function<void(ColourScheme)> handler) override;
+
+  private Q_SLOTS:
+    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
+  private:
+    void ask();
+    void answered(QDBusPendingCallWatcher* call);
+
+    std::function<void(ColourScheme)> handler_;
+    bool connected_ = false;
+};
+
+} // namespace orv
