@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -83,6 +84,39 @@ void PanelWindow::fitContent(const QSize& available) {
     const int height =
         hasHeightForWidth() ? layout()->totalHeightForWidth(width) : sizeHint().height();
     resize(QSize(width, height).boundedTo(available));
+}
+
+bool PanelWindow::event(QEvent* event) {
+    const bool taken = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest && isVisible()) {
+        growToContent();
+    }
+    return taken;
+}
+
+void PanelWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    // Windows are the window manager's business.
+    if (style_ == Style::Popover && isVisible()) {
+        moveOntoScreen();
+    }
+}
+
+void PanelWindow::growToContent() {
+    // A notice that comes up while the panel is open must not squeeze what stands below it.
+    const int needed = layout()->hasHeightForWidth() ? layout()->totalMinimumHeightForWidth(width())
+                                                     : layout()->totalMinimumSize().height();
+    const int frame = frameGeometry().height() - height();
+    const int available = screen()->availableGeometry().height() - frame;
+    resize(width(), std::max(height(), std::min(needed, available)));
+}
+
+void PanelWindow::moveOntoScreen() {
+    const QRect available = screen()->availableGeometry();
+    const int beyond = frameGeometry().bottom() - available.bottom();
+    if (beyond > 0) {
+        move(pos().x(), std::max(available.top(), pos().y() - beyond));
+    }
 }
 
 void PanelWindow::setStyle(Style style) {

@@ -27,6 +27,8 @@ class PanelWindow : public QWidget, public Panel {
     void close() override;
 
   protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -37,6 +39,8 @@ class PanelWindow : public QWidget, public Panel {
 
     void setStyle(Style style);
     void fitContent(const QSize& available);
+    void growToContent();
+    void moveOntoScreen();
     void closeIfLeft();
 
     std::function<CloseAction()> closing_;
