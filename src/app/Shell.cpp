@@ -2,10 +2,12 @@
 
 #include "AudioCapture.h"
 #include "AudioManager.h"
+#include "BackendInstallerPath.h"
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
 #include "DesktopComposition.h"
+#include "DesktopNotifications.h"
 #include "L10n.h"
 #include "OverlayServer.h"
 #include "OverlayWindow.h"
@@ -17,6 +19,7 @@
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "UpdateChecker.h"
 #include "VRChatOutput.h"
 #include "VmixSender.h"
 #include "VmixTracking.h"
@@ -69,7 +72,8 @@ void Shell::createServices(const UserPaths& paths) {
         .notifications = notifications_,
         .text = lookUp,
         .networkAccess = [this] { return settings_->networkAccess.get(); },
-        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); }});
+        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); },
+        .installer = backendInstaller()});
     backendControl_ = makeBackendControl(*engine_);
     audio_ = std::make_unique<AudioManager>(
         AudioEnvironment{.settings = *settings_,
@@ -83,6 +87,7 @@ void Shell::createServices(const UserPaths& paths) {
                              },
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
+                                 window_.get();
                                  panel_->showNotice(noticeText(notice, lookUp));
                              },
                          .transcriptFolder = paths.outputFolder(),
@@ -101,20 +106,21 @@ void Shell::createServices(const UserPaths& paths) {
 
 void Shell::createInterface() {
     tray_ = std::make_unique<SystemTray>();
-    panel_ = new ControlPanel({.settings = *settings_,
-                               .audio = *audio_,
-                               .engine = *engine_,
-                               .controller = *controller_,
-                               .l10n = *l10n_,
-                               .vmix = *vmixTracking_});
-    window_ = std::make_unique<PanelWindow>(
-        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+    userNotifications_ = std::make_unique<DesktopNotifications>();
+    updates_ = std::make_unique<UpdateChecker>(
+        UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
+                          .updateURLs = addresses_.updateManifests,
+                          .opener = opener_});
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
                             .notifications = notifications_,
                             .tray = *tray_,
-                            .panel = *window_,
+                            .panel = window_,
                             .backend = *backendControl_,
+                            .updates = *updates_,
+                            .userNotifications = *userNotifications_,
+                            .dialogs = dialogs_,
+                            .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
@@ -130,18 +136,39 @@ void Shell::createInterface() {
                                 [this](const QString& original, const QString& translation) {
                                     vrchat_->sendToVRChat(original, translation);
                                 },
-                            .terminate = terminate_});
+                            .terminate = terminate_,
+                            .makeSettings = {}});
+}
+
+std::unique_ptr<PanelWindow> Shell::makePanel() {
+    panel_ = new ControlPanel({.settings = *settings_,
+                               .audio = *audio_,
+                               .engine = *engine_,
+                               .controller = *controller_,
+                               .l10n = *l10n_,
+                               .vmix = *vmixTracking_,
+                               .showSettings = [this] {
+                                   window_.close();
+                                   delegate_->showSettingsWindow();
+                               }});
+    auto window = std::make_unique<PanelWindow>(
+        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+    const auto showTitle = [this, panel = window.get()] {
+        panel->setWindowTitle(text(u"app.name"_s));
+    };
+    showTitle();
+    QObject::connect(l10n_.get(), &L10n::currentChanged, window.get(), showTitle);
+    return window;
 }
 
 void Shell::connectObjects() {
-    const auto showTitle = [this] {
-        window_->setWindowTitle(text(u"app.name"_s));
-        overlayWindow_->setWindowTitle(text(u"app.name"_s));
-    };
+    const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
     showTitle();
-    QObject::connect(l10n_.get(), &L10n::currentChanged, window_.get(), showTitle);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
+                     &AppDelegate::retranslate);
     // Also at the start of a run, which assigns the setting.
     QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
                      [this](const QString& key) {
@@ -159,6 +186,10 @@ void Shell::prepareSpeech() {
 
 void Shell::launch() {
     delegate_->applicationDidFinishLaunching();
+}
+
+bool Shell::showPanel() {
+    return delegate_->showPanel();
 }
 
 void Shell::finish() {

@@ -4,8 +4,11 @@
 #include "BackendControl.h"
 #include "CaptureControl.h"
 #include "DefaultsStore.h"
+#include "DesktopServices.h"
+#include "LazyPanel.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
+#include "PanelWindow.h"
 #include "ServiceAddresses.h"
 #include "UserPaths.h"
 
@@ -20,12 +23,13 @@ class ControlPanel;
 class L10n;
 class OverlayServer;
 class OverlayWindow;
-class PanelWindow;
 class PortProbe;
 class SpeechSynthesizer;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
+class UpdateChecker;
+class UserNotifications;
 class VRChatOutput;
 class VmixSender;
 class VmixTracking;
@@ -45,6 +49,9 @@ class Shell {
     /// The launch sequence.
     void launch();
 
+    /// Shows the panel; false when the program is about to end.
+    bool showPanel();
+
     /// The last act before the objects go.
     void finish();
 
@@ -53,6 +60,7 @@ class Shell {
     void createOutputs();
     void createServices(const UserPaths& paths);
     void createInterface();
+    std::unique_ptr<PanelWindow> makePanel();
     void connectObjects();
     void prepareSpeech();
     bool somethingRuns() const;
@@ -78,9 +86,12 @@ class Shell {
     std::unique_ptr<AudioManager> audio_;
     std::unique_ptr<CaptureControl> captureControl_;
     std::unique_ptr<TranslationController> controller_;
+    DesktopServices opener_;
+    std::unique_ptr<UserNotifications> userNotifications_;
+    std::unique_ptr<UpdateChecker> updates_;
     std::unique_ptr<Tray> tray_;
-    ControlPanel* panel_ = nullptr; ///< Belongs to `window_`.
-    std::unique_ptr<PanelWindow> window_;
+    ControlPanel* panel_ = nullptr; ///< Belongs to the window.
+    LazyPanel<PanelWindow> window_{[this] { return makePanel(); }};
     std::unique_ptr<AppDelegate> delegate_;
 };
 

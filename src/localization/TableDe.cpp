@@ -70,8 +70,11 @@ std::span<const TextEntry> germanTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"Das Python-Backend ist nicht installiert.\n\nÖffnen Sie im Ordner des Programms ein "
-         u"Terminal und führen Sie aus:\nscripts/install-backend"},
+         u"Das Python-Backend ist nicht installiert.\n\nEs kann jetzt installiert werden, nur für "
+         u"Sie. "
+         u"Das dauert meist weniger als eine Minute und braucht kein Terminal."},
+        {u"alert.backend.install", u"Backend installieren"},
+        {u"alert.install.failed.title", u"Backend-Installation fehlgeschlagen"},
         {u"alert.ok", u"OK"},
         {u"alert.cache.title", u"Cache leeren?"},
         {u"alert.cache.msg",
@@ -80,11 +83,13 @@ std::span<const TextEntry> germanTexts() {
         {u"alert.cache.cancel", u"Abbrechen"},
         {u"alert.cache.done.title", u"Cache geleert"},
         {u"alert.cache.done.msg", u"Die Protokolle wurden entfernt."},
+        {u"alert.failed.title", u"Aktion fehlgeschlagen"},
         {u"engine.stopped", u"Backend gestoppt"},
         {u"engine.running", u"✓ Backend läuft (Port 8765)"},
         {u"engine.starting", u"Backend startet..."},
         {u"engine.stopping", u"Backend stoppt..."},
         {u"engine.notinstalled", u"❌ Backend nicht installiert"},
+        {u"engine.installing", u"Backend wird installiert... (%1)"},
         {u"engine.failed", u"❌ Backend-Start fehlgeschlagen"},
         {u"engine.notstarted", u"⚠️ Backend nicht gestartet"},
         {u"engine.terminated", u"❌ Backend wurde beendet"},
@@ -110,6 +115,7 @@ std::span<const TextEntry> germanTexts() {
         {u"settings.overlay.border", u"Rahmen anzeigen"},
         {u"settings.overlay.bordercolor", u"Rahmenfarbe"},
         {u"settings.overlay.opacity", u"Deckkraft"},
+        {u"settings.overlay.preview", u"Vorschau"},
         {u"settings.obs.section", u"Browser-Overlay (OBS)"},
         {u"settings.obs.enable", u"Browser-Overlay aktivieren"},
         {u"settings.obs.port", u"Port"},
@@ -154,6 +160,7 @@ std::span<const TextEntry> germanTexts() {
         {u"settings.tab.engines", u"Engines"},
         {u"settings.engine.select", u"Spracherkennungs-Engine"},
         {u"settings.engine.apikey", u"API-Schlüssel"},
+        {u"settings.engine.apikey.show", u"API-Schlüssel anzeigen"},
         {u"settings.engine.whisper.name", u"Whisper (lokal)"},
         {u"settings.engine.whisper.detail", u"Lokal auf diesem Computer, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Cloud-Streaming in Echtzeit"},
@@ -200,6 +207,9 @@ std::span<const TextEntry> germanTexts() {
         {u"settings.whisper.medium", u"Hohe Qualität · ~5 GB RAM"},
         {u"settings.whisper.large", u"Beste Qualität, langsamste Erkennung · ~10 GB RAM"},
         {u"settings.whisper.download", u"Herunterladen"},
+        {u"settings.whisper.downloading", u"Wird heruntergeladen..."},
+        {u"settings.whisper.downloaded", u"Heruntergeladen"},
+        {u"settings.whisper.failed", u"Download fehlgeschlagen"},
         {u"settings.whisper.delete", u"Löschen"},
         {u"settings.whisper.tip",
          u"Ein Modellwechsel wirkt beim nächsten Start einer Übersetzung."},
@@ -209,6 +219,7 @@ std::span<const TextEntry> germanTexts() {
         {u"settings.lang.builtin", u"Alle Sprachen sind bereits enthalten"},
         {u"settings.lang.autodetect", u"Die Ausgangssprache kann automatisch erkannt werden"},
         {u"settings.lang.supported", u"Unterstützte Sprachen"},
+        {u"settings.lang.search", u"Sprachen suchen"},
         {u"settings.storage.files", u"Dateien"},
         {u"settings.storage.backend", u"Backend-Ordner"},
         {u"settings.storage.open", u"Öffnen"},
@@ -229,11 +240,13 @@ std::span<const TextEntry> germanTexts() {
         {u"info.powered", u"Läuft auf Apple Silicon"},
         {u"info.powered.linux", u"Läuft unter Linux"},
         {u"info.product", u"Produkt"},
+        {u"info.version", u"Version"},
         {u"info.update.check", u"Nach Updates suchen"},
         {u"info.update.uptodate", u"Die App ist aktuell"},
         {u"info.update.download", u"Update herunterladen"},
         {u"info.update.available", u"Eine neue Version ist verfügbar."},
         {u"info.update.later", u"Später"},
+        {u"info.update.failed", u"Die Suche nach Updates ist fehlgeschlagen"},
         {u"notice.apikey.missing", u"API Key fehlt für %1. Bitte in Settings → Engines eintragen."},
         {u"notice.serviceaccount.missing",
          u"Service Account JSON fehlt für Google gRPC. Bitte in Settings → Engines eintragen."},
@@ -243,6 +256,7 @@ std::span<const TextEntry> germanTexts() {
         {u"notice.backend.outdated.linux",
          u"Backend veraltet (v%1). Bitte scripts/install-backend ausführen oder Backend-Dateien "
          u"manuell aktualisieren."},
+        {u"panel.result.empty", u"Hier erscheinen die Übersetzungen."},
     };
     return entries;
 }

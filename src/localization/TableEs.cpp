@@ -70,8 +70,11 @@ std::span<const TextEntry> spanishTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"El backend de Python no está instalado.\n\nAbra un terminal en la carpeta del programa "
-         u"y ejecute:\nscripts/install-backend"},
+         u"El backend de Python no está instalado.\n\nSe puede instalar ahora, solo para usted. "
+         u"Suele "
+         u"tardar menos de un minuto y no hace falta ningún terminal."},
+        {u"alert.backend.install", u"Instalar backend"},
+        {u"alert.install.failed.title", u"Error al instalar el backend"},
         {u"alert.ok", u"Aceptar"},
         {u"alert.cache.title", u"¿Vaciar la caché?"},
         {u"alert.cache.msg", u"Se eliminarán los registros y los archivos temporales. Las "
@@ -80,11 +83,13 @@ std::span<const TextEntry> spanishTexts() {
         {u"alert.cache.cancel", u"Cancelar"},
         {u"alert.cache.done.title", u"Caché vaciada"},
         {u"alert.cache.done.msg", u"Los registros se han eliminado."},
+        {u"alert.failed.title", u"No se pudo completar la acción"},
         {u"engine.stopped", u"Backend detenido"},
         {u"engine.running", u"✓ Backend en ejecución (puerto 8765)"},
         {u"engine.starting", u"Iniciando backend..."},
         {u"engine.stopping", u"Deteniendo backend..."},
         {u"engine.notinstalled", u"❌ Backend no instalado"},
+        {u"engine.installing", u"Instalando backend... (%1)"},
         {u"engine.failed", u"❌ Error al iniciar el backend"},
         {u"engine.notstarted", u"⚠️ Backend no iniciado"},
         {u"engine.terminated", u"❌ El backend se ha cerrado"},
@@ -110,6 +115,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"settings.overlay.border", u"Mostrar borde"},
         {u"settings.overlay.bordercolor", u"Color del borde"},
         {u"settings.overlay.opacity", u"Opacidad"},
+        {u"settings.overlay.preview", u"Vista previa"},
         {u"settings.obs.section", u"Overlay para navegador (OBS)"},
         {u"settings.obs.enable", u"Activar el overlay para navegador"},
         {u"settings.obs.port", u"Puerto"},
@@ -153,6 +159,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"settings.tab.engines", u"Motores"},
         {u"settings.engine.select", u"Motor de reconocimiento de voz"},
         {u"settings.engine.apikey", u"Clave de API"},
+        {u"settings.engine.apikey.show", u"Mostrar la clave de API"},
         {u"settings.engine.whisper.name", u"Whisper (local)"},
         {u"settings.engine.whisper.detail", u"Local en este equipo, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Streaming en la nube en tiempo real"},
@@ -200,6 +207,9 @@ std::span<const TextEntry> spanishTexts() {
         {u"settings.whisper.medium", u"Alta calidad · ~5 GB de RAM"},
         {u"settings.whisper.large", u"Calidad máxima, reconocimiento más lento · ~10 GB de RAM"},
         {u"settings.whisper.download", u"Descargar"},
+        {u"settings.whisper.downloading", u"Descargando..."},
+        {u"settings.whisper.downloaded", u"Descargado"},
+        {u"settings.whisper.failed", u"Error de descarga"},
         {u"settings.whisper.delete", u"Eliminar"},
         {u"settings.whisper.tip",
          u"El cambio de modelo surte efecto al iniciar la siguiente traducción."},
@@ -209,6 +219,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"settings.lang.builtin", u"Todos los idiomas están incluidos"},
         {u"settings.lang.autodetect", u"El idioma de origen puede detectarse automáticamente"},
         {u"settings.lang.supported", u"Idiomas compatibles"},
+        {u"settings.lang.search", u"Buscar idiomas"},
         {u"settings.storage.files", u"Archivos"},
         {u"settings.storage.backend", u"Carpeta del backend"},
         {u"settings.storage.open", u"Abrir"},
@@ -229,11 +240,13 @@ std::span<const TextEntry> spanishTexts() {
         {u"info.powered", u"Con la potencia de Apple Silicon"},
         {u"info.powered.linux", u"Con la potencia de Linux"},
         {u"info.product", u"Producto"},
+        {u"info.version", u"Versión"},
         {u"info.update.check", u"Buscar actualizaciones"},
         {u"info.update.uptodate", u"La app está actualizada"},
         {u"info.update.download", u"Descargar actualización"},
         {u"info.update.available", u"Hay una nueva versión disponible."},
         {u"info.update.later", u"Más tarde"},
+        {u"info.update.failed", u"No se pudo buscar actualizaciones"},
         {u"notice.apikey.missing",
          u"Falta la clave de API de %1. Introdúzcala en Ajustes → Motores."},
         {u"notice.serviceaccount.missing",
@@ -244,6 +257,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"notice.backend.outdated.linux",
          u"El backend está desactualizado (v%1). Ejecute scripts/install-backend o actualice los "
          u"archivos del backend a mano."},
+        {u"panel.result.empty", u"Aquí aparecen las traducciones."},
     };
     return entries;
 }

@@ -56,15 +56,6 @@ TEST_F(PanelWindowTest, growsUpwardsWhereTheScreenEnds) {
     EXPECT_TRUE(available.contains(window.geometry()));
 }
 
-TEST_F(PanelWindowTest, growsNoFurtherThanTheScreen) {
-    const QRect available = window.screen()->availableGeometry();
-    window.showBeside(QRect(100, 0, 24, 24));
-    content->setWordWrap(true);
-    content->setMinimumHeight(available.height() + 500);
-    EXPECT_TRUE(waitUntil([&] { return window.height() >= available.height(); }));
-    EXPECT_GE(window.pos().y(), available.top());
-}
-
 TEST_F(PanelWindowTest, closesWhenItIsToggledAway) {
     window.showBeside(QRect(100, 0, 24, 24));
     window.close();

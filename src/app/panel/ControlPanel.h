@@ -4,13 +4,15 @@
 
 #include <functional>
 
-class QLabel;
 class QPushButton;
+class QVBoxLayout;
 
 namespace orv {
 
 class AudioManager;
 class L10n;
+class NoticeCard;
+class PanelHeader;
 class ResultSection;
 class TranslationController;
 class TranslationEngine;
@@ -41,20 +43,20 @@ class ControlPanel : public QWidget {
     void showNotice(const QString& text);
 
   private:
-    QWidget* makeHeader();
+    QWidget* makeSections();
     QWidget* makeFooter();
     void connectState();
+    void addKeys();
     void translate();
     void refreshRun();
     void startOrStop();
+    QString text(const QString& key) const;
 
     PanelEnvironment environment_;
-    QLabel* title_ = nullptr;
-    QLabel* subtitle_ = nullptr;
-    ResultSection* result_ = nullptr;
-    QPushButton* startStop_ = nullptr;
-    QPushButton* settings_ = nullptr;
-    QPushButton* quit_ = nullptr;
+    PanelHeader* header_;
+    NoticeCard* notice_;
+    ResultSection* result_;
+    QPushButton* startStop_;
 };
 
 } // namespace orv

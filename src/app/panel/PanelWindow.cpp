@@ -11,7 +11,6 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -51,15 +50,29 @@ void PanelWindow::showBeside(const QRect& button) {
         return;
     }
     setStyle(Style::Popover);
-    const QScreen* screen = QGuiApplication::screenAt(button.center());
-    if (screen == nullptr) {
-        screen = QGuiApplication::primaryScreen();
-    }
-    fitContent(screen->availableGeometry().size());
-    move(placeBeside(button, size(), screen->availableGeometry(), popoverGap));
+    button_ = button;
+    placePopover();
     show();
     raise();
     activateWindow();
+}
+
+void PanelWindow::placePopover() {
+    const QScreen* screen = QGuiApplication::screenAt(button_.center());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    const QRect available = screen->availableGeometry();
+    fitContent(available.size());
+    move(placeBeside(button_, size(), available, popoverGap));
+}
+
+bool PanelWindow::event(QEvent* event) {
+    const bool handled = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest && style_ == Style::Popover && isVisible()) {
+        placePopover();
+    }
+    return handled;
 }
 
 void PanelWindow::showAsWindow() {
@@ -83,40 +96,7 @@ void PanelWindow::fitContent(const QSize& available) {
     const int width = sizeHint().width();
     const int height =
         hasHeightForWidth() ? layout()->totalHeightForWidth(width) : sizeHint().height();
-    resize(QSize(width, height).boundedTo(available));
-}
-
-bool PanelWindow::event(QEvent* event) {
-    const bool taken = QWidget::event(event);
-    if (event->type() == QEvent::LayoutRequest && isVisible()) {
-        growToContent();
-    }
-    return taken;
-}
-
-void PanelWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    // Windows are the window manager's business.
-    if (style_ == Style::Popover && isVisible()) {
-        moveOntoScreen();
-    }
-}
-
-void PanelWindow::growToContent() {
-    // A notice that comes up while the panel is open must not squeeze what stands below it.
-    const int needed = layout()->hasHeightForWidth() ? layout()->totalMinimumHeightForWidth(width())
-                                                     : layout()->totalMinimumSize().height();
-    const int frame = frameGeometry().height() - height();
-    const int available = screen()->availableGeometry().height() - frame;
-    resize(width(), std::max(height(), std::min(needed, available)));
-}
-
-void PanelWindow::moveOntoScreen() {
-    const QRect available = screen()->availableGeometry();
-    const int beyond = frameGeometry().bottom() - available.bottom();
-    if (beyond > 0) {
-        move(pos().x(), std::max(available.top(), pos().y() - beyond));
-    }
+    resize(QSize(width, height).boundedTo(available - QSize(0, 2 * popoverGap)));
 }
 
 void PanelWindow::setStyle(Style style) {

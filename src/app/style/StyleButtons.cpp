@@ -193,6 +193,13 @@ void drawSwitch(const Theme& theme, const QStyleOption& option, QPainter* painte
     drawRounded(painter, knob, side / 2, theme.knob);
 }
 
+void drawSwitchLabel(const Theme& theme, const QStyleOptionButton& option, QPainter* painter) {
+    const PaintScope scope(painter);
+    painter->setPen(isEnabled(option) ? theme.text : theme.disabledText);
+    drawLine(painter, option.rect, QStyle::visualAlignment(option.direction, Qt::AlignLeft),
+             option.text);
+}
+
 void drawRadio(const Theme& theme, const QStyleOption& option, QPainter* painter) {
     const PaintScope scope(painter);
     const bool on = option.state.testFlag(QStyle::State_On);

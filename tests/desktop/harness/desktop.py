@@ -10,7 +10,7 @@ import tempfile
 from .processes import Children, Timeout, wait_until
 
 SCREEN = "1280x900x24"
-_EMPTY_TRAY_WIDTH = 8
+EMPTY_TRAY_WIDTH = 8
 
 
 class Desktop:
@@ -157,10 +157,15 @@ class Desktop:
         """The tray's (x, y, width, height), or None."""
         return next(iter(self.windows("panel")), None)
 
+    def tray_number(self):
+        """The number of the tray's window."""
+        return int(self._run(["xdotool", "search", "--onlyvisible", "--classname", "^panel$"])
+                   .split()[0])
+
     def tray_item(self):
         """The (x, y, width, height) of the tray once it holds an item, else None."""
         window = self.tray_window()
-        return window if window and window[2] > _EMPTY_TRAY_WIDTH else None
+        return window if window and window[2] > EMPTY_TRAY_WIDTH else None
 
     def windows(self, name):
         """The (x, y, width, height) of every visible window whose class is called `name`. Finds
