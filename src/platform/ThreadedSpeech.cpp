@@ -14,11 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+/// Everything that is asked of the speech thread; a later request is merged into one that waits.
 struct ThreadedSpeech::Request {
-    enum class Kind { Prepare, Speak, Stop };
-
-    Kind kind = Kind::Prepare;
-    QString text = {};
+    bool prepare = false;
+    bool stop = false;
+    std::optional<QString> text = {}; ///< To be spoken; that stops what is being spoken.
 };
 
 /// What the speech thread works on. Shared with it, since a hung thread outlives the synthesiser.
@@ -27,33 +27,36 @@ class ThreadedSpeech::Worker {
     explicit Worker(EngineMaker maker)
         : maker_(std::move(maker)) {}
 
-    /// Leaves `request` in place of what waits. True when the thread has to be told.
+    /// Adds `request` to what waits. True when the thread has to be told.
     bool leave(Request request) {
         const std::lock_guard lock(mutex_);
-        const bool empty = !waiting_.has_value();
-        if (empty || request.kind != Request::Kind::Prepare) {
+        if (!waiting_) {
             waiting_ = std::move(request);
+            return true;
         }
-        return empty;
+        waiting_->prepare |= request.prepare;
+        if (request.stop || request.text) {
+            waiting_->stop = request.stop;
+            waiting_->text = std::move(request.text);
+        }
+        return false;
     }
 
     /// On the speech thread.
     void work() {
-        if (const std::optional<Request> request = take()) {
-            switch (request->kind) {
-            case Request::Kind::Prepare:
-                tried_ = false;
-                makeEngine();
-                break;
-            case Request::Kind::Stop:
-                if (engine_) {
-                    engine_->stop();
-                }
-                break;
-            case Request::Kind::Speak:
-                say(request->text);
-                break;
-            }
+        const std::optional<Request> request = take();
+        if (!request) {
+            return;
+        }
+        if (request->prepare) {
+            tried_ = false;
+            makeEngine();
+        }
+        if (request->stop && engine_) {
+            engine_->stop();
+        }
+        if (request->text) {
+            say(*request->text);
         }
     }
 
@@ -144,16 +147,16 @@ ThreadedSpeech::~ThreadedSpeech() {
 }
 
 void ThreadedSpeech::prepare() {
-    request({.kind = Request::Kind::Prepare});
+    request({.prepare = true});
 }
 
 void ThreadedSpeech::speak(const QString& text) {
-    request({.kind = Request::Kind::Speak, .text = text});
+    request({.text = text});
 }
 
 void ThreadedSpeech::stop() {
     if (thread_) {
-        request({.kind = Request::Kind::Stop});
+        request({.stop = true});
     }
 }
 

@@ -49,7 +49,7 @@ class Stage:
         self._log = desktop.folder / "stage.log"
         with self._log.open("wb") as log:
             self.process = desktop.children.start(
-                [STAGE, "--store", str(desktop.home / "stage.json"), "--hide-after",
+                [STAGE, "-name", "orvane_subtitles", "--store", str(desktop.home / "stage.json"), "--hide-after",
                  str(hide_after)],
                 env={**desktop.environment, "QT_SCALE_FACTOR": str(scale)},
                 stdin=subprocess.PIPE, stdout=log, stderr=subprocess.STDOUT)
@@ -79,7 +79,7 @@ class Stage:
 
     def window(self):
         """(x, y, width, height) of the window on the screen with its shadow, or None."""
-        return next(iter(self._desktop.windows("orvane_subtitle_stage")), None)
+        return next(iter(self._desktop.windows("orvane_subtitles")), None)
 
 
 class Backdrop:
@@ -89,7 +89,7 @@ class Backdrop:
         self._log = desktop.folder / "backdrop.log"
         with self._log.open("wb") as log:
             self.process = desktop.children.start(
-                [STAGE, "backdrop", *(["--full-screen"] if full_screen else [])],
+                [STAGE, "-name", "orvane_backdrop", "backdrop", *(["--full-screen"] if full_screen else [])],
                 env=desktop.environment, stdin=subprocess.PIPE, stdout=log,
                 stderr=subprocess.STDOUT)
         self.wait_for("ready")

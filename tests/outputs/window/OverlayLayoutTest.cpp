@@ -1,5 +1,7 @@
 #include "OverlayLayout.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;

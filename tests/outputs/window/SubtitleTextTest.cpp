@@ -5,6 +5,7 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
