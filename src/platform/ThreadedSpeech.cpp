@@ -109,7 +109,8 @@ class ThreadedSpeech::Worker {
         }
         engine_ = maker_();
         if (!engine_ && !std::exchange(complained_, true)) {
-            logLine(u"⚠️ Keine Sprachausgabe verfügbar - Übersetzungen werden nicht vorgelesen");
+            logLine(
+                u"⚠️ Keine Sprachausgabe verfügbar - Übersetzungen werden nicht vorgelesen");
         }
     }
 

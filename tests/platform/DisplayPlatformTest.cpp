@@ -7,8 +7,9 @@ namespace orv::test {
 namespace {
 
 TEST(DisplayPlatform, leavesAnX11SessionAlone) {
-    EXPECT_EQ(platformForSubtitles({.chosenPlatform = {}, .waylandDisplay = {}, .x11Display = ":0"}),
-              std::nullopt);
+    EXPECT_EQ(
+        platformForSubtitles({.chosenPlatform = {}, .waylandDisplay = {}, .x11Display = ":0"}),
+        std::nullopt);
 }
 
 TEST(DisplayPlatform, takesTheXServerOfAWaylandSession) {
@@ -25,18 +26,19 @@ TEST(DisplayPlatform, leavesAWaylandSessionWithoutXServerAlone) {
 
 TEST(DisplayPlatform, keepsWhatTheUserHasChosen) {
     for (const char* chosen : {"wayland", "offscreen", "wayland-egl"}) {
-        EXPECT_EQ(platformForSubtitles(
-                      {.chosenPlatform = chosen, .waylandDisplay = "wayland-0", .x11Display = ":0"}),
-                  std::nullopt)
+        EXPECT_EQ(
+            platformForSubtitles(
+                {.chosenPlatform = chosen, .waylandDisplay = "wayland-0", .x11Display = ":0"}),
+            std::nullopt)
             << chosen;
     }
 }
 
 TEST(DisplayPlatform, prefersTheXServerInAListThatAllowsIt) {
-    EXPECT_EQ(platformForSubtitles({.chosenPlatform = "wayland;xcb",
-                                    .waylandDisplay = "wayland-0",
-                                    .x11Display = ":0"}),
-              QByteArray("xcb;wayland"));
+    EXPECT_EQ(
+        platformForSubtitles(
+            {.chosenPlatform = "wayland;xcb", .waylandDisplay = "wayland-0", .x11Display = ":0"}),
+        QByteArray("xcb;wayland"));
 }
 
 TEST(DisplayPlatform, readsAndWritesTheEnvironment) {

@@ -59,9 +59,9 @@ class Stage {
 
     bool has(const QString& call) const { return calls().contains(call); }
 
-    std::atomic<bool> works = true;      ///< Whether engines can be made.
-    std::atomic<int> failingSays = 0;    ///< So many calls of `say` fail.
-    std::atomic<int> onMainThread = 0;   ///< Calls on the wrong thread.
+    std::atomic<bool> works = true;    ///< Whether engines can be made.
+    std::atomic<int> failingSays = 0;  ///< So many calls of `say` fail.
+    std::atomic<int> onMainThread = 0; ///< Calls on the wrong thread.
     const std::thread::id mainThread = std::this_thread::get_id();
 
   private:
@@ -135,8 +135,8 @@ TEST_F(ThreadedSpeechTest, stopsTheUtteranceBeforeItSpeaksTheNext) {
     ASSERT_TRUE(waitForCall(u"say one"_s));
     speech->speak(u"two"_s);
     ASSERT_TRUE(waitForCall(u"say two"_s));
-    EXPECT_EQ(stage->calls(), (QStringList{u"made"_s, u"stop"_s, u"say one"_s, u"stop"_s,
-                                           u"say two"_s}));
+    EXPECT_EQ(stage->calls(),
+              (QStringList{u"made"_s, u"stop"_s, u"say one"_s, u"stop"_s, u"say two"_s}));
     EXPECT_EQ(stage->onMainThread, 0);
 }
 

@@ -182,8 +182,7 @@ void OverlayWindow::paintEvent(QPaintEvent* /*event*/) {
     if (composited_) {
         shadow_.draw(painter, frame, appearance_.background.alphaF());
     }
-    const QColor background =
-        composited_ ? appearance_.background : opaque(appearance_.background);
+    const QColor background = composited_ ? appearance_.background : opaque(appearance_.background);
     if (appearance_.border) {
         // The border covers the edge of the background, which would shine through round it.
         constexpr double width = OverlayLengths::borderWidth;

@@ -92,6 +92,7 @@ class OverlayWindow : public QWidget {
     void bringToFront();
     void followMainScreen(QScreen* screen);
     QRect mainScreen() const;
+
     int shadowMargin() const { return composited_ ? SoftShadow::margin : 0; }
 
     OverlayEnvironment environment_;

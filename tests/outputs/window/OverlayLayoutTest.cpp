@@ -87,8 +87,8 @@ TEST(OverlayLayout, staysOnTheScreenAndKeepsTheLatestLines) {
 
 TEST(OverlayLayout, wastesNoRoomWhenItHasToShorten) {
     const OverlayLayout layout = laidOut(QString(), u"line\n"_s.repeated(240) + u"end"_s);
-    const int line = SubtitleText(u"x"_s, SubtitleFonts::system().scaled(64).translation, 760)
-                         .height();
+    const int line =
+        SubtitleText(u"x"_s, SubtitleFonts::system().scaled(64).translation, 760).height();
     EXPECT_LT(layout.frames.window.top(), OverlayLengths::topDistance + 2 * line);
 }
 

@@ -103,8 +103,8 @@ TEST_F(OverlayWindowTest, isWhereItsFramesSay) {
     const QMargins shadow(SoftShadow::margin, SoftShadow::margin, SoftShadow::margin,
                           SoftShadow::margin);
     EXPECT_EQ(window->geometry(), window->frames().window.marginsAdded(shadow));
-    EXPECT_EQ(window->textField().geometry(), window->frames().translation.translated(
-                                                  SoftShadow::margin, SoftShadow::margin));
+    EXPECT_EQ(window->textField().geometry(),
+              window->frames().translation.translated(SoftShadow::margin, SoftShadow::margin));
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     EXPECT_EQ(window->frames().window.bottom() + 1, screen.bottom() + 1 - 80);
     EXPECT_EQ(window->textField().height(), window->textField().subtitle().height());
@@ -207,8 +207,7 @@ TEST_F(OverlayWindowTest, takesResultsFromAnyThread) {
 TEST_F(OverlayWindowTest, showsOnlyTheLatestOfResultsThatComeTooFast) {
     store.setBool(u"speakTranslations"_s, true);
     int painted = 0;
-    QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(),
-                     [&] { ++painted; });
+    QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
     std::thread other([this] {
         for (int i = 0; i < 10'000; ++i) {
             window->showTranslation(u"source"_s, u"result %1"_s.arg(i));
@@ -237,8 +236,7 @@ TEST_F(OverlayWindowTest, aResultWithoutAnyTextChangesNothing) {
 
 TEST_F(OverlayWindowTest, saysWhenAResultHasBeenPainted) {
     int painted = 0;
-    QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(),
-                     [&] { ++painted; });
+    QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
     show(u"hello"_s, u"hola"_s);
     ASSERT_TRUE(waitUntil([&] { return painted == 1; }));
     window->update();
