@@ -44,13 +44,13 @@ TEXTS = {
 class Stage:
     """The subtitle window in a process of its own."""
 
-    def __init__(self, desktop, scale=1, hide_after=600_000):
+    def __init__(self, desktop, scale=1, hide_after=600_000, voice=False):
         self._desktop = desktop
         self._log = desktop.folder / "stage.log"
         with self._log.open("wb") as log:
             self.process = desktop.children.start(
                 [STAGE, "-name", "orvane_subtitles", "--store", str(desktop.home / "stage.json"), "--hide-after",
-                 str(hide_after)],
+                 str(hide_after), *(["--voice"] if voice else [])],
                 env={**desktop.environment, "QT_SCALE_FACTOR": str(scale)},
                 stdin=subprocess.PIPE, stdout=log, stderr=subprocess.STDOUT)
         self._wait_for("ready", 1)
