@@ -51,7 +51,6 @@ class Shell {
     void createSubtitles();
     void createInterface();
     void connectObjects();
-    void prepareSpeech();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 

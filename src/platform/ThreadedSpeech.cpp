@@ -3,7 +3,7 @@
 #include "EventLoopThread.h"
 #include "Log.h"
 
-#include <QThread>
+#include <QCoreApplication>
 
 #include <future>
 #include <mutex>
@@ -68,20 +68,29 @@ class ThreadedSpeech::Worker {
         engine_.reset();
         const std::lock_guard lock(mutex_);
         ended_ = true;
-        if (abandoned_) {
-            QThread::currentThread()->quit();
+        dispose();
+    }
+
+    /// Takes a thread that nobody waits for; it goes when it comes to its end.
+    void adopt(std::unique_ptr<EventLoopThread> thread) {
+        const std::lock_guard lock(mutex_);
+        waiting_.reset();
+        adopted_ = thread.release();
+        if (ended_) {
+            dispose();
         }
     }
 
-    /// Nobody waits for the thread any more. False when it has come to its end after all.
-    bool abandon() {
-        const std::lock_guard lock(mutex_);
-        waiting_.reset();
-        abandoned_ = !ended_;
-        return abandoned_;
+  private:
+    /// A thread cannot join itself, so the main thread does it. After the program's end the system
+    /// does.
+    void dispose() {
+        if (adopted_ != nullptr && QCoreApplication::instance() != nullptr) {
+            post(QCoreApplication::instance(),
+                 [thread = std::exchange(adopted_, nullptr)] { delete thread; });
+        }
     }
 
-  private:
     std::optional<Request> take() {
         const std::lock_guard lock(mutex_);
         return std::exchange(waiting_, std::nullopt);
@@ -118,7 +127,7 @@ class ThreadedSpeech::Worker {
     std::mutex mutex_;
     std::optional<Request> waiting_;
     bool ended_ = false;
-    bool abandoned_ = false;
+    EventLoopThread* adopted_ = nullptr; ///< Owned, but the end of the program need not wait.
 
     // The speech thread's own.
     std::unique_ptr<SpeechEngine> engine_;
@@ -139,11 +148,9 @@ ThreadedSpeech::~ThreadedSpeech() {
         worker->end();
         ended->set_value();
     });
-    if (ended->get_future().wait_for(timings_.farewell) == std::future_status::timeout &&
-        worker_->abandon()) {
+    if (ended->get_future().wait_for(timings_.farewell) == std::future_status::timeout) {
         logLine(u"⚠️ Sprachausgabe antwortet nicht - wird nicht abgewartet");
-        // Deliberately given up: destroying it would wait.
-        static_cast<void>(thread_.release());
+        worker_->adopt(std::move(thread_));
     }
 }
 

@@ -230,6 +230,8 @@ TEST_F(ThreadedSpeechTest, doesNotWaitLongForAnEngineThatHangsAtTheEnd) {
     EXPECT_FALSE(stage->has(u"gone"_s));
     stage->open();
     EXPECT_TRUE(waitForCall(u"gone"_s)) << "what was left to itself ends when it comes back";
+    EXPECT_TRUE(waitUntil([this] { return stage.use_count() == 1; }));
+    drainEvents();
 }
 
 TEST_F(ThreadedSpeechTest, saysOnceThatThereIsNoEngine) {

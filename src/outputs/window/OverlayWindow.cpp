@@ -63,6 +63,19 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
 
 OverlayWindow::~OverlayWindow() = default;
 
+void OverlayWindow::prepare() {
+    const DefaultsStore& store = environment_.store;
+    if (store.boolean(u"showOverlay"_s).value_or(true)) {
+        create();
+        // The first text of a program takes tens of milliseconds: the fonts are looked for.
+        layoutForContent(windowTitle(), windowTitle() + u'…', SubtitleFonts::system(),
+                         mainScreen());
+    }
+    if (store.boolean(u"speakTranslations"_s).value_or(false)) {
+        environment_.speech.prepare();
+    }
+}
+
 void OverlayWindow::showTranslation(const QString& original, const QString& translation) {
     {
         const std::lock_guard lock(mutex_);

@@ -167,6 +167,22 @@ TEST_F(OverlayWindowTest, speaksTheTranslationWhenTheUserWantsIt) {
     EXPECT_EQ(speech.calls, (QStringList{u"speak hola"_s, u"speak okay"_s}));
 }
 
+TEST_F(OverlayWindowTest, preparesWhatARunWillNeedAndShowsNothing) {
+    window->prepare();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_NE(window->windowHandle(), nullptr);
+    EXPECT_TRUE(speech.calls.isEmpty());
+    store.setBool(u"speakTranslations"_s, true);
+    window->prepare();
+    EXPECT_EQ(speech.calls, QStringList{u"prepare"_s});
+}
+
+TEST_F(OverlayWindowTest, preparesNoWindowThatTheUserDoesNotWant) {
+    store.setBool(u"showOverlay"_s, false);
+    window->prepare();
+    EXPECT_EQ(window->windowHandle(), nullptr);
+}
+
 TEST_F(OverlayWindowTest, theEndOfARunHidesAndSilencesAtOnce) {
     make(60s);
     show(u"hello"_s, u"hola"_s);
