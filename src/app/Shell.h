@@ -62,7 +62,6 @@ class Shell {
     void createInterface();
     std::unique_ptr<PanelWindow> makePanel();
     void connectObjects();
-    void prepareSpeech();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 

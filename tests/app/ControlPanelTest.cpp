@@ -124,6 +124,7 @@ class ControlPanelTest : public ::testing::Test {
                               .notifications = centre,
                               .dialogs = dialogs,
                               .text = [this](const QString& key) { return text(key); },
+                              .endSubtitles = [] {},
                               .terminate = [] {},
                               .timings = {.captureStart = 1ms, .terminate = 1ms}}};
     VmixTracking vmix{settings};
