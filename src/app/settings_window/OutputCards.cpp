@@ -140,10 +140,9 @@ void addVRChatCard(CardColumn& column, const TabContext& context) {
 void addVMixCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
-    const QString product = u"vMix"_s;
-    const SectionName section = [product] { return product; };
+    const SectionName section = [] { return u"vMix"_s; };
     Card& card = *column.addCard();
-    card.addHeading()->setText(product);
+    card.addHeading()->setText(section());
     addSwitch(card, bindings, u"settings.vmix.enable"_s,
               bindings.setting(settings.vmixEnabled, u"vmixEnabled"_s));
     addHint(card, bindings, u"settings.vmix.subtitle"_s);
