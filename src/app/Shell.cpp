@@ -3,6 +3,7 @@
 #include "AudioCapture.h"
 #include "AudioManager.h"
 #include "BackendInstallerPath.h"
+#include "CheckerControl.h"
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
@@ -14,6 +15,7 @@
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "RegisteredDefaults.h"
+#include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
 #include "TranslationController.h"
@@ -31,7 +33,8 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate)
-    : addresses_(std::move(addresses))
+    : paths_(paths)
+    , addresses_(std::move(addresses))
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
@@ -111,6 +114,7 @@ void Shell::createInterface() {
         UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
                           .updateURLs = addresses_.updateManifests,
                           .opener = opener_});
+    updateControl_ = makeUpdateControl(*updates_);
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
                             .notifications = notifications_,
@@ -137,7 +141,7 @@ void Shell::createInterface() {
                                     vrchat_->sendToVRChat(original, translation);
                                 },
                             .terminate = terminate_,
-                            .makeSettings = {}});
+                            .makeSettings = [this] { return makeSettings(); }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
@@ -159,6 +163,20 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, window.get(), showTitle);
     return window;
+}
+
+std::unique_ptr<QWidget> Shell::makeSettings() {
+    return makeSettingsWindow({.settings = *settings_,
+                               .store = store_,
+                               .l10n = *l10n_,
+                               .dialogs = dialogs_,
+                               .chooser = chooser_,
+                               .opener = opener_,
+                               .updates = *updateControl_,
+                               .paths = paths_,
+                               .sendVRChatTest = [this] { vrchat_->sendVRChatTest(); },
+                               .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },
+                               .autoStopChanged = [this] { engine_->refreshMayOutlive(); }});
 }
 
 void Shell::connectObjects() {

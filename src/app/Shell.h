@@ -5,6 +5,7 @@
 #include "CaptureControl.h"
 #include "DefaultsStore.h"
 #include "DesktopServices.h"
+#include "FileDialogs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
@@ -29,6 +30,7 @@ class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
 class UpdateChecker;
+class UpdateControl;
 class UserNotifications;
 class VRChatOutput;
 class VmixSender;
@@ -61,10 +63,12 @@ class Shell {
     void createServices(const UserPaths& paths);
     void createInterface();
     std::unique_ptr<PanelWindow> makePanel();
+    std::unique_ptr<QWidget> makeSettings();
     void connectObjects();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 
+    const UserPaths paths_;
     ServiceAddresses addresses_;
     std::function<void()> terminate_;
     NotificationCentre notifications_;
@@ -88,6 +92,8 @@ class Shell {
     DesktopServices opener_;
     std::unique_ptr<UserNotifications> userNotifications_;
     std::unique_ptr<UpdateChecker> updates_;
+    std::unique_ptr<UpdateControl> updateControl_;
+    FileDialogs chooser_;
     std::unique_ptr<Tray> tray_;
     ControlPanel* panel_ = nullptr; ///< Belongs to the window.
     LazyPanel<PanelWindow> window_{[this] { return makePanel(); }};

@@ -7,13 +7,17 @@
 #include "Theme.h"
 
 #include <QHBoxLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QPainter>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -23,19 +27,30 @@ namespace {
 
 constexpr int columns = 3;
 
-/// The languages as rows; the flag stands before the name whichever way the name is written.
-QStandardItemModel* makeModel(QObject* parent) {
-    // A mark without width that keeps what follows from turning the row round.
-    const QChar leftToRight(0x200E);
-    auto* model = new QStandardItemModel(parent);
-    for (const Language& language : LanguageManager::allLanguages()) {
-        auto* item = new QStandardItem(leftToRight + language.flag + u"  "_s + language.name);
-        item->setEditable(false);
-        item->setToolTip(language.name + u" ("_s + language.code + u")"_s);
-        item->setData(language.name, Qt::AccessibleTextRole);
-        model->appendRow(item);
-    }
-    return model;
+// Each script loads its font when it is first drawn, some of them many megabytes: rows come a few
+// at a time, so that the interface never stands still for all of them.
+constexpr int rowsAtATime = columns;
+constexpr std::chrono::milliseconds pause{5};
+
+/// A flag as a picture. Drawn once: painting a coloured glyph takes a millisecond each time.
+QIcon flagPicture(const QString& flag, const QWidget& widget) {
+    const QFontMetrics metrics = widget.fontMetrics();
+    const QSize size(metrics.horizontalAdvance(flag), metrics.height());
+    QPixmap pixmap(size * widget.devicePixelRatioF());
+    pixmap.setDevicePixelRatio(widget.devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setFont(widget.font());
+    painter.drawText(QRect(QPoint(), size), Qt::AlignCenter, flag);
+    painter.end();
+    return QIcon(pixmap);
+}
+
+QStandardItem* makeRow(const Language& language, const QWidget& widget) {
+    auto* item = new QStandardItem(flagPicture(language.flag, widget), language.name);
+    item->setEditable(false);
+    item->setToolTip(language.flag + u' ' + language.name + u" ("_s + language.code + u")"_s);
+    return item;
 }
 
 /// Rows of languages that match what was typed.
@@ -83,6 +98,7 @@ class GridView : public QListView {
         setResizeMode(QListView::Adjust);
         setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+        setIconSize({2 * fontMetrics().height(), fontMetrics().height()});
         setLayoutDirection(Qt::LeftToRight);
         setItemDelegate(new CellDelegate(this));
         setViewportMargins(space::tiny, space::tiny, 0, space::tiny);
@@ -104,11 +120,11 @@ LanguagesTab::LanguagesTab(const TabContext& context, QWidget* parent)
     , heading_(makeHeading(this))
     , count_(makeHint(this))
     , search_(new QLineEdit(this))
+    , rows_(new QStandardItemModel(this))
     , grid_(new GridView(this))
     , facts_(makeHint(this)) {
     auto* proxy = new LanguageProxy(this);
-    proxy->setSourceModel(makeModel(this));
-    shown_ = proxy;
+    proxy->setSourceModel(rows_);
     grid_->setModel(proxy);
     connect(search_, &QLineEdit::textChanged, this, [this, proxy](const QString& typed) {
         proxy->setTyped(typed);
@@ -128,6 +144,20 @@ LanguagesTab::LanguagesTab(const TabContext& context, QWidget* parent)
     column->addWidget(grid_, 1);
     column->addWidget(facts_);
     bindings_.translated(this, [this] { translate(); });
+    filling_.setInterval(pause);
+    connect(&filling_, &QTimer::timeout, this, &LanguagesTab::addRows);
+    filling_.start();
+    addRows();
+}
+
+void LanguagesTab::addRows() {
+    const QList<Language>& languages = LanguageManager::allLanguages();
+    for (int count = 0; count < rowsAtATime && rows_->rowCount() < languages.size(); ++count) {
+        rows_->appendRow(makeRow(languages[rows_->rowCount()], *grid_));
+    }
+    if (rows_->rowCount() == languages.size()) {
+        filling_.stop();
+    }
 }
 
 void LanguagesTab::translate() {
@@ -143,8 +173,11 @@ void LanguagesTab::translate() {
 }
 
 void LanguagesTab::showCount() {
-    const auto all = LanguageManager::allLanguages().size();
-    const int shown = shown_->rowCount();
+    const QList<Language>& languages = LanguageManager::allLanguages();
+    const auto all = languages.size();
+    const auto shown = std::ranges::count_if(languages, [this](const Language& language) {
+        return languageMatches(language, search_->text());
+    });
     const QString count = shown == all
                               ? QString::number(all)
                               : QString(QString::number(shown) + u" / "_s + QString::number(all));

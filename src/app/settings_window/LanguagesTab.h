@@ -2,12 +2,13 @@
 
 #include "SettingsEnvironment.h"
 
+#include <QTimer>
 #include <QWidget>
 
 class QLabel;
 class QLineEdit;
 class QListView;
-class QSortFilterProxyModel;
+class QStandardItemModel;
 
 namespace orv {
 
@@ -19,6 +20,7 @@ class LanguagesTab : public QWidget {
     explicit LanguagesTab(const TabContext& context, QWidget* parent = nullptr);
 
   private:
+    void addRows();
     void translate();
     void showCount();
 
@@ -26,7 +28,8 @@ class LanguagesTab : public QWidget {
     QLabel* heading_;
     QLabel* count_;
     QLineEdit* search_;
-    QSortFilterProxyModel* shown_;
+    QStandardItemModel* rows_;
+    QTimer filling_; ///< Runs until all languages have their rows.
     QListView* grid_;
     QLabel* facts_;
 };

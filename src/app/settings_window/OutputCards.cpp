@@ -33,18 +33,18 @@ QString shownMode(std::int64_t mode) {
     return QString::number(mode == 0 || mode == 1 ? mode : 2);
 }
 
-void addText(Card& card, Bindings& bindings, const BoundValue<QString>& value, Blanks blanks,
-             const QString& key, const SectionName& section) {
+QLabel* addText(Card& card, Bindings& bindings, const BoundValue<QString>& value, Blanks blanks,
+                const QString& key, const SectionName& section) {
     auto* edit = new QLineEdit(&card);
     bindings.bind(edit, value, blanks);
-    addNamedField(card, bindings, edit, key, section);
+    return addNamedField(card, bindings, edit, key, section);
 }
 
-void addPort(Card& card, Bindings& bindings, const BoundValue<std::int64_t>& value,
-             const QString& key, const SectionName& section) {
+QLabel* addPort(Card& card, Bindings& bindings, const BoundValue<std::int64_t>& value,
+                const QString& key, const SectionName& section) {
     auto* port = new PortField(&card);
     bindings.bind(port, value);
-    addNamedField(card, bindings, port, key, section);
+    return addNamedField(card, bindings, port, key, section);
 }
 
 void addSendMode(Card& card, const TabContext& context, const SectionName& section) {
@@ -140,26 +140,28 @@ void addVRChatCard(CardColumn& column, const TabContext& context) {
 void addVMixCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
-    const QString product = u"vMix"_s;
-    const SectionName section = [product] { return product; };
+    const SectionName section = [] { return u"vMix"_s; };
     Card& card = *column.addCard();
-    card.addHeading()->setText(product);
+    card.addHeading()->setText(section());
     addSwitch(card, bindings, u"settings.vmix.enable"_s,
               bindings.setting(settings.vmixEnabled, u"vmixEnabled"_s));
     addHint(card, bindings, u"settings.vmix.subtitle"_s);
     addHeading(card, bindings, u"settings.vmix.connection"_s);
-    addText(card, bindings, bindings.setting(settings.vmixHost, u"vmixHost"_s), Blanks::Trimmed,
-            u"settings.vrc.host"_s, section);
-    addPort(card, bindings, bindings.setting(settings.vmixPort, u"vmixPort"_s),
-            u"settings.vrc.port"_s, section);
-    addText(card, bindings, bindings.setting(settings.vmixInput, u"vmixInput"_s), Blanks::Kept,
-            u"settings.vmix.input.hint"_s, section);
+    QList<QLabel*> labels;
+    labels << addText(card, bindings, bindings.setting(settings.vmixHost, u"vmixHost"_s),
+                      Blanks::Trimmed, u"settings.vrc.host"_s, section)
+           << addPort(card, bindings, bindings.setting(settings.vmixPort, u"vmixPort"_s),
+                      u"settings.vrc.port"_s, section)
+           << addText(card, bindings, bindings.setting(settings.vmixInput, u"vmixInput"_s),
+                      Blanks::Kept, u"settings.vmix.input.hint"_s, section);
     addHeading(card, bindings, u"settings.vmix.fields"_s);
-    addText(card, bindings,
-            bindings.setting(settings.vmixFieldTranslation, u"vmixFieldTranslation"_s),
-            Blanks::Kept, u"settings.vmix.field.translation"_s, section);
-    addText(card, bindings, bindings.setting(settings.vmixFieldOriginal, u"vmixFieldOriginal"_s),
-            Blanks::Kept, u"settings.vmix.field.original"_s, section);
+    labels << addText(card, bindings,
+                      bindings.setting(settings.vmixFieldTranslation, u"vmixFieldTranslation"_s),
+                      Blanks::Kept, u"settings.vmix.field.translation"_s, section)
+           << addText(card, bindings,
+                      bindings.setting(settings.vmixFieldOriginal, u"vmixFieldOriginal"_s),
+                      Blanks::Kept, u"settings.vmix.field.original"_s, section);
+    alignLabels(bindings, labels);
     addHint(card, bindings, u"settings.vmix.tip"_s);
 }
 

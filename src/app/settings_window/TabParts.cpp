@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -68,6 +70,18 @@ QLabel* addNamedField(Card& card, Bindings& bindings, QWidget* control, const QS
         }
     });
     return label;
+}
+
+void alignLabels(Bindings& bindings, const QList<QLabel*>& labels) {
+    bindings.translated(labels.last(), [labels] {
+        int widest = 0;
+        for (const QLabel* label : labels) {
+            widest = std::max(widest, label->sizeHint().width());
+        }
+        for (QLabel* label : labels) {
+            label->setMinimumWidth(widest);
+        }
+    });
 }
 
 QBoxLayout* makeActionRow(QWidget* upper, QWidget* lower, QWidget* actions) {

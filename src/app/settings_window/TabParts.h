@@ -3,6 +3,7 @@
 #include "Bindings.h"
 #include "SettingsEnvironment.h"
 
+#include <QList>
 #include <QString>
 #include <QWidget>
 
@@ -50,6 +51,9 @@ QWidget* atTheLeft(QWidget* control);
 /// text, after the section's name and a colon where there is a section.
 QLabel* addNamedField(Card& card, Bindings& bindings, QWidget* control, const QString& key,
                       const SectionName& section = {});
+
+/// Keeps these labels, of rows that other things stand between, at the width of the widest.
+void alignLabels(Bindings& bindings, const QList<QLabel*>& labels);
 
 /// A row with one text over another on the left and `actions` on the right.
 QBoxLayout* makeActionRow(QWidget* upper, QWidget* lower, QWidget* actions);

@@ -49,7 +49,8 @@ void UpdateRow::check() {
     refresh();
     updates_.check([self = QPointer(this)](UpdateControl::Outcome outcome) {
         if (self) {
-            self->state_ = outcome == UpdateControl::Outcome::Failed ? State::Failed : State::UpToDate;
+            self->state_ =
+                outcome == UpdateControl::Outcome::Failed ? State::Failed : State::UpToDate;
             self->refresh();
         }
     });
