@@ -1,8 +1,13 @@
 #include "AppDelegate.h"
 
+#include "AlertNotes.h"
 #include "DefaultsStore.h"
+#include "DesktopOpener.h"
+#include "Dialogs.h"
 #include "Log.h"
 #include "NotificationCentre.h"
+#include "UpdateChecker.h"
+#include "UserNotifications.h"
 
 #include <QTimer>
 
@@ -12,9 +17,18 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+constexpr QSize settingsSize{500, 420};
+
+} // namespace
+
 AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
     : QObject(parent)
-    , environment_(std::move(environment)) {}
+    , environment_(std::move(environment))
+    , settingsWindow_(
+          environment_.makeSettings, [this] { return environment_.text(u"settings.title"_s); },
+          settingsSize) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
     updateMenuBarIcon(false, false);
@@ -23,6 +37,8 @@ void AppDelegate::applicationDidFinishLaunching() {
         [this](bool available) { trayAvailabilityChanged(available); });
     environment_.applyOverlaySettings();
     observeNotifications();
+    observeUpdates();
+    askForNotifications();
     if (!environment_.tray.isAvailable()) {
         environment_.panel.showAsWindow();
     }
@@ -41,12 +57,44 @@ void AppDelegate::observeNotifications() {
         setBackendRunning(info.value(u"isRunning"_s).toBool());
     });
     centre.observe(notifications::showTranslation, this, [this](const QVariantMap& info) {
-        environment_.broadcast(info.value(u"original"_s).toString(),
-                               info.value(u"translation"_s).toString());
+        showTranslation(info.value(u"original"_s).toString(),
+                        info.value(u"translation"_s).toString());
     });
     centre.observe(notifications::translationStatusChanged, this, [this](const QVariantMap& info) {
         setTranslating(info.value(u"isTranslating"_s).toBool());
     });
+}
+
+void AppDelegate::showTranslation(const QString& original, const QString& translation) {
+    if (environment_.store.boolean(u"showOverlay"_s).value_or(true)) {
+        environment_.showSubtitles(original, translation);
+    }
+    environment_.broadcast(original, translation);
+    environment_.sendToVRChat(original, translation);
+}
+
+void AppDelegate::observeUpdates() {
+    connect(&environment_.updates, &UpdateChecker::updateAvailableChanged, this,
+            [this](bool updateAvailable) {
+                const UpdateChecker& updates = environment_.updates;
+                if (updateAvailable && !updates.latestVersion().isEmpty()) {
+                    showUpdateAlert(updates.latestVersion(), updates.releaseNotes(),
+                                    updates.downloadURL());
+                }
+            });
+}
+
+void AppDelegate::askForNotifications() {
+    environment_.userNotifications.requestAuthorization(
+        NotificationOption::Alert | NotificationOption::Badge | NotificationOption::Sound,
+        [](const NotificationAuthorization& answer) {
+            if (answer.granted) {
+                logLine(u"✓ Benachrichtigungs-Berechtigung erteilt");
+            } else {
+                logLine(u"⚠️  Benachrichtigungs-Berechtigung: "_s +
+                        (answer.error.isEmpty() ? boolText(false) : answer.error));
+            }
+        });
 }
 
 void AppDelegate::statusBarButtonClicked(TrayClick click) {
@@ -72,13 +120,65 @@ void AppDelegate::showContextMenu() {
 QList<TrayMenuItem> AppDelegate::contextMenu() {
     const QString state =
         environment_.backend.isRunning() ? u"menu.backend.running"_s : u"menu.backend.stopped"_s;
-    return {{.text = environment_.text(u"app.name.short"_s)},
-            {},
-            {.text = environment_.text(state)},
-            {},
-            {.text = environment_.text(u"menu.quit"_s),
-             .action = [this] { quitApp(); },
-             .shortcut = u"q"_s}};
+    const TrayMenuItem separator;
+    QList<TrayMenuItem> menu = {{.text = environment_.text(u"app.name.short"_s)},
+                                separator,
+                                {.text = environment_.text(state)}};
+    if (environment_.updates.updateAvailable()) {
+        menu.append(separator);
+        menu.append({.text = u"Update: v"_s + environment_.updates.latestVersion(),
+                     .action = [this] { openUpdateDownload(); }});
+    }
+    menu.append(separator);
+    menu.append({.text = environment_.text(u"menu.quit"_s),
+                 .action = [this] { quitApp(); },
+                 .shortcut = u"q"_s});
+    return menu;
+}
+
+bool AppDelegate::showPanel() {
+    if (quitting_) {
+        return false;
+    }
+    if (!environment_.tray.isAvailable()) {
+        environment_.panel.showAsWindow();
+        return true;
+    }
+    if (!environment_.panel.isShown()) {
+        // A popover that has just closed takes the next request for the click that closed it.
+        environment_.panel.close();
+    }
+    environment_.panel.showBeside(environment_.tray.geometry());
+    return true;
+}
+
+void AppDelegate::showSettingsWindow() {
+    settingsWindow_.show();
+}
+
+void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
+                                  const QString& downloadURL) {
+    const auto& text = environment_.text;
+    const QString message = notes.isEmpty() ? text(u"info.update.available"_s) : alertNotes(notes);
+    environment_.dialogs.showAlert(
+        {.style = AlertStyle::Informational,
+         .title = u"ORV Update v"_s + version,
+         .message = message,
+         .buttons = {text(u"info.update.download"_s), text(u"info.update.later"_s)},
+         .icon = AlertIcon::Update},
+        [this, downloadURL](int chosen) {
+            if (chosen == 0) {
+                environment_.opener.openAddress(downloadURL);
+            }
+        });
+}
+
+void AppDelegate::openUpdateDownload() {
+    environment_.updates.openDownload();
+}
+
+void AppDelegate::retranslate() {
+    settingsWindow_.retitle();
 }
 
 void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BackendControl.h"
+#include "KeptWindow.h"
 #include "Panel.h"
 #include "Tray.h"
 
@@ -10,11 +11,16 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 
 namespace orv {
 
 class DefaultsStore;
+class DesktopOpener;
+class Dialogs;
 class NotificationCentre;
+class UpdateChecker;
+class UserNotifications;
 
 /// The fixed times of the application's life.
 struct DelegateTimings {
@@ -30,12 +36,22 @@ struct DelegateEnvironment {
     Tray& tray;
     Panel& panel;
     BackendControl& backend;
+    UpdateChecker& updates;
+    UserNotifications& userNotifications;
+    Dialogs& dialogs;
+    DesktopOpener& opener;
     std::function<QString(const QString& key)> text; ///< A localised text.
     std::function<void()> applyOverlaySettings;      ///< Of the browser overlay server.
     std::function<void()> stopOverlayServer;
+    /// Shows a result in the subtitle window.
+    std::function<void(const QString& original, const QString& translation)> showSubtitles;
     /// Hands a result to the browser overlay server.
     std::function<void(const QString& original, const QString& translation)> broadcast;
+    /// Hands a result to the VRChat output.
+    std::function<void(const QString& original, const QString& translation)> sendToVRChat;
     std::function<void()> terminate; ///< Asks the program to end.
+    /// Makes the content of the settings window.
+    std::function<std::unique_ptr<QWidget>()> makeSettings;
     DelegateTimings timings = {};
 };
 
@@ -56,6 +72,22 @@ class AppDelegate : public QObject {
     void showContextMenu();
     void updateMenuBarIcon(bool isRunning, bool isTranslating);
 
+    /// Shows the panel wherever it belongs; false when the program is about to end. This is how
+    /// another start of the program makes itself known.
+    bool showPanel();
+
+    /// Brings the settings window to the front. It is made on first use and kept.
+    void showSettingsWindow();
+
+    /// Offers a release to the user. Nothing is opened unless the user says so.
+    void showUpdateAlert(const QString& version, const QString& notes, const QString& downloadURL);
+
+    /// Opens the found release's address in the browser.
+    void openUpdateDownload();
+
+    /// The language of the interface has changed.
+    void retranslate();
+
     /// The menu's Quit: always stops the backend. Asking again changes nothing.
     void quitApp();
 
@@ -66,6 +98,9 @@ class AppDelegate : public QObject {
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeNotifications();
+    void showTranslation(const QString& original, const QString& translation);
+    void observeUpdates();
+    void askForNotifications();
     void setBackendRunning(bool isRunning);
     void setTranslating(bool isTranslating);
     void trayAvailabilityChanged(bool available);
@@ -76,6 +111,7 @@ class AppDelegate : public QObject {
     };
 
     DelegateEnvironment environment_;
+    KeptWindow settingsWindow_;
     IconState currentIconState_;
     bool quitting_ = false;
 };

@@ -1,15 +1,22 @@
 #include "Application.h"
 
 #include "DesktopAppearance.h"
+#include "DisplayPlatform.h"
+#include "Log.h"
 #include "Look.h"
+#include "SessionEnd.h"
 #include "Shell.h"
+#include "SingleInstance.h"
+#include "StallWatch.h"
 #include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QIcon>
 
+#include <chrono>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +26,18 @@ namespace orv {
 int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     // A log whose reader has gone must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
+    const UserPaths paths = UserPaths::fromEnvironment();
+    SingleInstance instance(QFile::encodeName(paths.home + u'\n' + paths.defaultsFile()));
+    switch (instance.claim()) {
+    case SingleInstance::Claim::First:
+        break;
+    case SingleInstance::Claim::Shown:
+        return 0;
+    case SingleInstance::Claim::NoAnswer:
+        logLine(u"⚠️ Orvane läuft bereits, antwortet aber nicht");
+        return 1;
+    }
+    chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
@@ -30,10 +49,16 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
 
     // `exit` rather than `quit`: the latter asks the windows, and the panel's may refuse to close.
     const auto terminate = [] { QApplication::exit(0); };
-    Shell shell(UserPaths::fromEnvironment(), addresses, terminate);
+    Shell shell(paths, addresses, terminate);
     const TerminationSignals signals(terminate);
+    const SessionEnd sessionEnd(terminate);
     shell.launch();
+#ifdef ORVANE_STALL_WATCH
+    const StallWatch stallWatch(std::chrono::milliseconds(50), logStall);
+#endif
+    instance.answerWith([&shell] { return shell.showPanel(); });
     const int status = QApplication::exec();
+    instance.answerWith([] { return false; });
     shell.finish();
     return status;
 }

@@ -2,18 +2,29 @@
 
 #include "AudioCapture.h"
 #include "AudioManager.h"
+#include "BackendInstallerPath.h"
+#include "CheckerControl.h"
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
+#include "DesktopComposition.h"
+#include "DesktopNotifications.h"
 #include "L10n.h"
 #include "OverlayServer.h"
+#include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "RegisteredDefaults.h"
+#include "SettingsWindow.h"
+#include "SpeechSynthesizer.h"
 #include "SystemTray.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "UpdateChecker.h"
+#include "VRChatOutput.h"
+#include "VmixSender.h"
+#include "VmixTracking.h"
 
 #include <utility>
 
@@ -22,10 +33,12 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate)
-    : addresses_(std::move(addresses))
+    : paths_(paths)
+    , addresses_(std::move(addresses))
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
+    createOutputs();
     createServices(paths);
     createInterface();
     connectObjects();
@@ -41,6 +54,15 @@ void Shell::createSettings() {
         std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
 }
 
+void Shell::createOutputs() {
+    vrchat_ = std::make_unique<VRChatOutput>(*settings_);
+    vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
+    vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
+    speech_ = createSystemSpeechSynthesizer();
+    overlayWindow_ = std::make_unique<OverlayWindow>(OverlayEnvironment{
+        .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
+}
+
 void Shell::createServices(const UserPaths& paths) {
     const auto lookUp = [this](const QString& key) { return text(key); };
     capture_ = createSystemAudioCapture();
@@ -53,7 +75,8 @@ void Shell::createServices(const UserPaths& paths) {
         .notifications = notifications_,
         .text = lookUp,
         .networkAccess = [this] { return settings_->networkAccess.get(); },
-        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); }});
+        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); },
+        .installer = backendInstaller()});
     backendControl_ = makeBackendControl(*engine_);
     audio_ = std::make_unique<AudioManager>(
         AudioEnvironment{.settings = *settings_,
@@ -61,9 +84,13 @@ void Shell::createServices(const UserPaths& paths) {
                          .capture = *capture_,
                          .notifications = notifications_,
                          .engineFactory = makeCloudEngine(addresses_.speech),
-                         .sendToVmix = {},
+                         .sendToVmix =
+                             [this](const QString& original, const QString& translation) {
+                                 vmix_->sendToVmix(original, translation);
+                             },
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
+                                 window_.get();
                                  panel_->showNotice(noticeText(notice, lookUp));
                              },
                          .transcriptFolder = paths.outputFolder(),
@@ -76,44 +103,107 @@ void Shell::createServices(const UserPaths& paths) {
                               .notifications = notifications_,
                               .dialogs = dialogs_,
                               .text = lookUp,
+                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
                               .terminate = terminate_});
 }
 
 void Shell::createInterface() {
     tray_ = std::make_unique<SystemTray>();
-    panel_ = new ControlPanel({.settings = *settings_,
-                               .audio = *audio_,
-                               .engine = *engine_,
-                               .controller = *controller_,
-                               .l10n = *l10n_});
-    window_ = std::make_unique<PanelWindow>(
-        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+    userNotifications_ = std::make_unique<DesktopNotifications>();
+    updates_ = std::make_unique<UpdateChecker>(
+        UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
+                          .updateURLs = addresses_.updateManifests,
+                          .opener = opener_});
+    updateControl_ = makeUpdateControl(*updates_);
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
                             .notifications = notifications_,
                             .tray = *tray_,
-                            .panel = *window_,
+                            .panel = window_,
                             .backend = *backendControl_,
+                            .updates = *updates_,
+                            .userNotifications = *userNotifications_,
+                            .dialogs = dialogs_,
+                            .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
+                            .showSubtitles =
+                                [this](const QString& original, const QString& translation) {
+                                    overlayWindow_->showTranslation(original, translation);
+                                },
                             .broadcast =
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
                                 },
-                            .terminate = terminate_});
+                            .sendToVRChat =
+                                [this](const QString& original, const QString& translation) {
+                                    vrchat_->sendToVRChat(original, translation);
+                                },
+                            .terminate = terminate_,
+                            .makeSettings = [this] { return makeSettings(); }});
+}
+
+std::unique_ptr<PanelWindow> Shell::makePanel() {
+    panel_ = new ControlPanel({.settings = *settings_,
+                               .audio = *audio_,
+                               .engine = *engine_,
+                               .controller = *controller_,
+                               .l10n = *l10n_,
+                               .vmix = *vmixTracking_,
+                               .showSettings = [this] {
+                                   window_.close();
+                                   delegate_->showSettingsWindow();
+                               }});
+    auto window = std::make_unique<PanelWindow>(
+        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+    const auto showTitle = [this, panel = window.get()] {
+        panel->setWindowTitle(text(u"app.name"_s));
+    };
+    showTitle();
+    QObject::connect(l10n_.get(), &L10n::currentChanged, window.get(), showTitle);
+    return window;
+}
+
+std::unique_ptr<QWidget> Shell::makeSettings() {
+    return makeSettingsWindow({.settings = *settings_,
+                               .store = store_,
+                               .l10n = *l10n_,
+                               .dialogs = dialogs_,
+                               .chooser = chooser_,
+                               .opener = opener_,
+                               .updates = *updateControl_,
+                               .paths = paths_,
+                               .sendVRChatTest = [this] { vrchat_->sendVRChatTest(); },
+                               .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },
+                               .autoStopChanged = [this] { engine_->refreshMayOutlive(); }});
 }
 
 void Shell::connectObjects() {
-    const auto showTitle = [this] { window_->setWindowTitle(text(u"app.name"_s)); };
+    const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
     showTitle();
-    QObject::connect(l10n_.get(), &L10n::currentChanged, window_.get(), showTitle);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
+                     &AppDelegate::retranslate);
+    // Also at the start of a run, which assigns these settings.
+    QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
+                     [this](const QString& key) {
+                         const bool concerns =
+                             key == "speakTranslation"_L1 || key == "showOverlay"_L1;
+                         if (concerns && controller_->isTranslating()) {
+                             overlayWindow_->prepare();
+                         }
+                     });
 }
 
 void Shell::launch() {
     delegate_->applicationDidFinishLaunching();
+}
+
+bool Shell::showPanel() {
+    return delegate_->showPanel();
 }
 
 void Shell::finish() {

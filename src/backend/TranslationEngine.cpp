@@ -8,6 +8,7 @@
 #include "SpawnProgram.h"
 
 #include <QFileInfo>
+#include <QPointer>
 
 #include <utility>
 
@@ -18,10 +19,13 @@ namespace orv {
 TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* parent)
     : QObject(parent)
     , environment_(std::move(environment))
+    , installer_(environment_.installer, environment_.timings.stopPause)
     , statusKey_(u"engine.stopped"_s) {
     checkTimer_.setTimerType(Qt::PreciseTimer);
     checkTimer_.setInterval(environment_.timings.liveness);
     connect(&checkTimer_, &QTimer::timeout, this, &TranslationEngine::checkLiveness);
+    connect(&installer_, &BackendInstaller::stepChanged, this, &TranslationEngine::retranslate);
+    connect(&installer_, &BackendInstaller::ended, this, &TranslationEngine::installationEnded);
 }
 
 TranslationEngine::~TranslationEngine() {
@@ -33,12 +37,25 @@ TranslationEngine::~TranslationEngine() {
     endChildNow();
 }
 
+QString TranslationEngine::statusMessage() const {
+    QString text = environment_.text(statusKey_);
+    if (installer_.isRunning()) {
+        // Only the text of an installation has a place for how far it is.
+        text.replace(u"%1"_s, installer_.step().isEmpty() ? u"…"_s : installer_.step());
+    }
+    return text;
+}
+
 void TranslationEngine::startBackend() {
     if (isPortInUse()) {
         logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
         setState(true, u"engine.running"_s);
         postStatus(true);
         checkTimer_.start();
+        return;
+    }
+    if (installer_.isRunning()) {
+        setStatus(u"engine.installing"_s);
         return;
     }
     if (child_.isRunning()) {
@@ -265,9 +282,38 @@ void TranslationEngine::postStatus(bool isRunning) {
 
 void TranslationEngine::showBackendInstallAlert() {
     const auto& text = environment_.text;
+    const bool offersInstallation = !environment_.installer.isEmpty();
+    QStringList buttons = {text(u"alert.ok"_s)};
+    if (offersInstallation) {
+        buttons.prepend(text(u"alert.backend.install"_s));
+    }
+    environment_.dialogs.showAlert({AlertStyle::Warning, text(u"alert.backend.notfound.title"_s),
+                                    text(u"alert.backend.notfound.msg"_s), buttons},
+                                   [engine = QPointer(this), offersInstallation](int chosen) {
+                                       if (engine && offersInstallation && chosen == 0) {
+                                           engine->installBackend();
+                                       }
+                                   });
+}
+
+void TranslationEngine::installBackend() {
+    installer_.install();
+    if (installer_.isRunning()) {
+        setStatus(u"engine.installing"_s);
+    }
+}
+
+void TranslationEngine::installationEnded(bool installed, const QString& reason) {
+    if (installed) {
+        // What the user had asked for before the installation came up.
+        startBackend();
+        return;
+    }
+    setStatus(u"engine.notinstalled"_s);
+    const auto& text = environment_.text;
     environment_.dialogs.showAlert({AlertStyle::Warning,
-                                    text(u"alert.backend.notfound.title"_s),
-                                    text(u"alert.backend.notfound.msg"_s),
+                                    text(u"alert.install.failed.title"_s),
+                                    reason,
                                     {text(u"alert.ok"_s)}});
 }
 

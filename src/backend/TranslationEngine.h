@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackendInstaller.h"
 #include "ChildProcess.h"
 
 #include <QObject>
@@ -41,6 +42,9 @@ struct BackendEnvironment {
     /// order says so with `leaveRunning` instead.
     std::function<bool()> mayOutlive = [] { return false; };
 
+    /// Absolute path of the program that installs the backend; empty when there is none to offer.
+    QString installer = {};
+
     BackendTimings timings = {};
     quint16 port = 8765;
 };
@@ -70,9 +74,10 @@ class TranslationEngine : public QObject {
     bool isRunning() const { return isRunning_; }
 
     /// One line for people, in the interface's language.
-    QString statusMessage() const { return environment_.text(statusKey_); }
+    QString statusMessage() const;
 
-    /// Adopts whatever uses the port, or launches the backend and looks at the port later.
+    /// Adopts whatever uses the port, or launches the backend and looks at the port later. When no
+    /// backend is installed an alert offers to install it; once that is done it is started.
     void startBackend();
 
     /// Sends SIGTERM, after a pause SIGINT, after another one SIGKILL, as long as the child runs;
@@ -121,8 +126,11 @@ class TranslationEngine : public QObject {
     void setStatus(const QString& key);
     void postStatus(bool isRunning);
     void showBackendInstallAlert();
+    void installBackend();
+    void installationEnded(bool installed, const QString& reason);
 
     const BackendEnvironment environment_;
+    BackendInstaller installer_;
     bool isRunning_ = false;
     QString statusKey_;
     QTimer checkTimer_;         ///< Ticks while the backend runs.

@@ -9,12 +9,19 @@ namespace orv {
 
 enum class AlertStyle { Informational, Warning };
 
-/// The texts of a modal alert.
+/// The picture beside an alert's texts.
+enum class AlertIcon {
+    OfStyle, ///< The desktop's own for the style.
+    Update   ///< An arrow down in a circle.
+};
+
+/// What a modal alert shows. Texts are plain texts.
 struct Alert {
     AlertStyle style = AlertStyle::Informational;
     QString title;
     QString message;
     QStringList buttons; ///< At least one; the first is the default.
+    AlertIcon icon = AlertIcon::OfStyle;
 };
 
 /// Shows alerts. Main thread only.

@@ -20,6 +20,7 @@
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "VmixTracking.h"
 #include "WaitUntil.h"
 
 #include <QAbstractButton>
@@ -151,14 +152,17 @@ class ControlPanelTest : public ::testing::Test {
                               .notifications = centre,
                               .dialogs = dialogs,
                               .text = [this](const QString& key) { return text(key); },
+                              .endSubtitles = [] {},
                               .terminate = [] {},
                               .timings = {.captureStart = 1ms, .terminate = 1ms}}};
+    VmixTracking vmix{settings};
     int settingsShown = 0;
     ControlPanel panel{{.settings = settings,
                         .audio = audio,
                         .engine = engine,
                         .controller = controller,
                         .l10n = l10n,
+                        .vmix = vmix,
                         .showSettings = [this] { ++settingsShown; }}};
 };
 

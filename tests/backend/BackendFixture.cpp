@@ -90,6 +90,15 @@ void BackendFixture::installBackend(const QString& source) {
     script.write((prelude.arg(home()) + source).toUtf8());
 }
 
+void BackendFixture::offerInstaller(const QString& source) {
+    const QString path = home() + u"/install";
+    QFile script(path);
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write((u"#!/bin/bash\nhome='%1'\n"_s.arg(home()) + source).toUtf8());
+    script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    environment_->installer = path;
+}
+
 TranslationEngine& BackendFixture::engine() {
     if (!engine_) {
         engine_ = std::make_unique<TranslationEngine>(*environment_);

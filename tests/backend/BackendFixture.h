@@ -36,11 +36,20 @@ class ScriptedPortProbe : public PortProbe {
 /// Keeps the alerts it was asked to show.
 class RecordedDialogs : public Dialogs {
   public:
-    void showAlert(const Alert& alert, std::function<void(int)> /*done*/) override {
+    void showAlert(const Alert& alert, std::function<void(int)> done) override {
         alerts.append(alert);
+        answers.append(std::move(done));
+    }
+
+    /// Chooses a button of the latest alert.
+    void choose(int button) {
+        if (answers.last()) {
+            answers.last()(button);
+        }
     }
 
     QList<Alert> alerts;
+    QList<std::function<void(int)>> answers;
 };
 
 /// A supervisor with an installed backend: Python as the interpreter and a server program written
@@ -52,6 +61,9 @@ class BackendFixture : public ::testing::Test {
     /// Writes the server's program. `source` is Python; `signal`, `os`, `sys`, `time` and `socket`
     /// are imported, `say` prints a line at once, and `home` is a folder of the test's.
     void installBackend(const QString& source);
+
+    /// Offers an installer: a shell script with this text; `$home` is the test's folder.
+    void offerInstaller(const QString& source);
 
     /// Makes the supervisor; `environment` can be changed before.
     TranslationEngine& engine();

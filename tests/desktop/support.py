@@ -63,3 +63,13 @@ class DesktopTest(unittest.TestCase):
 
     def wait_until_gone(self, name):
         wait_until(lambda: not self.is_on_screen(name), f"{name!r} to leave the screen")
+
+    def choose_language(self, name, typed):
+        """Clicks into the field and types a part of the language's name."""
+        self.click_on(name, "combo box")
+        self.desktop.type(typed)
+        self.desktop.key("Return")
+
+    def click_on(self, name, role):
+        x, y, width, height = self.accessibility.extents(self.wait_for(name, role))
+        self.desktop.click(x + width // 3, y + height // 2)

@@ -150,22 +150,12 @@ class Panel(DesktopTest):
         self.assertEqual((settings["sourceLang"], settings["targetLang"]), ("fi", "es"))
         self.assertEqual(settings["selectedInputDevice"], "orvane_microphone")
 
-    def choose_language(self, name, typed):
-        """Clicks into the field and types a part of the language's name."""
-        self.click_on(name, "combo box")
-        self.desktop.type(typed)
-        self.desktop.key("Return")
-
     def choose_with_keys(self, name, entry):
         """Gives the field the focus and types the beginning of the entry."""
         self.click_on(name, "combo box")
         self.wait_for(entry, "list item")
         self.desktop.type(entry)
         self.desktop.key("Return")
-
-    def click_on(self, name, role):
-        x, y, width, height = self.accessibility.extents(self.wait_for(name, role))
-        self.desktop.click(x + width // 3, y + height // 2)
 
 
 if __name__ == "__main__":

@@ -1,11 +1,48 @@
 #include "MessageDialogs.h"
 
+#include "SvgIcon.h"
+
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
 #include <utility>
 
+// Outside the namespace, as the macro demands. Static libraries do not register resources alone.
+static void registerAlertIcons() {
+    Q_INIT_RESOURCE(alerts);
+}
+
+using namespace Qt::StringLiterals;
+
 namespace orv {
+
+namespace {
+
+constexpr int iconSide = 48;
+
+void setIcon(QMessageBox& box, const Alert& alert) {
+    box.setIcon(alert.style == AlertStyle::Warning ? QMessageBox::Warning
+                                                   : QMessageBox::Information);
+    if (alert.icon == AlertIcon::Update) {
+        registerAlertIcons();
+        box.setIconPixmap(svgIcon(u":/orvane/alerts/arrow_down_circle_fill.svg"_s)
+                              .pixmap(QSize(iconSide, iconSide), box.devicePixelRatioF()));
+    }
+}
+
+/// Alerts show what came over the network, which must not bring a layout of its own.
+void setTexts(QMessageBox& box, const Alert& alert) {
+    box.setWindowTitle(alert.title);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(alert.title);
+    box.setInformativeText(alert.message);
+    for (QLabel* label : box.findChildren<QLabel*>()) {
+        label->setTextFormat(Qt::PlainText);
+    }
+}
+
+} // namespace
 
 MessageDialogs::~MessageDialogs() {
     for (const QPointer<QMessageBox>& box : std::as_const(open_)) {
@@ -24,11 +61,8 @@ void MessageDialogs::showAlert(const Alert& alert, std::function<void(int chosen
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowFlag(Qt::WindowStaysOnTopHint);
     box->setWindowModality(Qt::ApplicationModal);
-    box->setIcon(alert.style == AlertStyle::Warning ? QMessageBox::Warning
-                                                    : QMessageBox::Information);
-    box->setWindowTitle(alert.title);
-    box->setText(alert.title);
-    box->setInformativeText(alert.message);
+    setIcon(*box, alert);
+    setTexts(*box, alert);
     QList<QAbstractButton*> buttons;
     for (const QString& text : alert.buttons) {
         // Equal roles keep the given order on every desktop.

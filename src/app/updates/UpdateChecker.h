@@ -1,0 +1,101 @@
+#pragma once
+
+#include "UpdateInfo.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace orv {
+
+class DesktopOpener;
+
+/// The update check's fixed times.
+struct UpdateTimings {
+    std::chrono::milliseconds answer{3000};                     ///< For the whole of one manifest.
+    std::chrono::milliseconds interval{std::chrono::hours(24)}; ///< Between two checks.
+};
+
+/// What the checker is given. The opener outlives it.
+struct UpdateEnvironment {
+    QString currentVersion;
+    QStringList updateURLs; ///< Addresses of manifests, in the order in which they are asked.
+    DesktopOpener& opener;
+    UpdateTimings timings = {};
+};
+
+/// What one check found out.
+enum class UpdateOutcome { Available, UpToDate, Failed };
+
+/// Finds out whether a newer release exists: once after it is made, then every 24 hours, and
+/// whenever asked. Lives on the main thread; the network is dealt with on a thread that exists only
+/// while a check runs.
+class UpdateChecker : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit UpdateChecker(UpdateEnvironment environment, QObject* parent = nullptr);
+
+    /// A check that is under way ends without a result.
+    ~UpdateChecker() override;
+
+    /// The program's one checker, made on first use (on the main thread) by what the composition
+    /// root has installed. For the shell: nothing inside the libraries uses it.
+    static UpdateChecker& shared();
+
+    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
+    static void installShared(std::function<std::unique_ptr<UpdateChecker>()> factory);
+
+    /// True from the first newer release that was found on.
+    bool updateAvailable() const { return updateAvailable_; }
+
+    QString latestVersion() const { return latest_.version; }
+
+    QString downloadURL() const { return latest_.url; }
+
+    QString releaseNotes() const { return latest_.notes; }
+
+    QString currentVersion() const { return environment_.currentVersion; }
+
+    QStringList updateURLs() const { return environment_.updateURLs; }
+
+    /// Asks the manifests in order until one answers, and prints what came of it. `done` is called
+    /// later, once, unless the checker goes first. A check that is under way serves further
+    /// callers, too.
+    void checkForUpdate(std::function<void(UpdateOutcome outcome)> done = {});
+
+    /// Opens `downloadURL` in the default browser; does nothing unless it is a web address.
+    void openDownload();
+
+  Q_SIGNALS:
+    void updateAvailableChanged(bool updateAvailable);
+    void latestVersionChanged(const QString& latestVersion);
+    void downloadURLChanged(const QString& downloadURL);
+    void releaseNotesChanged(const QString& releaseNotes);
+
+  private:
+    struct Fetching;
+
+    void ask(qsizetype index);
+    void fetch(qsizetype index);
+    void addressFailed(qsizetype index, const QString& error);
+    void manifestArrived(const UpdateInfo& info);
+    void publish(const UpdateInfo& info);
+    void finish(UpdateOutcome outcome);
+
+    const UpdateEnvironment environment_;
+    bool updateAvailable_ = false;
+    UpdateInfo latest_;
+    QTimer schedule_;
+    bool checking_ = false;
+    std::vector<std::function<void(UpdateOutcome)>> waiting_;
+    std::unique_ptr<Fetching> fetching_; ///< While a check needs the network.
+};
+
+} // namespace orv

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "ChildProcess.h"
+#include "InstallOutput.h"
+#include "PostTarget.h"
+
+#include <QObject>
+#include <QString>
+
+#include <chrono>
+#include <memory>
+
+namespace orv {
+
+/// Runs the program that installs the speech server for this user. It needs no terminal: what it
+/// prints goes to the log, and how far it is can be asked. Lives on the main thread, which it never
+/// holds up.
+class BackendInstaller : public QObject {
+    Q_OBJECT
+
+  public:
+    /// `program` is run without arguments. `pause` is the time it gets to end when it is given up.
+    BackendInstaller(QString program, std::chrono::milliseconds pause, QObject* parent = nullptr);
+
+    /// Ends an installation that is under way, with everything it has started. It can be done again
+    /// at any time.
+    ~BackendInstaller() override;
+
+    /// Begins; does nothing while an installation runs.
+    void install();
+
+    bool isRunning() const { return bool(process_); }
+
+    /// "2/3"; empty before the installer has told.
+    QString step() const { return output_.step(); }
+
+  Q_SIGNALS:
+    void stepChanged(const QString& step);
+    /// `reason` is what people are told when it has not worked.
+    void ended(bool installed, const QString& reason);
+
+  private:
+    void printed(const QByteArray& bytes);
+    void finish(int status);
+
+    const QString program_;
+    const std::chrono::milliseconds pause_;
+    InstallOutput output_;
+    std::unique_ptr<ChildProcess> process_;
+    PostTarget printed_; ///< Takes what the reading thread hands over.
+};
+
+} // namespace orv

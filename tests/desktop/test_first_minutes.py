@@ -1,0 +1,89 @@
+"""A person's first minutes with the program: nothing is there yet, and no step needs a terminal."""
+
+import subprocess
+import unittest
+
+from support import PROGRAM, DesktopTest
+
+from harness.processes import Timeout, wait_until
+from harness.program import BACKEND_PORT, Program, port_is_open
+from harness.speech import recorded_sentences
+
+
+class FirstMinutes(DesktopTest):
+    def start_in_a_fresh_home(self):
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop()
+        # Nothing of this user has ever been written: the desktop's language decides.
+        (self.desktop.home / ".config" / "orvane" / "defaults.json").unlink()
+        self.program = Program(self.desktop, PROGRAM)
+        self.program.wait_for_line("App gestartet", limit=60)
+
+    def speak_until_a_subtitle_is_shown(self):
+        """Plays recorded speech until the panel shows the translation that has come back."""
+        for sentence in recorded_sentences()[1:4]:
+            self.sound.speak(sentence.file).wait()
+            try:
+                return wait_until(self.subtitle, "a subtitle in the panel", 15)
+            except Timeout:
+                continue
+        self.fail(f"no subtitle; on screen: {self.accessibility.names(self.program.pid)}")
+
+    def subtitle(self):
+        """A translation that the backend has sent and the panel shows, or None."""
+        mark = "📥 Übersetzung: "
+        for line in self.program.lines():
+            if line.startswith(mark) and self.is_on_screen(line[len(mark):]):
+                return line[len(mark):]
+        return None
+
+    def test_from_a_fresh_home_to_a_subtitle_and_out(self):
+        self.start_in_a_fresh_home()
+        self.open_panel()
+
+        self.press("Start Backend")
+        self.wait_for("Backend Not Found")
+        self.press("Install Backend")
+        # What it has asked for happens once the backend is there, without another press.
+        self.accessibility.wait_for(self.program.pid, "Stop Backend", limit=120)
+        self.assertIn("✓ Backend installiert", self.program.lines())
+
+        self.choose_language("From", "english")
+        self.choose_language("To", "espa")
+        self.press("Start Translation")
+        self.program.wait_for_line("✓ Config gesendet")
+        wait_until(self.sound.recording_streams, "the program to listen")
+        self.speak_until_a_subtitle_is_shown()
+
+        self.press("Stop Translation")
+        self.wait_for("Start Translation", "push button")
+        wait_until(lambda: not self.is_on_screen("Processing last translation..."),
+                   "the end of the run", 60)
+        self.press("Quit")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def test_an_installation_that_fails_says_why(self):
+        self.start_in_a_fresh_home()
+        # A file stands where the folder would have to be.
+        library = self.desktop.home / "Library"
+        subprocess.run(["touch", str(library)], check=True)
+        self.open_panel()
+        self.press("Start Backend")
+        self.press("Install Backend")
+        self.wait_for("Backend Installation Failed")
+        self.press("OK")
+        self.wait_for("❌ Backend not installed")
+        # Mended, it works from the same place.
+        library.unlink()
+        self.press("Start Backend")
+        self.press("Install Backend")
+        self.accessibility.wait_for(self.program.pid, "Stop Backend", limit=120)
+        self.press("Quit")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+
+
+if __name__ == "__main__":
+    unittest.main()
