@@ -3,9 +3,7 @@
 import argparse
 import contextlib
 import pathlib
-import subprocess
 import sys
-import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "desktop"))
@@ -13,13 +11,15 @@ sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 from harness.accessibility import Accessibility  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
 from harness.portal import Portal  # noqa: E402
-from harness.processes import Timeout, end_on_signals, wait_until  # noqa: E402
+from harness.processes import end_on_signals, wait_until  # noqa: E402
 from harness.program import Program, write_settings  # noqa: E402
 from harness.scripted_backend import ScriptedBackend, result, status  # noqa: E402
 from harness.sound import Sound  # noqa: E402
 
 SETTINGS = {"en": "Settings", "de": "Einstellungen", "es": "Ajustes", "fr": "Réglages",
             "it": "Impostazioni"}
+
+TABS = ("general", "engines", "whisper", "languages", "storage", "info")
 
 SPOKEN = result("The river was high after three days of rain, and the old bridge was closed.",
                 "Der Fluss führte nach drei Tagen Regen viel Wasser, und die alte Brücke war "
@@ -65,21 +65,20 @@ def say(text):
     print(f"==> {text}", flush=True)
 
 
-def window(desktop, widest=True):
-    """The place of the program's window on screen; its item in the tray is much smaller."""
-    places = [place for place in desktop.windows("orvane") if place[2] > 200 and place[3] > 200]
-    return max(places, key=lambda place: place[2], default=None) if widest else places
+_SMALLEST_WINDOW = 200  # The item in the tray is much smaller.
+_STANDS_STILL = 10  # Looks in a row that show the same.
 
 
 def settled_window(desktop):
-    """The window's place once it does not change any more."""
+    """The number of the program's window and its (width, height), once nothing changes any more."""
     last = [None, 0]
 
     def settled():
-        place = window(desktop)
-        last[1] = last[1] + 1 if place is not None and place == last[0] else 0
-        last[0] = place
-        return place if last[1] >= 10 else None
+        found = [(number, place[2:]) for number, place in desktop.numbered_windows("orvane")
+                 if min(place[2:]) > _SMALLEST_WINDOW]
+        last[1] = last[1] + 1 if len(found) == 1 and found == last[0] else 0
+        last[0] = found
+        return found[0] if last[1] >= _STANDS_STILL else None
 
     return wait_until(settled, "a window that stands still", 20, interval=0.03)
 
@@ -95,13 +94,9 @@ class Pictures:
         self._suffix = suffix
 
     def take(self, name):
-        x, y, width, height = settled_window(self._desktop)
+        number, (width, height) = settled_window(self._desktop)
         file = self._options.out / f"{name}-{self._suffix}.png"
-        with tempfile.NamedTemporaryFile(suffix=".png") as screen:
-            self._desktop.screenshot(screen.name)
-            subprocess.run(["convert", screen.name, "-crop", f"{width}x{height}+{x}+{y}",
-                            "+repage", "-strip", "-define", "png:compression-level=9", str(file)],
-                           check=True)
+        self._desktop.screenshot(file, window=number)
         say(f"picture: {file.name} ({width} × {height})")
 
     def panel(self, state):
@@ -118,15 +113,11 @@ class Pictures:
 
     def settings(self, language):
         name = SETTINGS[language]
-        try:
-            self._accessibility.press(self._program.pid, name, limit=3)
-            tabs = wait_until(self._tabs, "the settings window's tabs", 5)
-        except Timeout:
-            say("no settings window")
-            return
-        for index, tab in enumerate(tabs):
+        self._accessibility.press(self._program.pid, name)
+        tabs = wait_until(self._tabs, "the settings window's tabs")
+        for name, tab in zip(TABS, tabs, strict=True):
             self._accessibility.press(self._program.pid, tab)
-            self.take(f"settings-{index + 1}")
+            self.take(f"settings-{name}")
 
     def _tabs(self):
         return [name for role, name in self._accessibility.names(self._program.pid)
@@ -172,12 +163,11 @@ def main():
         desktop = stack.enter_context(Desktop(screen=screen))
         desktop.environment["QT_SCALE_FACTOR"] = options.scale
         portal = Portal(desktop)
-        sound = Sound(desktop)
+        Sound(desktop)
         say("a private desktop stands")
         backend = ScriptedBackend(desktop)
         accessibility = Accessibility(desktop)
         make_pictures(options, desktop, backend, portal, accessibility)
-        del sound
 
 
 if __name__ == "__main__":

@@ -177,9 +177,14 @@ class Desktop:
     def windows(self, name):
         """The (x, y, width, height) of every visible window whose class is called `name`. Finds
         also what the accessibility services do not list: a tray's item and menu."""
-        return [place for place in (self._place(window) for window in self._run(
+        return [place for _, place in self.numbered_windows(name)]
+
+    def numbered_windows(self, name):
+        """The same with each window's number, as (number, place)."""
+        places = [(window, self._place(window)) for window in self._run(
             ["xdotool", "search", "--onlyvisible", "--classname", f"^{name}$"],
-            required=False).split()) if place]
+            required=False).split()]
+        return [(window, place) for window, place in places if place]
 
     def _place(self, window):
         values = dict(line.split("=", 1) for line in self._run(
@@ -204,10 +209,10 @@ class Desktop:
     def click(self, x, y, button=1):
         self._run(["xdotool", "mousemove", str(x), str(y), "click", str(button)])
 
-    def screenshot(self, path):
-        """Saves a picture of the whole screen."""
+    def screenshot(self, path, window="root"):
+        """Saves a picture of the whole screen, or of the window with the given number."""
         pathlib.Path(path).parent.mkdir(parents=True, exist_ok=True)
-        self._run(["import", "-silent", "-window", "root", str(path)])
+        self._run(["import", "-silent", "-window", window, "-strip", str(path)])
 
     def brightness(self, x, y):
         """How bright the pixel at (x, y) of the screen is, 0..1."""
