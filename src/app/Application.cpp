@@ -1,11 +1,13 @@
 #include "Application.h"
 
 #include "DesktopAppearance.h"
+#include "DisplayPlatform.h"
 #include "Log.h"
 #include "Look.h"
 #include "SessionEnd.h"
 #include "Shell.h"
 #include "SingleInstance.h"
+#include "StallWatch.h"
 #include "Symbols.h"
 #include "TerminationSignals.h"
 #include "UserPaths.h"
@@ -14,6 +16,7 @@
 #include <QFile>
 #include <QIcon>
 
+#include <chrono>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -34,6 +37,7 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
         logLine(u"⚠️ Orvane läuft bereits, antwortet aber nicht");
         return 1;
     }
+    chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
@@ -49,6 +53,9 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     const TerminationSignals signals(terminate);
     const SessionEnd sessionEnd(terminate);
     shell.launch();
+#ifdef ORVANE_STALL_WATCH
+    const StallWatch stallWatch(std::chrono::milliseconds(50), logStall);
+#endif
     instance.answerWith([&shell] { return shell.showPanel(); });
     const int status = QApplication::exec();
     instance.answerWith([] { return false; });

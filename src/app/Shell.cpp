@@ -7,18 +7,24 @@
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
+#include "DesktopComposition.h"
 #include "DesktopNotifications.h"
 #include "L10n.h"
 #include "OverlayServer.h"
+#include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "RegisteredDefaults.h"
 #include "SettingsWindow.h"
+#include "SpeechSynthesizer.h"
 #include "SystemTray.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
+#include "VRChatOutput.h"
+#include "VmixSender.h"
+#include "VmixTracking.h"
 
 #include <utility>
 
@@ -32,6 +38,7 @@ Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<v
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
+    createOutputs();
     createServices(paths);
     createInterface();
     connectObjects();
@@ -45,6 +52,15 @@ void Shell::createSettings() {
     overlayServer_ = std::make_unique<OverlayServer>(store_);
     settings_ =
         std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
+}
+
+void Shell::createOutputs() {
+    vrchat_ = std::make_unique<VRChatOutput>(*settings_);
+    vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
+    vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
+    speech_ = createSystemSpeechSynthesizer();
+    overlayWindow_ = std::make_unique<OverlayWindow>(OverlayEnvironment{
+        .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
 }
 
 void Shell::createServices(const UserPaths& paths) {
@@ -68,7 +84,10 @@ void Shell::createServices(const UserPaths& paths) {
                          .capture = *capture_,
                          .notifications = notifications_,
                          .engineFactory = makeCloudEngine(addresses_.speech),
-                         .sendToVmix = {},
+                         .sendToVmix =
+                             [this](const QString& original, const QString& translation) {
+                                 vmix_->sendToVmix(original, translation);
+                             },
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
                                  window_.get();
@@ -84,6 +103,7 @@ void Shell::createServices(const UserPaths& paths) {
                               .notifications = notifications_,
                               .dialogs = dialogs_,
                               .text = lookUp,
+                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
                               .terminate = terminate_});
 }
 
@@ -108,9 +128,17 @@ void Shell::createInterface() {
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
+                            .showSubtitles =
+                                [this](const QString& original, const QString& translation) {
+                                    overlayWindow_->showTranslation(original, translation);
+                                },
                             .broadcast =
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
+                                },
+                            .sendToVRChat =
+                                [this](const QString& original, const QString& translation) {
+                                    vrchat_->sendToVRChat(original, translation);
                                 },
                             .terminate = terminate_,
                             .makeSettings = [this] { return makeSettings(); }});
@@ -122,6 +150,7 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                .engine = *engine_,
                                .controller = *controller_,
                                .l10n = *l10n_,
+                               .vmix = *vmixTracking_,
                                .showSettings = [this] {
                                    window_.close();
                                    delegate_->showSettingsWindow();
@@ -145,16 +174,32 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
                                .opener = opener_,
                                .updates = *updateControl_,
                                .paths = paths_,
-                               .sendVRChatTest = {},
-                               .appearanceChanged = {},
+                               .sendVRChatTest = [this] { vrchat_->sendVRChatTest(); },
+                               .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },
                                .autoStopChanged = [this] { engine_->refreshMayOutlive(); }});
 }
 
 void Shell::connectObjects() {
+    const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
+    showTitle();
+    QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
     QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
                      &AppDelegate::retranslate);
+    // Also at the start of a run, which assigns the setting.
+    QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
+                     [this](const QString& key) {
+                         if (key == "speakTranslation"_L1) {
+                             prepareSpeech();
+                         }
+                     });
+}
+
+void Shell::prepareSpeech() {
+    if (controller_->isTranslating() && settings_->speakTranslation.get()) {
+        speech_->prepare();
+    }
 }
 
 void Shell::launch() {

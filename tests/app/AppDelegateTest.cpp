@@ -5,10 +5,14 @@
 #include "LogCapture.h"
 #include "NotificationCentre.h"
 #include "RegisteredDefaults.h"
+#include "UpdateChecker.h"
 #include "WaitUntil.h"
 
 #include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QTemporaryDir>
+#include <QWidget>
 
 #include <gtest/gtest.h>
 
@@ -33,14 +37,32 @@ class AppDelegateTest : public ::testing::Test {
             .tray = tray,
             .panel = panel,
             .backend = backend,
+            .updates = updates,
+            .userNotifications = userNotifications,
+            .dialogs = dialogs,
+            .opener = opener,
             .text = keyAsText,
             .applyOverlaySettings = [this] { overlay.append(u"apply"_s); },
             .stopOverlayServer = [this] { overlay.append(u"stop"_s); },
+            .showSubtitles =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"window '%1' '%2'"_s.arg(original, translation));
+                },
             .broadcast =
                 [this](const QString& original, const QString& translation) {
                     overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
                 },
+            .sendToVRChat =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"VRChat '%1' '%2'"_s.arg(original, translation));
+                },
             .terminate = [this] { ++terminations; },
+            .makeSettings =
+                [this] {
+                    auto window = std::make_unique<QWidget>();
+                    settingsWindows.append(window.get());
+                    return window;
+                },
             .timings = timings});
         delegate->applicationDidFinishLaunching();
     }
@@ -60,6 +82,12 @@ class AppDelegateTest : public ::testing::Test {
     FakeTray tray;
     FakePanel panel;
     FakeBackend backend;
+    FakeDialogs dialogs;
+    FakeOpener opener;
+    FakeUserNotifications userNotifications;
+    /// Finds nothing by itself.
+    UpdateChecker updates{{.currentVersion = u"4.9"_s, .updateURLs = {}, .opener = opener}};
+    QList<QWidget*> settingsWindows; ///< As they were made.
     QStringList overlay;
     int terminations = 0;
     std::unique_ptr<AppDelegate> delegate;
@@ -195,24 +223,29 @@ TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
 }
 
-TEST_F(AppDelegateTest, aResultGoesToTheBrowserOverlay) {
+TEST_F(AppDelegateTest, showsAResultInTheWindowBeforeItIsBroadcast) {
     launch();
+    overlay.clear();
     centre.post(notifications::showTranslation,
-                {{u"original"_s, u"good morning"_s}, {u"translation"_s, u"buenos días"_s}});
-    EXPECT_EQ(overlay.last(), u"broadcast 'good morning' 'buenos días'"_s);
+                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay, (QStringList{u"window 'hello' 'hola'"_s, u"broadcast 'hello' 'hola'"_s,
+                                    u"VRChat 'hello' 'hola'"_s}));
+}
+
+TEST_F(AppDelegateTest, onlyBroadcastsAResultWhileTheUserWantsNoSubtitlesOnTheScreen) {
+    store.setBool(u"showOverlay"_s, false);
+    launch();
+    overlay.clear();
+    centre.post(notifications::showTranslation,
+                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay, (QStringList{u"broadcast 'hello' 'hola'"_s, u"VRChat 'hello' 'hola'"_s}));
 }
 
 TEST_F(AppDelegateTest, aResultWithoutTextsGoesOutEmpty) {
     launch();
+    overlay.clear();
     centre.post(notifications::showTranslation, {});
-    EXPECT_EQ(overlay.last(), u"broadcast '' ''"_s);
-}
-
-TEST_F(AppDelegateTest, aResultReachesTheBrowserOverlayAlsoWithoutTheSubtitleWindow) {
-    store.setBool(u"showOverlay"_s, false);
-    launch();
-    centre.post(notifications::showTranslation, {{u"translation"_s, u"hola"_s}});
-    EXPECT_EQ(overlay.last(), u"broadcast '' 'hola'"_s);
+    EXPECT_EQ(overlay, (QStringList{u"window '' ''"_s, u"broadcast '' ''"_s, u"VRChat '' ''"_s}));
 }
 
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
@@ -270,6 +303,101 @@ TEST_F(AppDelegateTest, terminationLeavesTheBackendWhenTheUserWantsItToStay) {
     EXPECT_EQ(overlay.last(), u"stop"_s);
     EXPECT_TRUE(log.contains(u"App wird beendet - Backend läuft weiter (autoStopBackend=false)"_s));
     EXPECT_EQ(backend.calls, QStringList{u"leaveRunning"_s});
+}
+
+TEST_F(AppDelegateTest, asksForAlertsBadgesAndSounds) {
+    launch();
+    EXPECT_EQ(userNotifications.options.toInt(), 7);
+    log.clear();
+    userNotifications.answer({.granted = true, .error = {}});
+    EXPECT_EQ(log.lines(), QStringList{u"✓ Benachrichtigungs-Berechtigung erteilt"_s});
+}
+
+TEST_F(AppDelegateTest, saysWhyNotificationsAreNotGranted) {
+    launch();
+    log.clear();
+    userNotifications.answer({.granted = false, .error = u"no such service"_s});
+    userNotifications.answer({});
+    EXPECT_EQ(log.lines(),
+              (QStringList{u"⚠️  Benachrichtigungs-Berechtigung: no such service"_s,
+                           u"⚠️  Benachrichtigungs-Berechtigung: false"_s}));
+}
+
+TEST_F(AppDelegateTest, anUpdateIsOfferedAndOpenedWhenTheUserSaysSo) {
+    launch();
+    delegate->showUpdateAlert(u"4.10"_s, u"Better."_s, u"https://example.org/orv"_s);
+    ASSERT_EQ(dialogs.alerts.size(), 1);
+    const Alert alert = dialogs.alerts.first();
+    EXPECT_EQ(alert.style, AlertStyle::Informational);
+    EXPECT_EQ(alert.icon, AlertIcon::Update);
+    EXPECT_EQ(alert.title, u"ORV Update v4.10"_s);
+    EXPECT_EQ(alert.message, u"Better."_s);
+    EXPECT_EQ(alert.buttons, (QStringList{u"<info.update.download>"_s, u"<info.update.later>"_s}));
+    EXPECT_TRUE(opener.addresses.isEmpty());
+    dialogs.answers.first()(1);
+    EXPECT_TRUE(opener.addresses.isEmpty());
+    dialogs.answers.first()(0);
+    EXPECT_EQ(opener.addresses, QStringList{u"https://example.org/orv"_s});
+}
+
+TEST_F(AppDelegateTest, anUpdateWithoutNotesSaysThatThereIsOne) {
+    launch();
+    delegate->showUpdateAlert(u"4.10"_s, QString(), u"https://example.org/orv"_s);
+    EXPECT_EQ(dialogs.alerts.first().message, u"<info.update.available>"_s);
+}
+
+TEST_F(AppDelegateTest, aSecondStartShowsThePanelAtTheItem) {
+    launch();
+    EXPECT_TRUE(delegate->showPanel());
+    EXPECT_EQ(panel.calls, (QStringList{u"close"_s, u"showBeside 700,0"_s}));
+    EXPECT_TRUE(delegate->showPanel()) << "also when it is open";
+    EXPECT_EQ(panel.calls.size(), 3);
+    EXPECT_TRUE(panel.shown);
+}
+
+TEST_F(AppDelegateTest, aSecondStartShowsTheWindowWhereThereIsNoTray) {
+    tray.available = false;
+    launch();
+    EXPECT_TRUE(delegate->showPanel());
+    EXPECT_EQ(panel.calls, (QStringList{u"showAsWindow"_s, u"showAsWindow"_s}));
+}
+
+TEST_F(AppDelegateTest, aSecondStartIsNotShownAProgramThatQuits) {
+    launch();
+    delegate->quitApp();
+    EXPECT_FALSE(delegate->showPanel());
+    EXPECT_TRUE(panel.calls.isEmpty());
+}
+
+TEST_F(AppDelegateTest, theSettingsWindowIsMadeOnFirstUseAndKept) {
+    launch();
+    EXPECT_TRUE(settingsWindows.isEmpty());
+    delegate->showSettingsWindow();
+    ASSERT_EQ(settingsWindows.size(), 1);
+    QWidget& window = *settingsWindows.first();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(window.windowTitle(), u"<settings.title>"_s);
+    EXPECT_EQ(window.size(), QSize(500, 420));
+    EXPECT_TRUE(window.windowFlags().testFlags(Qt::WindowTitleHint | Qt::WindowCloseButtonHint));
+    EXPECT_FALSE(window.windowFlags() & Qt::WindowMinMaxButtonsHint);
+    const QPoint middle = window.screen()->availableGeometry().center();
+    EXPECT_LE((window.geometry().center() - middle).manhattanLength(), 8) << "but for its frame";
+    window.close();
+    EXPECT_FALSE(window.isVisible());
+    delegate->showSettingsWindow();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(settingsWindows.size(), 1);
+    EXPECT_EQ(terminations, 0) << "closing it never ends the program";
+}
+
+TEST_F(AppDelegateTest, theSettingsWindowsTitleFollowsTheLanguage) {
+    launch();
+    delegate->retranslate();
+    EXPECT_TRUE(settingsWindows.isEmpty()) << "none is made for that";
+    delegate->showSettingsWindow();
+    settingsWindows.first()->setWindowTitle(u"Einstellungen"_s);
+    delegate->retranslate();
+    EXPECT_EQ(settingsWindows.first()->windowTitle(), u"<settings.title>"_s);
 }
 
 TEST(RegisteredDefaults, answerUntilAValueIsWritten) {

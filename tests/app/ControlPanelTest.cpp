@@ -14,6 +14,7 @@
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "VmixTracking.h"
 #include "WaitUntil.h"
 
 #include <QAbstractButton>
@@ -125,11 +126,13 @@ class ControlPanelTest : public ::testing::Test {
                               .text = [this](const QString& key) { return text(key); },
                               .terminate = [] {},
                               .timings = {.captureStart = 1ms, .terminate = 1ms}}};
+    VmixTracking vmix{settings};
     ControlPanel panel{{.settings = settings,
                         .audio = audio,
                         .engine = engine,
                         .controller = controller,
-                        .l10n = l10n}};
+                        .l10n = l10n,
+                        .vmix = vmix}};
 };
 
 TEST_F(ControlPanelTest, showsTheBackendsStatusAndTheButtonThatFits) {

@@ -2,9 +2,11 @@
 
 #include "BackendControl.h"
 #include "CaptureControl.h"
+#include "DesktopOpener.h"
 #include "Dialogs.h"
 #include "Panel.h"
 #include "Tray.h"
+#include "UserNotifications.h"
 
 #include <QStringList>
 
@@ -76,11 +78,36 @@ class FakeBackend : public BackendControl {
 
 class FakeDialogs : public Dialogs {
   public:
-    void showAlert(const Alert& alert, std::function<void(int chosen)> /*done*/) override {
+    void showAlert(const Alert& alert, std::function<void(int chosen)> done) override {
         alerts.append(alert);
+        answers.append(std::move(done));
     }
 
     QList<Alert> alerts;
+    QList<std::function<void(int chosen)>> answers; ///< Of each alert.
+};
+
+class FakeOpener : public DesktopOpener {
+  public:
+    void openAddress(const QString& url) override { addresses.append(url); }
+
+    void revealFolder(const QString& path) override { folders.append(path); }
+
+    QStringList addresses;
+    QStringList folders;
+};
+
+class FakeUserNotifications : public UserNotifications {
+  public:
+    void requestAuthorization(
+        NotificationOptions asked,
+        std::function<void(const NotificationAuthorization& answer)> done) override {
+        options = asked;
+        answer = std::move(done);
+    }
+
+    NotificationOptions options;
+    std::function<void(const NotificationAuthorization& answer)> answer;
 };
 
 class FakeTray : public Tray {

@@ -3,7 +3,10 @@
 #include "WaitUntil.h"
 
 #include <QApplication>
+#include <QImage>
+#include <QLabel>
 #include <QMessageBox>
+#include <QPixmap>
 #include <QPushButton>
 
 #include <gtest/gtest.h>
@@ -88,6 +91,34 @@ TEST_F(MessageDialogsTest, severalAlertsWaitTogether) {
     first->close();
     EXPECT_TRUE(waitUntil([] { return alertOnScreen() != nullptr; }));
     EXPECT_EQ(alertOnScreen()->text(), u"Second"_s);
+}
+
+TEST_F(MessageDialogsTest, showPlainTextsWhateverStandsInThem) {
+    dialogs->showAlert({.title = u"<h1>Big</h1>"_s,
+                        .message = u"<img src='file:///etc/hostname'><b>Bold</b>"_s,
+                        .buttons = {u"OK"_s}});
+    box = alertOnScreen();
+    ASSERT_NE(box, nullptr);
+    int labels = 0;
+    for (const QLabel* label : box->findChildren<QLabel*>()) {
+        if (!label->text().isEmpty()) {
+            ++labels;
+            EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        }
+    }
+    EXPECT_EQ(labels, 2);
+}
+
+TEST_F(MessageDialogsTest, showAnArrowForUpdates) {
+    dialogs->showAlert(
+        {.title = u"Update"_s, .message = {}, .buttons = {u"OK"_s}, .icon = AlertIcon::Update});
+    box = alertOnScreen();
+    ASSERT_NE(box, nullptr);
+    const QImage picture = box->iconPixmap().toImage();
+    ASSERT_EQ(picture.size(), QSize(48, 48));
+    EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0);
+    EXPECT_EQ(picture.pixelColor(6, 24), QColor(0x25, 0x63, 0xeb)) << "the circle";
+    EXPECT_EQ(picture.pixelColor(24, 24), QColor(Qt::white)) << "the arrow";
 }
 
 TEST_F(MessageDialogsTest, anAnswerIsNotGivenAfterTheEnd) {

@@ -16,6 +16,7 @@
 #include "Theme.h"
 #include "TranslationController.h"
 #include "TranslationSettings.h"
+#include "VMixWarningBanner.h"
 
 #include <QPushButton>
 #include <QShortcut>
@@ -54,6 +55,9 @@ ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
         layout->addLayout(row, stretch);
     };
     addInset(header_, 0);
+    addInset(
+        new VMixWarningBanner(environment_.settings, environment_.vmix, environment_.l10n, this),
+        0);
     // The page reaches the edges, so that its scroll bar stands beside the sections.
     layout->addWidget(new PanelPage(makeSections(), this));
     addInset(result_, 1);

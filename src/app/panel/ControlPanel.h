@@ -17,6 +17,7 @@ class ResultSection;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
+class VmixTracking;
 
 /// What the control panel shows and works on. The references outlive it.
 struct PanelEnvironment {
@@ -25,6 +26,7 @@ struct PanelEnvironment {
     TranslationEngine& engine;
     TranslationController& controller;
     L10n& l10n;
+    VmixTracking& vmix;
     /// Closes the panel and opens the settings window.
     std::function<void()> showSettings = {};
 };

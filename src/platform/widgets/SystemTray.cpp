@@ -1,10 +1,12 @@
 #include "SystemTray.h"
 
 #include "ScreenPlacement.h"
-#include "SvgIcon.h"
+#include "TemplateIcon.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QGuiApplication>
+#include <QPalette>
 #include <QScreen>
 
 #include <chrono>
@@ -27,19 +29,29 @@ constexpr std::chrono::seconds availabilityInterval{3};
 /// Between the item and its menu, in pixels.
 constexpr int menuGap = 5;
 
+QString shapeOf(TrayIcon icon) {
+    switch (icon) {
+    case TrayIcon::Translating:
+        return u":/orvane/tray/translating.svg"_s;
+    case TrayIcon::BackendRunning:
+        return u":/orvane/tray/running.svg"_s;
+    case TrayIcon::Idle:
+        break;
+    }
+    return u":/orvane/tray/idle.svg"_s;
+}
+
 } // namespace
 
 SystemTray::SystemTray() {
     registerTrayIcons();
-    icons_ = {{TrayIcon::Idle, svgIcon(u":/orvane/tray/idle.svg"_s)},
-              {TrayIcon::BackendRunning, svgIcon(u":/orvane/tray/running.svg"_s)},
-              {TrayIcon::Translating, svgIcon(u":/orvane/tray/translating.svg"_s)}};
     connect(&icon_, &QSystemTrayIcon::activated, this, &SystemTray::activated);
     connect(&menu_, &QMenu::aboutToShow, this, &SystemTray::menuAboutToShow);
     icon_.setContextMenu(&menu_);
     available_ = QSystemTrayIcon::isSystemTrayAvailable();
     connect(&availabilityCheck_, &QTimer::timeout, this, &SystemTray::checkAvailability);
     availabilityCheck_.start(availabilityInterval);
+    QCoreApplication::instance()->installEventFilter(this);
 }
 
 bool SystemTray::isAvailable() const {
@@ -51,9 +63,23 @@ void SystemTray::setAvailabilityHandler(std::function<void(bool available)> hand
 }
 
 void SystemTray::setIcon(TrayIcon icon, const QString& description) {
-    icon_.setIcon(icons_.at(icon));
+    shown_ = icon;
+    drawIcon();
     icon_.setToolTip(description);
     icon_.show();
+}
+
+void SystemTray::drawIcon() {
+    ink_ = inkOn(QGuiApplication::palette().color(QPalette::Window));
+    icon_.setIcon(templateIcon(shapeOf(shown_), ink_));
+}
+
+bool SystemTray::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ApplicationPaletteChange && icon_.isVisible() &&
+        inkOn(QGuiApplication::palette().color(QPalette::Window)) != ink_) {
+        drawIcon();
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void SystemTray::setClickHandler(std::function<void(TrayClick click)> handler) {

@@ -3,13 +3,10 @@
 #include "Tray.h"
 #include "TrayMenu.h"
 
+#include <QColor>
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <QTimer>
-
-#include <map>
-
-class QAction;
 
 namespace orv {
 
@@ -27,15 +24,20 @@ class SystemTray : public QObject, public Tray {
     void showMenu(const QList<TrayMenuItem>& items) override;
     QRect geometry() const override;
 
+    /// The desktop has become light or dark.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
     void activated(QSystemTrayIcon::ActivationReason reason);
     void menuAboutToShow();
     void placeMenu();
     void checkAvailability();
+    void drawIcon();
 
     TrayMenu menu_; ///< Outlives `icon_`, which refers to it.
     QSystemTrayIcon icon_;
-    std::map<TrayIcon, QIcon> icons_;
+    TrayIcon shown_ = TrayIcon::Idle;
+    QColor ink_; ///< Of the icon as it is drawn.
     std::function<void(TrayClick)> clicked_;
     std::function<void(bool)> availabilityChanged_;
     QTimer availabilityCheck_;

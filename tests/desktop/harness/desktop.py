@@ -1,5 +1,6 @@
 """The private desktop: screen, window manager, tray, message bus, accessibility."""
 
+import ctypes
 import os
 import pathlib
 import shutil
@@ -18,8 +19,11 @@ class Desktop:
     `environment` is what programs on this desktop are started with; `home` is their home directory.
     """
 
-    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None):
+    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None, compositor=False,
+                 screen=SCREEN):
         self._with_tray = tray
+        self._with_compositor = compositor
+        self._screen = screen
         self._language = language
         self._keep_folder = keep_folder
         self.children = Children()
@@ -72,7 +76,7 @@ class Desktop:
     def _start_screen(self):
         read_end, write_end = os.pipe()
         try:
-            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN,
+            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", self._screen,
                          "-nolisten", "tcp", "-noreset"], pass_fds=(write_end,))
         finally:
             os.close(write_end)
@@ -87,10 +91,32 @@ class Desktop:
         ready = self.folder / "openbox.ready"
         self._start(["openbox", "--sm-disable", "--startup", f"touch '{ready}'"])
         wait_until(ready.exists, "the window manager")
+        if self._with_compositor:
+            self.start_compositor()
         if self._with_tray:
             self._start(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
                          "--heighttype", "pixel", "--height", "28", "--SetPartialStrut", "true"])
             self._wait_for_tray()
+
+    def start_compositor(self):
+        """Lets translucent windows be blended with what is below them from now on. It is told to
+        draw shadows, as desktops do."""
+        settings = self.folder / "picom.conf"
+        settings.write_text('shadow = true;\nshadow-exclude = ["_GTK_FRAME_EXTENTS@:c"];\n')
+        process = self._start(["picom", "--config", str(settings), "--backend", "xrender"])
+        wait_until(self.is_composited, "the compositor")
+        return process
+
+    def is_composited(self):
+        """Whether somebody holds the selection of those who blend windows."""
+        x11 = ctypes.CDLL("libX11.so.6")
+        x11.XOpenDisplay.restype = ctypes.c_void_p
+        x11.XInternAtom.restype = x11.XGetSelectionOwner.restype = ctypes.c_ulong
+        display = ctypes.c_void_p(x11.XOpenDisplay(self.environment["DISPLAY"].encode()))
+        atom = ctypes.c_ulong(x11.XInternAtom(display, b"_NET_WM_CM_S0", 0))
+        owner = x11.XGetSelectionOwner(display, atom)
+        x11.XCloseDisplay(display)
+        return owner != 0
 
     def _wait_for_tray(self):
         try:

@@ -46,7 +46,7 @@ class Program:
     _count = 0
     _MARK = "ORVANE_HARNESS_PROGRAM"
 
-    def __init__(self, desktop, executable, arguments=()):
+    def __init__(self, desktop, executable, arguments=(), environment=None):
         Program._count += 1
         self._desktop = desktop
         self.log_file = pathlib.Path(desktop.folder) / f"program-{Program._count}.log"
@@ -54,7 +54,7 @@ class Program:
         with self.log_file.open("wb") as log:
             self.process = desktop.children.start(
                 [str(executable), *arguments],
-                env={**desktop.environment, self._MARK: self._mark},
+                env={**desktop.environment, **(environment or {}), self._MARK: self._mark},
                 stdout=log, stderr=subprocess.STDOUT)
         self.pid = self.process.pid
 

@@ -1,0 +1,109 @@
+// The delegate with an update checker that finds a release.
+
+#include "AppDelegate.h"
+#include "DefaultsStore.h"
+#include "Fakes.h"
+#include "LogCapture.h"
+#include "NotificationCentre.h"
+#include "ServicePeer.h"
+#include "UpdateChecker.h"
+#include "WaitUntil.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv::test {
+
+namespace {
+
+class AppDelegateUpdate : public ::testing::Test {
+  protected:
+    void serve(const QString& manifest) {
+        const auto before = server.count(u"told"_s);
+        server.command({{u"path"_s, u"/updates/orv.json"_s}, {u"body"_s, manifest}});
+        ASSERT_TRUE(waitUntil([&] { return server.count(u"told"_s) > before; }));
+    }
+
+    UpdateOutcome check() {
+        std::optional<UpdateOutcome> outcome;
+        updates.checkForUpdate([&](UpdateOutcome found) { outcome = found; });
+        EXPECT_TRUE(waitUntil([&] { return outcome.has_value(); }));
+        return outcome.value_or(UpdateOutcome::Failed);
+    }
+
+    QList<TrayMenuItem> menu() {
+        delegate.showContextMenu();
+        return tray.menus.last();
+    }
+
+    LogCapture log;
+    QTemporaryDir folder;
+    ServicePeer server{u"manifest_service.py"_s};
+    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    NotificationCentre centre;
+    FakeTray tray;
+    FakePanel panel;
+    FakeBackend backend;
+    FakeDialogs dialogs;
+    FakeOpener opener;
+    FakeUserNotifications userNotifications;
+    UpdateChecker updates{{.currentVersion = u"4.9"_s,
+                           .updateURLs = {server.url(u"http"_s) + u"/updates/orv.json"_s},
+                           .opener = opener,
+                           .timings = {.answer = 10s}}};
+    AppDelegate delegate{DelegateEnvironment{.store = store,
+                                             .notifications = centre,
+                                             .tray = tray,
+                                             .panel = panel,
+                                             .backend = backend,
+                                             .updates = updates,
+                                             .userNotifications = userNotifications,
+                                             .dialogs = dialogs,
+                                             .opener = opener,
+                                             .text = keyAsText,
+                                             .applyOverlaySettings = [] {},
+                                             .stopOverlayServer = [] {},
+                                             .showSubtitles = [](const QString&, const QString&) {},
+                                             .broadcast = [](const QString&, const QString&) {},
+                                             .sendToVRChat = [](const QString&, const QString&) {},
+                                             .terminate = [] {},
+                                             .makeSettings = {}}};
+};
+
+TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
+    serve(uR"({"version": "4.10", "url": "https://example.org/orv", "notes": "Better."})"_s);
+    delegate.applicationDidFinishLaunching();
+    EXPECT_EQ(menu().size(), 5);
+    EXPECT_EQ(check(), UpdateOutcome::Available);
+    ASSERT_EQ(dialogs.alerts.size(), 1);
+    EXPECT_EQ(dialogs.alerts.first().title, u"ORV Update v4.10"_s);
+    EXPECT_EQ(dialogs.alerts.first().message, u"Better."_s);
+    EXPECT_EQ(check(), UpdateOutcome::Available);
+    EXPECT_EQ(dialogs.alerts.size(), 1) << "not again at the next check";
+
+    const QList<TrayMenuItem> items = menu();
+    ASSERT_EQ(items.size(), 7);
+    EXPECT_EQ(items[2].text, u"<menu.backend.stopped>"_s);
+    EXPECT_TRUE(items[3].text.isEmpty());
+    EXPECT_EQ(items[4].text, u"Update: v4.10"_s);
+    EXPECT_TRUE(items[5].text.isEmpty());
+    EXPECT_EQ(items[6].text, u"<menu.quit>"_s);
+    items[4].action();
+    EXPECT_EQ(opener.addresses, QStringList{u"https://example.org/orv"_s});
+}
+
+TEST_F(AppDelegateUpdate, nothingIsOfferedWhenTheProgramIsUpToDate) {
+    serve(uR"({"version": "4.9", "url": "https://example.org/orv"})"_s);
+    delegate.applicationDidFinishLaunching();
+    EXPECT_EQ(check(), UpdateOutcome::UpToDate);
+    EXPECT_TRUE(dialogs.alerts.isEmpty());
+    EXPECT_EQ(menu().size(), 5);
+}
+
+} // namespace
+
+} // namespace orv::test

@@ -1,0 +1,153 @@
+"""Starting twice, being killed, losing the desktop, and what is left of the program afterwards."""
+
+import pathlib
+import subprocess
+import unittest
+
+from support import INSTALL_BACKEND, PROGRAM, DesktopTest
+
+from harness.processes import wait_until
+from harness.program import BACKEND_PORT, Program, free_port, port_is_open, read_settings
+
+_PANEL_WIDTH = 300  # At least; the item in the tray is a narrow window.
+
+
+def local_sockets():
+    """The names of the program's sockets on this machine that live in memory."""
+    with open("/proc/net/unix") as table:
+        return [line.split()[-1] for line in table if "@orvane-" in line]
+
+
+class Life(DesktopTest):
+    def start_again(self, **environment):
+        return Program(self.desktop, PROGRAM, environment=environment)
+
+    def start_with_backend(self, **settings):
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop(autoStartBackend=True, **settings)
+        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
+                       stdout=subprocess.DEVNULL)
+        self.start_automatically()
+
+    def start_automatically(self):
+        self.program = Program(self.desktop, PROGRAM)
+        self.program.wait_for_line("Auto-Start Backend aktiviert", limit=60)
+        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
+
+    def panels(self):
+        return [place for place in self.desktop.windows("orvane") if place[2] >= _PANEL_WIDTH]
+
+    def test_a_second_start_shows_the_panel_of_the_first(self):
+        self.open_desktop()
+        self.start_program()
+        wait_until(self.desktop.tray_item, "the program's item in the tray")
+        place = self.desktop.tray_window()
+        self.assertEqual(self.panels(), [])
+        second = self.start_again()
+        self.assertEqual(second.wait_for_end(), 0)
+        self.assertEqual(second.lines(), [])
+        self.wait_for("Quit")
+        self.assertEqual(self.desktop.tray_window(), place, "one item in the tray")
+        # Again, while the panel is open.
+        self.assertEqual(self.start_again().wait_for_end(), 0)
+        self.wait_for("Quit")
+        self.assertEqual(len(self.panels()), 1)
+
+    def test_a_second_start_shows_the_window_where_there_is_no_tray(self):
+        self.open_desktop(tray=False)
+        self.start_program()
+        self.wait_for("Quit")
+        self.assertEqual(self.start_again().wait_for_end(), 0)
+        self.assertEqual(len(self.panels()), 1)
+
+    def test_another_home_is_another_program(self):
+        self.open_desktop()
+        self.start_program()
+        other = self.desktop.folder / "other home"
+        other.mkdir()
+        program = self.start_again(HOME=str(other), XDG_CONFIG_HOME=str(other / ".config"))
+        program.wait_for_line("App gestartet")
+        self.assertIsNone(self.program.process.poll())
+        self.assertEqual(program.terminate(), 0)
+
+    def test_a_start_while_the_first_one_quits_takes_its_place(self):
+        self.open_desktop()
+        self.start_program()
+        self.desktop.click_tray(button=3)
+        self.wait_for_menu()
+        self.desktop.key("q")
+        self.program.wait_for_line("🛑 App wird beendet...")
+        second = self.start_again()
+        second.wait_for_line("App gestartet")
+        self.assertEqual(self.program.wait_for_end(), 0)
+        self.assertEqual(second.terminate(), 0)
+
+    def test_a_killed_program_leaves_a_state_that_works(self):
+        self.start_with_backend(targetLang="es")
+        self.open_panel()
+        self.press("Start Translation")
+        wait_until(self.sound.recording_streams, "the program to listen")
+        self.press("Show Original Text")
+        wait_until(lambda: "showOriginal" in read_settings(self.desktop), "the choice to be stored")
+        chosen = read_settings(self.desktop)
+        self.program.process.kill()
+        self.program.wait_until_nothing_is_left()
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's end")
+
+        self.start_automatically()
+        self.assertEqual(read_settings(self.desktop), chosen)
+        self.open_panel()
+        self.press("Start Translation")
+        wait_until(self.sound.recording_streams, "the program to listen again")
+        self.press("Quit")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+
+    def test_the_end_of_the_display_leaves_nothing(self):
+        self.start_with_backend()
+        display = next(process for process in self.desktop.children._processes
+                       if process.args[0] == "Xvfb")
+        display.kill()
+        self.program.wait_for_end()
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def test_quitting_leaves_no_process_no_port_and_no_temporary_file(self):
+        port = free_port()
+        temporary = None
+
+        def files():
+            folders = [temporary, pathlib.Path(self.desktop.environment["XDG_RUNTIME_DIR"]),
+                       self.desktop.home]
+            return {str(file) for folder in folders for file in folder.rglob("*")
+                    if not file.is_dir()}
+
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop(autoStartBackend=True, obsOverlayEnabled=True, obsOverlayPort=port)
+        temporary = self.desktop.folder / "temporary"
+        temporary.mkdir()
+        self.desktop.environment["TMPDIR"] = str(temporary)
+        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
+                       stdout=subprocess.DEVNULL)
+        before = files()
+        self.start_automatically()
+        wait_until(lambda: port_is_open(port), "the browser overlay")
+        self.assertEqual(len(local_sockets()), 1)
+        self.open_panel()
+        self.press("Start Translation")
+        wait_until(self.sound.recording_streams, "the program to listen")
+        self.press("Quit")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(port))
+        self.assertFalse(port_is_open(BACKEND_PORT))
+        self.assertEqual(local_sockets(), [])
+        left = {file for file in files() - before if "/__pycache__/" not in file}
+        kept = str(self.desktop.home / "Library" / "Application Support" / "Orvane")
+        self.assertEqual({file for file in left if not file.startswith(kept)}, set())
+        self.assertEqual([file for file in left if pathlib.Path(file).suffix not in
+                          (".txt", ".srt", ".log")], [], "transcripts and the log are meant to stay")
+
+
+if __name__ == "__main__":
+    unittest.main()
