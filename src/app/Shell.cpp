@@ -187,19 +187,15 @@ void Shell::connectObjects() {
                      &TranslationEngine::retranslate);
     QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
                      &AppDelegate::retranslate);
-    // Also at the start of a run, which assigns the setting.
+    // Also at the start of a run, which assigns these settings.
     QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
                      [this](const QString& key) {
-                         if (key == "speakTranslation"_L1) {
-                             prepareSpeech();
+                         const bool concerns =
+                             key == "speakTranslation"_L1 || key == "showOverlay"_L1;
+                         if (concerns && controller_->isTranslating()) {
+                             overlayWindow_->prepare();
                          }
                      });
-}
-
-void Shell::prepareSpeech() {
-    if (controller_->isTranslating() && settings_->speakTranslation.get()) {
-        speech_->prepare();
-    }
 }
 
 void Shell::launch() {

@@ -65,7 +65,6 @@ class Shell {
     std::unique_ptr<PanelWindow> makePanel();
     std::unique_ptr<QWidget> makeSettings();
     void connectObjects();
-    void prepareSpeech();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 

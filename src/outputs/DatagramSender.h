@@ -29,8 +29,8 @@ struct Datagram {
 /// programs that take datagrams commonly listen there only and no answer would tell of a mistake.
 /// Datagrams for numeric addresses leave in the order of sending and never wait for those whose
 /// name is still being looked up. When more come than can leave, or than names are found for, the
-/// oldest are dropped without a word: at most `maximumWaiting` wait for the thread, and at most
-/// `HostLookups::maximumWaiting` for names.
+/// oldest are dropped without a word: at most `maximumWaiting` wait for the thread while it sends
+/// as many, and at most `HostLookups::maximumWaiting` wait for names.
 class DatagramSender {
   public:
     /// Called on the sender's thread with the reason why a datagram could not be sent.

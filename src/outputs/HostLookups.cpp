@@ -6,6 +6,7 @@
 #include <memory>
 #include <netdb.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -64,11 +65,12 @@ void HostLookups::resolve(const QString& host, Done done) {
         return;
     }
     if (!underWay_.contains(host)) {
-        if (static_cast<std::size_t>(underWay_.size()) >= maximumThreads) {
+        const bool full = static_cast<std::size_t>(underWay_.size()) >= maximumThreads;
+        if (full || !startThread(host)) {
             done({{}, u"Zu viele unbeantwortete Namensanfragen"_s});
             return;
         }
-        startThread(host);
+        underWay_.append(host);
     }
     waiting_.push_back({host, std::move(done)});
     if (waiting_.size() > maximumWaiting) {
@@ -76,13 +78,18 @@ void HostLookups::resolve(const QString& host, Done done) {
     }
 }
 
-void HostLookups::startThread(const QString& host) {
-    underWay_.append(host);
-    std::thread([this, host, lookUp = lookUp_, home = home_.handle()] {
+bool HostLookups::startThread(const QString& host) {
+    const auto question = [this, host, lookUp = lookUp_, home = home_.handle()] {
         const HostAnswer answer = lookUp(host);
         // Runs only as long as this object is there.
         home.post([this, host, answer] { answered(host, answer); });
-    }).detach();
+    };
+    try {
+        std::thread(question).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 void HostLookups::answered(const QString& host, const HostAnswer& answer) {

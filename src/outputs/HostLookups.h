@@ -30,7 +30,8 @@ HostAnswer systemLookUp(const QString& host);
 /// Questions are asked anew each time; only those for a name that is being asked for just then
 /// share its answer. The system cannot be told to give a question up, so each is asked on a
 /// thread of its own that nobody joins: a name server that is silent must not hold up the end of
-/// the program. At most `maximumThreads` are under way, whatever comes; a further name is refused.
+/// the program. At most `maximumThreads` are under way, whatever comes; a further name is refused,
+/// and so is one for which the system has no thread.
 /// At most `maximumWaiting` questions wait; of more, the oldest are forgotten, unanswered.
 class HostLookups {
   public:
@@ -57,7 +58,7 @@ class HostLookups {
         Done done;
     };
 
-    void startThread(const QString& host);
+    bool startThread(const QString& host);
     void answered(const QString& host, const HostAnswer& answer);
 
     LookUpHost lookUp_;

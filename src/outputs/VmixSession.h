@@ -29,8 +29,9 @@ struct VmixLimits {
 ///
 /// A request that gets no connection in time fails as one that gets no answer does. When more come
 /// than can leave, the oldest that wait are dropped without a word, neither sent nor answered: of
-/// the texts for a title only the newest matter. So at most `waiting` requests wait for the thread
-/// and as many for a connection.
+/// the texts for a title only the newest matter. So besides the requests with a connection there
+/// are never more than three times `waiting`: those that wait for the thread, those that it is just
+/// taking over, and those that wait for a connection.
 class VmixSession {
   public:
     /// Called on the session's thread with the reason of a failure; empty for an answer.

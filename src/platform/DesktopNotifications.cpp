@@ -3,6 +3,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
+#include <QTimer>
 
 #include <utility>
 
@@ -20,10 +21,16 @@ void DesktopNotifications::requestAuthorization(
         u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s,
         u"org.freedesktop.Notifications"_s, u"GetCapabilities"_s);
     auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(question), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, done = std::move(done)] {
+    const auto answer = [watcher, done = std::move(done)] {
         watcher->deleteLater();
         done({.granted = !watcher->isError(), .error = watcher->error().message()});
-    });
+    };
+    if (watcher->isFinished()) {
+        // Without a bus the call has failed already, and no signal tells of it.
+        QTimer::singleShot(0, watcher, answer);
+    } else {
+        connect(watcher, &QDBusPendingCallWatcher::finished, watcher, answer);
+    }
 }
 
 } // namespace orv

@@ -3,7 +3,7 @@
 #include "EventLoopThread.h"
 #include "Log.h"
 
-#include <QThread>
+#include <QCoreApplication>
 
 #include <future>
 #include <mutex>
@@ -14,11 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+/// Everything that is asked of the speech thread; a later request is merged into one that waits.
 struct ThreadedSpeech::Request {
-    enum class Kind { Prepare, Speak, Stop };
-
-    Kind kind = Kind::Prepare;
-    QString text = {};
+    bool prepare = false;
+    bool stop = false;
+    std::optional<QString> text = {}; ///< To be spoken; that stops what is being spoken.
 };
 
 /// What the speech thread works on. Shared with it, since a hung thread outlives the synthesiser.
@@ -27,33 +27,36 @@ class ThreadedSpeech::Worker {
     explicit Worker(EngineMaker maker)
         : maker_(std::move(maker)) {}
 
-    /// Leaves `request` in place of what waits. True when the thread has to be told.
+    /// Adds `request` to what waits. True when the thread has to be told.
     bool leave(Request request) {
         const std::lock_guard lock(mutex_);
-        const bool empty = !waiting_.has_value();
-        if (empty || request.kind != Request::Kind::Prepare) {
+        if (!waiting_) {
             waiting_ = std::move(request);
+            return true;
         }
-        return empty;
+        waiting_->prepare |= request.prepare;
+        if (request.stop || request.text) {
+            waiting_->stop = request.stop;
+            waiting_->text = std::move(request.text);
+        }
+        return false;
     }
 
     /// On the speech thread.
     void work() {
-        if (const std::optional<Request> request = take()) {
-            switch (request->kind) {
-            case Request::Kind::Prepare:
-                tried_ = false;
-                makeEngine();
-                break;
-            case Request::Kind::Stop:
-                if (engine_) {
-                    engine_->stop();
-                }
-                break;
-            case Request::Kind::Speak:
-                say(request->text);
-                break;
-            }
+        const std::optional<Request> request = take();
+        if (!request) {
+            return;
+        }
+        if (request->prepare) {
+            tried_ = false;
+            makeEngine();
+        }
+        if (request->stop && engine_) {
+            engine_->stop();
+        }
+        if (request->text) {
+            say(*request->text);
         }
     }
 
@@ -65,20 +68,29 @@ class ThreadedSpeech::Worker {
         engine_.reset();
         const std::lock_guard lock(mutex_);
         ended_ = true;
-        if (abandoned_) {
-            QThread::currentThread()->quit();
+        dispose();
+    }
+
+    /// Takes a thread that nobody waits for; it goes when it comes to its end.
+    void adopt(std::unique_ptr<EventLoopThread> thread) {
+        const std::lock_guard lock(mutex_);
+        waiting_.reset();
+        adopted_ = thread.release();
+        if (ended_) {
+            dispose();
         }
     }
 
-    /// Nobody waits for the thread any more. False when it has come to its end after all.
-    bool abandon() {
-        const std::lock_guard lock(mutex_);
-        waiting_.reset();
-        abandoned_ = !ended_;
-        return abandoned_;
+  private:
+    /// A thread cannot join itself, so the main thread does it. After the program's end the system
+    /// does.
+    void dispose() {
+        if (adopted_ != nullptr && QCoreApplication::instance() != nullptr) {
+            post(QCoreApplication::instance(),
+                 [thread = std::exchange(adopted_, nullptr)] { delete thread; });
+        }
     }
 
-  private:
     std::optional<Request> take() {
         const std::lock_guard lock(mutex_);
         return std::exchange(waiting_, std::nullopt);
@@ -106,7 +118,8 @@ class ThreadedSpeech::Worker {
         }
         engine_ = maker_();
         if (!engine_ && !std::exchange(complained_, true)) {
-            logLine(u"⚠️ Keine Sprachausgabe verfügbar - Übersetzungen werden nicht vorgelesen");
+            logLine(
+                u"⚠️ Keine Sprachausgabe verfügbar - Übersetzungen werden nicht vorgelesen");
         }
     }
 
@@ -114,7 +127,7 @@ class ThreadedSpeech::Worker {
     std::mutex mutex_;
     std::optional<Request> waiting_;
     bool ended_ = false;
-    bool abandoned_ = false;
+    EventLoopThread* adopted_ = nullptr; ///< Owned, but the end of the program need not wait.
 
     // The speech thread's own.
     std::unique_ptr<SpeechEngine> engine_;
@@ -135,25 +148,23 @@ ThreadedSpeech::~ThreadedSpeech() {
         worker->end();
         ended->set_value();
     });
-    if (ended->get_future().wait_for(timings_.farewell) == std::future_status::timeout &&
-        worker_->abandon()) {
+    if (ended->get_future().wait_for(timings_.farewell) == std::future_status::timeout) {
         logLine(u"⚠️ Sprachausgabe antwortet nicht - wird nicht abgewartet");
-        // Deliberately given up: destroying it would wait.
-        static_cast<void>(thread_.release());
+        worker_->adopt(std::move(thread_));
     }
 }
 
 void ThreadedSpeech::prepare() {
-    request({.kind = Request::Kind::Prepare});
+    request({.prepare = true});
 }
 
 void ThreadedSpeech::speak(const QString& text) {
-    request({.kind = Request::Kind::Speak, .text = text});
+    request({.text = text});
 }
 
 void ThreadedSpeech::stop() {
     if (thread_) {
-        request({.kind = Request::Kind::Stop});
+        request({.stop = true});
     }
 }
 

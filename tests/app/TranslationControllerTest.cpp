@@ -35,18 +35,16 @@ class TranslationControllerTest : public ::testing::Test {
     }
 
     void make(ControllerTimings timings) {
-        controller.emplace(ControllerEnvironment{.settings = settings,
-                                                 .capture = capture,
-                                                 .backend = backend,
-                                                 .notifications = centre,
-                                                 .dialogs = dialogs,
-                                                 .text = keyAsText,
-                                                 .endSubtitles =
-                                                     [this] {
-                                                         subtitlesEnded.append(posted.size());
-                                                     },
-                                                 .terminate = [this] { ++terminations; },
-                                                 .timings = timings});
+        controller.emplace(
+            ControllerEnvironment{.settings = settings,
+                                  .capture = capture,
+                                  .backend = backend,
+                                  .notifications = centre,
+                                  .dialogs = dialogs,
+                                  .text = keyAsText,
+                                  .endSubtitles = [this] { subtitlesEnded.append(posted.size()); },
+                                  .terminate = [this] { ++terminations; },
+                                  .timings = timings});
     }
 
     bool waitForCapture() {

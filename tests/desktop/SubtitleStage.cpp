@@ -19,6 +19,7 @@
 #include <array>
 #include <fcntl.h>
 #include <functional>
+#include <memory>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -68,11 +69,14 @@ void setInStore(orv::DefaultsStore& store, const QString& key, const QJsonValue&
     }
 }
 
-int runSubtitles(const QString& storeFile, int hideAfter) {
+int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
     orv::DefaultsStore store(storeFile);
-    orv::NullSpeechSynthesizer speech;
+    const std::unique_ptr<orv::SpeechSynthesizer> speech =
+        withVoice ? orv::createSystemSpeechSynthesizer()
+                  : std::make_unique<orv::NullSpeechSynthesizer>();
+    speech->prepare();
     orv::OverlayWindow window({.store = store,
-                               .speech = speech,
+                               .speech = *speech,
                                .isComposited = orv::isDesktopComposited,
                                .timings = {.hide = std::chrono::milliseconds(hideAfter)}});
     QObject::connect(&window, &orv::OverlayWindow::resultPainted, &window,
@@ -143,9 +147,11 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     parser.addOption({u"store"_s, {}, u"file"_s});
     parser.addOption({u"hide-after"_s, {}, u"milliseconds"_s, u"6000"_s});
+    parser.addOption({u"voice"_s, {}});
     parser.addOption({u"full-screen"_s, {}});
     parser.process(application);
     return parser.positionalArguments().contains("backdrop"_L1)
                ? runBackdrop(parser.isSet(u"full-screen"_s))
-               : runSubtitles(parser.value(u"store"_s), parser.value(u"hide-after"_s).toInt());
+               : runSubtitles(parser.value(u"store"_s), parser.value(u"hide-after"_s).toInt(),
+                              parser.isSet(u"voice"_s));
 }

@@ -44,13 +44,13 @@ TEXTS = {
 class Stage:
     """The subtitle window in a process of its own."""
 
-    def __init__(self, desktop, scale=1, hide_after=600_000):
+    def __init__(self, desktop, scale=1, hide_after=600_000, voice=False):
         self._desktop = desktop
         self._log = desktop.folder / "stage.log"
         with self._log.open("wb") as log:
             self.process = desktop.children.start(
-                [STAGE, "--store", str(desktop.home / "stage.json"), "--hide-after",
-                 str(hide_after)],
+                [STAGE, "-name", "orvane_subtitles", "--store", str(desktop.home / "stage.json"), "--hide-after",
+                 str(hide_after), *(["--voice"] if voice else [])],
                 env={**desktop.environment, "QT_SCALE_FACTOR": str(scale)},
                 stdin=subprocess.PIPE, stdout=log, stderr=subprocess.STDOUT)
         self._wait_for("ready", 1)
@@ -79,7 +79,7 @@ class Stage:
 
     def window(self):
         """(x, y, width, height) of the window on the screen with its shadow, or None."""
-        return next(iter(self._desktop.windows("orvane_subtitle_stage")), None)
+        return next(iter(self._desktop.windows("orvane_subtitles")), None)
 
 
 class Backdrop:
@@ -89,7 +89,7 @@ class Backdrop:
         self._log = desktop.folder / "backdrop.log"
         with self._log.open("wb") as log:
             self.process = desktop.children.start(
-                [STAGE, "backdrop", *(["--full-screen"] if full_screen else [])],
+                [STAGE, "-name", "orvane_backdrop", "backdrop", *(["--full-screen"] if full_screen else [])],
                 env=desktop.environment, stdin=subprocess.PIPE, stdout=log,
                 stderr=subprocess.STDOUT)
         self.wait_for("ready")

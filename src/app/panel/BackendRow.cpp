@@ -24,7 +24,7 @@ BackendRow::BackendRow(TranslationEngine& engine, L10n& l10n, QWidget* parent)
     row->setSpacing(space::small);
     row->addWidget(status_, 1);
     row->addWidget(toggle_);
-    rows()->setContentsMargins(space::medium, space::small, space::small, space::small);
+    rows()->setContentsMargins(space::medium, space::small, space::medium, space::small);
     rows()->addLayout(row);
     connect(toggle_, &QPushButton::clicked, this, &BackendRow::toggleBackend);
     connect(&engine_, &TranslationEngine::isRunningChanged, this, &BackendRow::refresh);

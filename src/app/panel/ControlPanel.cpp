@@ -30,7 +30,7 @@ namespace orv {
 
 namespace {
 
-constexpr int panelWidth = 456;      ///< Logical pixels.
+constexpr int panelWidth = 464;      ///< Logical pixels.
 constexpr int mainButtonHeight = 40; ///< Logical pixels.
 
 const QKeyCombination startStopKeys = Qt::CTRL | Qt::Key_Return;
@@ -41,10 +41,11 @@ const QKeyCombination startStopKeysOfNumberPad = Qt::CTRL | Qt::Key_Enter;
 ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
     : QWidget(parent)
     , environment_(std::move(environment))
-    , header_(new PanelHeader(this))
-    , notice_(new NoticeCard(this))
-    , result_(new ResultSection(this))
-    , startStop_(makeButton(this, ButtonKind::Primary)) {
+    , header_(new PanelHeader(this)) {
+    // Made in reading order, which is the order in which Tab leads through them.
+    auto* page = new PanelPage(makeSections(), this);
+    result_ = new ResultSection(this);
+    startStop_ = makeButton(this, ButtonKind::Primary);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, space::medium, 0, space::medium);
     layout->setSpacing(space::small);
@@ -59,7 +60,7 @@ ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
         new VMixWarningBanner(environment_.settings, environment_.vmix, environment_.l10n, this),
         0);
     // The page reaches the edges, so that its scroll bar stands beside the sections.
-    layout->addWidget(new PanelPage(makeSections(), this));
+    layout->addWidget(page);
     addInset(result_, 1);
     addInset(startStop_, 0);
     startStop_->setMinimumHeight(mainButtonHeight);
@@ -77,6 +78,7 @@ QWidget* ControlPanel::makeSections() {
     auto* layout = new QVBoxLayout(sections);
     layout->setContentsMargins(space::large, 0, space::large, 0);
     layout->setSpacing(space::small);
+    notice_ = new NoticeCard(sections);
     layout->addWidget(notice_);
     layout->addWidget(new BackendRow(environment_.engine, l10n, sections));
     layout->addWidget(new SourceSection(audio, settings, l10n, sections));

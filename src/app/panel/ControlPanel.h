@@ -44,7 +44,6 @@ class ControlPanel : public QWidget {
 
   private:
     QWidget* makeSections();
-    QWidget* makeFooter();
     void connectState();
     void addKeys();
     void translate();
@@ -54,9 +53,9 @@ class ControlPanel : public QWidget {
 
     PanelEnvironment environment_;
     PanelHeader* header_;
-    NoticeCard* notice_;
-    ResultSection* result_;
-    QPushButton* startStop_;
+    NoticeCard* notice_ = nullptr;
+    ResultSection* result_ = nullptr;
+    QPushButton* startStop_ = nullptr;
 };
 
 } // namespace orv

@@ -58,6 +58,7 @@ OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& setting
 
 void OptionsSection::layOut() {
     rows()->setSpacing(space::tiny);
+    rows()->setContentsMargins(space::medium, space::small, space::medium, space::small);
     for (SwitchRow* row : {overlay_, original_, transcript_, speak_, pauseDetection_}) {
         rows()->addWidget(row);
     }

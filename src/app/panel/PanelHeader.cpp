@@ -59,7 +59,11 @@ void PanelHeader::setStatus(const StatusLine& status) {
 
 void PanelHeader::showStatus() {
     const bool idle = status_.headline.isEmpty();
-    state_->setText(idle ? purpose_ : status_.headline);
+    QString line = idle ? purpose_ : status_.headline;
+    if (!idle && !status_.detail.isEmpty()) {
+        line += u" \u00B7 " % status_.detail;
+    }
+    state_->setText(line);
     state_->setTone(idle ? Tone::Quiet : status_.tone);
 }
 

@@ -45,7 +45,7 @@ class PanelWindow : public QWidget, public Panel {
     std::function<CloseAction()> closing_;
     std::function<void()> endProgram_;
     Style style_ = Style::Window;
-    QRect button_; ///< What the popover stands beside.
+    QRect button_;            ///< What the popover stands beside.
     QElapsedTimer leftSince_; ///< When the popover closed by itself.
 };
 

@@ -1,9 +1,6 @@
 #include "ResultSection.h"
 
-#include "ElidedLabel.h"
 #include "ReadingText.h"
-#include "Theme.h"
-#include "ToneLabel.h"
 
 #include <QVBoxLayout>
 
@@ -11,7 +8,7 @@ namespace orv {
 
 namespace {
 
-/// Room for the latest result, in lines of text; a long error takes from it.
+/// Room for the latest result, in lines of text.
 constexpr int resultLines = 5;
 constexpr int fewestResultLines = 3;
 
@@ -31,22 +28,13 @@ class ResultTexts : public ReadingText {
 
 ResultSection::ResultSection(QWidget* parent)
     : Card(parent)
-    , texts_(new ResultTexts(this))
-    , error_(new ToneLabel(this, Tone::Error))
-    , detail_(new ElidedLabel(this, Tone::Quiet)) {
-    error_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    , texts_(new ResultTexts(this)) {
     rows()->addWidget(texts_, 1);
-    rows()->addWidget(error_);
-    rows()->addWidget(detail_);
-    setStatus({});
 }
 
 void ResultSection::setStatus(const StatusLine& status) {
     const bool failed = status.tone == Tone::Error;
-    error_->setText(failed ? status.headline : QString());
-    error_->setVisible(failed);
-    detail_->setText(status.detail);
-    detail_->setVisible(!status.detail.isEmpty());
+    texts_->setRemark(failed ? status.headline : QString(), Tone::Error);
 }
 
 void ResultSection::setResult(const QString& original, const QString& translation) {

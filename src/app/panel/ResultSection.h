@@ -5,18 +5,17 @@
 
 namespace orv {
 
-class ElidedLabel;
 class ReadingText;
-class ToneLabel;
 
-/// The latest result, and below it what there is to say about the run.
+/// The latest result, and above it an error. It keeps its height whatever it
+/// shows: what is longer scrolls.
 class ResultSection : public Card {
     Q_OBJECT
 
   public:
     explicit ResultSection(QWidget* parent = nullptr);
 
-    /// Shows an error in full, anything else by its detail only.
+    /// Shows an error in full; anything else is left to the panel's header.
     void setStatus(const StatusLine& status);
 
     void setResult(const QString& original, const QString& translation);
@@ -26,8 +25,6 @@ class ResultSection : public Card {
 
   private:
     ReadingText* texts_;
-    ToneLabel* error_;
-    ElidedLabel* detail_;
 };
 
 } // namespace orv

@@ -39,6 +39,16 @@ QString gainText(int percent) {
     return QString(QString::number(percent) % u"\u00A0%");
 }
 
+/// Complete at once: Tab leads through controls in the order in which they are made.
+SegmentedControl* makeSources(QWidget* parent) {
+    auto* sources = new SegmentedControl(parent);
+    for (const AudioSourceType source :
+         {AudioSourceType::Microphone, AudioSourceType::SystemAudio, AudioSourceType::SingleApp}) {
+        sources->addSegment(idOf(source));
+    }
+    return sources;
+}
+
 } // namespace
 
 SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
@@ -48,7 +58,7 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
     , settings_(settings)
     , l10n_(l10n)
     , heading_(addHeading())
-    , sources_(new SegmentedControl(this))
+    , sources_(makeSources(this))
     , devices_(new FieldCombo(FieldCombo::Search::None, this))
     , refreshDevices_(new IconButton(u"refresh"_s, this))
     , devicePage_(makeListPage(devices_, refreshDevices_))
@@ -72,10 +82,6 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
 }
 
 void SourceSection::layOut() {
-    for (const AudioSourceType source :
-         {AudioSourceType::Microphone, AudioSourceType::SystemAudio, AudioSourceType::SingleApp}) {
-        sources_->addSegment(idOf(source));
-    }
     appPage_->layout()->addWidget(appHint_);
     rows()->addWidget(sources_);
     rows()->addWidget(devicePage_);

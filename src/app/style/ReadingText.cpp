@@ -1,7 +1,5 @@
 #include "ReadingText.h"
 
-#include "Theme.h"
-
 #include <QEvent>
 #include <QTextBlockFormat>
 #include <QTextCharFormat>
@@ -31,6 +29,15 @@ void ReadingText::setTexts(const QString& original, const QString& translation) 
     compose();
 }
 
+void ReadingText::setRemark(const QString& remark, Tone tone) {
+    if (remark == remark_ && tone == remarkTone_) {
+        return;
+    }
+    remark_ = remark;
+    remarkTone_ = tone;
+    compose();
+}
+
 void ReadingText::setEmptyText(const QString& text) {
     setPlaceholderText(text);
 }
@@ -43,24 +50,30 @@ void ReadingText::changeEvent(QEvent* event) {
 }
 
 void ReadingText::compose() {
+    const Theme& theme = themeOf(*this);
     clear();
     QTextCursor cursor(document());
-    QTextBlockFormat block;
-    QTextCharFormat quiet;
-    quiet.setForeground(themeOf(*this).quietText);
-    QTextCharFormat large;
-    large.setFontPointSize(font().pointSizeF() * 1.3);
-    cursor.setBlockFormat(block);
-    if (!original_.isEmpty()) {
-        cursor.insertText(original_, quiet);
-    }
-    if (!translation_.isEmpty()) {
-        if (!original_.isEmpty()) {
+    const auto addParagraph = [&cursor](const QString& text, const QTextCharFormat& format) {
+        if (text.isEmpty()) {
+            return;
+        }
+        QTextBlockFormat block;
+        if (cursor.position() > 0) {
             block.setTopMargin(space::tiny);
             cursor.insertBlock(block);
         }
-        cursor.insertText(translation_, large);
-    }
+        cursor.insertText(text, format);
+    };
+    QTextCharFormat remark;
+    remark.setForeground(theme.toneColor(remarkTone_));
+    addParagraph(remark_, remark);
+    QTextCharFormat quiet;
+    quiet.setForeground(theme.quietText);
+    addParagraph(original_, quiet);
+    QTextCharFormat large;
+    large.setForeground(theme.text);
+    large.setFontPointSize(font().pointSizeF() * 1.3);
+    addParagraph(translation_, large);
     moveCursor(QTextCursor::Start);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Theme.h"
+
 #include <QString>
 #include <QTextEdit>
 
@@ -17,7 +19,10 @@ class ReadingText : public QTextEdit {
     /// Both may be empty. The same texts again change nothing, a selection least of all.
     void setTexts(const QString& original, const QString& translation);
 
-    /// What stands there, quietly, while both texts are empty.
+    /// A remark above the texts, such as an error, in the colour of its tone; empty for none.
+    void setRemark(const QString& remark, Tone tone);
+
+    /// What stands there, quietly, while there is nothing else.
     void setEmptyText(const QString& text);
 
   protected:
@@ -28,6 +33,8 @@ class ReadingText : public QTextEdit {
 
     QString original_;
     QString translation_;
+    QString remark_;
+    Tone remarkTone_ = Tone::Plain;
 };
 
 } // namespace orv

@@ -9,16 +9,16 @@ struct OverlayLengths {
     static constexpr int overlayWidth = 800;
     static constexpr int sidePadding = 20;
     static constexpr int verticalPadding = 15;
-    static constexpr int lineGap = 6; ///< Between the source text and the translation.
+    static constexpr int lineGap = 6;         ///< Between the source text and the translation.
     static constexpr int bottomDistance = 80; ///< From the bottom of the screen.
-    static constexpr int topDistance = 16; ///< At least, from its top.
+    static constexpr int topDistance = 16;    ///< At least, from its top.
     static constexpr int cornerRadius = 16;
     static constexpr int borderWidth = 3;
 };
 
 /// Where the window and its two lines are.
 struct OverlayFrames {
-    QRect window; ///< On the desktop.
+    QRect window;      ///< On the desktop.
     QRect translation; ///< In the window.
     QRect original;    ///< In the window; empty when it is hidden.
 

@@ -63,6 +63,19 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
 
 OverlayWindow::~OverlayWindow() = default;
 
+void OverlayWindow::prepare() {
+    const DefaultsStore& store = environment_.store;
+    if (store.boolean(u"showOverlay"_s).value_or(true)) {
+        create();
+        // The first text of a program takes tens of milliseconds: the fonts are looked for.
+        layoutForContent(windowTitle(), windowTitle() + u'…', SubtitleFonts::system(),
+                         mainScreen());
+    }
+    if (store.boolean(u"speakTranslations"_s).value_or(false)) {
+        environment_.speech.prepare();
+    }
+}
+
 void OverlayWindow::showTranslation(const QString& original, const QString& translation) {
     {
         const std::lock_guard lock(mutex_);
@@ -182,8 +195,7 @@ void OverlayWindow::paintEvent(QPaintEvent* /*event*/) {
     if (composited_) {
         shadow_.draw(painter, frame, appearance_.background.alphaF());
     }
-    const QColor background =
-        composited_ ? appearance_.background : opaque(appearance_.background);
+    const QColor background = composited_ ? appearance_.background : opaque(appearance_.background);
     if (appearance_.border) {
         // The border covers the edge of the background, which would shine through round it.
         constexpr double width = OverlayLengths::borderWidth;

@@ -52,6 +52,10 @@ class OverlayWindow : public QWidget {
     explicit OverlayWindow(OverlayEnvironment environment);
     ~OverlayWindow() override;
 
+    /// Makes ready what the first result would otherwise wait for: the fonts, the window, and the
+    /// voice if the user wants one. Called at the start of a run.
+    void prepare();
+
     /// Shows a result, and speaks it if the user wants that. Callable from any thread while the
     /// window lives; the work is done on the main thread, later. Of results that come faster than
     /// the main thread takes them only the latest is shown and spoken. A result without any text
@@ -92,6 +96,7 @@ class OverlayWindow : public QWidget {
     void bringToFront();
     void followMainScreen(QScreen* screen);
     QRect mainScreen() const;
+
     int shadowMargin() const { return composited_ ? SoftShadow::margin : 0; }
 
     OverlayEnvironment environment_;

@@ -34,8 +34,7 @@ double distance(double x, double y) {
 
 double shadowAt(double x, double y, double pixelRatio) {
     const double covered = std::clamp(0.5 - distance(x, y) * pixelRatio, 0.0, 1.0);
-    const double shadow =
-        0.5 * std::erfc(distance(x, y - offset) / (blur * std::numbers::sqrt2));
+    const double shadow = 0.5 * std::erfc(distance(x, y - offset) / (blur * std::numbers::sqrt2));
     return darkness * shadow * (1.0 - covered);
 }
 
@@ -61,10 +60,12 @@ void SoftShadow::draw(QPainter& painter, const QRect& frame, double strength) {
         render(pixelRatio);
     }
     const QRect outer = frame.marginsAdded({margin, margin, margin, margin});
+
     // Begin and length of the three parts in each direction, on the window and in the tile.
     struct Part {
         double begin, length, source, sourceLength;
     };
+
     const auto parts = [](double begin, double length) {
         return std::array{Part{begin, corner, 0, corner},
                           Part{begin + corner, length - 2 * corner, corner, 1},
@@ -82,10 +83,10 @@ void SoftShadow::draw(QPainter& painter, const QRect& frame, double strength) {
             if (middle || across.length <= 0 || down.length <= 0) {
                 continue;
             }
-            painter.drawImage(
-                QRectF(across.begin, down.begin, across.length, down.length), tile_,
-                QRectF(across.source * pixelRatio, down.source * pixelRatio,
-                       across.sourceLength * pixelRatio, down.sourceLength * pixelRatio));
+            painter.drawImage(QRectF(across.begin, down.begin, across.length, down.length), tile_,
+                              QRectF(across.source * pixelRatio, down.source * pixelRatio,
+                                     across.sourceLength * pixelRatio,
+                                     down.sourceLength * pixelRatio));
         }
     }
     painter.restore();

@@ -15,7 +15,8 @@ class SoftShadow {
     /// How far the shadow reaches beyond the frame, in logical pixels.
     static constexpr int margin = 28;
 
-    /// Draws the shadow of `frame`, `strength` times (0 to 1) as strong as that of an opaque window.
+    /// Draws the shadow of `frame`, `strength` times (0 to 1) as strong as that of an opaque
+    /// window.
     void draw(QPainter& painter, const QRect& frame, double strength);
 
   private:

@@ -17,8 +17,8 @@ QColor withOpacity(QColor color, double opacity) {
 
 SubtitleAppearance SubtitleAppearance::fromStore(const DefaultsStore& store) {
     SubtitleAppearance appearance;
-    appearance.background = withOpacity(OverlayDefaults::backgroundColor(store),
-                                        OverlayDefaults::opacityValue(store));
+    appearance.background =
+        withOpacity(OverlayDefaults::backgroundColor(store), OverlayDefaults::opacityValue(store));
     if (OverlayDefaults::borderOn(store)) {
         appearance.border = OverlayDefaults::borderColor(store);
     }

@@ -14,8 +14,7 @@ SubtitleLines subtitleLines(const QString& original, const QString& translation,
     if (!fallsBack && showOriginal) {
         lines.original = original;
     }
-    const bool failed =
-        translation.contains("Error"_L1) || lines.translation.contains("Error"_L1);
+    const bool failed = translation.contains("Error"_L1) || lines.translation.contains("Error"_L1);
     if (!failed && !lines.translation.trimmed().isEmpty()) {
         lines.spoken = lines.translation;
     }

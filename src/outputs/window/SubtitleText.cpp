@@ -19,7 +19,8 @@ namespace {
 constexpr qsizetype maximumCharacters = 12'000;
 constexpr qsizetype maximumLines = 250;
 
-constexpr QChar ellipsis = u'…';
+// Stands for what was left out, on the same line as what follows it (U+2060: no break here).
+const QString omission = u"…\u2060"_s;
 constexpr QChar lineBreak = u'\n';
 
 bool isLineBreak(QChar character) {
@@ -46,7 +47,7 @@ qsizetype nextStart(const QString& text, qsizetype position) {
 }
 
 QString endBehindEllipsis(const QString& text, qsizetype start) {
-    return ellipsis + text.mid(nextStart(text, start));
+    return omission + text.mid(nextStart(text, start));
 }
 
 /// The last characters and lines of a text that is longer than any screen.
@@ -91,8 +92,8 @@ bool isPicture(QStringView character) {
 /// or a keycap would stand beside what it belongs to.
 QList<QTextLayout::FormatRange> pictureRanges(const QString& text, const QFont& font) {
     QTextCharFormat format;
-    format.setFontFamilies({u"Noto Color Emoji"_s, u"Apple Color Emoji"_s, u"Segoe UI Emoji"_s,
-                            font.family()});
+    format.setFontFamilies(
+        {u"Noto Color Emoji"_s, u"Apple Color Emoji"_s, u"Segoe UI Emoji"_s, font.family()});
     format.setFontWeight(QFont::Normal);
     QList<QTextLayout::FormatRange> ranges;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -172,9 +173,13 @@ SubtitleText::SubtitleText(const QString& text, const QFont& font, double width)
 SubtitleText SubtitleText::endOf(const QString& text, const QFont& font, double width,
                                  double maximumHeight) {
     SubtitleText result(text, font, width);
-    while (result.height() > maximumHeight && result.lineCount() > 1) {
-        // The ellipsis may push a word down and so cost another line: then once more.
-        const qsizetype start = std::max<qsizetype>(1, result.startOfEnd(maximumHeight));
+    // The ellipsis may push a word down and so cost another line: then once more. On a screen that
+    // is narrower than letters that goes on, so there is an end.
+    constexpr int attempts = 8;
+    for (int i = 0; i < attempts && result.height() > maximumHeight && result.lineCount() > 1;
+         ++i) {
+        const qsizetype first = result.text_.startsWith(omission) ? omission.size() + 1 : 1;
+        const qsizetype start = std::max(first, result.startOfEnd(maximumHeight));
         result = SubtitleText(endBehindEllipsis(result.text_, start), font, width);
     }
     return result;
@@ -187,7 +192,7 @@ qsizetype SubtitleText::startOfEnd(double maximumHeight) const {
         for (int i = paragraph->layout->lineCount() - 1; i >= 0; --i) {
             const QTextLine line = paragraph->layout->lineAt(i);
             height += line.height();
-            if (std::ceil(height) > maximumHeight) {
+            if (std::ceil(height) > maximumHeight && start < text_.size()) {
                 return start;
             }
             start = paragraph->start + line.textStart();

@@ -28,7 +28,7 @@ class SubtitleText {
     SubtitleText(const QString& text, const QFont& font, double width);
 
     /// As much of the end of `text` as fits into `maximumHeight`, behind an ellipsis where that is
-    /// not all of it. At least one line.
+    /// not all of it, but at least the last line.
     static SubtitleText endOf(const QString& text, const QFont& font, double width,
                               double maximumHeight);
 
@@ -58,7 +58,8 @@ class SubtitleText {
         std::unique_ptr<QTextLayout> layout;
     };
 
-    /// Where the first line begins from which on the rest is at most `maximumHeight` high.
+    /// Where the first line begins from which on the rest is at most `maximumHeight` high; the last
+    /// line where that is higher.
     qsizetype startOfEnd(double maximumHeight) const;
 
     QString text_;

@@ -1,16 +1,17 @@
 """The private desktop: screen, window manager, tray, message bus, accessibility."""
 
-import ctypes
 import os
 import pathlib
 import shutil
 import subprocess
 import tempfile
 
+from . import x11
 from .processes import Children, Timeout, wait_until
 
 SCREEN = "1280x900x24"
 EMPTY_TRAY_WIDTH = 8
+WALLPAPER = 0x5B6B7D
 
 
 class Desktop:
@@ -86,7 +87,7 @@ class Desktop:
             raise RuntimeError("Xvfb did not start:\n" + self.log_of("Xvfb"))
         self.environment["DISPLAY"] = f":{number}"
         # A plain ground, neither black nor white, on which windows and subtitles can be seen.
-        self._run(["display", "-window", "root", "-size", "64x64", "canvas:#5b6b7d"], required=False)
+        x11.set_wallpaper(self.environment["DISPLAY"], WALLPAPER)
         # A window that appears while the window manager takes over the screen can get lost.
         ready = self.folder / "openbox.ready"
         self._start(["openbox", "--sm-disable", "--startup", f"touch '{ready}'"])
@@ -108,15 +109,21 @@ class Desktop:
         return process
 
     def is_composited(self):
-        """Whether somebody holds the selection of those who blend windows."""
-        x11 = ctypes.CDLL("libX11.so.6")
-        x11.XOpenDisplay.restype = ctypes.c_void_p
-        x11.XInternAtom.restype = x11.XGetSelectionOwner.restype = ctypes.c_ulong
-        display = ctypes.c_void_p(x11.XOpenDisplay(self.environment["DISPLAY"].encode()))
-        atom = ctypes.c_ulong(x11.XInternAtom(display, b"_NET_WM_CM_S0", 0))
-        owner = x11.XGetSelectionOwner(display, atom)
-        x11.XCloseDisplay(display)
-        return owner != 0
+        return x11.has_compositor(self.environment["DISPLAY"])
+
+    def plug_monitors(self, monitors):
+        """Divides the screen into monitors: see harness.x11."""
+        x11.plug_monitors(self.environment["DISPLAY"], monitors)
+
+    def unplug_monitor(self, name):
+        x11.unplug_monitor(self.environment["DISPLAY"], name)
+
+    def go_to_virtual_desktop(self, number):
+        self._run(["xdotool", "set_desktop", str(number)])
+
+    def managed_windows(self):
+        """The windows that a task bar would list."""
+        return self._run(["xprop", "-root", "-notype", "_NET_CLIENT_LIST"])
 
     def _wait_for_tray(self):
         try:

@@ -30,9 +30,8 @@ TEST(SubtitleLines, fallBackToTheSourceTextWithoutATranslation) {
 }
 
 TEST(SubtitleLines, showTheSourceTextOfAFailureAndAreSilent) {
-    for (const QString& failure :
-         {u"[Translation Error]"_s, u"[Translation Error] hello"_s, u"Translation Error: 503"_s,
-          u"so: Translation Error"_s}) {
+    for (const QString& failure : {u"[Translation Error]"_s, u"[Translation Error] hello"_s,
+                                   u"Translation Error: 503"_s, u"so: Translation Error"_s}) {
         EXPECT_EQ(subtitleLines(u"hello"_s, failure, true),
                   (SubtitleLines{.original = {}, .translation = u"hello"_s, .spoken = {}}))
             << qPrintable(failure);

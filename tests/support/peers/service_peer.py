@@ -16,7 +16,14 @@ import threading
 
 # A service that the test has frozen cannot notice by itself that the test was killed.
 PR_SET_PDEATHSIG = 1
-ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+_libc = ctypes.CDLL(None)
+
+
+def die_with_parent() -> None:
+    _libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+die_with_parent()
 
 _lock = threading.Lock()
 _folder = tempfile.TemporaryDirectory()
