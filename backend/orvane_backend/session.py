@@ -50,6 +50,8 @@ class Session:
         )
         self._config: Optional[Config] = None
         self._transcript: Optional[TranscriptWriter] = None
+        self._awaits_transcript = False  # Asked for by the config, not tried yet.
+        self._configured = datetime.now()
 
     async def run(self) -> None:
         """Serves until the client leaves."""
@@ -127,9 +129,13 @@ class Session:
         if config != self._config:
             self._config = config
             self._close_transcript()
-            self._open_transcript(config)
+            self._configured = datetime.now()
+            self._awaits_transcript = config.saveTranscript or config.saveSRT
             self._interpreter.configure(config)
+        # A client that recognises by itself also writes by itself; sound comes here only if that
+        # fails or at its end.
         if not is_served_elsewhere(config):
+            self._open_transcript()
             await self._interpreter.prepare()
 
     async def _interpret(self, chunk: AudioMessage) -> None:
@@ -137,19 +143,23 @@ class Session:
         if result is None:
             return
         log(f"📝 {result.original} → {result.translated}")
+        self._open_transcript()
         if self._transcript is not None:
             self._transcript.append(datetime.now(), result.original, result.translated)
         await self._connection.send(protocol.translation(result.original, result.translated))
 
-    def _open_transcript(self, config: Config) -> None:
-        if config.saveTranscript or config.saveSRT:
-            self._transcript = TranscriptWriter.open(
-                self._surroundings.folder(),
-                datetime.now(),
-                (config.sourceLang, config.targetLang),
-                transcript=config.saveTranscript,
-                subtitles=config.saveSRT,
-            )
+    def _open_transcript(self) -> None:
+        config = self._config
+        if config is None or not self._awaits_transcript:
+            return
+        self._awaits_transcript = False
+        self._transcript = TranscriptWriter.open(
+            self._surroundings.folder(),
+            self._configured,
+            (config.sourceLang, config.targetLang),
+            transcript=config.saveTranscript,
+            subtitles=config.saveSRT,
+        )
 
     def _close_transcript(self) -> None:
         if self._transcript is not None:

@@ -408,6 +408,23 @@ class SessionTest(unittest.IsolatedAsyncioTestCase):
             await client.flush()
             self.assertEqual(len(list(self.folder.glob("transcript_*.txt"))), 2)
 
+    async def test_a_client_that_recognises_by_itself_gets_files_only_for_what_is_heard_here(
+        self,
+    ) -> None:
+        wishes = {"sttEngine": "deepgram", "saveTranscript": True, "saveSRT": True}
+        async with self.client() as client:
+            await client.config(**wishes)
+            await client.flush()
+            self.assertEqual(list(self.folder.iterdir()), [])
+            await client.audio(chunk(1), 16000)
+            await client.audio(chunk(2), 16000)
+            await client.flush()
+            (transcript,) = self.folder.glob("transcript_*.txt")
+            (subtitles,) = self.folder.glob("subtitles_*.srt")
+            self.assertIn("Original: n1\n", transcript.read_text())
+            self.assertIn("Original: n2\n", transcript.read_text())
+            self.assertTrue(subtitles.read_text().endswith("\nn2\nN2\n\n"))
+
     async def test_the_same_config_again_keeps_the_files(self) -> None:
         wishes = {"saveTranscript": True, "saveSRT": True}
         async with self.client(wishes) as client:

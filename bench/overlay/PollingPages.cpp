@@ -8,7 +8,7 @@
 // is not a complete one with status 200, or when it takes longer than five seconds. It is late when
 // the one before it is still under way at its time, and is then left out.
 
-#include "FileDescriptor.h"
+#include "UniqueFd.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -31,13 +31,13 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using orv::FileDescriptor;
+using orv::UniqueFd;
 
 constexpr std::chrono::seconds longestPoll{5};
 constexpr std::string_view request = "GET /text HTTP/1.1\r\nHost: localhost\r\nAccept: */*\r\n\r\n";
 
 struct Page {
-    FileDescriptor socket;
+    UniqueFd socket;
     bool isRequestSent = false;
     std::string answer;
     Clock::time_point begun;
@@ -118,7 +118,7 @@ class Pages {
         }
         ++polls_;
         ++underWay_;
-        page = {FileDescriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
+        page = {UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
                 false,
                 {},
                 Clock::now()};
@@ -127,9 +127,9 @@ class Pages {
         event.data.u64 = index;
         const auto* address = reinterpret_cast<const sockaddr*>(&server_);
         const bool isConnecting =
-            ::connect(page.socket.number(), address, sizeof server_) == 0 || errno == EINPROGRESS;
+            ::connect(page.socket.get(), address, sizeof server_) == 0 || errno == EINPROGRESS;
         if (!isConnecting ||
-            ::epoll_ctl(epoll_.number(), EPOLL_CTL_ADD, page.socket.number(), &event) != 0) {
+            ::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, page.socket.get(), &event) != 0) {
             finish(page, false);
         }
     }
@@ -144,9 +144,8 @@ class Pages {
     void serve(Clock::time_point until) {
         std::array<epoll_event, 256> events{};
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
-        const int count =
-            ::epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()),
-                         static_cast<int>(std::max<std::int64_t>(0, left.count())));
+        const int count = ::epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()),
+                                       static_cast<int>(std::max<std::int64_t>(0, left.count())));
         for (int index = 0; index < count; ++index) {
             const std::uint64_t page = events[static_cast<std::size_t>(index)].data.u64;
             advance(pages_[page], page);
@@ -160,15 +159,15 @@ class Pages {
             event.data.u64 = index;
             page.isRequestSent = true;
             const ssize_t sent =
-                ::send(page.socket.number(), request.data(), request.size(), MSG_NOSIGNAL);
+                ::send(page.socket.get(), request.data(), request.size(), MSG_NOSIGNAL);
             if (sent != static_cast<ssize_t>(request.size()) ||
-                ::epoll_ctl(epoll_.number(), EPOLL_CTL_MOD, page.socket.number(), &event) != 0) {
+                ::epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, page.socket.get(), &event) != 0) {
                 finish(page, false);
             }
             return;
         }
         std::array<char, 4096> buffer{};
-        const ssize_t received = ::recv(page.socket.number(), buffer.data(), buffer.size(), 0);
+        const ssize_t received = ::recv(page.socket.get(), buffer.data(), buffer.size(), 0);
         if (received > 0) {
             page.answer.append(buffer.data(), static_cast<std::size_t>(received));
         } else if (received == 0) {
@@ -190,7 +189,7 @@ class Pages {
     }
 
     sockaddr_in server_{};
-    const FileDescriptor epoll_;
+    const UniqueFd epoll_;
     std::vector<Page> pages_;
     std::vector<double> milliseconds_;
     std::size_t polls_ = 0;

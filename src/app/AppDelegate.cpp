@@ -57,12 +57,20 @@ void AppDelegate::observeNotifications() {
         setBackendRunning(info.value(u"isRunning"_s).toBool());
     });
     centre.observe(notifications::showTranslation, this, [this](const QVariantMap& info) {
-        environment_.broadcast(info.value(u"original"_s).toString(),
-                               info.value(u"translation"_s).toString());
+        showTranslation(info.value(u"original"_s).toString(),
+                        info.value(u"translation"_s).toString());
     });
     centre.observe(notifications::translationStatusChanged, this, [this](const QVariantMap& info) {
         setTranslating(info.value(u"isTranslating"_s).toBool());
     });
+}
+
+void AppDelegate::showTranslation(const QString& original, const QString& translation) {
+    if (environment_.store.boolean(u"showOverlay"_s).value_or(true)) {
+        environment_.showSubtitles(original, translation);
+    }
+    environment_.broadcast(original, translation);
+    environment_.sendToVRChat(original, translation);
 }
 
 void AppDelegate::observeUpdates() {

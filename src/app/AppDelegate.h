@@ -43,8 +43,12 @@ struct DelegateEnvironment {
     std::function<QString(const QString& key)> text; ///< A localised text.
     std::function<void()> applyOverlaySettings;      ///< Of the browser overlay server.
     std::function<void()> stopOverlayServer;
+    /// Shows a result in the subtitle window.
+    std::function<void(const QString& original, const QString& translation)> showSubtitles;
     /// Hands a result to the browser overlay server.
     std::function<void(const QString& original, const QString& translation)> broadcast;
+    /// Hands a result to the VRChat output.
+    std::function<void(const QString& original, const QString& translation)> sendToVRChat;
     std::function<void()> terminate; ///< Asks the program to end.
     /// Makes the content of the settings window.
     std::function<std::unique_ptr<QWidget>()> makeSettings;
@@ -94,6 +98,7 @@ class AppDelegate : public QObject {
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeNotifications();
+    void showTranslation(const QString& original, const QString& translation);
     void observeUpdates();
     void askForNotifications();
     void setBackendRunning(bool isRunning);

@@ -1,6 +1,7 @@
 #include "Application.h"
 
 #include "DesktopAppearance.h"
+#include "DisplayPlatform.h"
 #include "Log.h"
 #include "Look.h"
 #include "SessionEnd.h"
@@ -36,6 +37,7 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
         logLine(u"⚠️ Orvane läuft bereits, antwortet aber nicht");
         return 1;
     }
+    chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));

@@ -3,20 +3,28 @@
 #include "AudioCapture.h"
 #include "AudioManager.h"
 #include "BackendInstallerPath.h"
+#include "CheckerControl.h"
 #include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
+#include "DesktopComposition.h"
 #include "DesktopNotifications.h"
 #include "L10n.h"
 #include "OverlayServer.h"
+#include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "RegisteredDefaults.h"
+#include "SettingsWindow.h"
+#include "SpeechSynthesizer.h"
 #include "SystemTray.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
+#include "VRChatOutput.h"
+#include "VmixSender.h"
+#include "VmixTracking.h"
 
 #include <utility>
 
@@ -25,10 +33,12 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate)
-    : addresses_(std::move(addresses))
+    : paths_(paths)
+    , addresses_(std::move(addresses))
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
+    createOutputs();
     createServices(paths);
     createInterface();
     connectObjects();
@@ -42,6 +52,15 @@ void Shell::createSettings() {
     overlayServer_ = std::make_unique<OverlayServer>(store_);
     settings_ =
         std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
+}
+
+void Shell::createOutputs() {
+    vrchat_ = std::make_unique<VRChatOutput>(*settings_);
+    vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
+    vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
+    speech_ = createSystemSpeechSynthesizer();
+    overlayWindow_ = std::make_unique<OverlayWindow>(OverlayEnvironment{
+        .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
 }
 
 void Shell::createServices(const UserPaths& paths) {
@@ -65,7 +84,10 @@ void Shell::createServices(const UserPaths& paths) {
                          .capture = *capture_,
                          .notifications = notifications_,
                          .engineFactory = makeCloudEngine(addresses_.speech),
-                         .sendToVmix = {},
+                         .sendToVmix =
+                             [this](const QString& original, const QString& translation) {
+                                 vmix_->sendToVmix(original, translation);
+                             },
                          .showNotice =
                              [this, lookUp](const AudioNotice& notice) {
                                  window_.get();
@@ -81,6 +103,7 @@ void Shell::createServices(const UserPaths& paths) {
                               .notifications = notifications_,
                               .dialogs = dialogs_,
                               .text = lookUp,
+                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
                               .terminate = terminate_});
 }
 
@@ -91,6 +114,7 @@ void Shell::createInterface() {
         UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
                           .updateURLs = addresses_.updateManifests,
                           .opener = opener_});
+    updateControl_ = makeUpdateControl(*updates_);
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
                             .notifications = notifications_,
@@ -104,12 +128,20 @@ void Shell::createInterface() {
                             .text = [this](const QString& key) { return text(key); },
                             .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
                             .stopOverlayServer = [this] { overlayServer_->stop(); },
+                            .showSubtitles =
+                                [this](const QString& original, const QString& translation) {
+                                    overlayWindow_->showTranslation(original, translation);
+                                },
                             .broadcast =
                                 [this](const QString& original, const QString& translation) {
                                     overlayServer_->broadcast(original, translation);
                                 },
+                            .sendToVRChat =
+                                [this](const QString& original, const QString& translation) {
+                                    vrchat_->sendToVRChat(original, translation);
+                                },
                             .terminate = terminate_,
-                            .makeSettings = {}});
+                            .makeSettings = [this] { return makeSettings(); }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
@@ -118,6 +150,7 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                .engine = *engine_,
                                .controller = *controller_,
                                .l10n = *l10n_,
+                               .vmix = *vmixTracking_,
                                .showSettings = [this] {
                                    window_.close();
                                    delegate_->showSettingsWindow();
@@ -132,11 +165,37 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
     return window;
 }
 
+std::unique_ptr<QWidget> Shell::makeSettings() {
+    return makeSettingsWindow({.settings = *settings_,
+                               .store = store_,
+                               .l10n = *l10n_,
+                               .dialogs = dialogs_,
+                               .chooser = chooser_,
+                               .opener = opener_,
+                               .updates = *updateControl_,
+                               .paths = paths_,
+                               .sendVRChatTest = [this] { vrchat_->sendVRChatTest(); },
+                               .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },
+                               .autoStopChanged = [this] { engine_->refreshMayOutlive(); }});
+}
+
 void Shell::connectObjects() {
+    const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
+    showTitle();
+    QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
     QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
                      &AppDelegate::retranslate);
+    // Also at the start of a run, which assigns these settings.
+    QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
+                     [this](const QString& key) {
+                         const bool concerns =
+                             key == "speakTranslation"_L1 || key == "showOverlay"_L1;
+                         if (concerns && controller_->isTranslating()) {
+                             overlayWindow_->prepare();
+                         }
+                     });
 }
 
 void Shell::launch() {

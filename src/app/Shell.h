@@ -5,6 +5,7 @@
 #include "CaptureControl.h"
 #include "DefaultsStore.h"
 #include "DesktopServices.h"
+#include "FileDialogs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
@@ -22,12 +23,18 @@ class AudioManager;
 class ControlPanel;
 class L10n;
 class OverlayServer;
+class OverlayWindow;
 class PortProbe;
+class SpeechSynthesizer;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
 class UpdateChecker;
+class UpdateControl;
 class UserNotifications;
+class VRChatOutput;
+class VmixSender;
+class VmixTracking;
 
 /// The composition root: makes every long-lived object in order, hands each what it needs, and
 /// destroys them in reverse.
@@ -52,13 +59,16 @@ class Shell {
 
   private:
     void createSettings();
+    void createOutputs();
     void createServices(const UserPaths& paths);
     void createInterface();
     std::unique_ptr<PanelWindow> makePanel();
+    std::unique_ptr<QWidget> makeSettings();
     void connectObjects();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 
+    const UserPaths paths_;
     ServiceAddresses addresses_;
     std::function<void()> terminate_;
     NotificationCentre notifications_;
@@ -66,17 +76,24 @@ class Shell {
     std::unique_ptr<L10n> l10n_;
     std::unique_ptr<OverlayServer> overlayServer_;
     std::unique_ptr<TranslationSettings> settings_;
+    std::unique_ptr<VRChatOutput> vrchat_;
+    std::unique_ptr<VmixTracking> vmixTracking_;
+    std::unique_ptr<VmixSender> vmix_;
     std::unique_ptr<AudioCapture> capture_;
     std::unique_ptr<PortProbe> portProbe_;
     MessageDialogs dialogs_;
     std::unique_ptr<TranslationEngine> engine_;
     std::unique_ptr<BackendControl> backendControl_;
+    std::unique_ptr<SpeechSynthesizer> speech_;
+    std::unique_ptr<OverlayWindow> overlayWindow_;
     std::unique_ptr<AudioManager> audio_;
     std::unique_ptr<CaptureControl> captureControl_;
     std::unique_ptr<TranslationController> controller_;
     DesktopServices opener_;
     std::unique_ptr<UserNotifications> userNotifications_;
     std::unique_ptr<UpdateChecker> updates_;
+    std::unique_ptr<UpdateControl> updateControl_;
+    FileDialogs chooser_;
     std::unique_ptr<Tray> tray_;
     ControlPanel* panel_ = nullptr; ///< Belongs to the window.
     LazyPanel<PanelWindow> window_{[this] { return makePanel(); }};

@@ -121,7 +121,8 @@ void AudioManager::Private::startDirectEngine() {
         env.settings, env.engineFactory, run, env.transcriptFolder,
         {.result = [this](const QString& original,
                           const QString& translation) { fanOut(original, translation); },
-         .status = [this](const QString& status) { publishDirectEngineStatus(status); },
+         .status = [this](const QString& status,
+                          const QString& message) { publishDirectEngineStatus(status, message); },
          .connectFailed = [this] { abandonDirectEngine(); }});
     if (!directEngine_) {
         return;
@@ -150,7 +151,9 @@ void AudioManager::Private::abandonDirectEngine() {
     directEngine_.reset();
 }
 
-void AudioManager::Private::publishDirectEngineStatus(const QString& status) {
+void AudioManager::Private::publishDirectEngineStatus(const QString& status,
+                                                      const QString& message) {
+    backendStatus = message;
     if (status == u"error") {
         hasEngineError = true;
     } else if (status == u"connected") {

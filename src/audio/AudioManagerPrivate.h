@@ -92,7 +92,7 @@ class AudioManager::Private {
 
     void startDirectEngine();
     void abandonDirectEngine();
-    void publishDirectEngineStatus(const QString& status);
+    void publishDirectEngineStatus(const QString& status, const QString& message);
 
     // The run.
     AudioSourceType currentSource_ = AudioSourceType::Microphone;

@@ -101,9 +101,9 @@ DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
     state_->engine->onStatus = [this, target = target_->handle()](const QString& status,
                                                                   const QString& message) {
         logLine(u"📋 Direct Engine Status: ["_s + status + u"] "_s + message);
-        target.post([this, status] {
+        target.post([this, status, message] {
             const auto handler = handlers_.status;
-            handler(status);
+            handler(status, message);
         });
     };
 }

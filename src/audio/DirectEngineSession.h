@@ -21,7 +21,8 @@ class DirectEngineSession {
     /// Run on the main thread; never after the session was ended or destroyed.
     struct Handlers {
         std::function<void(const QString& original, const QString& translation)> result;
-        std::function<void(const QString& status)> status;
+        /// "connected" or "error", and what to tell the user.
+        std::function<void(const QString& status, const QString& message)> status;
         std::function<void()> connectFailed; ///< The session is of no further use.
     };
 

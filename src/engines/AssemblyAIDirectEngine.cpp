@@ -47,7 +47,7 @@ QCoro::Task<> AssemblyAIDirectEngine::connect(CloudEngineConfig config) {
 
 Completion<QString> AssemblyAIDirectEngine::sendBlock(StreamingSocket& socket,
                                                       const QByteArray& pcm) {
-    return socket.sendText(assemblyaiAudio(pcm));
+    return socket.sendSound(WebSocketFrameKind::Text, assemblyaiAudio(pcm));
 }
 
 QString AssemblyAIDirectEngine::farewell() const {

@@ -23,8 +23,8 @@ QUrl assemblyaiUrl(const QString& endpoint, std::int64_t sampleRate) {
     return serviceUrl(endpoint + u"/v2/realtime/ws?sample_rate=%1"_s.arg(sampleRate));
 }
 
-QString assemblyaiAudio(const QByteArray& pcm) {
-    return uR"({"audio_data":")"_s + QString::fromLatin1(pcm.toBase64()) + uR"("})"_s;
+QByteArray assemblyaiAudio(const QByteArray& pcm) {
+    return R"({"audio_data":")"_ba + pcm.toBase64() + R"("})"_ba;
 }
 
 QString assemblyaiTerminate() {

@@ -13,8 +13,8 @@ namespace orv {
 /// The address of a stream of 16-bit mono PCM.
 QUrl assemblyaiUrl(const QString& endpoint, std::int64_t sampleRate);
 
-/// The message with a block of audio.
-QString assemblyaiAudio(const QByteArray& pcm);
+/// The message with a block of audio, UTF-8.
+QByteArray assemblyaiAudio(const QByteArray& pcm);
 
 /// Ends a session.
 QString assemblyaiTerminate();

@@ -48,7 +48,7 @@ QCoro::Task<> DeepgramDirectEngine::disconnect() {
 
 Completion<QString> DeepgramDirectEngine::sendBlock(StreamingSocket& socket,
                                                     const QByteArray& pcm) {
-    return socket.sendBinary(pcm);
+    return socket.sendSound(WebSocketFrameKind::Binary, pcm);
 }
 
 QString DeepgramDirectEngine::farewell() const {

@@ -61,6 +61,7 @@ QString subtitleCue(std::int64_t index, double startSeconds, const QString& orig
 struct DirectEngineTranscriptWriter::Files {
     struct Output {
         QFile file;
+        qint64 size = 0; ///< Of everything that was written whole.
         bool failing = false;
 
         void write(const QString& text) {
@@ -71,6 +72,12 @@ struct DirectEngineTranscriptWriter::Files {
                         file.errorString());
             }
             failing = !written;
+            if (written) {
+                size += bytes.size();
+            } else { // A disk that is full may have taken a part.
+                file.resize(size);
+                file.seek(size);
+            }
         }
     };
 
@@ -102,6 +109,7 @@ DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceL
         logLine(u"❌ DirectEngineTranscriptWriter: Datei-Erstellung fehlgeschlagen");
         return nullptr;
     }
+    files->txt.size = header.size();
     logLine(u"💾 DirectEngineTranscriptWriter: "_s + files->txt.file.fileName() + u", "_s +
             files->srt.file.fileName());
     return std::shared_ptr<DirectEngineTranscriptWriter>(

@@ -40,8 +40,8 @@ class DirectEngineTranscriptWriter {
     /// Waits until every append has been written and closes.
     ~DirectEngineTranscriptWriter();
 
-    /// Appends one result to both files; returns at once. A write that fails costs one log line for
-    /// each failing stretch and changes nothing else.
+    /// Appends one result to both files; returns at once. An entry that cannot be written whole is
+    /// left out of its file; each stretch of such entries costs one log line and nothing else.
     void append(const QString& original, const QString& translation, const QDateTime& timestamp);
 
     /// Waits until every earlier append has been written and closes both files.

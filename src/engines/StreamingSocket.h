@@ -2,6 +2,7 @@
 
 #include "Completion.h"
 #include "EngineTimings.h"
+#include "WebSocketFrame.h"
 
 #include <QByteArray>
 #include <QNetworkRequest>
@@ -45,9 +46,12 @@ class StreamingSocket {
     /// call. The connection goes on.
     void stopReceiving();
 
-    /// Sends one frame. The outcome is empty once the network has taken every byte, else an error.
+    /// Sends one message. The outcome is empty once the network has taken every byte, else an
+    /// error.
     Completion<QString> sendText(const QString& text);
-    Completion<QString> sendBinary(const QByteArray& bytes);
+
+    /// The same for a block of sound, as one frame and without a detour. Text is UTF-8.
+    Completion<QString> sendSound(WebSocketFrameKind kind, const QByteArray& payload);
 
     /// From now on everything must be through within `EngineTimings::streamFarewell`.
     void hurry();

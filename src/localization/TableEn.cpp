@@ -80,6 +80,7 @@ std::span<const TextEntry> englishTexts() {
         {u"alert.cache.cancel", u"Cancel"},
         {u"alert.cache.done.title", u"Cache Cleared"},
         {u"alert.cache.done.msg", u"Logs have been removed."},
+        {u"alert.failed.title", u"Action Failed"},
         {u"engine.stopped", u"Backend stopped"},
         {u"engine.running", u"✓ Backend running (Port 8765)"},
         {u"engine.starting", u"Backend starting..."},
@@ -110,6 +111,7 @@ std::span<const TextEntry> englishTexts() {
         {u"settings.overlay.border", u"Show Border"},
         {u"settings.overlay.bordercolor", u"Border Color"},
         {u"settings.overlay.opacity", u"Opacity"},
+        {u"settings.overlay.preview", u"Preview"},
         {u"settings.obs.section", u"Browser Overlay (OBS)"},
         {u"settings.obs.enable", u"Enable browser overlay"},
         {u"settings.obs.port", u"Port"},
@@ -153,6 +155,7 @@ std::span<const TextEntry> englishTexts() {
         {u"settings.tab.engines", u"Engines"},
         {u"settings.engine.select", u"Speech Recognition Engine"},
         {u"settings.engine.apikey", u"API Key"},
+        {u"settings.engine.apikey.show", u"Show API Key"},
         {u"settings.engine.whisper.name", u"Whisper (local)"},
         {u"settings.engine.whisper.detail", u"Local on this computer, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Real-time cloud streaming"},
@@ -197,6 +200,9 @@ std::span<const TextEntry> englishTexts() {
         {u"settings.whisper.medium", u"High quality · ~5 GB RAM"},
         {u"settings.whisper.large", u"Best quality, slowest recognition · ~10 GB RAM"},
         {u"settings.whisper.download", u"Download"},
+        {u"settings.whisper.downloading", u"Downloading..."},
+        {u"settings.whisper.downloaded", u"Downloaded"},
+        {u"settings.whisper.failed", u"Download Failed"},
         {u"settings.whisper.delete", u"Delete"},
         {u"settings.whisper.tip",
          u"A change of model takes effect at the next start of a translation."},
@@ -206,6 +212,7 @@ std::span<const TextEntry> englishTexts() {
         {u"settings.lang.builtin", u"All languages are built in"},
         {u"settings.lang.autodetect", u"The source language can be detected automatically"},
         {u"settings.lang.supported", u"Supported Languages"},
+        {u"settings.lang.search", u"Search languages"},
         {u"settings.storage.files", u"Files"},
         {u"settings.storage.backend", u"Backend Folder"},
         {u"settings.storage.open", u"Open"},
@@ -226,11 +233,13 @@ std::span<const TextEntry> englishTexts() {
         {u"info.powered", u"Powered by Apple Silicon"},
         {u"info.powered.linux", u"Powered by Linux"},
         {u"info.product", u"Product"},
+        {u"info.version", u"Version"},
         {u"info.update.check", u"Check for Updates"},
         {u"info.update.uptodate", u"App is up to date"},
         {u"info.update.download", u"Download Update"},
         {u"info.update.available", u"A new version is available."},
         {u"info.update.later", u"Later"},
+        {u"info.update.failed", u"The check for updates failed"},
         {u"notice.apikey.missing",
          u"The API key for %1 is missing. Please enter it in Settings → Engines."},
         {u"notice.serviceaccount.missing", u"The service account JSON for Google gRPC is missing. "
@@ -241,6 +250,7 @@ std::span<const TextEntry> englishTexts() {
         {u"notice.backend.outdated.linux",
          u"The backend is outdated (v%1). Please run scripts/install-backend or update the backend "
          u"files by hand."},
+        {u"panel.result.empty", u"Translations appear here."},
     };
     return entries;
 }

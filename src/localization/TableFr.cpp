@@ -83,6 +83,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"alert.cache.cancel", u"Annuler"},
         {u"alert.cache.done.title", u"Cache vidé"},
         {u"alert.cache.done.msg", u"Les journaux ont été supprimés."},
+        {u"alert.failed.title", u"Échec de l'action"},
         {u"engine.stopped", u"Backend arrêté"},
         {u"engine.running", u"✓ Backend en cours d'exécution (port 8765)"},
         {u"engine.starting", u"Démarrage du backend..."},
@@ -114,6 +115,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.overlay.border", u"Afficher la bordure"},
         {u"settings.overlay.bordercolor", u"Couleur de la bordure"},
         {u"settings.overlay.opacity", u"Opacité"},
+        {u"settings.overlay.preview", u"Aperçu"},
         {u"settings.obs.section", u"Overlay navigateur (OBS)"},
         {u"settings.obs.enable", u"Activer l'overlay navigateur"},
         {u"settings.obs.port", u"Port"},
@@ -157,6 +159,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.tab.engines", u"Moteurs"},
         {u"settings.engine.select", u"Moteur de reconnaissance vocale"},
         {u"settings.engine.apikey", u"Clé API"},
+        {u"settings.engine.apikey.show", u"Afficher la clé API"},
         {u"settings.engine.whisper.name", u"Whisper (local)"},
         {u"settings.engine.whisper.detail", u"Local sur cet ordinateur, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Streaming cloud en temps réel"},
@@ -206,6 +209,9 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.whisper.large",
          u"Qualité maximale, reconnaissance la plus lente · ~10 Go de RAM"},
         {u"settings.whisper.download", u"Télécharger"},
+        {u"settings.whisper.downloading", u"Téléchargement..."},
+        {u"settings.whisper.downloaded", u"Téléchargé"},
+        {u"settings.whisper.failed", u"Échec du téléchargement"},
         {u"settings.whisper.delete", u"Supprimer"},
         {u"settings.whisper.tip",
          u"Un changement de modèle prend effet au prochain démarrage d'une traduction."},
@@ -215,6 +221,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.lang.builtin", u"Toutes les langues sont incluses"},
         {u"settings.lang.autodetect", u"La langue source peut être détectée automatiquement"},
         {u"settings.lang.supported", u"Langues prises en charge"},
+        {u"settings.lang.search", u"Rechercher une langue"},
         {u"settings.storage.files", u"Fichiers"},
         {u"settings.storage.backend", u"Dossier du backend"},
         {u"settings.storage.open", u"Ouvrir"},
@@ -235,11 +242,13 @@ std::span<const TextEntry> frenchTexts() {
         {u"info.powered", u"Propulsé par Apple Silicon"},
         {u"info.powered.linux", u"Propulsé par Linux"},
         {u"info.product", u"Produit"},
+        {u"info.version", u"Version"},
         {u"info.update.check", u"Rechercher des mises à jour"},
         {u"info.update.uptodate", u"L'app est à jour"},
         {u"info.update.download", u"Télécharger la mise à jour"},
         {u"info.update.available", u"Une nouvelle version est disponible."},
         {u"info.update.later", u"Plus tard"},
+        {u"info.update.failed", u"La recherche de mises à jour a échoué"},
         {u"notice.apikey.missing",
          u"La clé API de %1 manque. Veuillez la saisir dans Réglages → Moteurs."},
         {u"notice.serviceaccount.missing", u"Le JSON du compte de service de Google gRPC manque. "
@@ -250,6 +259,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"notice.backend.outdated.linux",
          u"Le backend est obsolète (v%1). Exécutez scripts/install-backend ou mettez à jour les "
          u"fichiers du backend à la main."},
+        {u"panel.result.empty", u"Les traductions s'affichent ici."},
     };
     return entries;
 }

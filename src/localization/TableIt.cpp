@@ -82,6 +82,7 @@ std::span<const TextEntry> italianTexts() {
         {u"alert.cache.cancel", u"Annulla"},
         {u"alert.cache.done.title", u"Cache svuotata"},
         {u"alert.cache.done.msg", u"I log sono stati eliminati."},
+        {u"alert.failed.title", u"Operazione non riuscita"},
         {u"engine.stopped", u"Backend arrestato"},
         {u"engine.running", u"✓ Backend in esecuzione (porta 8765)"},
         {u"engine.starting", u"Avvio del backend..."},
@@ -113,6 +114,7 @@ std::span<const TextEntry> italianTexts() {
         {u"settings.overlay.border", u"Mostra bordo"},
         {u"settings.overlay.bordercolor", u"Colore del bordo"},
         {u"settings.overlay.opacity", u"Opacità"},
+        {u"settings.overlay.preview", u"Anteprima"},
         {u"settings.obs.section", u"Overlay per browser (OBS)"},
         {u"settings.obs.enable", u"Attiva l'overlay per browser"},
         {u"settings.obs.port", u"Porta"},
@@ -156,6 +158,7 @@ std::span<const TextEntry> italianTexts() {
         {u"settings.tab.engines", u"Motori"},
         {u"settings.engine.select", u"Motore di riconoscimento vocale"},
         {u"settings.engine.apikey", u"Chiave API"},
+        {u"settings.engine.apikey.show", u"Mostra la chiave API"},
         {u"settings.engine.whisper.name", u"Whisper (locale)"},
         {u"settings.engine.whisper.detail", u"Locale su questo computer, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Streaming cloud in tempo reale"},
@@ -204,6 +207,9 @@ std::span<const TextEntry> italianTexts() {
         {u"settings.whisper.medium", u"Qualità alta · ~5 GB di RAM"},
         {u"settings.whisper.large", u"Qualità massima, riconoscimento più lento · ~10 GB di RAM"},
         {u"settings.whisper.download", u"Scarica"},
+        {u"settings.whisper.downloading", u"Download in corso..."},
+        {u"settings.whisper.downloaded", u"Scaricato"},
+        {u"settings.whisper.failed", u"Download non riuscito"},
         {u"settings.whisper.delete", u"Elimina"},
         {u"settings.whisper.tip",
          u"Il cambio di modello ha effetto al prossimo avvio di una traduzione."},
@@ -213,6 +219,7 @@ std::span<const TextEntry> italianTexts() {
         {u"settings.lang.builtin", u"Tutte le lingue sono incluse"},
         {u"settings.lang.autodetect", u"La lingua di origine può essere rilevata automaticamente"},
         {u"settings.lang.supported", u"Lingue supportate"},
+        {u"settings.lang.search", u"Cerca lingue"},
         {u"settings.storage.files", u"File"},
         {u"settings.storage.backend", u"Cartella del backend"},
         {u"settings.storage.open", u"Apri"},
@@ -233,11 +240,13 @@ std::span<const TextEntry> italianTexts() {
         {u"info.powered", u"Con la potenza di Apple Silicon"},
         {u"info.powered.linux", u"Con la potenza di Linux"},
         {u"info.product", u"Prodotto"},
+        {u"info.version", u"Versione"},
         {u"info.update.check", u"Verifica aggiornamenti"},
         {u"info.update.uptodate", u"L'app è aggiornata"},
         {u"info.update.download", u"Scarica aggiornamento"},
         {u"info.update.available", u"È disponibile una nuova versione."},
         {u"info.update.later", u"Più tardi"},
+        {u"info.update.failed", u"La verifica degli aggiornamenti non è riuscita"},
         {u"notice.apikey.missing",
          u"Manca la chiave API di %1. Inserirla in Impostazioni → Motori."},
         {u"notice.serviceaccount.missing", u"Manca il JSON dell'account di servizio di Google "
@@ -248,6 +257,7 @@ std::span<const TextEntry> italianTexts() {
         {u"notice.backend.outdated.linux",
          u"Il backend è obsoleto (v%1). Eseguire scripts/install-backend o aggiornare a mano i "
          u"file del backend."},
+        {u"panel.result.empty", u"Qui compaiono le traduzioni."},
     };
     return entries;
 }

@@ -33,7 +33,7 @@ ssize_t uninterrupted(Call call) {
 
 } // namespace
 
-OverlayConnection::OverlayConnection(FileDescriptor socket)
+OverlayConnection::OverlayConnection(UniqueFd socket)
     : socket_(std::move(socket)) {}
 
 OverlayConnection::Waits OverlayConnection::advance(const Respond& respond) {
@@ -52,7 +52,7 @@ OverlayConnection::Waits OverlayConnection::advance(const Respond& respond) {
 void OverlayConnection::receiveRequest(const Respond& respond) {
     std::array<char, httpFirstReadBytes> buffer; // NOLINT(*-init-variables): filled by recv
     const ssize_t received =
-        uninterrupted([&] { return ::recv(socket_.number(), buffer.data(), buffer.size(), 0); });
+        uninterrupted([&] { return ::recv(socket_.get(), buffer.data(), buffer.size(), 0); });
     if (received < 0) {
         waits_ = wouldBlock() ? Waits::ForRequest : Waits::ForNothing;
         return;
@@ -66,7 +66,7 @@ void OverlayConnection::receiveRequest(const Respond& respond) {
 void OverlayConnection::sendAnswer() {
     while (sent_ < answer_.size()) {
         const ssize_t count = uninterrupted([&] {
-            return ::send(socket_.number(), answer_.constData() + sent_,
+            return ::send(socket_.get(), answer_.constData() + sent_,
                           static_cast<std::size_t>(answer_.size() - sent_), MSG_NOSIGNAL);
         });
         if (count < 0) {
@@ -75,7 +75,7 @@ void OverlayConnection::sendAnswer() {
         }
         sent_ += count;
     }
-    if (clientIsDone_ || ::shutdown(socket_.number(), SHUT_WR) != 0) {
+    if (clientIsDone_ || ::shutdown(socket_.get(), SHUT_WR) != 0) {
         waits_ = Waits::ForNothing;
     } else {
         waits_ = Waits::ForClientToClose;
@@ -85,8 +85,8 @@ void OverlayConnection::sendAnswer() {
 void OverlayConnection::discardRest() {
     std::array<char, 16384> buffer; // NOLINT(*-init-variables): filled by recv
     for (int turn = 0; turn < discardsPerTurn; ++turn) {
-        const ssize_t received = uninterrupted(
-            [&] { return ::recv(socket_.number(), buffer.data(), buffer.size(), 0); });
+        const ssize_t received =
+            uninterrupted([&] { return ::recv(socket_.get(), buffer.data(), buffer.size(), 0); });
         if (received < 0 && wouldBlock()) {
             return;
         }

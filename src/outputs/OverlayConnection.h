@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "UniqueFd.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -25,7 +25,7 @@ class OverlayConnection {
     enum class Waits { ForRequest, ForRoomToSend, ForClientToClose, ForNothing };
 
     /// `socket` must be connected and non-blocking.
-    explicit OverlayConnection(FileDescriptor socket);
+    explicit OverlayConnection(UniqueFd socket);
 
     /// Goes as far as it can without waiting. `ForNothing` means that the connection is over, by
     /// its own end or by the client's, and can be destroyed.
@@ -33,14 +33,14 @@ class OverlayConnection {
 
     Waits waits() const { return waits_; }
 
-    int socket() const { return socket_.number(); }
+    int socket() const { return socket_.get(); }
 
   private:
     void receiveRequest(const Respond& respond);
     void sendAnswer();
     void discardRest();
 
-    FileDescriptor socket_;
+    UniqueFd socket_;
     Waits waits_ = Waits::ForRequest;
     bool clientIsDone_ = false; ///< Nothing more comes from the client before it has the answer.
     QByteArray answer_;

@@ -47,7 +47,7 @@ OverlayConnections::OverlayConnections(OverlayLimits limits, OverlayConnection::
     , bound_(waitingConnectionBound(limits, permittedDescriptors()))
     , epoll_(::epoll_create1(EPOLL_CLOEXEC))
     , nextId_(firstConnectionId)
-    , ready_(epoll_.number(), QSocketNotifier::Read) {
+    , ready_(epoll_.get(), QSocketNotifier::Read) {
     sweeper_.setInterval(limits_.sweep);
     acceptAgain_.setInterval(limits_.acceptPause);
     acceptAgain_.setSingleShot(true);
@@ -89,9 +89,8 @@ void OverlayConnections::unwatchListener() {
 void OverlayConnections::serveReady() {
     std::array<epoll_event, eventsPerRound> events{};
     for (int round = 0; round < roundsPerTurn; ++round) {
-        const int count =
-            ::epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()),
-                         round == 0 ? 0 : millisecondsPerRound);
+        const int count = ::epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()),
+                                       round == 0 ? 0 : millisecondsPerRound);
         if (count <= 0) {
             return;
         }
@@ -108,7 +107,7 @@ void OverlayConnections::serveReady() {
 
 void OverlayConnections::acceptReady(int listening) {
     for (int turn = 0; turn < acceptsPerRound; ++turn) {
-        FileDescriptor socket(::accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        UniqueFd socket(::accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (socket.isOpen()) {
             admit(std::move(socket));
         } else if (!survivesAcceptError(listening, errno)) {
@@ -152,7 +151,7 @@ bool OverlayConnections::findDescriptor(int listening) {
     return false;
 }
 
-void OverlayConnections::admit(FileDescriptor socket) {
+void OverlayConnections::admit(UniqueFd socket) {
     OverlayConnection connection(std::move(socket));
     const Waits waits = connection.advance(respond_);
     if (waits == Waits::ForNothing) {
@@ -236,7 +235,7 @@ bool OverlayConnections::watch(int operation, int socket, Id id, Waits waits) co
     epoll_event event{};
     event.events = waits == Waits::ForRoomToSend ? EPOLLOUT : EPOLLIN;
     event.data.u64 = id;
-    return ::epoll_ctl(epoll_.number(), operation, socket, &event) == 0;
+    return ::epoll_ctl(epoll_.get(), operation, socket, &event) == 0;
 }
 
 std::chrono::milliseconds OverlayConnections::allowance(Waits waits) const {

@@ -56,7 +56,7 @@ class OverlayConnections {
     bool findDescriptor(int listening);
     bool watchListener();
     void unwatchListener();
-    void admit(FileDescriptor socket);
+    void admit(UniqueFd socket);
     void advance(Id id);
     void remove(WaitingMap::iterator entry);
     bool giveUpOldestSilent();
@@ -71,7 +71,7 @@ class OverlayConnections {
     const OverlayConnection::Respond respond_;
     const ListenerFailed listenerFailed_;
     const std::size_t bound_;
-    const FileDescriptor epoll_;
+    const UniqueFd epoll_;
     std::vector<int> listening_; ///< The place of a socket is its identifier.
     Id nextId_;
     WaitingMap waiting_;

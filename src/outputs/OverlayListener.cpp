@@ -19,8 +19,8 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
-void switchOption(const FileDescriptor& socket, int level, int option, int value) {
-    ::setsockopt(socket.number(), level, option, &value, sizeof value);
+void switchOption(const UniqueFd& socket, int level, int option, int value) {
+    ::setsockopt(socket.get(), level, option, &value, sizeof value);
 }
 
 /// The address of every interface.
@@ -36,8 +36,8 @@ sockaddr_storage anyAddress(int family, std::uint16_t port) {
 }
 
 /// Listens, or is closed with `errno` telling why.
-FileDescriptor listeningSocket(int family, std::uint16_t port, std::chrono::seconds deferral) {
-    FileDescriptor socket(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+UniqueFd listeningSocket(int family, std::uint16_t port, std::chrono::seconds deferral) {
+    UniqueFd socket(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!socket.isOpen()) {
         return socket;
     }
@@ -50,8 +50,8 @@ FileDescriptor listeningSocket(int family, std::uint16_t port, std::chrono::seco
     }
     const sockaddr_storage address = anyAddress(family, port);
     const socklen_t length = family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
-    if (::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
-        ::listen(socket.number(), backlog) != 0) {
+    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
+        ::listen(socket.get(), backlog) != 0) {
         const int error = errno;
         socket.reset();
         errno = error;
@@ -59,10 +59,10 @@ FileDescriptor listeningSocket(int family, std::uint16_t port, std::chrono::seco
     return socket;
 }
 
-std::uint16_t boundPort(const FileDescriptor& socket) {
+std::uint16_t boundPort(const UniqueFd& socket) {
     sockaddr_in address{};
     socklen_t length = sizeof address;
-    ::getsockname(socket.number(), reinterpret_cast<sockaddr*>(&address), &length);
+    ::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &length);
     return ntohs(address.sin_port);
 }
 
@@ -70,7 +70,7 @@ std::uint16_t boundPort(const FileDescriptor& socket) {
 
 std::variant<OverlayListener, std::error_code>
 OverlayListener::open(std::uint16_t port, std::chrono::seconds deferral) {
-    std::vector<FileDescriptor> sockets;
+    std::vector<UniqueFd> sockets;
     sockets.push_back(listeningSocket(AF_INET, port, deferral));
     if (!sockets.front().isOpen()) {
         return lastError();
@@ -87,15 +87,15 @@ OverlayListener::open(std::uint16_t port, std::chrono::seconds deferral) {
     return OverlayListener(std::move(sockets), actualPort);
 }
 
-OverlayListener::OverlayListener(std::vector<FileDescriptor> sockets, std::uint16_t port)
+OverlayListener::OverlayListener(std::vector<UniqueFd> sockets, std::uint16_t port)
     : sockets_(std::move(sockets))
     , port_(port) {}
 
 std::vector<int> OverlayListener::sockets() const {
     std::vector<int> numbers;
     numbers.reserve(sockets_.size());
-    for (const FileDescriptor& socket : sockets_) {
-        numbers.push_back(socket.number());
+    for (const UniqueFd& socket : sockets_) {
+        numbers.push_back(socket.get());
     }
     return numbers;
 }

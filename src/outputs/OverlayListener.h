@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "UniqueFd.h"
 
 #include <chrono>
 #include <cstdint>
@@ -30,9 +30,9 @@ class OverlayListener {
     std::uint16_t port() const { return port_; }
 
   private:
-    OverlayListener(std::vector<FileDescriptor> sockets, std::uint16_t port);
+    OverlayListener(std::vector<UniqueFd> sockets, std::uint16_t port);
 
-    std::vector<FileDescriptor> sockets_;
+    std::vector<UniqueFd> sockets_;
     std::uint16_t port_;
 };
 

@@ -1,7 +1,7 @@
 #include "OverlayPage.h"
 
 #include "DefaultsStore.h"
-#include "HexColor.h"
+#include "OverlayDefaults.h"
 
 #include <QLocale>
 
@@ -113,18 +113,15 @@ setInterval(poll, 300);
 } // namespace
 
 OverlayAppearance OverlayAppearance::fromStore(const DefaultsStore& store) {
-    const QString defaultBackground = u"#90EE90"_s;
     const QString defaultText = u"#000000"_s;
     const QString defaultBorder = u"#2E7D32"_s;
 
     OverlayAppearance appearance;
-    appearance.background =
-        colorFromHex(store.string(u"overlayBgColor"_s).value_or(defaultBackground),
-                     colorFromHex(defaultBackground, QColor(Qt::black)));
-    appearance.opacity = store.doubleValue(u"overlayOpacity"_s).value_or(appearance.opacity);
+    appearance.background = OverlayDefaults::backgroundColor(store);
+    appearance.opacity = OverlayDefaults::opacityValue(store);
     appearance.textColor =
         cssColorOr(store.string(u"overlayTextColor"_s).value_or(defaultText), defaultText);
-    if (store.boolean(u"overlayBorderEnabled"_s).value_or(true)) {
+    if (OverlayDefaults::borderOn(store)) {
         appearance.borderColor = cssColorOr(
             store.string(u"overlayBorderColor"_s).value_or(defaultBorder), defaultBorder);
     }

@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -38,6 +39,9 @@ class TranslationSettings : public QObject {
 
     /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
     static void installShared(std::function<std::unique_ptr<TranslationSettings>()> factory);
+
+    /// The key in the store of every field that is persisted, in the order of the fields.
+    const QStringList& persistedKeys() const { return persistedKeys_; }
 
     Setting<QString> sourceLang;
     Setting<QString> targetLang;
@@ -93,6 +97,8 @@ class TranslationSettings : public QObject {
   private:
     void attach(DefaultsStore& store, const std::function<void()>& applyOverlaySettings);
     void load(const DefaultsStore& store);
+
+    QStringList persistedKeys_;
 };
 
 /// The values that answer for keys the user never touched, in the order of registration. The shell

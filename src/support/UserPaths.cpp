@@ -51,8 +51,16 @@ QString UserPaths::backendScript() const {
     return supportFolder() + u"/backend/server.py";
 }
 
+QString UserPaths::backendLog() const {
+    return supportFolder() + u"/backend.log";
+}
+
 QString UserPaths::outputFolder() const {
     return supportFolder() + u"/output";
+}
+
+QString UserPaths::whisperCache() const {
+    return home + u"/.cache/whisper";
 }
 
 } // namespace orv

@@ -19,7 +19,9 @@ struct UserPaths {
     QString supportFolder() const;      ///< "Library/Application Support/Orvane" in the home.
     QString backendInterpreter() const; ///< The Python interpreter of the speech server.
     QString backendScript() const;      ///< The speech server's program.
+    QString backendLog() const;         ///< The speech server's log file.
     QString outputFolder() const;       ///< Transcripts and subtitles.
+    QString whisperCache() const;       ///< Where the recognition library keeps its models.
 };
 
 } // namespace orv

@@ -44,9 +44,17 @@ class AppDelegateTest : public ::testing::Test {
             .text = keyAsText,
             .applyOverlaySettings = [this] { overlay.append(u"apply"_s); },
             .stopOverlayServer = [this] { overlay.append(u"stop"_s); },
+            .showSubtitles =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"window '%1' '%2'"_s.arg(original, translation));
+                },
             .broadcast =
                 [this](const QString& original, const QString& translation) {
                     overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
+                },
+            .sendToVRChat =
+                [this](const QString& original, const QString& translation) {
+                    overlay.append(u"VRChat '%1' '%2'"_s.arg(original, translation));
                 },
             .terminate = [this] { ++terminations; },
             .makeSettings =
@@ -215,24 +223,29 @@ TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
 }
 
-TEST_F(AppDelegateTest, aResultGoesToTheBrowserOverlay) {
+TEST_F(AppDelegateTest, showsAResultInTheWindowBeforeItIsBroadcast) {
     launch();
+    overlay.clear();
     centre.post(notifications::showTranslation,
-                {{u"original"_s, u"good morning"_s}, {u"translation"_s, u"buenos días"_s}});
-    EXPECT_EQ(overlay.last(), u"broadcast 'good morning' 'buenos días'"_s);
+                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay, (QStringList{u"window 'hello' 'hola'"_s, u"broadcast 'hello' 'hola'"_s,
+                                    u"VRChat 'hello' 'hola'"_s}));
+}
+
+TEST_F(AppDelegateTest, onlyBroadcastsAResultWhileTheUserWantsNoSubtitlesOnTheScreen) {
+    store.setBool(u"showOverlay"_s, false);
+    launch();
+    overlay.clear();
+    centre.post(notifications::showTranslation,
+                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
+    EXPECT_EQ(overlay, (QStringList{u"broadcast 'hello' 'hola'"_s, u"VRChat 'hello' 'hola'"_s}));
 }
 
 TEST_F(AppDelegateTest, aResultWithoutTextsGoesOutEmpty) {
     launch();
+    overlay.clear();
     centre.post(notifications::showTranslation, {});
-    EXPECT_EQ(overlay.last(), u"broadcast '' ''"_s);
-}
-
-TEST_F(AppDelegateTest, aResultReachesTheBrowserOverlayAlsoWithoutTheSubtitleWindow) {
-    store.setBool(u"showOverlay"_s, false);
-    launch();
-    centre.post(notifications::showTranslation, {{u"translation"_s, u"hola"_s}});
-    EXPECT_EQ(overlay.last(), u"broadcast '' 'hola'"_s);
+    EXPECT_EQ(overlay, (QStringList{u"window '' ''"_s, u"broadcast '' ''"_s, u"VRChat '' ''"_s}));
 }
 
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {

@@ -67,7 +67,9 @@ class AppDelegateUpdate : public ::testing::Test {
                                              .text = keyAsText,
                                              .applyOverlaySettings = [] {},
                                              .stopOverlayServer = [] {},
+                                             .showSubtitles = [](const QString&, const QString&) {},
                                              .broadcast = [](const QString&, const QString&) {},
+                                             .sendToVRChat = [](const QString&, const QString&) {},
                                              .terminate = [] {},
                                              .makeSettings = {}}};
 };

@@ -6,23 +6,35 @@
 #include "Fakes.h"
 #include "FieldCombo.h"
 #include "L10n.h"
+#include "LevelBar.h"
 #include "LogCapture.h"
+#include "Look.h"
 #include "NotificationCentre.h"
+#include "NullAppearance.h"
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
+#include "ReadingText.h"
 #include "RegisteredDefaults.h"
+#include "SliderField.h"
+#include "SwitchRow.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
+#include "VmixTracking.h"
 #include "WaitUntil.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QCheckBox>
+#include <QFocusEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLayout>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QSlider>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -77,6 +89,21 @@ class ControlPanelTest : public ::testing::Test {
         return false;
     }
 
+    /// The slider on screen that is called by the text of `key`, or null.
+    QSlider* slider(const QString& key) {
+        for (QSlider* candidate : panel.findChildren<QSlider*>()) {
+            if (candidate->isVisible() && candidate->accessibleName() == text(key)) {
+                return candidate;
+            }
+        }
+        return nullptr;
+    }
+
+    /// Presses a key as a person does: whoever has the focus gets it, after the shortcuts.
+    void pressKey(Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        QTest::keyClick(panel.windowHandle(), key, modifiers);
+    }
+
     /// Adopts a backend that somebody else runs.
     void adoptBackend() {
         probe.inUse = true;
@@ -89,6 +116,8 @@ class ControlPanelTest : public ::testing::Test {
         Q_EMIT combo->activated(index);
     }
 
+    NullAppearance appearance;
+    Look look{appearance};
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + u"/defaults.json"_s};
@@ -123,13 +152,18 @@ class ControlPanelTest : public ::testing::Test {
                               .notifications = centre,
                               .dialogs = dialogs,
                               .text = [this](const QString& key) { return text(key); },
+                              .endSubtitles = [] {},
                               .terminate = [] {},
                               .timings = {.captureStart = 1ms, .terminate = 1ms}}};
+    VmixTracking vmix{settings};
+    int settingsShown = 0;
     ControlPanel panel{{.settings = settings,
                         .audio = audio,
                         .engine = engine,
                         .controller = controller,
-                        .l10n = l10n}};
+                        .l10n = l10n,
+                        .vmix = vmix,
+                        .showSettings = [this] { ++settingsShown; }}};
 };
 
 TEST_F(ControlPanelTest, showsTheBackendsStatusAndTheButtonThatFits) {
@@ -280,6 +314,140 @@ TEST_F(ControlPanelTest, everyControlIsKnownByWhatItShows) {
     }
 }
 
+TEST_F(ControlPanelTest, everyOptionIsAStoredSetting) {
+    const QList<std::pair<QString, QString>> options = {{u"option.overlay"_s, u"showOverlay"_s},
+                                                        {u"option.original"_s, u"showOriginal"_s},
+                                                        {u"option.speak"_s, u"speakTranslations"_s},
+                                                        {u"audio.gain.auto"_s, u"autoGain"_s},
+                                                        {u"vad.toggle"_s, u"vadEnabled"_s}};
+    for (const auto& [key, stored] : options) {
+        SCOPED_TRACE(stored.toStdString());
+        const bool before = button(key)->isChecked();
+        button(key)->click();
+        EXPECT_EQ(store.boolean(stored), !before);
+        button(key)->click();
+        EXPECT_EQ(store.boolean(stored), before);
+    }
+}
+
+TEST_F(ControlPanelTest, theGainIsChosenWhileItDoesNotFollowByItself) {
+    settings.autoGain.set(true);
+    EXPECT_EQ(slider(u"audio.gain.label"_s), nullptr);
+    settings.autoGain.set(false);
+    QSlider* gain = slider(u"audio.gain.label"_s);
+    ASSERT_NE(gain, nullptr);
+    EXPECT_TRUE(shows(u"100\u00A0%"_s));
+    EXPECT_FALSE(store.contains(u"audioGain"_s));
+    gain->triggerAction(QSlider::SliderSingleStepAdd);
+    EXPECT_FLOAT_EQ(settings.audioGain.get(), 1.1F);
+    EXPECT_TRUE(shows(u"110\u00A0%"_s));
+}
+
+TEST_F(ControlPanelTest, aGainBeyondTheSliderStaysAsItIsUntilItIsMoved) {
+    settings.autoGain.set(false);
+    settings.audioGain.set(7.5F);
+    EXPECT_EQ(slider(u"audio.gain.label"_s)->value(), slider(u"audio.gain.label"_s)->maximum());
+    EXPECT_FLOAT_EQ(settings.audioGain.get(), 7.5F);
+}
+
+TEST_F(ControlPanelTest, pausesAreTunedWhileTheyAreDetected) {
+    QSlider* pause = slider(u"vad.pause"_s);
+    QSlider* threshold = slider(u"vad.threshold"_s);
+    ASSERT_NE(pause, nullptr);
+    ASSERT_NE(threshold, nullptr);
+    EXPECT_TRUE(shows(u"600\u00A0ms"_s));
+    EXPECT_TRUE(shows(u"\u221235\u00A0dB"_s));
+    pause->triggerAction(QSlider::SliderSingleStepAdd);
+    threshold->triggerAction(QSlider::SliderSingleStepSub);
+    EXPECT_DOUBLE_EQ(audio.vadSilenceDuration(), 650);
+    EXPECT_FLOAT_EQ(audio.vadThreshold(), -36);
+    button(u"vad.toggle"_s)->click();
+    EXPECT_FALSE(pause->isVisible());
+    EXPECT_FALSE(threshold->isVisible());
+}
+
+TEST_F(ControlPanelTest, aDragIsStoredWhenItEnds) {
+    QSlider* pause = slider(u"vad.pause"_s);
+    pause->setSliderDown(true);
+    pause->setSliderPosition(20);
+    EXPECT_TRUE(shows(u"1000\u00A0ms"_s));
+    EXPECT_DOUBLE_EQ(audio.vadSilenceDuration(), 600);
+    pause->setSliderDown(false);
+    EXPECT_DOUBLE_EQ(audio.vadSilenceDuration(), 1000);
+}
+
+TEST_F(ControlPanelTest, theSettingsButtonOpensTheSettings) {
+    button(u"main.settings"_s)->click();
+    EXPECT_EQ(settingsShown, 1);
+}
+
+TEST_F(ControlPanelTest, keysStartAndStop) {
+    adoptBackend();
+    panel.activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return panel.isActiveWindow(); }));
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        const bool before = controller.isTranslating();
+        pressKey(key, Qt::ControlModifier);
+        EXPECT_NE(controller.isTranslating(), before);
+        capture.finishStops();
+    }
+    EXPECT_TRUE(button(u"main.start"_s)->toolTip().contains(u"Ctrl"_s));
+}
+
+TEST_F(ControlPanelTest, tabReachesEveryControlOnceAndInReadingOrder) {
+    settings.autoGain.set(false);
+    panel.resize(panel.minimumWidth(), panel.layout()->totalHeightForWidth(panel.minimumWidth()));
+    panel.activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return panel.isActiveWindow(); }));
+    drainEvents();
+    QList<QWidget*> reached;
+    for (int i = 0; i < 40; ++i) {
+        pressKey(Qt::Key_Tab, Qt::NoModifier);
+        QWidget* focused = panel.focusWidget();
+        ASSERT_NE(focused, nullptr);
+        if (reached.contains(focused)) {
+            break;
+        }
+        reached.append(focused);
+    }
+    for (QAbstractButton* candidate : panel.findChildren<QAbstractButton*>()) {
+        const bool isChosenElsewhere =
+            candidate->isCheckable() && candidate->group() != nullptr && !candidate->isChecked();
+        if (candidate->isVisible() && !isChosenElsewhere) {
+            EXPECT_TRUE(reached.contains(candidate)) << candidate->text().toStdString();
+        }
+    }
+    for (QSlider* candidate : panel.findChildren<QSlider*>()) {
+        EXPECT_TRUE(reached.contains(candidate));
+    }
+    for (FieldCombo* candidate : panel.findChildren<FieldCombo*>()) {
+        EXPECT_TRUE(!candidate->isVisible() || reached.contains(candidate));
+    }
+    // Downwards, but for the one step from the end to the beginning.
+    QStringList upwards;
+    for (qsizetype i = 1; i < reached.size(); ++i) {
+        const auto y = [this](const QWidget* widget) {
+            return widget->mapTo(&panel, widget->rect().center()).y();
+        };
+        if (y(reached[i]) < y(reached[i - 1]) - 8) {
+            upwards.append(reached[i]->accessibleName());
+        }
+    }
+    EXPECT_LE(upwards.size(), 1) << upwards.join(u", ").toStdString();
+}
+
+TEST_F(ControlPanelTest, errorsAreSaidInFullAndTheSectionKeepsItsHeight) {
+    auto* texts = panel.findChild<ReadingText*>();
+    const QSize before = texts->size();
+    texts->setTexts(u"heard"_s, u"gehört"_s);
+    texts->setRemark(QString(u"broken "_s).repeated(80), Tone::Error);
+    drainEvents();
+    EXPECT_EQ(texts->size(), before);
+    EXPECT_TRUE(texts->toPlainText().startsWith(u"broken broken"_s));
+    EXPECT_TRUE(texts->toPlainText().endsWith(u"heard\ngehört"_s));
+}
+
+/// Every text that people read has the room it asks for.
 TEST_F(ControlPanelTest, nothingIsCutOffInAnyLanguage) {
     adoptBackend();
     controller.startTranslation();
@@ -302,6 +470,11 @@ TEST_F(ControlPanelTest, nothingIsCutOffInAnyLanguage) {
             if (combo->isVisible()) {
                 EXPECT_GE(combo->height(), combo->minimumSizeHint().height());
                 EXPECT_GE(combo->width(), combo->minimumSizeHint().width());
+                const QString shown = combo->currentText();
+                const int room = combo->lineEdit() != nullptr ? combo->lineEdit()->width() - 4
+                                                              : combo->width() - 34;
+                EXPECT_GE(room, combo->fontMetrics().horizontalAdvance(shown))
+                    << shown.toStdString();
             }
         }
         for (const QWidget* widget : panel.findChildren<QWidget*>()) {

@@ -17,7 +17,7 @@ TEST(StatusLine, saysNothingWhenNothingHappens) {
 
 TEST(StatusLine, tellsThatItListens) {
     EXPECT_EQ(statusLine({.isTranslating = true}, keyAsText),
-              (StatusLine{.headline = u"<status.listening>"_s, .tone = StatusTone::Good}));
+              (StatusLine{.headline = u"<status.listening>"_s, .tone = Tone::Good}));
 }
 
 TEST(StatusLine, tellsTheBackendsLastWordBesideListening) {
@@ -32,11 +32,11 @@ TEST(StatusLine, tellsThatAModelLoads) {
         statusLine(
             {.isTranslating = true, .backendStatus = u"Loading model"_s, .isModelLoading = true},
             keyAsText),
-        (StatusLine{.headline = u"Loading model"_s, .tone = StatusTone::Busy}));
+        (StatusLine{.headline = u"Loading model"_s, .tone = Tone::Busy}));
 }
 
 TEST(StatusLine, anErrorShowsAlsoAfterTheRun) {
-    const StatusLine error{.headline = u"No engine"_s, .tone = StatusTone::Error};
+    const StatusLine error{.headline = u"No engine"_s, .tone = Tone::Error};
     EXPECT_EQ(statusLine({.backendStatus = u"No engine"_s, .hasEngineError = true}, keyAsText),
               error);
     EXPECT_EQ(statusLine({.isTranslating = true,
@@ -50,7 +50,7 @@ TEST(StatusLine, anErrorShowsAlsoAfterTheRun) {
 TEST(StatusLine, theEndThatIsAwaitedComesFirst) {
     EXPECT_EQ(statusLine({.isStopping = true, .backendStatus = u"x"_s, .hasEngineError = true},
                          keyAsText),
-              (StatusLine{.headline = u"<main.stopping>"_s, .tone = StatusTone::Busy}));
+              (StatusLine{.headline = u"<main.stopping>"_s, .tone = Tone::Busy}));
 }
 
 TEST(DeviceEntries, beginWithTheDefaultInput) {

@@ -41,6 +41,21 @@ TEST_F(PanelWindowTest, standsBesideTheButtonWithoutAFrame) {
     EXPECT_TRUE(window.screen()->availableGeometry().contains(window.geometry()));
 }
 
+TEST_F(PanelWindowTest, growsForWhatComesUpWhileItIsOpen) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    const int before = window.height();
+    content->setMinimumHeight(500);
+    EXPECT_TRUE(waitUntil([&] { return window.height() >= before + 100; }));
+}
+
+TEST_F(PanelWindowTest, growsUpwardsWhereTheScreenEnds) {
+    const QRect available = window.screen()->availableGeometry();
+    window.showBeside(QRect(100, available.bottom() - 24, 24, 24));
+    content->setMinimumHeight(500);
+    ASSERT_TRUE(waitUntil([&] { return window.height() >= 500; }));
+    EXPECT_TRUE(available.contains(window.geometry()));
+}
+
 TEST_F(PanelWindowTest, closesWhenItIsToggledAway) {
     window.showBeside(QRect(100, 0, 24, 24));
     window.close();

@@ -35,14 +35,16 @@ class TranslationControllerTest : public ::testing::Test {
     }
 
     void make(ControllerTimings timings) {
-        controller.emplace(ControllerEnvironment{.settings = settings,
-                                                 .capture = capture,
-                                                 .backend = backend,
-                                                 .notifications = centre,
-                                                 .dialogs = dialogs,
-                                                 .text = keyAsText,
-                                                 .terminate = [this] { ++terminations; },
-                                                 .timings = timings});
+        controller.emplace(
+            ControllerEnvironment{.settings = settings,
+                                  .capture = capture,
+                                  .backend = backend,
+                                  .notifications = centre,
+                                  .dialogs = dialogs,
+                                  .text = keyAsText,
+                                  .endSubtitles = [this] { subtitlesEnded.append(posted.size()); },
+                                  .terminate = [this] { ++terminations; },
+                                  .timings = timings});
     }
 
     bool waitForCapture() {
@@ -58,6 +60,7 @@ class TranslationControllerTest : public ::testing::Test {
     FakeBackend backend;
     FakeDialogs dialogs;
     QList<bool> posted;
+    QList<qsizetype> subtitlesEnded; ///< After how many notifications.
     int terminations = 0;
     std::optional<TranslationController> controller;
 };
@@ -198,6 +201,15 @@ TEST_F(TranslationControllerTest, showsThatItStopsUntilTheLastResultIsBack) {
     EXPECT_TRUE(controller->isStopping());
     capture.finishStops();
     EXPECT_FALSE(controller->isStopping());
+}
+
+TEST_F(TranslationControllerTest, aStopEndsTheSubtitlesBeforeItTellsOthers) {
+    backend.running = true;
+    controller->startTranslation();
+    EXPECT_TRUE(subtitlesEnded.isEmpty());
+    controller->stopTranslation();
+    EXPECT_EQ(subtitlesEnded, QList<qsizetype>{1});
+    EXPECT_EQ(posted, (QList<bool>{true, false}));
 }
 
 TEST_F(TranslationControllerTest, stoppingWithoutARunDoesNothing) {

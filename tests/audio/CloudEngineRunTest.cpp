@@ -22,8 +22,12 @@ using test::waitUntil;
 
 class CloudEngineRun : public test::AudioManagerFixture {
   protected:
-    void use(const QString& id, ServicePeer& service) {
-        engineFactory = makeCloudEngine({.deepgram = service.url(u"ws"_s),
+    void use(const QString& id, ServicePeer& service) { use(id, service, service); }
+
+    void use(const QString& id, ServicePeer& service, ServicePeer& translation) {
+        engineFactory = makeCloudEngine({.googleTranslate = translation.url(u"http"_s),
+                                         .googleSpeech = service.url(u"http"_s),
+                                         .deepgram = service.url(u"ws"_s),
                                          .assemblyai = service.url(u"ws"_s),
                                          .azureSpeechToText = service.url(u"http"_s),
                                          .azureSpeechTranslation = service.url(u"http"_s)});
@@ -110,6 +114,7 @@ TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
     use(u"deepgram"_s, service);
     startRun();
     play(1);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
     service.send(deepgramResult(u"eins"_s));
     ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
     service.command({{u"abort"_s, true}});
@@ -181,9 +186,44 @@ TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
               (QStringList{u"published: eins|eins"_s, u"published: zwei|zwei"_s}));
 }
 
-TEST_F(CloudEngineRun, startsAndStopsTwentyTimes) {
+TEST_F(CloudEngineRun, writesResultsThatOvertakeEachOtherOnceEach) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
-    use(u"deepgram"_s, service);
+    ServicePeer translation(u"http_service.py"_s);
+    use(u"deepgram"_s, service, translation);
+    settings.googleApiKey.set(u"SECRET"_s);
+    startRun();
+    play(1);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
+    service.send(deepgramResult(u"eins"_s));
+    ASSERT_TRUE(waitUntil([&] { return translation.count(u"request"_s) == 1; }));
+    service.send(deepgramResult(u"zwei"_s));
+    ASSERT_TRUE(waitUntil([&] { return translation.count(u"request"_s) == 2; }));
+    const auto answer = [&](int id, const QString& text) {
+        translation.command(
+            {{u"answer"_s, id},
+             {u"body"_s, uR"({"data":{"translations":[{"translatedText":"%1"}]}})"_s.arg(text)}});
+    };
+    answer(1, u"two"_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
+    answer(0, u"one"_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 6; }));
+    stopAndWait();
+    EXPECT_EQ(fannedOut.filter(u"published"_s),
+              (QStringList{u"published: zwei|two"_s, u"published: eins|one"_s}));
+    for (const QString& pattern : {u"transcript_*.txt"_s, u"subtitles_*.srt"_s}) {
+        const QString content = onlyFile(pattern);
+        EXPECT_EQ(content.count(u"zwei"_s), 1);
+        EXPECT_EQ(content.count(u"eins"_s), 1);
+        EXPECT_LT(content.indexOf(u"zwei"_s), content.indexOf(u"eins"_s));
+    }
+}
+
+class EveryStream : public CloudEngineRun, public testing::WithParamInterface<const char*> {};
+
+TEST_P(EveryStream, startsAndStopsTwentyTimes) {
+    const QString id = QString::fromLatin1(GetParam());
+    ServicePeer service(u"streaming_service.py"_s, {id});
+    use(id, service);
     settings.saveTranscript.set(false);
     for (int round = 1; round <= 20; ++round) {
         startRun();
@@ -193,6 +233,30 @@ TEST_F(CloudEngineRun, startsAndStopsTwentyTimes) {
         ASSERT_TRUE(waitUntil([&] { return service.count(u"closed"_s) == round; }));
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(All, EveryStream, testing::Values("deepgram", "assemblyai"));
+
+class EveryRequest : public CloudEngineRun, public testing::WithParamInterface<const char*> {};
+
+TEST_P(EveryRequest, startsAndStopsTwentyTimesWhileOneIsOutstanding) {
+    ServicePeer service(u"http_service.py"_s);
+    use(QString::fromLatin1(GetParam()), service);
+    settings.googleApiKey.set(u"SECRET"_s);
+    settings.saveTranscript.set(false);
+    timings.fixedChunk = 1ms;
+    makeManager();
+    manager->setVadEnabled(false);
+    for (int round = 1; round <= 20; ++round) {
+        startRun();
+        deliver(20001);
+        ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == round; }));
+        manager->stopCaptureSync();
+    }
+    EXPECT_TRUE(fannedOut.isEmpty());
+    EXPECT_TRUE(log.lines().filter(u"Fehler"_s).isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EveryRequest, testing::Values("azure", "google_rest"));
 
 } // namespace
 } // namespace orv

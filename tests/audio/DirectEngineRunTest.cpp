@@ -140,14 +140,28 @@ TEST_F(DirectEngineRun, writesNoTranscriptWhenNoneIsWanted) {
     EXPECT_FALSE(QDir(folder.filePath(u"output"_s)).exists());
 }
 
+TEST_F(DirectEngineRun, goesOnWithoutATranscriptWhenTheDiskRefuses) {
+    QFile obstacle(folder.filePath(u"output"_s));
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
+    useChunked();
+    startRun();
+    EXPECT_EQ(
+        log.lines().filter(u"❌ DirectEngineTranscriptWriter: outputDir konnte nicht"_s).size(), 1);
+    engine->onTranslation(u"Hi"_s, u"Hola"_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
+    stopAndWait();
+}
+
 TEST_F(DirectEngineRun, publishesTheEnginesState) {
     useChunked();
     startRun();
     engine->onStatus(u"error"_s, u"gone"_s);
     ASSERT_TRUE(waitUntil([&] { return manager->hasEngineError(); }));
+    EXPECT_EQ(manager->backendStatus(), u"gone"_s);
     EXPECT_TRUE(log.contains(u"📋 Direct Engine Status: [error] gone"_s));
     engine->onStatus(u"connected"_s, u"back"_s);
     ASSERT_TRUE(waitUntil([&] { return !manager->hasEngineError(); }));
+    EXPECT_EQ(manager->backendStatus(), u"back"_s);
 }
 
 TEST_F(DirectEngineRun, fallsBackToTheBackendWhenTheEngineCannotConnect) {

@@ -1,12 +1,17 @@
 #include "DirectEngineTranscriptWriter.h"
 
 #include "LogCapture.h"
+#include "WaitUntil.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -130,6 +135,45 @@ TEST_F(TranscriptWriter, costsOneLineWhileTheDiskIsFull) {
     EXPECT_TRUE(txt().contains(u"Original: two"_s));
     const QString start = u"❌ DirectEngineTranscriptWriter: Schreiben fehlgeschlagen"_s;
     EXPECT_EQ(log.lines().filter(start).size(), 1);
+}
+
+/// Lets no file of this process grow beyond `bytes`, as a disk that fills up does: a write takes
+/// what still fits.
+void limitFiles(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    limit.rlim_cur = bytes;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+TEST_F(TranscriptWriter, leavesNoPartOfAnEntryOnADiskThatFillsUp) {
+    const auto writer = open();
+    writer->append(u"one"_s, u"1"_s, opened);
+    const QString entry = transcriptEntry(u"one"_s, u"1"_s, opened);
+    const auto whole =
+        static_cast<rlim_t>(transcriptHeader(u"en"_s, u"de"_s, opened).size() + entry.size());
+    limitFiles(whole + 20);
+    writer->append(u"two"_s, u"2"_s, opened);
+    writer->append(u"three"_s, u"3"_s, opened);
+    writer->close();
+    limitFiles(RLIM_INFINITY);
+    EXPECT_EQ(txt(), transcriptHeader(u"en"_s, u"de"_s, opened) + entry);
+}
+
+TEST_F(TranscriptWriter, goesOnWhenTheDiskHasRoomAgain) {
+    const auto writer = open();
+    const rlim_t head = static_cast<rlim_t>(transcriptHeader(u"en"_s, u"de"_s, opened).size());
+    limitFiles(head + 20);
+    writer->append(u"one"_s, u"1"_s, opened);
+    const QString start = u"❌ DirectEngineTranscriptWriter: Schreiben fehlgeschlagen"_s;
+    ASSERT_TRUE(test::waitUntil([&] { return log.lines().filter(start).size() == 1; }));
+    limitFiles(RLIM_INFINITY);
+    writer->append(u"two"_s, u"2"_s, opened);
+    writer->close();
+    EXPECT_EQ(txt(), transcriptHeader(u"en"_s, u"de"_s, opened) +
+                         transcriptEntry(u"two"_s, u"2"_s, opened));
+    EXPECT_TRUE(srt().endsWith(subtitleCue(2, 0, u"two"_s, u"2"_s)));
 }
 
 } // namespace

@@ -107,11 +107,11 @@ TEST(AssemblyAI, asksWithTheSampleRateAlone) {
 
 TEST(AssemblyAI, wrapsAudioWithoutSpacesIn17Bytes) {
     const QByteArray pcm(9600, '\xff');
-    const QString message = assemblyaiAudio(pcm);
+    const QByteArray message = assemblyaiAudio(pcm);
     EXPECT_EQ(message.size(), 9600 / 3 * 4 + 17);
-    EXPECT_FALSE(message.contains(u' '));
-    EXPECT_FALSE(message.contains(u'\n'));
-    EXPECT_EQ(QJsonDocument::fromJson(message.toUtf8()).object(),
+    EXPECT_FALSE(message.contains(' '));
+    EXPECT_FALSE(message.contains('\n'));
+    EXPECT_EQ(QJsonDocument::fromJson(message).object(),
               (QJsonObject{{u"audio_data"_s, QString::fromLatin1(pcm.toBase64())}}));
 }
 

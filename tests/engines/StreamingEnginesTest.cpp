@@ -151,6 +151,32 @@ TEST(DeepgramDirectEngine, sendsABlockOf16MebibytesAsOneFrame) {
     EXPECT_EQ(session.service.audio(), pcm);
 }
 
+TEST(DeepgramDirectEngine, sendsABlockBeyond16MebibytesWhole) {
+    DeepgramSession session;
+    finish(session.engine->connect(config));
+    const QByteArray pcm = block(6, 16'777'218);
+    EXPECT_FALSE(finish(session.engine->sendAudio(pcm)).error);
+    ASSERT_TRUE(waitUntil([&] { return session.service.count(u"audio"_s) == 1; }, 60s));
+    EXPECT_EQ(session.service.audio(), pcm);
+}
+
+TEST(DeepgramDirectEngine, sendsSoundAndKeepAlivesBesideEachOther) {
+    DeepgramSession session({u"--key"_s, u"SECRET"_s}, {.keepAlive = 1ms});
+    finish(session.engine->connect(config));
+    ASSERT_TRUE(session.waitForOpen());
+    QByteArray sent;
+    for (int index = 0; index < 200; ++index) {
+        const QByteArray pcm = block(index, 8192);
+        sent += pcm;
+        EXPECT_FALSE(finish(session.engine->sendAudio(pcm)).error);
+    }
+    ASSERT_TRUE(waitUntil([&] {
+        return session.service.count(u"audio"_s) == 200 && session.service.count(u"text"_s) > 3;
+    }));
+    EXPECT_EQ(session.service.audio(), sent);
+    EXPECT_EQ(session.service.count(u"misuse"_s), 0);
+}
+
 TEST(DeepgramDirectEngine, sendsNothingWhileNotConnected) {
     DeepgramSession session;
     EXPECT_FALSE(finish(session.engine->sendAudio(block(1))).error);

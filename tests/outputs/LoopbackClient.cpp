@@ -28,7 +28,7 @@ void limitReceiving(int socket, std::chrono::milliseconds limit) {
 
 LoopbackClient::LoopbackClient()
     : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    limitReceiving(socket_.number(), patience);
+    limitReceiving(socket_.get(), patience);
 }
 
 bool LoopbackClient::connect(std::uint16_t port) {
@@ -36,19 +36,18 @@ bool LoopbackClient::connect(std::uint16_t port) {
     server.sin_family = AF_INET;
     server.sin_port = htons(port);
     server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return ::connect(socket_.number(), reinterpret_cast<const sockaddr*>(&server), sizeof server) ==
-           0;
+    return ::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0;
 }
 
 void LoopbackClient::takeLittleAtATime() {
     const int bytes = 1;
-    ::setsockopt(socket_.number(), SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+    ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
 }
 
 bool LoopbackClient::send(const QByteArray& bytes) {
     qsizetype sent = 0;
     while (sent < bytes.size()) {
-        const ssize_t count = ::send(socket_.number(), bytes.constData() + sent,
+        const ssize_t count = ::send(socket_.get(), bytes.constData() + sent,
                                      static_cast<std::size_t>(bytes.size() - sent), MSG_NOSIGNAL);
         if (count <= 0) {
             return false;
@@ -59,14 +58,14 @@ bool LoopbackClient::send(const QByteArray& bytes) {
 }
 
 void LoopbackClient::finishSending() {
-    ::shutdown(socket_.number(), SHUT_WR);
+    ::shutdown(socket_.get(), SHUT_WR);
 }
 
 QByteArray LoopbackClient::readAll() {
     QByteArray all;
     std::array<char, 65536> buffer{};
     ssize_t count = 0;
-    while ((count = ::recv(socket_.number(), buffer.data(), buffer.size(), 0)) > 0) {
+    while ((count = ::recv(socket_.get(), buffer.data(), buffer.size(), 0)) > 0) {
         all.append(buffer.data(), count);
     }
     const bool isTimeOut = count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
@@ -76,14 +75,14 @@ QByteArray LoopbackClient::readAll() {
 
 QByteArray LoopbackClient::read(std::size_t bytes) {
     QByteArray part(static_cast<qsizetype>(bytes), Qt::Uninitialized);
-    part.resize(std::max<ssize_t>(0, ::recv(socket_.number(), part.data(), bytes, 0)));
+    part.resize(std::max<ssize_t>(0, ::recv(socket_.get(), part.data(), bytes, 0)));
     return part;
 }
 
 LoopbackClient::End LoopbackClient::waitForEnd(std::chrono::milliseconds limit) {
-    limitReceiving(socket_.number(), limit);
+    limitReceiving(socket_.get(), limit);
     readAll();
-    limitReceiving(socket_.number(), patience);
+    limitReceiving(socket_.get(), patience);
     return end_;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "UniqueFd.h"
 
 #include <QByteArray>
 
@@ -50,7 +50,7 @@ class LoopbackClient {
     End end() const { return end_; }
 
   private:
-    FileDescriptor socket_;
+    UniqueFd socket_;
     End end_ = End::StillOpen;
 };
 

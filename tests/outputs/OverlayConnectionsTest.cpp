@@ -45,8 +45,8 @@ class NoDescriptors {
   public:
     NoDescriptors() {
         ::getrlimit(RLIMIT_NOFILE, &before_);
-        const FileDescriptor next(::dup(STDIN_FILENO));
-        const rlimit none{static_cast<rlim_t>(next.number()), before_.rlim_max};
+        const UniqueFd next(::dup(STDIN_FILENO));
+        const rlimit none{static_cast<rlim_t>(next.get()), before_.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &none);
     }
 

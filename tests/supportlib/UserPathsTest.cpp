@@ -34,6 +34,8 @@ TEST(UserPaths, deriveFromHome) {
               u"/home/mia/Library/Application Support/Orvane/venv/bin/python3"_s);
     EXPECT_EQ(paths.backendScript(),
               u"/home/mia/Library/Application Support/Orvane/backend/server.py"_s);
+    EXPECT_EQ(paths.backendLog(), u"/home/mia/Library/Application Support/Orvane/backend.log"_s);
+    EXPECT_EQ(paths.whisperCache(), u"/home/mia/.cache/whisper"_s);
     EXPECT_EQ(paths.outputFolder(), u"/home/mia/Library/Application Support/Orvane/output"_s);
 }
 

@@ -3,28 +3,29 @@
 #include "L10n.h"
 #include "Pieces.h"
 #include "Theme.h"
+#include "ToneLabel.h"
 #include "TranslationEngine.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
 BackendRow::BackendRow(TranslationEngine& engine, L10n& l10n, QWidget* parent)
-    : QWidget(parent)
+    : Card(parent)
     , engine_(engine)
     , l10n_(l10n)
-    , status_(new QLabel(this))
+    , status_(new ToneLabel(this))
     , toggle_(makeButton(this)) {
-    status_->setWordWrap(true);
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(space::small);
-    layout->addWidget(status_, 1);
-    layout->addWidget(toggle_);
+    auto* row = new QHBoxLayout;
+    row->setSpacing(space::small);
+    row->addWidget(status_, 1);
+    row->addWidget(toggle_);
+    rows()->setContentsMargins(space::medium, space::small, space::medium, space::small);
+    rows()->addLayout(row);
     connect(toggle_, &QPushButton::clicked, this, &BackendRow::toggleBackend);
     connect(&engine_, &TranslationEngine::isRunningChanged, this, &BackendRow::refresh);
     connect(&engine_, &TranslationEngine::statusMessageChanged, this, &BackendRow::refresh);

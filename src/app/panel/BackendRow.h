@@ -1,17 +1,17 @@
 #pragma once
 
-#include <QWidget>
+#include "Pieces.h"
 
-class QLabel;
 class QPushButton;
 
 namespace orv {
 
 class L10n;
+class ToneLabel;
 class TranslationEngine;
 
 /// The backend's status with the button that starts or stops it.
-class BackendRow : public QWidget {
+class BackendRow : public Card {
     Q_OBJECT
 
   public:
@@ -24,7 +24,7 @@ class BackendRow : public QWidget {
 
     TranslationEngine& engine_;
     L10n& l10n_;
-    QLabel* status_;
+    ToneLabel* status_;
     QPushButton* toggle_;
 };
 

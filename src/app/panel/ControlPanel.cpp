@@ -4,7 +4,10 @@
 #include "BackendRow.h"
 #include "L10n.h"
 #include "LanguageSection.h"
+#include "NoticeCard.h"
 #include "OptionsSection.h"
+#include "PanelHeader.h"
+#include "PanelPage.h"
 #include "PanelState.h"
 #include "Pieces.h"
 #include "ResultSection.h"
@@ -13,11 +16,10 @@
 #include "Theme.h"
 #include "TranslationController.h"
 #include "TranslationSettings.h"
+#include "VMixWarningBanner.h"
 
-#include <QFrame>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -28,84 +30,81 @@ namespace orv {
 
 namespace {
 
-constexpr int panelWidth = 440;
-constexpr int panelMargin = 16;
+constexpr int panelWidth = 464;      ///< Logical pixels.
+constexpr int mainButtonHeight = 40; ///< Logical pixels.
 
-QFrame* makeSeparator(QWidget* parent) {
-    auto* line = new QFrame(parent);
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Sunken);
-    return line;
-}
+const QKeyCombination startStopKeys = Qt::CTRL | Qt::Key_Return;
+const QKeyCombination startStopKeysOfNumberPad = Qt::CTRL | Qt::Key_Enter;
 
 } // namespace
 
 ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
     : QWidget(parent)
     , environment_(std::move(environment))
-    , result_(new ResultSection(this)) {
-    TranslationSettings& settings = environment_.settings;
-    AudioManager& audio = environment_.audio;
-    L10n& l10n = environment_.l10n;
+    , header_(new PanelHeader(this)) {
+    // Made in reading order, which is the order in which Tab leads through them.
+    auto* page = new PanelPage(makeSections(), this);
+    result_ = new ResultSection(this);
+    startStop_ = makeButton(this, ButtonKind::Primary);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(panelMargin, panelMargin, panelMargin, panelMargin);
-    layout->setSpacing(panelMargin * 3 / 4);
-    layout->addWidget(makeHeader());
-    layout->addWidget(new BackendRow(environment_.engine, l10n, this));
-    layout->addWidget(makeSeparator(this));
-    layout->addWidget(new SourceSection(audio, settings, l10n, this));
-    layout->addWidget(new LanguageSection(settings, l10n, this));
-    layout->addWidget(new OptionsSection(audio, settings, l10n, this));
-    layout->addWidget(makeSeparator(this));
-    layout->addWidget(result_, 1);
-    layout->addWidget(makeFooter());
+    layout->setContentsMargins(0, space::medium, 0, space::medium);
+    layout->setSpacing(space::small);
+    const auto addInset = [layout](QWidget* widget, int stretch) {
+        auto* row = new QVBoxLayout;
+        row->setContentsMargins(space::large, 0, space::large, 0);
+        row->addWidget(widget);
+        layout->addLayout(row, stretch);
+    };
+    addInset(header_, 0);
+    addInset(
+        new VMixWarningBanner(environment_.settings, environment_.vmix, environment_.l10n, this),
+        0);
+    // The page reaches the edges, so that its scroll bar stands beside the sections.
+    layout->addWidget(page);
+    addInset(result_, 1);
+    addInset(startStop_, 0);
+    startStop_->setMinimumHeight(mainButtonHeight);
     setMinimumWidth(panelWidth);
+    addKeys();
     connectState();
     translate();
 }
 
-QWidget* ControlPanel::makeHeader() {
-    auto* header = new QWidget(this);
-    title_ = makeHeading(header);
-    QFont font = title_->font();
-    font.setPointSizeF(font.pointSizeF() * 1.4);
-    title_->setFont(font);
-    subtitle_ = makeHint(header);
-    auto* layout = new QVBoxLayout(header);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(title_);
-    layout->addWidget(subtitle_);
-    return header;
+QWidget* ControlPanel::makeSections() {
+    TranslationSettings& settings = environment_.settings;
+    AudioManager& audio = environment_.audio;
+    L10n& l10n = environment_.l10n;
+    auto* sections = new QWidget;
+    auto* layout = new QVBoxLayout(sections);
+    layout->setContentsMargins(space::large, 0, space::large, 0);
+    layout->setSpacing(space::small);
+    notice_ = new NoticeCard(sections);
+    layout->addWidget(notice_);
+    layout->addWidget(new BackendRow(environment_.engine, l10n, sections));
+    layout->addWidget(new SourceSection(audio, settings, l10n, sections));
+    layout->addWidget(new LanguageSection(settings, l10n, sections));
+    layout->addWidget(new OptionsSection(audio, settings, l10n, sections));
+    layout->addStretch(1);
+    return sections;
 }
 
-QWidget* ControlPanel::makeFooter() {
-    auto* footer = new QWidget(this);
-    startStop_ = makeButton(footer);
-    settings_ = makeButton(footer);
-    quit_ = makeButton(footer);
-    for (QPushButton* button : {startStop_, settings_, quit_}) {
-        button->setFixedHeight(button->sizeHint().height() * 5 / 4);
+void ControlPanel::addKeys() {
+    for (const QKeyCombination keys : {startStopKeys, startStopKeysOfNumberPad}) {
+        auto* shortcut = new QShortcut(keys, this);
+        connect(shortcut, &QShortcut::activated, startStop_, &QPushButton::click);
     }
-    auto* row = new QHBoxLayout(footer);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(space::small);
-    row->addWidget(startStop_, 1);
-    row->addWidget(settings_);
-    row->addWidget(quit_);
-    connect(startStop_, &QPushButton::clicked, this, &ControlPanel::startOrStop);
-    connect(settings_, &QPushButton::clicked, this, [this] {
-        if (environment_.showSettings) {
-            environment_.showSettings();
-        }
-    });
-    connect(quit_, &QPushButton::clicked, &environment_.controller,
-            &TranslationController::quitApp);
-    return footer;
 }
 
 void ControlPanel::connectState() {
     AudioManager& audio = environment_.audio;
+    connect(startStop_, &QPushButton::clicked, this, &ControlPanel::startOrStop);
+    connect(header_, &PanelHeader::settingsWanted, this, [this] {
+        if (environment_.showSettings) {
+            environment_.showSettings();
+        }
+    });
+    connect(header_, &PanelHeader::quitWanted, &environment_.controller,
+            &TranslationController::quitApp);
     connect(&audio, &AudioManager::statusChanged, this, &ControlPanel::refreshRun);
     connect(&audio, &AudioManager::resultChanged, this, [this] {
         result_->setResult(environment_.audio.currentOriginal(),
@@ -117,27 +116,27 @@ void ControlPanel::connectState() {
 }
 
 void ControlPanel::translate() {
-    title_->setText(environment_.l10n.platformText(u"app.name.short"_s));
-    subtitle_->setText(environment_.l10n.platformText(u"app.subtitle"_s));
-    settings_->setText(environment_.l10n.platformText(u"main.settings"_s));
-    quit_->setText(environment_.l10n.platformText(u"main.quit"_s));
+    header_->translate([this](const QString& key) { return text(key); });
+    result_->setEmptyText(text(u"panel.result.empty"_s));
     refreshRun();
 }
 
 void ControlPanel::refreshRun() {
     const TranslationController& controller = environment_.controller;
     const AudioManager& audio = environment_.audio;
-    const QString key = controller.isTranslating() ? u"main.stop"_s : u"main.start"_s;
-    startStop_->setText(environment_.l10n.platformText(key));
-    startStop_->setIcon(
-        symbol(controller.isTranslating() ? u"stop.circle.fill"_s : u"play.circle.fill"_s));
-    result_->setStatus(
-        statusLine({.isTranslating = controller.isTranslating(),
-                    .isStopping = controller.isStopping(),
-                    .backendStatus = audio.backendStatus(),
-                    .isModelLoading = audio.isModelLoading(),
-                    .hasEngineError = audio.hasEngineError()},
-                   [this](const QString& text) { return environment_.l10n.platformText(text); }));
+    const bool runs = controller.isTranslating();
+    startStop_->setText(text(runs ? u"main.stop"_s : u"main.start"_s));
+    startStop_->setIcon(symbol(runs ? u"stop.circle.fill"_s : u"play.circle.fill"_s));
+    startStop_->setToolTip(QKeySequence(startStopKeys).toString(QKeySequence::NativeText));
+    setButtonKind(*startStop_, runs ? ButtonKind::Danger : ButtonKind::Primary);
+    const StatusLine status = statusLine({.isTranslating = runs,
+                                          .isStopping = controller.isStopping(),
+                                          .backendStatus = audio.backendStatus(),
+                                          .isModelLoading = audio.isModelLoading(),
+                                          .hasEngineError = audio.hasEngineError()},
+                                         [this](const QString& key) { return text(key); });
+    header_->setStatus(status);
+    result_->setStatus(status);
 }
 
 void ControlPanel::startOrStop() {
@@ -148,8 +147,12 @@ void ControlPanel::startOrStop() {
     }
 }
 
-void ControlPanel::showNotice(const QString& text) {
-    result_->showNotice(text, environment_.l10n.platformText(u"alert.ok"_s));
+void ControlPanel::showNotice(const QString& notice) {
+    notice_->showNotice(notice, text(u"alert.ok"_s));
+}
+
+QString ControlPanel::text(const QString& key) const {
+    return environment_.l10n.platformText(key);
 }
 
 } // namespace orv

@@ -4,17 +4,20 @@
 
 #include <functional>
 
-class QLabel;
 class QPushButton;
+class QVBoxLayout;
 
 namespace orv {
 
 class AudioManager;
 class L10n;
+class NoticeCard;
+class PanelHeader;
 class ResultSection;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
+class VmixTracking;
 
 /// What the control panel shows and works on. The references outlive it.
 struct PanelEnvironment {
@@ -23,6 +26,7 @@ struct PanelEnvironment {
     TranslationEngine& engine;
     TranslationController& controller;
     L10n& l10n;
+    VmixTracking& vmix;
     /// Closes the panel and opens the settings window.
     std::function<void()> showSettings = {};
 };
@@ -39,20 +43,19 @@ class ControlPanel : public QWidget {
     void showNotice(const QString& text);
 
   private:
-    QWidget* makeHeader();
-    QWidget* makeFooter();
+    QWidget* makeSections();
     void connectState();
+    void addKeys();
     void translate();
     void refreshRun();
     void startOrStop();
+    QString text(const QString& key) const;
 
     PanelEnvironment environment_;
-    QLabel* title_ = nullptr;
-    QLabel* subtitle_ = nullptr;
+    PanelHeader* header_;
+    NoticeCard* notice_ = nullptr;
     ResultSection* result_ = nullptr;
     QPushButton* startStop_ = nullptr;
-    QPushButton* settings_ = nullptr;
-    QPushButton* quit_ = nullptr;
 };
 
 } // namespace orv

@@ -4,17 +4,22 @@
 #include "L10n.h"
 #include "LanguageManager.h"
 #include "Pieces.h"
+#include "SymbolView.h"
+#include "Symbols.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
 
 #include <QGridLayout>
 #include <QLabel>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
 namespace {
+
+constexpr int arrowSide = 14;
 
 QList<FieldEntry> languageEntries() {
     QList<FieldEntry> entries;
@@ -27,25 +32,33 @@ QList<FieldEntry> languageEntries() {
 } // namespace
 
 LanguageSection::LanguageSection(TranslationSettings& settings, L10n& l10n, QWidget* parent)
-    : QWidget(parent)
+    : Card(parent)
     , settings_(settings)
     , l10n_(l10n)
-    , heading_(makeHeading(this))
     , sourceLabel_(new QLabel(this))
     , source_(new FieldCombo(FieldCombo::Search::ByTyping, this))
     , targetLabel_(new QLabel(this))
     , target_(new FieldCombo(FieldCombo::Search::ByTyping, this)) {
-    auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(0, 0, 0, 0);
+    layOut();
+    connectFields();
+    translate();
+}
+
+void LanguageSection::layOut() {
+    auto* grid = new QGridLayout;
     grid->setHorizontalSpacing(space::small);
-    grid->setVerticalSpacing(space::small / 2);
-    grid->addWidget(heading_, 0, 0, 1, 2);
-    grid->addWidget(sourceLabel_, 1, 0);
-    grid->addWidget(targetLabel_, 1, 1);
-    grid->addWidget(source_, 2, 0);
-    grid->addWidget(target_, 2, 1);
+    grid->setVerticalSpacing(space::tiny);
+    grid->addWidget(sourceLabel_, 0, 0);
+    grid->addWidget(targetLabel_, 0, 2);
+    grid->addWidget(source_, 1, 0);
+    grid->addWidget(new SymbolView(symbol(u"arrow.right"_s), arrowSide, this), 1, 1);
+    grid->addWidget(target_, 1, 2);
     grid->setColumnStretch(0, 1);
-    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(2, 1);
+    rows()->addLayout(grid);
+}
+
+void LanguageSection::connectFields() {
     connect(source_, &FieldCombo::chosen, this,
             [this](const QString& code) { settings_.sourceLang.set(code); });
     connect(target_, &FieldCombo::chosen, this,
@@ -58,14 +71,16 @@ LanguageSection::LanguageSection(TranslationSettings& settings, L10n& l10n, QWid
         }
     });
     connect(&l10n_, &L10n::currentChanged, this, &LanguageSection::translate);
-    translate();
 }
 
 void LanguageSection::translate() {
-    heading_->setText(l10n_.platformText(u"lang.title"_s));
     nameField(sourceLabel_, source_, l10n_.platformText(u"lang.source"_s));
     nameField(targetLabel_, target_, l10n_.platformText(u"lang.target"_s));
     QList<FieldEntry> languages = languageEntries();
+    const QString available =
+        QString::number(languages.size()) % u' ' % l10n_.platformText(u"lang.available"_s);
+    source_->setToolTip(available);
+    target_->setToolTip(available);
     target_->setEntries(languages, settings_.targetLang.get());
     languages.prepend({.id = u"auto"_s, .text = l10n_.platformText(u"lang.auto"_s)});
     source_->setEntries(languages, settings_.sourceLang.get());

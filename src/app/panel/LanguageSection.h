@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include "Pieces.h"
 
 class QLabel;
 
@@ -11,7 +11,7 @@ class L10n;
 class TranslationSettings;
 
 /// From which language into which.
-class LanguageSection : public QWidget {
+class LanguageSection : public Card {
     Q_OBJECT
 
   public:
@@ -19,11 +19,12 @@ class LanguageSection : public QWidget {
     LanguageSection(TranslationSettings& settings, L10n& l10n, QWidget* parent = nullptr);
 
   private:
+    void layOut();
+    void connectFields();
     void translate();
 
     TranslationSettings& settings_;
     L10n& l10n_;
-    QLabel* heading_;
     QLabel* sourceLabel_;
     FieldCombo* source_;
     QLabel* targetLabel_;

@@ -1,6 +1,10 @@
 #include "LevelBar.h"
 
-#include <QPainter>
+#include "LevelBarAccessible.h"
+#include "StylePaint.h"
+#include "Theme.h"
+
+#include <QPaintEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -9,62 +13,84 @@ namespace orv {
 
 namespace {
 
-/// From here on the signal is close to distortion, in percent.
-constexpr int hotLevel = 85;
+/// From here on the signal is close to distortion.
+constexpr float hotLevel = 0.85F;
 
-int percent(float value) {
-    return static_cast<int>(std::lround(std::clamp(value, 0.0F, 1.0F) * 100.0F));
-}
+constexpr int barHeight = 8;
+constexpr int peakWidth = 2;
 
 } // namespace
 
 LevelBar::LevelBar(QWidget* parent)
-    : QProgressBar(parent) {
-    setRange(0, 100);
-    setValue(0);
-    setTextVisible(false);
+    : QWidget(parent) {
+    installLevelBarAccessibility();
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    // It draws its own ground, so that nothing behind it has to be painted with it.
+    setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void LevelBar::setLevels(float level, float peak) {
-    const int newPeak = percent(peak);
-    const int newLevel = percent(level);
-    if (newPeak == peak_ && newLevel == value()) {
+    level_ = std::clamp(level, 0.0F, 1.0F);
+    peak_ = std::clamp(peak, 0.0F, 1.0F);
+    if (!isVisible()) {
         return;
     }
-    peak_ = newPeak;
-    setValue(newLevel);
-    update();
+    const Shown next = shownFor(level_, peak_);
+    if (next == shown_) {
+        return;
+    }
+    if (next.hot != shown_.hot) {
+        update();
+        return;
+    }
+    QRegion changed;
+    if (next.filled != shown_.filled) {
+        const auto [from, to] = std::minmax(next.filled, shown_.filled);
+        changed += QRect(from, 0, to - from, height());
+    }
+    if (next.peak != shown_.peak) {
+        changed += peakArea(shown_);
+        changed += peakArea(next);
+    }
+    update(changed);
 }
 
 QSize LevelBar::sizeHint() const {
-    return {120, 10};
+    return {120, barHeight};
 }
 
 QSize LevelBar::minimumSizeHint() const {
-    return {60, 10};
+    return {60, barHeight};
 }
 
-void LevelBar::paintEvent(QPaintEvent* /*event*/) {
+LevelBar::Shown LevelBar::shownFor(float level, float peak) const {
+    const auto place = [this](float value) {
+        return static_cast<int>(std::lround(value * float(width())));
+    };
+    return {.filled = place(level),
+            .peak =
+                peak > 0 ? std::clamp(place(peak) - peakWidth, 0, width() - peakWidth) : -peakWidth,
+            .hot = level >= hotLevel};
+}
+
+QRect LevelBar::peakArea(const Shown& shown) const {
+    return {shown.peak, 0, peakWidth, height()};
+}
+
+void LevelBar::paintEvent(QPaintEvent* event) {
+    shown_ = shownFor(level_, peak_);
+    const Theme& theme = themeOf(*this);
     QPainter painter(this);
+    painter.fillRect(event->rect(), theme.card);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
     const QRectF area(rect());
-    const qreal radius = area.height() / 2;
-    QColor ground = palette().color(QPalette::WindowText);
-    ground.setAlphaF(0.12F);
-    painter.setBrush(ground);
-    painter.drawRoundedRect(area, radius, radius);
-    if (value() > 0) {
-        QRectF filled = area;
-        filled.setWidth(std::max(area.height(), area.width() * value() / 100));
-        painter.setBrush(value() < hotLevel ? QColor(0x16, 0xa3, 0x4a) : QColor(0xdc, 0x26, 0x26));
-        painter.drawRoundedRect(filled, radius, radius);
-    }
-    if (peak_ > 0) {
-        const qreal x = std::clamp(area.width() * peak_ / 100, radius, area.width() - radius);
-        painter.setBrush(palette().color(QPalette::WindowText));
-        painter.drawRect(QRectF(x - 1, area.top(), 2, area.height()));
+    const qreal corner = area.height() / 2;
+    drawRounded(&painter, area, corner, theme.dark ? theme.controlBorder : theme.controlPressed);
+    painter.setClipRect(QRect(0, 0, shown_.filled, height()));
+    drawRounded(&painter, area, corner, shown_.hot ? theme.error : theme.accent);
+    painter.setClipping(false);
+    if (shown_.peak >= 0) {
+        painter.fillRect(peakArea(shown_), theme.quietText);
     }
 }
 

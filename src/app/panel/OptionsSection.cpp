@@ -2,14 +2,15 @@
 
 #include "AudioManager.h"
 #include "L10n.h"
-#include "Pieces.h"
+#include "SliderField.h"
+#include "SwitchRow.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
 
-#include <QCheckBox>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QVBoxLayout>
+
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -17,62 +18,102 @@ namespace orv {
 
 namespace {
 
-/// Shows a state without taking it for the user's choice.
-void setShown(QCheckBox* box, bool checked) {
-    const QSignalBlocker blocker(box);
-    box->setChecked(checked);
+// What a person would try: a pause shorter than a breath cuts words, a longer one than two seconds
+// keeps everyone waiting; speech lies well within these levels.
+constexpr int shortestPause = 200; ///< Milliseconds.
+constexpr int longestPause = 2000;
+constexpr int pauseStep = 50;
+constexpr int lowestThreshold = -60; ///< dB.
+constexpr int highestThreshold = -10;
+
+QString pauseText(int milliseconds) {
+    return QString(QString::number(milliseconds) % u"\u00A0ms");
+}
+
+QString thresholdText(int db) {
+    return QString(u'\u2212' % QString::number(std::abs(db)) % u"\u00A0dB");
 }
 
 } // namespace
 
 OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
                                QWidget* parent)
-    : QWidget(parent)
+    : Card(parent)
     , audio_(audio)
     , settings_(settings)
     , l10n_(l10n)
-    , pauseDetection_(new QCheckBox(this))
-    , pauseState_(makeHint(this))
-    , original_(new QCheckBox(this))
-    , transcript_(new QCheckBox(this)) {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(space::small / 2);
-    pauseState_->setWordWrap(false);
-    auto* pauseRow = new QHBoxLayout;
-    pauseRow->addWidget(pauseDetection_);
-    pauseRow->addStretch(1);
-    pauseRow->addWidget(pauseState_);
-    layout->addLayout(pauseRow);
-    layout->addWidget(original_);
-    layout->addWidget(transcript_);
-    // Toggled, not clicked: assistive programs switch without a click.
-    connect(pauseDetection_, &QCheckBox::toggled, this, [this](bool checked) {
-        audio_.setVadEnabled(checked);
-        refresh();
-    });
-    connect(original_, &QCheckBox::toggled, this,
-            [this](bool checked) { settings_.showOriginal.set(checked); });
-    connect(transcript_, &QCheckBox::toggled, this,
-            [this](bool checked) { settings_.saveTranscript.set(checked); });
-    connect(&settings_, &TranslationSettings::changed, this, &OptionsSection::refresh);
-    connect(&l10n_, &L10n::currentChanged, this, &OptionsSection::translate);
+    , overlay_(new SwitchRow(this))
+    , original_(new SwitchRow(this))
+    , transcript_(new SwitchRow(this))
+    , speak_(new SwitchRow(this))
+    , pauseDetection_(new SwitchRow(this))
+    , pauseFields_(new QWidget(this))
+    , pauseLength_(new SliderField(shortestPause, longestPause, pauseStep, pauseText, pauseFields_))
+    , threshold_(
+          new SliderField(lowestThreshold, highestThreshold, 1, thresholdText, pauseFields_)) {
+    layOut();
+    connectFields();
     translate();
 }
 
+void OptionsSection::layOut() {
+    rows()->setSpacing(space::tiny);
+    rows()->setContentsMargins(space::medium, space::small, space::medium, space::small);
+    for (SwitchRow* row : {overlay_, original_, transcript_, speak_, pauseDetection_}) {
+        rows()->addWidget(row);
+    }
+    auto* fields = new QHBoxLayout(pauseFields_);
+    fields->setContentsMargins(0, 0, 0, 0);
+    fields->setSpacing(space::huge);
+    fields->addWidget(pauseLength_, 1);
+    fields->addWidget(threshold_, 1);
+    rows()->addWidget(pauseFields_);
+}
+
+void OptionsSection::connectFields() {
+    // Toggled, not clicked: assistive programs switch without a click.
+    connect(overlay_, &QCheckBox::toggled, this,
+            [this](bool on) { settings_.showOverlay.set(on); });
+    connect(original_, &QCheckBox::toggled, this,
+            [this](bool on) { settings_.showOriginal.set(on); });
+    connect(transcript_, &QCheckBox::toggled, this,
+            [this](bool on) { settings_.saveTranscript.set(on); });
+    connect(speak_, &QCheckBox::toggled, this,
+            [this](bool on) { settings_.speakTranslation.set(on); });
+    connect(pauseDetection_, &QCheckBox::toggled, this, [this](bool on) {
+        audio_.setVadEnabled(on);
+        refresh();
+    });
+    connect(pauseLength_, &SliderField::chosen, this,
+            [this](int milliseconds) { audio_.setVadSilenceDuration(milliseconds); });
+    connect(threshold_, &SliderField::chosen, this,
+            [this](int db) { audio_.setVadThreshold(static_cast<float>(db)); });
+    connect(&settings_, &TranslationSettings::changed, this, &OptionsSection::refresh);
+    connect(&l10n_, &L10n::currentChanged, this, &OptionsSection::translate);
+}
+
 void OptionsSection::translate() {
-    pauseDetection_->setText(l10n_.platformText(u"vad.toggle"_s));
+    overlay_->setText(l10n_.platformText(u"option.overlay"_s));
     original_->setText(l10n_.platformText(u"option.original"_s));
     transcript_->setText(l10n_.platformText(u"option.transcript"_s));
+    speak_->setText(l10n_.platformText(u"option.speak"_s));
+    pauseDetection_->setText(l10n_.platformText(u"vad.toggle"_s));
+    pauseLength_->setName(l10n_.platformText(u"vad.pause"_s));
+    threshold_->setName(l10n_.platformText(u"vad.threshold"_s));
     refresh();
 }
 
 void OptionsSection::refresh() {
-    setShown(pauseDetection_, audio_.vadEnabled());
-    pauseState_->setText(
-        l10n_.platformText(audio_.vadEnabled() ? u"vad.active"_s : u"vad.fixed"_s));
-    setShown(original_, settings_.showOriginal.get());
-    setShown(transcript_, settings_.saveTranscript.get());
+    overlay_->setShown(settings_.showOverlay.get());
+    original_->setShown(settings_.showOriginal.get());
+    transcript_->setShown(settings_.saveTranscript.get());
+    speak_->setShown(settings_.speakTranslation.get());
+    const bool detects = audio_.vadEnabled();
+    pauseDetection_->setShown(detects);
+    pauseDetection_->setNote(l10n_.platformText(detects ? u"vad.active"_s : u"vad.fixed"_s));
+    pauseFields_->setVisible(detects);
+    pauseLength_->setValue(static_cast<int>(std::lround(audio_.vadSilenceDuration())));
+    threshold_->setValue(static_cast<int>(std::lround(audio_.vadThreshold())));
 }
 
 } // namespace orv

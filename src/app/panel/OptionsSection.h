@@ -1,18 +1,17 @@
 #pragma once
 
-#include <QWidget>
-
-class QCheckBox;
-class QLabel;
+#include "Pieces.h"
 
 namespace orv {
 
 class AudioManager;
 class L10n;
+class SliderField;
+class SwitchRow;
 class TranslationSettings;
 
-/// The switches of a run.
-class OptionsSection : public QWidget {
+/// The switches of a run, and how it finds the pauses in what is said.
+class OptionsSection : public Card {
     Q_OBJECT
 
   public:
@@ -21,16 +20,22 @@ class OptionsSection : public QWidget {
                    QWidget* parent = nullptr);
 
   private:
+    void layOut();
+    void connectFields();
     void translate();
     void refresh();
 
     AudioManager& audio_;
     TranslationSettings& settings_;
     L10n& l10n_;
-    QCheckBox* pauseDetection_;
-    QLabel* pauseState_;
-    QCheckBox* original_;
-    QCheckBox* transcript_;
+    SwitchRow* overlay_;
+    SwitchRow* original_;
+    SwitchRow* transcript_;
+    SwitchRow* speak_;
+    SwitchRow* pauseDetection_;
+    QWidget* pauseFields_; ///< Only while pauses are detected.
+    SliderField* pauseLength_;
+    SliderField* threshold_;
 };
 
 } // namespace orv

@@ -20,20 +20,19 @@ void keepChosen(QList<FieldEntry>& entries, const QString& chosenId) {
 
 StatusLine statusLine(const RunState& state, const TextLookup& text) {
     if (state.isStopping) {
-        return {.headline = text(u"main.stopping"_s), .tone = StatusTone::Busy};
+        return {.headline = text(u"main.stopping"_s), .tone = Tone::Busy};
     }
     if (state.hasEngineError && !state.backendStatus.isEmpty()) {
-        return {.headline = state.backendStatus, .tone = StatusTone::Error};
+        return {.headline = state.backendStatus, .tone = Tone::Error};
     }
     if (!state.isTranslating) {
         return {};
     }
     if (state.isModelLoading && !state.backendStatus.isEmpty()) {
-        return {.headline = state.backendStatus, .tone = StatusTone::Busy};
+        return {.headline = state.backendStatus, .tone = Tone::Busy};
     }
-    return {.headline = text(u"status.listening"_s),
-            .detail = state.backendStatus,
-            .tone = StatusTone::Good};
+    return {
+        .headline = text(u"status.listening"_s), .detail = state.backendStatus, .tone = Tone::Good};
 }
 
 QList<FieldEntry> deviceEntries(const QList<AudioDevice>& devices, const QString& chosenId,

@@ -4,6 +4,7 @@
 #include "AudioNotice.h"
 #include "FieldEntry.h"
 #include "RunningApp.h"
+#include "Theme.h"
 
 #include <QList>
 #include <QString>
@@ -15,14 +16,11 @@ namespace orv {
 /// Gives the localised text for a key.
 using TextLookup = std::function<QString(const QString& key)>;
 
-/// How a status line is meant.
-enum class StatusTone { Neutral, Busy, Good, Error };
-
 /// What the control panel says about the run. An empty headline says nothing at all.
 struct StatusLine {
     QString headline = {};
     QString detail = {}; ///< A second, quieter line; may be empty.
-    StatusTone tone = StatusTone::Neutral;
+    Tone tone = Tone::Quiet;
 
     friend bool operator==(const StatusLine&, const StatusLine&) = default;
 };

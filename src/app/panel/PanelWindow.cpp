@@ -50,15 +50,29 @@ void PanelWindow::showBeside(const QRect& button) {
         return;
     }
     setStyle(Style::Popover);
-    const QScreen* screen = QGuiApplication::screenAt(button.center());
-    if (screen == nullptr) {
-        screen = QGuiApplication::primaryScreen();
-    }
-    fitContent(screen->availableGeometry().size());
-    move(placeBeside(button, size(), screen->availableGeometry(), popoverGap));
+    button_ = button;
+    placePopover();
     show();
     raise();
     activateWindow();
+}
+
+void PanelWindow::placePopover() {
+    const QScreen* screen = QGuiApplication::screenAt(button_.center());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    const QRect available = screen->availableGeometry();
+    fitContent(available.size());
+    move(placeBeside(button_, size(), available, popoverGap));
+}
+
+bool PanelWindow::event(QEvent* event) {
+    const bool handled = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest && style_ == Style::Popover && isVisible()) {
+        placePopover();
+    }
+    return handled;
 }
 
 void PanelWindow::showAsWindow() {
@@ -82,7 +96,7 @@ void PanelWindow::fitContent(const QSize& available) {
     const int width = sizeHint().width();
     const int height =
         hasHeightForWidth() ? layout()->totalHeightForWidth(width) : sizeHint().height();
-    resize(QSize(width, height).boundedTo(available));
+    resize(QSize(width, height).boundedTo(available - QSize(0, 2 * popoverGap)));
 }
 
 void PanelWindow::setStyle(Style style) {

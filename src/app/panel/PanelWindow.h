@@ -11,7 +11,8 @@
 namespace orv {
 
 /// The top-level window round the control panel: a popover beside the tray's item that closes when
-/// the user turns to something else, or an ordinary window.
+/// the user turns to something else, or an ordinary window. The popover is always as high as its
+/// content wants, as far as the screen allows.
 class PanelWindow : public QWidget, public Panel {
     Q_OBJECT
 
@@ -27,6 +28,7 @@ class PanelWindow : public QWidget, public Panel {
     void close() override;
 
   protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -37,11 +39,13 @@ class PanelWindow : public QWidget, public Panel {
 
     void setStyle(Style style);
     void fitContent(const QSize& available);
+    void placePopover();
     void closeIfLeft();
 
     std::function<CloseAction()> closing_;
     std::function<void()> endProgram_;
     Style style_ = Style::Window;
+    QRect button_;            ///< What the popover stands beside.
     QElapsedTimer leftSince_; ///< When the popover closed by itself.
 };
 

@@ -1,41 +1,30 @@
 #pragma once
 
 #include "PanelState.h"
-
-#include <QWidget>
-
-class QLabel;
-class QPushButton;
+#include "Pieces.h"
 
 namespace orv {
 
-class ElidedLabel;
+class ReadingText;
 
-/// The status line, a notice to the user, and the latest result.
-class ResultSection : public QWidget {
+/// The latest result, and above it an error. It keeps its height whatever it
+/// shows: what is longer scrolls.
+class ResultSection : public Card {
     Q_OBJECT
 
   public:
     explicit ResultSection(QWidget* parent = nullptr);
 
+    /// Shows an error in full; anything else is left to the panel's header.
     void setStatus(const StatusLine& status);
+
     void setResult(const QString& original, const QString& translation);
 
-    /// Shows `text` until the user closes it with the button called `closeText`. Another notice
-    /// takes its place.
-    void showNotice(const QString& text, const QString& closeText);
+    /// What stands in place of a result while there is none.
+    void setEmptyText(const QString& text);
 
   private:
-    QWidget* makeNotice();
-    QWidget* makeTexts();
-
-    QLabel* headline_;
-    ElidedLabel* detail_;
-    QLabel* noticeText_;
-    QPushButton* closeNotice_;
-    QWidget* notice_;
-    QLabel* original_;
-    QLabel* translation_;
+    ReadingText* texts_;
 };
 
 } // namespace orv

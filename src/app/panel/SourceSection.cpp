@@ -5,19 +5,20 @@
 #include "L10n.h"
 #include "LevelBar.h"
 #include "PanelState.h"
-#include "Pieces.h"
+#include "SegmentedControl.h"
+#include "SliderField.h"
+#include "SwitchRow.h"
 #include "Theme.h"
+#include "ToneLabel.h"
 #include "TranslationSettings.h"
 
-#include <QButtonGroup>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -25,95 +26,86 @@ namespace orv {
 
 namespace {
 
-/// The pages take as much room as the highest one asks for, whichever is shown. Without this the
-/// text that wraps would decide alone.
-class SourcePages : public QStackedWidget {
-  public:
-    using QStackedWidget::QStackedWidget;
+// The gain's range, in percent: the same as what it follows by itself can reach.
+constexpr int lowestGain = 50;
+constexpr int highestGain = 300;
+constexpr int gainStep = 10;
 
-    bool hasHeightForWidth() const override { return false; }
-};
-
-int pageOf(AudioSourceType source) {
+int idOf(AudioSourceType source) {
     return static_cast<int>(source);
+}
+
+QString gainText(int percent) {
+    return QString(QString::number(percent) % u"\u00A0%");
+}
+
+/// Complete at once: Tab leads through controls in the order in which they are made.
+SegmentedControl* makeSources(QWidget* parent) {
+    auto* sources = new SegmentedControl(parent);
+    for (const AudioSourceType source :
+         {AudioSourceType::Microphone, AudioSourceType::SystemAudio, AudioSourceType::SingleApp}) {
+        sources->addSegment(idOf(source));
+    }
+    return sources;
 }
 
 } // namespace
 
 SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
                              QWidget* parent)
-    : QWidget(parent)
+    : Card(parent)
     , audio_(audio)
     , settings_(settings)
     , l10n_(l10n)
-    , heading_(makeHeading(this))
-    , sources_(new QButtonGroup(this))
-    , pages_(new SourcePages(this))
-    , deviceLabel_(new QLabel(this))
+    , heading_(addHeading())
+    , sources_(makeSources(this))
     , devices_(new FieldCombo(FieldCombo::Search::None, this))
-    , refreshDevices_(makeButton(this))
+    , refreshDevices_(new IconButton(u"refresh"_s, this))
+    , devicePage_(makeListPage(devices_, refreshDevices_))
     , systemHint_(makeHint(this))
-    , appLabel_(new QLabel(this))
     , apps_(new FieldCombo(FieldCombo::Search::None, this))
-    , refreshApps_(makeButton(this))
+    , refreshApps_(new IconButton(u"refresh"_s, this))
+    , appHint_(makeHint(this))
+    , appPage_(makeListPage(apps_, refreshApps_))
     , permission_(new QWidget(this))
-    , permissionText_(new QLabel(permission_))
+    , permissionText_(new ToneLabel(permission_, Tone::Error))
     , checkPermission_(makeButton(permission_))
     , levelLabel_(new QLabel(this))
-    , level_(new LevelBar(this)) {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(space::small);
-    layout->addWidget(heading_);
-    addSourceButtons(layout);
-    addPages(layout);
-    layout->addWidget(makePermissionRow());
-    auto* levelRow = new QHBoxLayout;
-    levelRow->setSpacing(space::small);
-    levelRow->addWidget(levelLabel_);
-    levelRow->addWidget(level_, 1);
-    layout->addLayout(levelRow);
+    , level_(new LevelBar(this))
+    , autoGain_(new SwitchRow(this))
+    , gain_(new SliderField(lowestGain, highestGain, gainStep, gainText, this)) {
+    layOut();
     connectFields();
     translate();
     showSource();
+    showGain();
 }
 
-void SourceSection::addSourceButtons(QVBoxLayout* layout) {
+void SourceSection::layOut() {
+    appPage_->layout()->addWidget(appHint_);
+    rows()->addWidget(sources_);
+    rows()->addWidget(devicePage_);
+    rows()->addWidget(systemHint_);
+    rows()->addWidget(appPage_);
+    rows()->addWidget(makePermissionRow());
+    rows()->addWidget(makeLevelRow());
+    rows()->addWidget(gain_);
+}
+
+QWidget* SourceSection::makeListPage(FieldCombo* combo, IconButton* refresh) {
+    auto* page = new QWidget(this);
     auto* row = new QHBoxLayout;
-    row->setSpacing(space::small / 2);
-    for (const AudioSourceType source :
-         {AudioSourceType::Microphone, AudioSourceType::SystemAudio, AudioSourceType::SingleApp}) {
-        auto* button = makeButton(this);
-        button->setCheckable(true);
-        sources_->addButton(button, pageOf(source));
-        sourceButtons_.insert(source, button);
-        row->addWidget(button, 1);
-    }
-    layout->addLayout(row);
-}
-
-void SourceSection::addPages(QVBoxLayout* layout) {
-    pages_->addWidget(makeListPage(deviceLabel_, devices_, refreshDevices_));
-    systemHint_->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    pages_->addWidget(systemHint_);
-    pages_->addWidget(makeListPage(appLabel_, apps_, refreshApps_));
-    layout->addWidget(pages_);
-}
-
-QWidget* SourceSection::makeListPage(QLabel* label, FieldCombo* combo, QPushButton* refresh) {
-    auto* page = new QWidget(pages_);
-    auto* grid = new QGridLayout(page);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setSpacing(space::small / 2);
-    grid->addWidget(label, 0, 0, 1, 2);
-    grid->addWidget(combo, 1, 0);
-    grid->addWidget(refresh, 1, 1);
-    grid->setColumnStretch(0, 1);
+    row->setSpacing(space::small);
+    row->addWidget(combo, 1);
+    row->addWidget(refresh);
+    auto* column = new QVBoxLayout(page);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(space::tiny);
+    column->addLayout(row);
     return page;
 }
 
 QWidget* SourceSection::makePermissionRow() {
-    permissionText_->setWordWrap(true);
     auto* row = new QHBoxLayout(permission_);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(space::small);
@@ -122,19 +114,32 @@ QWidget* SourceSection::makePermissionRow() {
     return permission_;
 }
 
+QWidget* SourceSection::makeLevelRow() {
+    auto* widget = new QWidget(this);
+    auto* row = new QHBoxLayout(widget);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::medium);
+    row->addWidget(levelLabel_);
+    row->addWidget(level_, 1);
+    autoGain_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    row->addWidget(autoGain_);
+    return widget;
+}
+
 void SourceSection::connectFields() {
-    // Toggled, not clicked: assistive programs switch without a click.
-    connect(sources_, &QButtonGroup::idToggled, this, [this](int id, bool checked) {
-        if (checked) {
-            settings_.audioSourceType.set(static_cast<AudioSourceType>(id));
-        }
-    });
+    connect(sources_, &SegmentedControl::chosen, this,
+            [this](int id) { settings_.audioSourceType.set(static_cast<AudioSourceType>(id)); });
     connect(devices_, &FieldCombo::chosen, this,
             [this](const QString& id) { settings_.selectedInputDevice.set(id); });
     connect(apps_, &FieldCombo::chosen, this, &SourceSection::chooseApp);
-    for (QPushButton* refresh : {refreshDevices_, refreshApps_, checkPermission_}) {
-        connect(refresh, &QPushButton::clicked, this, [this] { audio_.refreshLists(); });
+    for (QAbstractButton* refresh : {static_cast<QAbstractButton*>(refreshDevices_),
+                                     static_cast<QAbstractButton*>(refreshApps_),
+                                     static_cast<QAbstractButton*>(checkPermission_)}) {
+        connect(refresh, &QAbstractButton::clicked, this, [this] { audio_.refreshLists(); });
     }
+    connect(autoGain_, &QCheckBox::toggled, this, [this](bool on) { settings_.autoGain.set(on); });
+    connect(gain_, &SliderField::chosen, this,
+            [this](int percent) { settings_.audioGain.set(static_cast<float>(percent) / 100.0F); });
     connect(&audio_, &AudioManager::listsChanged, this, &SourceSection::refreshLists);
     connect(&audio_, &AudioManager::levelChanged, this,
             [this] { level_->setLevels(audio_.audioLevel(), audio_.peakLevel()); });
@@ -143,33 +148,49 @@ void SourceSection::connectFields() {
             showSource();
         } else if (key == "selectedInputDevice"_L1 || key == "selectedAppBundleId"_L1) {
             refreshLists();
+        } else if (key == "audioGain"_L1 || key == "autoGain"_L1) {
+            showGain();
         }
     });
     connect(&l10n_, &L10n::currentChanged, this, &SourceSection::translate);
 }
 
 void SourceSection::translate() {
-    heading_->setText(l10n_.platformText(u"audio.source"_s));
-    sourceButtons_[AudioSourceType::Microphone]->setText(l10n_.platformText(u"audio.mic"_s));
-    sourceButtons_[AudioSourceType::SystemAudio]->setText(l10n_.platformText(u"audio.system"_s));
-    sourceButtons_[AudioSourceType::SingleApp]->setText(l10n_.platformText(u"audio.app"_s));
-    nameField(deviceLabel_, devices_, l10n_.platformText(u"audio.mic.label"_s));
-    systemHint_->setText(QString(l10n_.platformText(u"audio.capture.all"_s) % u'\n' %
-                                 l10n_.platformText(u"audio.drm.warning"_s)));
-    nameField(appLabel_, apps_, l10n_.platformText(u"audio.app.select"_s));
-    refreshDevices_->setText(l10n_.platformText(u"audio.app.refresh"_s));
-    refreshApps_->setText(l10n_.platformText(u"audio.app.refresh"_s));
-    permissionText_->setText(l10n_.platformText(u"audio.permission.needed"_s));
-    checkPermission_->setText(l10n_.platformText(u"audio.permission.request"_s));
-    nameField(levelLabel_, level_, l10n_.platformText(u"audio.level"_s));
+    const auto text = [this](const QString& key) { return l10n_.platformText(key); };
+    heading_->setText(text(u"audio.source"_s));
+    sources_->setAccessibleName(text(u"audio.type"_s));
+    sources_->setSegmentText(idOf(AudioSourceType::Microphone), text(u"audio.mic"_s));
+    sources_->setSegmentText(idOf(AudioSourceType::SystemAudio), text(u"audio.system"_s));
+    sources_->setSegmentText(idOf(AudioSourceType::SingleApp), text(u"audio.app"_s));
+    devices_->setAccessibleName(text(u"audio.mic.label"_s));
+    devices_->setToolTip(text(u"audio.permission.granted"_s));
+    systemHint_->setText(
+        QString(text(u"audio.capture.all"_s) % u'\n' % text(u"audio.drm.warning"_s)));
+    apps_->setAccessibleName(text(u"audio.app.select"_s));
+    appHint_->setText(text(u"audio.drm.warning.short"_s));
+    apps_->setToolTip(text(u"audio.app.only"_s));
+    refreshDevices_->setText(text(u"audio.app.refresh"_s));
+    refreshApps_->setText(text(u"audio.app.refresh"_s));
+    permissionText_->setText(text(u"audio.permission.needed"_s));
+    checkPermission_->setText(text(u"audio.permission.request"_s));
+    nameField(levelLabel_, level_, text(u"audio.level"_s));
+    autoGain_->setText(text(u"audio.gain.auto"_s));
+    gain_->setName(text(u"audio.gain.label"_s));
     refreshLists();
 }
 
 void SourceSection::showSource() {
     const AudioSourceType source = settings_.audioSourceType.get();
-    const QSignalBlocker blocker(sources_);
-    sourceButtons_[source]->setChecked(true);
-    pages_->setCurrentIndex(pageOf(source));
+    sources_->setChosen(idOf(source));
+    devicePage_->setVisible(source == AudioSourceType::Microphone);
+    systemHint_->setVisible(source == AudioSourceType::SystemAudio);
+    appPage_->setVisible(source == AudioSourceType::SingleApp);
+}
+
+void SourceSection::showGain() {
+    autoGain_->setShown(settings_.autoGain.get());
+    gain_->setValue(static_cast<int>(std::lround(settings_.audioGain.get() * 100.0F)));
+    gain_->setVisible(!settings_.autoGain.get());
 }
 
 void SourceSection::refreshLists() {

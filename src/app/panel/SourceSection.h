@@ -1,15 +1,9 @@
 #pragma once
 
-#include "AudioSourceType.h"
+#include "Pieces.h"
 
-#include <QMap>
-#include <QWidget>
-
-class QButtonGroup;
 class QLabel;
 class QPushButton;
-class QStackedWidget;
-class QVBoxLayout;
 
 namespace orv {
 
@@ -17,10 +11,14 @@ class AudioManager;
 class FieldCombo;
 class L10n;
 class LevelBar;
+class SegmentedControl;
+class SliderField;
+class SwitchRow;
+class ToneLabel;
 class TranslationSettings;
 
-/// What is listened to: the kind of source, the device or the application, and the level.
-class SourceSection : public QWidget {
+/// What is listened to: the kind of source, the device or the application, the level and the gain.
+class SourceSection : public Card {
     Q_OBJECT
 
   public:
@@ -29,13 +27,14 @@ class SourceSection : public QWidget {
                   QWidget* parent = nullptr);
 
   private:
-    void addSourceButtons(QVBoxLayout* layout);
-    void addPages(QVBoxLayout* layout);
-    QWidget* makeListPage(QLabel* label, FieldCombo* combo, QPushButton* refresh);
+    void layOut();
+    QWidget* makeListPage(FieldCombo* combo, IconButton* refresh);
     QWidget* makePermissionRow();
+    QWidget* makeLevelRow();
     void connectFields();
     void translate();
     void showSource();
+    void showGain();
     void refreshLists();
     void chooseApp(const QString& bundleId);
 
@@ -43,21 +42,22 @@ class SourceSection : public QWidget {
     TranslationSettings& settings_;
     L10n& l10n_;
     QLabel* heading_;
-    QButtonGroup* sources_;
-    QMap<AudioSourceType, QPushButton*> sourceButtons_;
-    QStackedWidget* pages_;
-    QLabel* deviceLabel_;
+    SegmentedControl* sources_;
     FieldCombo* devices_;
-    QPushButton* refreshDevices_;
+    IconButton* refreshDevices_;
+    QWidget* devicePage_;
     QLabel* systemHint_;
-    QLabel* appLabel_;
     FieldCombo* apps_;
-    QPushButton* refreshApps_;
+    IconButton* refreshApps_;
+    QLabel* appHint_;
+    QWidget* appPage_;
     QWidget* permission_;
-    QLabel* permissionText_;
+    ToneLabel* permissionText_;
     QPushButton* checkPermission_;
     QLabel* levelLabel_;
     LevelBar* level_;
+    SwitchRow* autoGain_;
+    SliderField* gain_; ///< Only while the gain does not follow by itself.
 };
 
 } // namespace orv

@@ -81,6 +81,7 @@ void TranslationController::stopTranslation() {
     captureStart_.stop();
     isTranslating_ = false;
     isStopping_ = true;
+    environment_.endSubtitles();
     publishTranslating(false);
     Q_EMIT stateChanged();
     environment_.capture.stopCapture([self = QPointer(this), number = ++stopNumber_] {

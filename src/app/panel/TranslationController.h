@@ -32,6 +32,7 @@ struct ControllerEnvironment {
     NotificationCentre& notifications;
     Dialogs& dialogs;
     std::function<QString(const QString& key)> text; ///< A localised text.
+    std::function<void()> endSubtitles = [] {};      ///< Hides and silences the subtitle window.
     std::function<void()> terminate;                 ///< Asks the program to end.
     ControllerTimings timings = {};
 };

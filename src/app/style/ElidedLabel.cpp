@@ -4,9 +4,9 @@
 
 namespace orv {
 
-ElidedLabel::ElidedLabel(QWidget* parent)
-    : QLabel(parent) {
-    setTextFormat(Qt::PlainText);
+ElidedLabel::ElidedLabel(QWidget* parent, Tone tone)
+    : ToneLabel(parent, tone) {
+    setWordWrap(false);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 }
 

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <QLabel>
+#include "ToneLabel.h"
 
 namespace orv {
 
 /// One line of plain text that ends in dots where it does not fit; the whole of it is shown by the
 /// mouse and told to assistive programs.
-class ElidedLabel : public QLabel {
+class ElidedLabel : public ToneLabel {
     Q_OBJECT
 
   public:
-    explicit ElidedLabel(QWidget* parent = nullptr);
+    explicit ElidedLabel(QWidget* parent = nullptr, Tone tone = Tone::Plain);
 
     void setText(const QString& text);
 

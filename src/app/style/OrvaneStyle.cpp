@@ -6,6 +6,7 @@
 #include "StyleLists.h"
 #include "StyleMetrics.h"
 #include "StylePaint.h"
+#include "SwitchRow.h"
 #include "Symbols.h"
 
 #include <QAbstractItemView>
@@ -51,6 +52,17 @@ void drawFrame(const Theme& theme, const QStyleOption& option, QPainter* painter
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         drawRing(painter, QRectF(option.rect), radius::control, theme.accentText);
     }
+}
+
+/// The switch stands at the row's far edge.
+QRect switchRowPart(QStyle::SubElement element, const QStyleOption& option) {
+    const QSize size = switchSize();
+    const QRect& row = option.rect;
+    const QRect mark(row.right() - size.width() + 1, row.y() + (row.height() - size.height()) / 2,
+                     size.width(), size.height());
+    const QRect text = row.adjusted(0, 0, -size.width() - space::small, 0);
+    return QStyle::visualRect(option.direction, row,
+                              element == QStyle::SE_CheckBoxIndicator ? mark : text);
 }
 
 QIcon coloured(const QString& name, const QColor& color) {
@@ -135,6 +147,12 @@ QRect OrvaneStyle::subElementRect(SubElement element, const QStyleOption* option
             return option->rect.adjusted(fieldPadding - 2, 1, 2 - fieldPadding, -1);
         }
         return option->rect;
+    case SE_CheckBoxIndicator:
+    case SE_CheckBoxContents:
+        if (qobject_cast<const SwitchRow*>(widget) != nullptr) {
+            return switchRowPart(element, *option);
+        }
+        return QProxyStyle::subElementRect(element, option, widget);
     default:
         return QProxyStyle::subElementRect(element, option, widget);
     }
@@ -229,6 +247,15 @@ bool OrvaneStyle::drawOwnControl(ControlElement element, const QStyleOption* opt
     case CE_PushButtonLabel:
         if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
             drawPushButtonLabel(theme_, *button, buttonKind(widget), painter);
+        }
+        return true;
+    case CE_CheckBox:
+        if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
+            QStyleOptionButton part = *button;
+            part.rect = subElementRect(SE_CheckBoxIndicator, button, widget);
+            drawSwitch(theme_, part, painter);
+            part.rect = subElementRect(SE_CheckBoxContents, button, widget);
+            drawSwitchLabel(theme_, part, painter);
         }
         return true;
     case CE_ComboBoxLabel:

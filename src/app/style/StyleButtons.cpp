@@ -15,7 +15,8 @@ namespace {
 
 constexpr int buttonPadding = 12;
 constexpr int iconGap = 6;
-constexpr qreal ringRoom = 3; ///< Of a solid control that has the focus: the ring and a gap.
+constexpr int tallButton = 38; ///< From this height on corners are rounder.
+constexpr qreal ringRoom = 3;  ///< Of a solid control that has the focus: the ring and a gap.
 
 ButtonKind shownKind(const QStyleOptionButton& option, ButtonKind kind) {
     const bool isDefault = option.features.testFlag(QStyleOptionButton::DefaultButton);
@@ -33,17 +34,23 @@ QColor veil(const Theme& theme, float strength) {
     return color;
 }
 
-Ground solidGround(const QStyleOption& option, const Theme& theme, bool danger) {
+Ground primaryGround(const QStyleOption& option, const Theme& theme) {
     if (!isEnabled(option)) {
         return {theme.dark ? theme.control : theme.track};
     }
-    if (isPressed(option)) {
-        return {danger ? theme.dangerPressed : theme.accentPressed};
+    return {isPressed(option)   ? theme.accentPressed
+            : isHovered(option) ? theme.accentHover
+                                : theme.accent};
+}
+
+Ground dangerGround(const QStyleOption& option, const Theme& theme) {
+    if (!isEnabled(option)) {
+        return {theme.window, theme.cardBorder};
     }
-    if (isHovered(option)) {
-        return {danger ? theme.dangerHover : theme.accentHover};
-    }
-    return {danger ? theme.danger : theme.accent};
+    return {isPressed(option)   ? theme.dangerPressed
+            : isHovered(option) ? theme.dangerHover
+                                : theme.danger,
+            theme.dangerBorder};
 }
 
 Ground plainGround(const QStyleOption& option, const Theme& theme) {
@@ -60,9 +67,9 @@ Ground plainGround(const QStyleOption& option, const Theme& theme) {
 Ground groundOf(const QStyleOption& option, const Theme& theme, ButtonKind kind) {
     switch (kind) {
     case ButtonKind::Primary:
-        return solidGround(option, theme, false);
+        return primaryGround(option, theme);
     case ButtonKind::Danger:
-        return solidGround(option, theme, true);
+        return dangerGround(option, theme);
     case ButtonKind::Quiet:
         return {isPressed(option)   ? veil(theme, 0.13F)
                 : isHovered(option) ? veil(theme, 0.07F)
@@ -100,15 +107,16 @@ void drawGround(const Theme& theme, const QStyleOption& option, ButtonKind kind,
                 QPainter* painter) {
     const PaintScope scope(painter);
     const Ground ground = groundOf(option, theme, kind);
-    const bool solid = kind == ButtonKind::Primary || kind == ButtonKind::Danger;
+    const bool solid = kind == ButtonKind::Primary;
     QRectF area(option.rect);
+    const int corner = option.rect.height() >= tallButton ? radius::tall : radius::control;
     if (showsFocus(option) && solid) {
-        drawRing(painter, area, radius::control + 1, theme.accentText);
+        drawRing(painter, area, corner + 1, theme.accentText);
         area.adjust(ringRoom, ringRoom, -ringRoom, -ringRoom);
     }
-    drawRounded(painter, area, radius::control, ground.fill, ground.border);
+    drawRounded(painter, area, corner, ground.fill, ground.border);
     if (showsFocus(option) && !solid) {
-        drawRing(painter, area, radius::control, theme.accentText);
+        drawRing(painter, area, corner, theme.accentText);
     }
 }
 
@@ -191,6 +199,13 @@ void drawSwitch(const Theme& theme, const QStyleOption& option, QPainter* painte
     const QRectF knob(right ? area.right() - inset - side : area.left() + inset, area.top() + inset,
                       side, side);
     drawRounded(painter, knob, side / 2, theme.knob);
+}
+
+void drawSwitchLabel(const Theme& theme, const QStyleOptionButton& option, QPainter* painter) {
+    const PaintScope scope(painter);
+    painter->setPen(isEnabled(option) ? theme.text : theme.disabledText);
+    drawLine(painter, option.rect, QStyle::visualAlignment(option.direction, Qt::AlignLeft),
+             option.text);
 }
 
 void drawRadio(const Theme& theme, const QStyleOption& option, QPainter* painter) {

@@ -33,6 +33,7 @@ void drawPushButtonLabel(const Theme& theme, const QStyleOptionButton& option, B
 void drawToolButton(const Theme& theme, const QStyleOptionToolButton& option, ButtonKind kind,
                     QPainter* painter);
 void drawSwitch(const Theme& theme, const QStyleOption& option, QPainter* painter);
+void drawSwitchLabel(const Theme& theme, const QStyleOptionButton& option, QPainter* painter);
 void drawRadio(const Theme& theme, const QStyleOption& option, QPainter* painter);
 
 } // namespace orv

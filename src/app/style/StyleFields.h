@@ -16,7 +16,7 @@ namespace orv {
 inline constexpr int fieldPadding = 9;
 
 /// Width of the part of a choice or spin box that holds its arrows, logical pixels.
-inline constexpr int arrowWidth = 26;
+inline constexpr int arrowWidth = 24;
 
 /// The ground and border of a field; it shows the focus however that came.
 void drawField(const Theme& theme, const QStyleOption& option, QPainter* painter);

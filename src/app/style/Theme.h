@@ -25,6 +25,7 @@ inline constexpr int huge = 24;   ///< Between groups that have nothing to do wi
 namespace radius {
 inline constexpr int item = 4;    ///< Rows of lists and menus.
 inline constexpr int control = 6; ///< Buttons and fields.
+inline constexpr int tall = 8;    ///< The main button of a window.
 inline constexpr int card = 10;   ///< Cards and notices.
 } // namespace radius
 
@@ -64,7 +65,8 @@ struct Theme {
     QColor accentText;
     QColor accentSoft; ///< Ground of chosen rows.
 
-    QColor danger; ///< Ground of the button that ends or removes something.
+    QColor danger; ///< Ground of a button that ends or removes something.
+    QColor dangerBorder;
     QColor dangerHover;
     QColor dangerPressed;
     QColor onDanger;

@@ -8,6 +8,8 @@ ToneLabel::ToneLabel(QWidget* parent, Tone tone)
     : QLabel(parent)
     , tone_(tone) {
     setTextFormat(Qt::PlainText);
+    // Not whatever the widget round it uses.
+    setForegroundRole(QPalette::WindowText);
     setWordWrap(true);
     applyTone();
 }

@@ -6,10 +6,12 @@ import shutil
 import subprocess
 import tempfile
 
+from . import x11
 from .processes import Children, Timeout, wait_until
 
 SCREEN = "1280x900x24"
 EMPTY_TRAY_WIDTH = 8
+WALLPAPER = 0x5B6B7D
 
 
 class Desktop:
@@ -18,8 +20,11 @@ class Desktop:
     `environment` is what programs on this desktop are started with; `home` is their home directory.
     """
 
-    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None):
+    def __init__(self, tray=True, language="en_US.UTF-8", keep_folder=None, compositor=False,
+                 screen=SCREEN):
         self._with_tray = tray
+        self._with_compositor = compositor
+        self._screen = screen
         self._language = language
         self._keep_folder = keep_folder
         self.children = Children()
@@ -72,7 +77,7 @@ class Desktop:
     def _start_screen(self):
         read_end, write_end = os.pipe()
         try:
-            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN,
+            self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", self._screen,
                          "-nolisten", "tcp", "-noreset"], pass_fds=(write_end,))
         finally:
             os.close(write_end)
@@ -82,15 +87,43 @@ class Desktop:
             raise RuntimeError("Xvfb did not start:\n" + self.log_of("Xvfb"))
         self.environment["DISPLAY"] = f":{number}"
         # A plain ground, neither black nor white, on which windows and subtitles can be seen.
-        self._run(["display", "-window", "root", "-size", "64x64", "canvas:#5b6b7d"], required=False)
+        x11.set_wallpaper(self.environment["DISPLAY"], WALLPAPER)
         # A window that appears while the window manager takes over the screen can get lost.
         ready = self.folder / "openbox.ready"
         self._start(["openbox", "--sm-disable", "--startup", f"touch '{ready}'"])
         wait_until(ready.exists, "the window manager")
+        if self._with_compositor:
+            self.start_compositor()
         if self._with_tray:
             self._start(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
                          "--heighttype", "pixel", "--height", "28", "--SetPartialStrut", "true"])
             self._wait_for_tray()
+
+    def start_compositor(self):
+        """Lets translucent windows be blended with what is below them from now on. It is told to
+        draw shadows, as desktops do."""
+        settings = self.folder / "picom.conf"
+        settings.write_text('shadow = true;\nshadow-exclude = ["_GTK_FRAME_EXTENTS@:c"];\n')
+        process = self._start(["picom", "--config", str(settings), "--backend", "xrender"])
+        wait_until(self.is_composited, "the compositor")
+        return process
+
+    def is_composited(self):
+        return x11.has_compositor(self.environment["DISPLAY"])
+
+    def plug_monitors(self, monitors):
+        """Divides the screen into monitors: see harness.x11."""
+        x11.plug_monitors(self.environment["DISPLAY"], monitors)
+
+    def unplug_monitor(self, name):
+        x11.unplug_monitor(self.environment["DISPLAY"], name)
+
+    def go_to_virtual_desktop(self, number):
+        self._run(["xdotool", "set_desktop", str(number)])
+
+    def managed_windows(self):
+        """The windows that a task bar would list."""
+        return self._run(["xprop", "-root", "-notype", "_NET_CLIENT_LIST"])
 
     def _wait_for_tray(self):
         try:

@@ -88,15 +88,17 @@ class SubtitleWatch:
 
 class Road:
     """A context with everything between a voice and a subtitle: desktop, sound, the program, its
-    speech server. `say` tells the person who watches what happens."""
+    speech server. `environment` is what the program finds in its own besides the desktop's. `say`
+    tells the person who watches what happens."""
 
     def __init__(self, executable, install_backend, source=MICROPHONE_ROAD, language="en",
-                 settings=None, tray=True, say=lambda text: None):
+                 settings=None, environment=None, tray=True, say=lambda text: None):
         self._executable = executable
         self._install_backend = install_backend
         self._source = source
         self._language = language
         self._settings = settings or {}
+        self._environment = environment or {}
         self._say = say
         self.desktop = Desktop(tray=tray)
         self._watch = None
@@ -105,6 +107,7 @@ class Road:
         wait_until(lambda: not port_is_open(BACKEND_PORT),
                    f"port {BACKEND_PORT}, which another speech server uses", _PORT_LIMIT)
         self.desktop.__enter__()
+        self.desktop.environment.update(self._environment)
         try:
             self._set_up()
         except BaseException:
@@ -171,6 +174,10 @@ class Road:
         """Quits with the panel's button; returns the exit status."""
         self.press("Quit")
         return self.program.wait_for_end()
+
+    def subtitles(self):
+        """Everything the overlay has shown so far."""
+        return self._watch.seen()
 
     def play_sentence(self, sentence):
         """Plays a sentence the way the road wants it and waits for what comes back."""

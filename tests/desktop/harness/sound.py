@@ -1,7 +1,9 @@
 """The private sound server: loudspeakers nobody hears and a microphone one can play into."""
 
+import array
 import os
 import subprocess
+import threading
 import time
 
 from .processes import wait_until
@@ -82,3 +84,50 @@ class Sound:
         streams = self._pactl("list", "short", "source-outputs").splitlines()
         # The sound server's own, which carry the microphone, belong to no client.
         return sum(stream.split("\t")[2] != "-" for stream in streams)
+
+    def listen(self):
+        """Hears what the loudspeakers play, from now on."""
+        return Listener(self._desktop, f"{SPEAKERS}.monitor")
+
+
+class Listener:
+    """Remembers when something could be heard."""
+
+    _RATE = 16000
+    _BLOCK = _RATE // 100  # Samples: 10 ms.
+    _AUDIBLE = 300         # Of 32767.
+
+    def __init__(self, desktop, source):
+        self._process = desktop.children.start(
+            ["parec", "--raw", f"--device={source}", "--format=s16le", f"--rate={self._RATE}",
+             "--channels=1", "--latency-msec=10"], env=desktop.environment, stdout=subprocess.PIPE)
+        self._loud = []
+        self._heard_until = None
+        self._thread = threading.Thread(target=self._run, daemon=True)
+        self._thread.start()
+        wait_until(lambda: self._heard_until, "the first sound of the recorder, or silence")
+
+    def _run(self):
+        while block := self._process.stdout.read(2 * self._BLOCK):
+            now = time.monotonic()
+            samples = array.array("h", block)
+            if max(samples) > self._AUDIBLE:
+                self._loud.append(now)
+            self._heard_until = now
+
+    def wait_for_sound(self, since, limit=20.0):
+        """Seconds from the moment `since` (of the monotonic clock) to the first sound after it."""
+        return wait_until(lambda: next((t for t in list(self._loud) if t > since), None),
+                          "a sound", limit) - since
+
+    def wait_for_silence(self, seconds, limit=60.0):
+        """Waits until nothing was heard for so long; returns when the last sound was."""
+
+        def quiet():
+            last = self._loud[-1] if self._loud else self._heard_until - seconds
+            return last if self._heard_until - last >= seconds else None
+
+        return wait_until(quiet, f"{seconds:g} s of silence", limit)
+
+    def heard_until(self):
+        return self._heard_until

@@ -1,0 +1,109 @@
+#include "VMixWarningBanner.h"
+
+#include "L10n.h"
+#include "StylePaint.h"
+#include "Symbols.h"
+#include "Theme.h"
+#include "TranslationSettings.h"
+#include "VmixTracking.h"
+
+#include <QAccessible>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+constexpr int triangleSize = 24;
+
+/// The triangle, in the colour of what is wrong.
+class Triangle : public QWidget {
+  public:
+    explicit Triangle(QWidget* parent)
+        : QWidget(parent) {
+        setFixedSize(triangleSize, triangleSize);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        drawIcon(&painter, rect(), symbol(u"warning"_s), themeOf(*this).error, true);
+    }
+};
+
+} // namespace
+
+VMixWarningBanner::VMixWarningBanner(TranslationSettings& settings, VmixTracking& tracking,
+                                     L10n& l10n, QWidget* parent)
+    : Card(parent, Ground::Notice)
+    , settings_(settings)
+    , l10n_(l10n)
+    , title_(makeHeading(this))
+    , detail_(new QLabel(this))
+    , disable_(makeButton(this))
+    , later_(makeButton(this))
+    , off_(makeButton(this)) {
+    layOut();
+    connect(disable_, &QPushButton::clicked, this, [&tracking] { tracking.disableVmix(); });
+    connect(later_, &QPushButton::clicked, this, [&tracking] { tracking.vmixBannerSnooze(); });
+    connect(off_, &QPushButton::clicked, this, [&tracking] { tracking.turnOffWarnings(); });
+    connect(&settings_, &TranslationSettings::changed, this, [this](const QString& key) {
+        if (key == u"vmixShowWarningBanner") {
+            follow();
+        }
+    });
+    connect(&l10n_, &L10n::currentChanged, this, &VMixWarningBanner::translate);
+    translate();
+    setVisible(settings_.vmixShowWarningBanner.get());
+}
+
+void VMixWarningBanner::layOut() {
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    for (QLabel* label : {title_, detail_}) {
+        label->setWordWrap(true);
+        texts->addWidget(label);
+    }
+    auto* message = new QHBoxLayout;
+    message->setSpacing(space::small);
+    message->addWidget(new Triangle(this), 0, Qt::AlignTop);
+    message->addLayout(texts, 1);
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(space::small);
+    buttons->addStretch(1);
+    for (QPushButton* button : {disable_, later_, off_}) {
+        buttons->addWidget(button);
+    }
+    rows()->addLayout(message);
+    rows()->addLayout(buttons);
+}
+
+void VMixWarningBanner::follow() {
+    const bool shown = settings_.vmixShowWarningBanner.get();
+    if (shown == !isHidden()) {
+        return;
+    }
+    setVisible(shown);
+    if (shown) {
+        QAccessibleEvent event(this, QAccessible::Alert);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+void VMixWarningBanner::translate() {
+    title_->setText(l10n_.platformText(u"vmix.warn.title"_s));
+    detail_->setText(l10n_.platformText(u"vmix.warn.detail"_s));
+    disable_->setText(l10n_.platformText(u"vmix.warn.disable"_s));
+    later_->setText(l10n_.platformText(u"vmix.warn.snooze"_s));
+    off_->setText(l10n_.platformText(u"vmix.warn.off"_s));
+    setAccessibleName(title_->text());
+    setAccessibleDescription(detail_->text());
+}
+
+} // namespace orv

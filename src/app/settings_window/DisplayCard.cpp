@@ -1,0 +1,126 @@
+#include "GeneralTab.h"
+
+#include "ColorField.h"
+#include "DefaultsStore.h"
+#include "HexColor.h"
+#include "L10n.h"
+#include "OverlayKeys.h"
+#include "OverlayPreview.h"
+#include "Pieces.h"
+#include "TabParts.h"
+#include "Theme.h"
+#include "TranslationSettings.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSlider>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+void addColor(Card& card, Bindings& bindings, const OverlayColor& color, const QString& key) {
+    auto* field = new ColorField(&card);
+    QLabel* label = card.addField(field);
+    bindings.translated(field, [&bindings, label, field, key] {
+        nameField(label, field, bindings.text(key));
+        field->setName(bindings.text(key));
+    });
+    const auto value = bindings.storedString(color.key, color.fallback);
+    bindings.follow(field, {color.key}, [field, value, color] {
+        field->setColor(colorFromHex(value.get(), colorFromHex(color.fallback, Qt::black)));
+    });
+    QObject::connect(field, &ColorField::chosen, &bindings,
+                     [value](const QColor& chosen) { value.set(toHexString(chosen)); });
+}
+
+void addOpacity(Card& card, Bindings& bindings) {
+    auto* field = new QWidget(&card);
+    auto* row = new QHBoxLayout(field);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::medium);
+    auto* slider = new QSlider(Qt::Horizontal, field);
+    auto* percent = new QLabel(field);
+    percent->setMinimumWidth(percent->fontMetrics().horizontalAdvance(u"100 %"_s));
+    percent->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    row->addWidget(slider, 1);
+    row->addWidget(percent);
+    field->setFocusProxy(slider);
+    QLabel* label = card.addField(field);
+    bindings.translated(field, [&bindings, label, slider] {
+        nameField(label, slider, bindings.text(u"settings.overlay.opacity"_s));
+    });
+    bindings.bind(slider, bindings.storedDouble(overlayOpacityKey(), overlayOpacityDefault));
+    bindings.follow(percent, {overlayOpacityKey()}, [slider, percent] {
+        percent->setText(QString::number(slider->value()) + u" %"_s);
+    });
+}
+
+/// The same sentence in the interface's language and in another one, as a translation would be.
+void showSample(OverlayPreview& preview, const TabContext& context) {
+    const auto current = context.environment.l10n.current();
+    const UILanguage other =
+        current == UILanguage::English ? UILanguage::German : UILanguage::English;
+    const QString key = u"app.subtitle"_s;
+    const QString original = L10n::strings().at(other).text(key).value_or(QString());
+    preview.setTexts(context.environment.settings.showOriginal.get() ? original : QString(),
+                     context.bindings.text(key));
+}
+
+void addPreview(Card& card, const TabContext& context) {
+    auto* preview = new OverlayPreview(&card);
+    Bindings& bindings = context.bindings;
+    const DefaultsStore& store = context.environment.store;
+    card.rows()->addWidget(preview);
+    bindings.translated(preview, [preview, context] {
+        preview->setAccessibleName(context.bindings.text(u"settings.overlay.preview"_s));
+        showSample(*preview, context);
+    });
+    bindings.follow(preview, {u"showOriginal"_s},
+                    [preview, context] { showSample(*preview, context); });
+    bindings.follow(preview,
+                    {overlayBackground().key, overlayText().key, overlayBorder().key,
+                     overlayBorderEnabledKey(), overlayOpacityKey()},
+                    [preview, &store] { preview->setLook(OverlayLook::from(store)); });
+}
+
+/// How the subtitles look, with a preview above what changes it.
+void addAppearanceCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    Card& card = *column.addCard();
+    addHeading(card, bindings, u"settings.overlay.preview"_s);
+    addPreview(card, context);
+    addSwitch(card, bindings, u"settings.overlay.border"_s,
+              bindings.storedBool(overlayBorderEnabledKey(), true));
+    addColor(card, bindings, overlayBackground(), u"settings.overlay.bgcolor"_s);
+    addColor(card, bindings, overlayText(), u"settings.overlay.textcolor"_s);
+    addColor(card, bindings, overlayBorder(), u"settings.overlay.bordercolor"_s);
+    addOpacity(card, bindings);
+}
+
+} // namespace
+
+void addDisplayCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
+    Card& card = *column.addCard();
+    addHeading(card, bindings, u"settings.display"_s);
+    addSwitch(card, bindings, u"settings.overlay"_s,
+              bindings.setting(settings.showOverlay, u"showOverlay"_s));
+    addSwitch(card, bindings, u"option.original"_s,
+              bindings.setting(settings.showOriginal, u"showOriginal"_s));
+    addSwitch(card, bindings, u"option.transcript"_s,
+              bindings.setting(settings.saveTranscript, u"saveTranscript"_s));
+    addSwitch(card, bindings, u"option.speak"_s,
+              bindings.setting(settings.speakTranslation, u"speakTranslation"_s));
+    addSwitch(card, bindings, u"settings.autogain"_s,
+              bindings.setting(settings.autoGain, u"autoGain"_s));
+
+    addAppearanceCard(column, context);
+}
+
+} // namespace orv

@@ -1,0 +1,79 @@
+#include "GeneralTab.h"
+
+#include "DefaultsStore.h"
+#include "FieldCombo.h"
+#include "L10n.h"
+#include "Pieces.h"
+#include "TabParts.h"
+#include "ToneLabel.h"
+#include "TranslationSettings.h"
+
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+QWidget* makeGeneralTab(const TabContext& context) {
+    auto* column = new CardColumn;
+    addLanguageCard(*column, context);
+    addBackendCard(*column, context);
+    addDisplayCard(*column, context);
+    addBrowserOverlayCard(*column, context);
+    addVRChatCard(*column, context);
+    addVMixCard(*column, context);
+    addNotificationsCard(*column, context);
+    return column;
+}
+
+void addLanguageCard(CardColumn& column, const TabContext& context) {
+    Card& card = *column.addCard();
+    auto* languages = new FieldCombo(FieldCombo::Search::None, &card);
+    QList<FieldEntry> entries;
+    for (const UILanguage language : UILanguage::allCases()) {
+        entries.append({language.rawValue(), language.label()});
+    }
+    L10n& l10n = context.environment.l10n;
+    languages->setEntries(entries, l10n.current().rawValue());
+    addNamedField(card, context.bindings, languages, u"settings.language"_s);
+    context.bindings.translated(
+        languages, [languages, &l10n] { languages->setChosen(l10n.current().rawValue()); });
+    QObject::connect(languages, &FieldCombo::chosen, &l10n, [&l10n](const QString& code) {
+        if (const auto language = UILanguage::fromRawValue(code)) {
+            l10n.setCurrent(*language);
+        }
+    });
+}
+
+void addBackendCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
+    Card& card = *column.addCard();
+    addHeading(card, bindings, u"settings.backend"_s);
+    addHint(card, bindings, u"settings.backend.tip"_s);
+    addSwitch(card, bindings, u"settings.backend.autostart"_s,
+              bindings.storedBool(u"autoStartBackend"_s, false));
+    addSwitch(card, bindings, u"settings.backend.autostop"_s,
+              bindings.storedBool(u"autoStopBackend"_s, true));
+    addSwitch(card, bindings, u"settings.backend.network"_s,
+              bindings.setting(settings.networkAccess, u"networkAccess"_s));
+    auto* warning = new ToneLabel(&card, Tone::Error);
+    bindings.translated(warning, u"settings.backend.network.warn"_s);
+    card.rows()->addWidget(warning);
+    addHint(card, bindings, u"settings.backend.network.hint"_s);
+    bindings.follow(warning, {u"networkAccess"_s},
+                    [warning, &settings] { warning->setVisible(settings.networkAccess.get()); });
+}
+
+void addNotificationsCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
+    Card& card = *column.addCard();
+    addHeading(card, bindings, u"settings.notifications"_s);
+    addSwitch(
+        card, bindings, u"settings.vmix.warn_on_fail"_s,
+        bindings.setting(settings.vmixShowConnectionWarnings, u"vmixShowConnectionWarnings"_s));
+    addHint(card, bindings, u"settings.vmix.warn_on_fail.hint"_s);
+}
+
+} // namespace orv

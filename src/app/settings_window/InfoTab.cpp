@@ -1,0 +1,103 @@
+#include "InfoTab.h"
+
+#include "EngineFields.h"
+#include "EngineOptions.h"
+#include "LanguageManager.h"
+#include "Pieces.h"
+#include "Symbols.h"
+#include "TabParts.h"
+#include "Theme.h"
+#include "TranslationSettings.h"
+#include "UpdateControl.h"
+#include "UpdateRow.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+constexpr int pictureSide = 56;
+
+/// A row with a name, the text of `key`, and a value.
+QLabel* addFact(Card& card, Bindings& bindings, const QString& key) {
+    auto* value = new QLabel(&card);
+    value->setTextFormat(Qt::PlainText);
+    value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    value->setWordWrap(true);
+    QLabel* name = card.addField(value);
+    name->setForegroundRole(QPalette::PlaceholderText);
+    bindings.translated(name, key);
+    return value;
+}
+
+void addTitle(Card& card, Bindings& bindings) {
+    auto* picture = new QLabel(&card);
+    picture->setPixmap(
+        appPicture().pixmap(QSize(pictureSide, pictureSide), card.devicePixelRatioF()));
+    auto* title = makeTitle(&card);
+    auto* subtitle = makeHint(&card);
+    bindings.translated(title, u"info.title"_s);
+    bindings.translated(subtitle, u"info.subtitle"_s);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(space::tiny);
+    texts->addStretch(1);
+    texts->addWidget(title);
+    texts->addWidget(subtitle);
+    texts->addStretch(1);
+    auto* row = new QHBoxLayout;
+    row->setSpacing(space::large);
+    row->addWidget(picture);
+    row->addLayout(texts, 1);
+    card.rows()->addLayout(row);
+}
+
+QString chosenEngineName(const QString& id, const Bindings& bindings) {
+    const auto options = engineOptions();
+    const auto found =
+        std::ranges::find_if(options, [&](const EngineOption& option) { return option.id == id; });
+    return found == options.end() ? id : engineName(*found, bindings);
+}
+
+void addFacts(Card& card, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    const TranslationSettings& settings = context.environment.settings;
+    addFact(card, bindings, u"info.product"_s)->setText(u"Orvane"_s);
+    addFact(card, bindings, u"info.version"_s)
+        ->setText(context.environment.updates.currentVersion());
+    QLabel* recogniser = addFact(card, bindings, u"info.stt"_s);
+    QLabel* translator = addFact(card, bindings, u"info.translation"_s);
+    const auto refresh = [&bindings, &settings, recogniser, translator] {
+        const QString& engine = settings.sttEngine.get();
+        recogniser->setText(chosenEngineName(engine, bindings));
+        translator->setText(translatorName(engine));
+    };
+    bindings.translated(recogniser, refresh);
+    bindings.follow(recogniser, {u"sttEngine"_s}, refresh);
+    addFact(card, bindings, u"info.audioengine"_s)->setText(u"48 kHz · mono · 32-bit float"_s);
+    addFact(card, bindings, u"info.capture"_s)->setText(u"PulseAudio / PipeWire"_s);
+    addFact(card, bindings, u"info.languages"_s)
+        ->setText(QString::number(LanguageManager::allLanguages().size()));
+}
+
+} // namespace
+
+QWidget* makeInfoTab(const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    auto* column = new CardColumn;
+    Card& about = *column->addCard();
+    addTitle(about, bindings);
+    about.rows()->addWidget(new UpdateRow(context.environment.updates, bindings, &about));
+    Card& facts = *column->addCard();
+    addFacts(facts, context);
+    addHint(facts, bindings, u"info.powered"_s);
+    return column;
+}
+
+} // namespace orv

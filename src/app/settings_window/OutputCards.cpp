@@ -1,0 +1,168 @@
+// The cards of the outputs to other programs: browser overlay, VRChat, vMix.
+
+#include "GeneralTab.h"
+
+#include "FieldCombo.h"
+#include "Pieces.h"
+#include "PortField.h"
+#include "TabParts.h"
+#include "Theme.h"
+#include "TranslationSettings.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+constexpr std::int64_t defaultOverlayPort = 8077;
+constexpr std::int64_t lastPort = 65535;
+
+/// The send mode that the three choices stand for: everything but 0 and 1 sends both.
+QString shownMode(std::int64_t mode) {
+    return QString::number(mode == 0 || mode == 1 ? mode : 2);
+}
+
+QLabel* addText(Card& card, Bindings& bindings, const BoundValue<QString>& value, Blanks blanks,
+                const QString& key, const SectionName& section) {
+    auto* edit = new QLineEdit(&card);
+    bindings.bind(edit, value, blanks);
+    return addNamedField(card, bindings, edit, key, section);
+}
+
+QLabel* addPort(Card& card, Bindings& bindings, const BoundValue<std::int64_t>& value,
+                const QString& key, const SectionName& section) {
+    auto* port = new PortField(&card);
+    bindings.bind(port, value);
+    return addNamedField(card, bindings, port, key, section);
+}
+
+void addSendMode(Card& card, const TabContext& context, const SectionName& section) {
+    Bindings& bindings = context.bindings;
+    Setting<std::int64_t>& mode = context.environment.settings.vrchatSendMode;
+    auto* modes = new FieldCombo(FieldCombo::Search::None, &card);
+    bindings.translated(modes, [&bindings, &mode, modes] {
+        modes->setEntries({{u"0"_s, bindings.text(u"settings.vrc.send.original"_s)},
+                           {u"1"_s, bindings.text(u"settings.vrc.send.translation"_s)},
+                           {u"2"_s, bindings.text(u"settings.vrc.send.both"_s)}},
+                          shownMode(mode.get()));
+    });
+    bindings.bind(modes, {u"vrchatSendMode"_s, [&mode] { return shownMode(mode.get()); },
+                          [&mode](const QString& id) { mode.set(id.toLongLong()); }});
+    addNamedField(card, bindings, modes, u"settings.vrc.send"_s, section);
+}
+
+/// The address with a button that copies it.
+void addOverlayAddress(Card& card, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    const TranslationSettings& settings = context.environment.settings;
+    auto* address = new QLineEdit(&card);
+    address->setReadOnly(true);
+    auto* copy = makeButton(&card);
+    auto* row = new QHBoxLayout;
+    row->setSpacing(space::small);
+    row->addWidget(address, 1);
+    row->addWidget(copy);
+    card.rows()->addLayout(row);
+    bindings.translated(copy, u"settings.obs.copy"_s);
+    bindings.translated(address, [&bindings, address] {
+        address->setAccessibleName(bindings.text(u"settings.obs.section"_s) + u": URL"_s);
+    });
+    bindings.follow(address, {u"obsOverlayPort"_s}, [address, &settings] {
+        address->setText(overlayAddress(settings.obsOverlayPort.get()));
+    });
+    QObject::connect(copy, &QPushButton::clicked, address, [address] {
+        QGuiApplication::clipboard()->setText(address->text());
+        address->selectAll();
+    });
+}
+
+} // namespace
+
+QString overlayAddress(std::int64_t port) {
+    const std::int64_t served = port < 1 ? defaultOverlayPort : std::min(port, lastPort);
+    return u"http://localhost:"_s + QString::number(served) + u"/overlay"_s;
+}
+
+void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
+    const QString title = u"settings.obs.section"_s;
+    const SectionName section = [&bindings, title] { return bindings.text(title); };
+    Card& card = *column.addCard();
+    addHeading(card, bindings, title);
+    addSwitch(card, bindings, u"settings.obs.enable"_s,
+              bindings.setting(settings.obsOverlayEnabled, u"obsOverlayEnabled"_s));
+    addPort(card, bindings, bindings.setting(settings.obsOverlayPort, u"obsOverlayPort"_s),
+            u"settings.obs.port"_s, section);
+    addOverlayAddress(card, context);
+    addHint(card, bindings, u"settings.obs.hint"_s);
+}
+
+void addVRChatCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
+    const QString title = u"settings.vrc.section"_s;
+    const SectionName section = [&bindings, title] { return bindings.text(title); };
+    Card& card = *column.addCard();
+    addHeading(card, bindings, title);
+    addSwitch(card, bindings, u"settings.vrc.enable"_s,
+              bindings.setting(settings.vrchatEnabled, u"vrchatEnabled"_s));
+    addText(card, bindings, bindings.setting(settings.vrchatHost, u"vrchatHost"_s), Blanks::Trimmed,
+            u"settings.vrc.host"_s, section);
+    addPort(card, bindings, bindings.setting(settings.vrchatPort, u"vrchatPort"_s),
+            u"settings.vrc.port"_s, section);
+    addSendMode(card, context, section);
+    addSwitch(card, bindings, u"settings.vrc.sound"_s,
+              bindings.setting(settings.vrchatPlaySound, u"vrchatPlaySound"_s));
+    auto* test = makeButton(&card);
+    bindings.translated(test, u"settings.vrc.test"_s);
+    QObject::connect(test, &QPushButton::clicked, &card,
+                     [send = context.environment.sendVRChatTest] {
+                         if (send) {
+                             send();
+                         }
+                     });
+    card.rows()->addWidget(test, 0, Qt::AlignLeft);
+    addHint(card, bindings, u"settings.vrc.hint"_s);
+}
+
+void addVMixCard(CardColumn& column, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
+    const SectionName section = [] { return u"vMix"_s; };
+    Card& card = *column.addCard();
+    card.addHeading()->setText(section());
+    addSwitch(card, bindings, u"settings.vmix.enable"_s,
+              bindings.setting(settings.vmixEnabled, u"vmixEnabled"_s));
+    addHint(card, bindings, u"settings.vmix.subtitle"_s);
+    addHeading(card, bindings, u"settings.vmix.connection"_s);
+    QList<QLabel*> labels;
+    labels << addText(card, bindings, bindings.setting(settings.vmixHost, u"vmixHost"_s),
+                      Blanks::Trimmed, u"settings.vrc.host"_s, section)
+           << addPort(card, bindings, bindings.setting(settings.vmixPort, u"vmixPort"_s),
+                      u"settings.vrc.port"_s, section)
+           << addText(card, bindings, bindings.setting(settings.vmixInput, u"vmixInput"_s),
+                      Blanks::Kept, u"settings.vmix.input.hint"_s, section);
+    addHeading(card, bindings, u"settings.vmix.fields"_s);
+    labels << addText(card, bindings,
+                      bindings.setting(settings.vmixFieldTranslation, u"vmixFieldTranslation"_s),
+                      Blanks::Kept, u"settings.vmix.field.translation"_s, section)
+           << addText(card, bindings,
+                      bindings.setting(settings.vmixFieldOriginal, u"vmixFieldOriginal"_s),
+                      Blanks::Kept, u"settings.vmix.field.original"_s, section);
+    alignLabels(bindings, labels);
+    addHint(card, bindings, u"settings.vmix.tip"_s);
+}
+
+} // namespace orv

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "OverlayLook.h"
+
+#include <QString>
+#include <QWidget>
+
+namespace orv {
+
+/// The subtitles as they will look, over a picture that is light at one side and dark at the other,
+/// since nobody knows what they will stand on.
+class OverlayPreview : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit OverlayPreview(QWidget* parent = nullptr);
+
+    void setLook(const OverlayLook& look);
+
+    /// `original` is the smaller line above; empty for none.
+    void setTexts(const QString& original, const QString& translation);
+
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    void paintStage(QPainter& painter) const;
+
+    OverlayLook look_;
+    QString original_;
+    QString translation_;
+};
+
+} // namespace orv

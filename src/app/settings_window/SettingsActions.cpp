@@ -1,0 +1,114 @@
+#include "SettingsActions.h"
+
+#include "DesktopOpener.h"
+#include "Dialogs.h"
+#include "FileChooser.h"
+#include "FileJobs.h"
+#include "Log.h"
+#include "TranslationSettings.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+/// Why the file could not be deleted; empty when it is not there any more.
+QString deleteFile(const QString& path) {
+    QFile file(path);
+    if (!file.exists() || file.remove()) {
+        return {};
+    }
+    return QString(path + u": "_s + file.errorString());
+}
+
+} // namespace
+
+SettingsActions::SettingsActions(ActionsEnvironment environment)
+    : environment_(std::move(environment)) {}
+
+SettingsActions::~SettingsActions() = default;
+
+void SettingsActions::pickServiceAccountJSON() {
+    environment_.chooser.chooseFile(
+        {.title = environment_.text(u"settings.engine.choose_file"_s),
+         .suffix = u"json"_s,
+         .startsWith = environment_.settings.googleServiceAccountPath.get()},
+        [this, alive = std::weak_ptr(alive_)](const QString& path) {
+            if (!alive.expired()) {
+                environment_.settings.googleServiceAccountPath.set(path);
+            }
+        });
+}
+
+void SettingsActions::clearServiceAccount() {
+    environment_.settings.googleServiceAccountPath.set({});
+}
+
+void SettingsActions::openSupportDirectory() {
+    openFolder(environment_.supportFolder);
+}
+
+void SettingsActions::openOutputDirectory() {
+    openFolder(environment_.outputFolder);
+}
+
+void SettingsActions::openFolder(const QString& path) {
+    environment_.files.run([path] { return QDir().mkpath(path); },
+                           [this, path, alive = std::weak_ptr(alive_)](bool isThere) {
+                               if (alive.expired()) {
+                                   return;
+                               }
+                               if (isThere) {
+                                   environment_.opener.revealFolder(path);
+                               } else {
+                                   showProblem(path);
+                               }
+                           });
+}
+
+void SettingsActions::clearCache() {
+    environment_.dialogs.showAlert({.style = AlertStyle::Warning,
+                                    .title = environment_.text(u"alert.cache.title"_s),
+                                    .message = environment_.text(u"alert.cache.msg"_s),
+                                    .buttons = {environment_.text(u"alert.cache.delete"_s),
+                                                environment_.text(u"alert.cache.cancel"_s)}},
+                                   [this, alive = std::weak_ptr(alive_)](int chosen) {
+                                       if (chosen == 0 && !alive.expired()) {
+                                           deleteLog();
+                                       }
+                                   });
+}
+
+void SettingsActions::deleteLog() {
+    environment_.files.run([path = environment_.backendLog] { return deleteFile(path); },
+                           [this, alive = std::weak_ptr(alive_)](const QString& problem) {
+                               if (alive.expired()) {
+                                   return;
+                               }
+                               if (!problem.isEmpty()) {
+                                   showProblem(problem);
+                                   return;
+                               }
+                               environment_.dialogs.showAlert(
+                                   {.style = AlertStyle::Informational,
+                                    .title = environment_.text(u"alert.cache.done.title"_s),
+                                    .message = environment_.text(u"alert.cache.done.msg"_s),
+                                    .buttons = {environment_.text(u"alert.ok"_s)}});
+                           });
+}
+
+void SettingsActions::showProblem(const QString& message) const {
+    logLine(u"❌ "_s + message);
+    environment_.dialogs.showAlert({.style = AlertStyle::Warning,
+                                    .title = environment_.text(u"alert.failed.title"_s),
+                                    .message = message,
+                                    .buttons = {environment_.text(u"alert.ok"_s)}});
+}
+
+} // namespace orv

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace orv {
+
+class DesktopOpener;
+class Dialogs;
+class FileChooser;
+class FileJobs;
+class TranslationSettings;
+
+/// What the actions are given. The references outlive them.
+struct ActionsEnvironment {
+    TranslationSettings& settings;
+    FileJobs& files;
+    Dialogs& dialogs;
+    FileChooser& chooser;
+    DesktopOpener& opener;
+    std::function<QString(const QString& key)> text; ///< A localised text.
+    QString supportFolder;                           ///< Where backend and log file are.
+    QString outputFolder;                            ///< Where the transcripts are.
+    QString backendLog;                              ///< The backend's log file.
+};
+
+/// What the settings window's buttons do to files. Everything that touches the disk happens in the
+/// background; what goes wrong is shown in an alert. Main thread only.
+class SettingsActions {
+  public:
+    explicit SettingsActions(ActionsEnvironment environment);
+    ~SettingsActions();
+    SettingsActions(const SettingsActions&) = delete;
+    SettingsActions& operator=(const SettingsActions&) = delete;
+
+    /// Lets the user choose the service account's JSON file; its path becomes the setting.
+    void pickServiceAccountJSON();
+    void clearServiceAccount();
+
+    /// Shows the folder of the program's files, or of the transcripts, in the file browser; a
+    /// folder that is not there yet is made first.
+    void openSupportDirectory();
+    void openOutputDirectory();
+
+    /// Asks, deletes the backend's log file and says so. Without one there is nothing to delete,
+    /// and that is said, too.
+    void clearCache();
+
+  private:
+    void openFolder(const QString& path);
+    void deleteLog();
+    void showProblem(const QString& message) const;
+
+    /// For answers that arrive after the object's end.
+    using Alive = std::shared_ptr<const bool>;
+
+    const ActionsEnvironment environment_;
+    const Alive alive_ = std::make_shared<const bool>(true);
+};
+
+} // namespace orv

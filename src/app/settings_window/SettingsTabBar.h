@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QTabBar>
+
+namespace orv {
+
+/// Tabs with their symbol over their name.
+class SettingsTabBar : public QTabBar {
+    Q_OBJECT
+
+  public:
+    explicit SettingsTabBar(QWidget* parent = nullptr);
+
+  protected:
+    QSize tabSizeHint(int index) const override;
+    QSize minimumTabSizeHint(int index) const override;
+    void paintEvent(QPaintEvent* event) override;
+};
+
+} // namespace orv

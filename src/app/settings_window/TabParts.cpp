@@ -1,0 +1,99 @@
+#include "TabParts.h"
+
+#include "Pieces.h"
+#include "Theme.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+CardColumn::CardColumn(QWidget* parent)
+    : QWidget(parent)
+    , column_(new QVBoxLayout(this)) {
+    column_->setContentsMargins(space::large, space::tiny, space::large, space::large);
+    column_->setSpacing(space::medium);
+    column_->addStretch(1);
+}
+
+Card* CardColumn::addCard() {
+    auto* card = new Card(this);
+    column_->insertWidget(column_->count() - 1, card);
+    return card;
+}
+
+QLabel* addHeading(Card& card, Bindings& bindings, const QString& key) {
+    QLabel* heading = card.addHeading();
+    bindings.translated(heading, key);
+    return heading;
+}
+
+QLabel* addHint(Card& card, Bindings& bindings, const QString& key) {
+    QLabel* hint = makeHint(&card);
+    bindings.translated(hint, key);
+    card.rows()->addWidget(hint);
+    return hint;
+}
+
+QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
+                     const BoundValue<bool>& value) {
+    auto* box = new QCheckBox(&card);
+    bindings.translated(box, key);
+    bindings.bind(box, value);
+    card.rows()->addWidget(box);
+    return box;
+}
+
+QWidget* atTheLeft(QWidget* control) {
+    auto* place = new QWidget(control->parentWidget());
+    auto* row = new QHBoxLayout(place);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(control);
+    row->addStretch(1);
+    return place;
+}
+
+QLabel* addNamedField(Card& card, Bindings& bindings, QWidget* control, const QString& key,
+                      const SectionName& section) {
+    const bool isNarrow = control->maximumWidth() < QWIDGETSIZE_MAX;
+    QLabel* label = card.addField(isNarrow ? atTheLeft(control) : control);
+    bindings.translated(control, [&bindings, label, control, key, section] {
+        const QString text = bindings.text(key);
+        nameField(label, control, text);
+        if (section) {
+            control->setAccessibleName(section() + u": "_s + text);
+        }
+    });
+    return label;
+}
+
+void alignLabels(Bindings& bindings, const QList<QLabel*>& labels) {
+    bindings.translated(labels.last(), [labels] {
+        int widest = 0;
+        for (const QLabel* label : labels) {
+            widest = std::max(widest, label->sizeHint().width());
+        }
+        for (QLabel* label : labels) {
+            label->setMinimumWidth(widest);
+        }
+    });
+}
+
+QBoxLayout* makeActionRow(QWidget* upper, QWidget* lower, QWidget* actions) {
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    texts->addWidget(upper);
+    texts->addWidget(lower);
+    auto* row = new QHBoxLayout;
+    row->setSpacing(space::medium);
+    row->addLayout(texts, 1);
+    row->addWidget(actions);
+    return row;
+}
+
+} // namespace orv

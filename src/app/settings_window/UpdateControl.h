@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+namespace orv {
+
+/// The update check as the settings window sees it. Main thread only.
+class UpdateControl {
+  public:
+    /// How a check for a newer release ended.
+    enum class Outcome {
+        UpToDate,
+        Available, ///< `availableVersion` tells which.
+        Failed,    ///< Nobody could be asked.
+    };
+
+    virtual ~UpdateControl() = default;
+
+    /// The running program's version.
+    virtual QString currentVersion() const = 0;
+
+    /// The newer release that is known of, from whichever check; empty without one.
+    virtual QString availableVersion() const = 0;
+
+    /// Asks now; returns at once. `done` is called once, later, on the main thread.
+    virtual void check(std::function<void(Outcome outcome)> done) = 0;
+
+    /// Opens the newer release's address in the browser.
+    virtual void openDownload() = 0;
+};
+
+} // namespace orv

@@ -1,0 +1,82 @@
+#include "UpdateRow.h"
+
+#include "Bindings.h"
+#include "Pieces.h"
+#include "Symbols.h"
+#include "Theme.h"
+#include "ToneLabel.h"
+
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+UpdateRow::UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent)
+    : QWidget(parent)
+    , updates_(updates)
+    , bindings_(bindings)
+    , result_(new ToneLabel(this))
+    , check_(makeButton(this))
+    , download_(makeButton(this, ButtonKind::Primary)) {
+    check_->setIcon(symbol(u"refresh"_s));
+    download_->setIcon(symbol(u"download"_s));
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(space::small);
+    buttons->addWidget(check_);
+    buttons->addWidget(download_);
+    buttons->addStretch(1);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(space::small);
+    column->addLayout(buttons);
+    column->addWidget(result_);
+    connect(check_, &QPushButton::clicked, this, &UpdateRow::check);
+    connect(download_, &QPushButton::clicked, this, [this] { updates_.openDownload(); });
+    bindings_.translated(this, [this] { refresh(); });
+}
+
+void UpdateRow::showEvent(QShowEvent* event) {
+    refresh();
+    QWidget::showEvent(event);
+}
+
+void UpdateRow::check() {
+    state_ = State::Checking;
+    refresh();
+    updates_.check([self = QPointer(this)](UpdateControl::Outcome outcome) {
+        if (self) {
+            self->state_ =
+                outcome == UpdateControl::Outcome::Failed ? State::Failed : State::UpToDate;
+            self->refresh();
+        }
+    });
+}
+
+void UpdateRow::refresh() {
+    const QString newer = updates_.availableVersion();
+    check_->setText(bindings_.text(u"info.update.check"_s));
+    check_->setEnabled(state_ != State::Checking);
+    download_->setText(bindings_.text(u"info.update.download"_s));
+    download_->setVisible(!newer.isEmpty());
+    QString text;
+    Tone tone = Tone::Plain;
+    if (state_ == State::Failed) {
+        text = bindings_.text(u"info.update.failed"_s);
+        tone = Tone::Error;
+    } else if (!newer.isEmpty()) {
+        text = bindings_.text(u"info.update.available"_s) + u" (v"_s + newer + u")"_s;
+        tone = Tone::Accent;
+    } else if (state_ == State::UpToDate) {
+        text = bindings_.text(u"info.update.uptodate"_s);
+        tone = Tone::Good;
+    }
+    result_->setText(text);
+    result_->setTone(tone);
+    result_->setVisible(!text.isEmpty());
+}
+
+} // namespace orv

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "UpdateControl.h"
+
+#include <QWidget>
+
+class QPushButton;
+
+namespace orv {
+
+class Bindings;
+class ToneLabel;
+
+/// The check for a newer release: a button, what came of it, and the way to the release.
+class UpdateRow : public QWidget {
+    Q_OBJECT
+
+  public:
+    UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent = nullptr);
+
+  protected:
+    /// A release may have been found since the window was last open.
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    enum class State { Unknown, Checking, UpToDate, Failed };
+
+    void check();
+    void refresh();
+
+    UpdateControl& updates_;
+    Bindings& bindings_;
+    State state_ = State::Unknown;
+    ToneLabel* result_;
+    QPushButton* check_;
+    QPushButton* download_;
+};
+
+} // namespace orv

@@ -1,0 +1,108 @@
+#include "WhisperModelRow.h"
+
+#include "Bindings.h"
+#include "Pieces.h"
+#include "Symbols.h"
+#include "TabParts.h"
+#include "Theme.h"
+#include "ToneLabel.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+using State = WhisperModelManager::State;
+
+QString stateKey(State state) {
+    switch (state) {
+    case State::Downloading:
+        return u"settings.whisper.downloading"_s;
+    case State::Downloaded:
+    case State::Removing:
+        return u"settings.whisper.downloaded"_s;
+    case State::Absent:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+WhisperModelRow::WhisperModelRow(const WhisperModel& model, WhisperModelManager& models,
+                                 Bindings& bindings, QWidget* parent)
+    : QWidget(parent)
+    , model_(model)
+    , models_(models)
+    , bindings_(bindings)
+    , detail_(makeHint(this))
+    , state_(new ToneLabel(this))
+    , action_(makeButton(this)) {
+    QLabel* name = makeHeading(this);
+    name->setText(model_.name);
+    QLabel* size = makeHint(this);
+    size->setWordWrap(false);
+    size->setText(model_.size);
+    state_->setWordWrap(false);
+    auto* first = new QHBoxLayout;
+    first->setSpacing(space::small);
+    first->addWidget(name);
+    first->addWidget(size);
+    first->addWidget(state_);
+    first->addStretch(1);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    texts->addLayout(first);
+    texts->addWidget(detail_);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::medium);
+    row->addLayout(texts, 1);
+    row->addWidget(action_, 0, Qt::AlignVCenter);
+    connect(action_, &QPushButton::clicked, this, &WhisperModelRow::act);
+    connect(&models_, &WhisperModelManager::changed, this, &WhisperModelRow::refresh);
+    bindings_.translated(this, [this] { refresh(); });
+}
+
+void WhisperModelRow::refresh() {
+    const State state = models_.state(model_.id);
+    const bool isThere = state == State::Downloaded || state == State::Removing;
+    detail_->setText(bindings_.text(model_.detailKey));
+    const QString key = stateKey(state);
+    state_->setText(key.isEmpty() ? QString() : bindings_.text(key));
+    state_->setTone(isThere ? Tone::Good : Tone::Busy);
+    state_->setVisible(!key.isEmpty());
+    action_->setText(
+        bindings_.text(isThere ? u"settings.whisper.delete"_s : u"settings.whisper.download"_s));
+    action_->setMinimumWidth(widestAction());
+    action_->setAccessibleName(model_.name + u": "_s + action_->text());
+    action_->setIcon(symbol(isThere ? u"trash"_s : u"download"_s));
+    action_->setEnabled(state == State::Absent || state == State::Downloaded);
+}
+
+int WhisperModelRow::widestAction() const {
+    int widest = 0;
+    for (const QString& key : {u"settings.whisper.delete"_s, u"settings.whisper.download"_s}) {
+        widest = std::max(widest, fontMetrics().horizontalAdvance(bindings_.text(key)));
+    }
+    // The rest of the button is the same round either text.
+    return action_->sizeHint().width() + widest - fontMetrics().horizontalAdvance(action_->text());
+}
+
+void WhisperModelRow::act() {
+    if (models_.state(model_.id) == State::Downloaded) {
+        models_.deleteWhisperModel(model_.id);
+    } else {
+        models_.downloadWhisperModel(model_.id);
+    }
+}
+
+} // namespace orv

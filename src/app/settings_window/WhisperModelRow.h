@@ -1,0 +1,39 @@
+#pragma once
+
+#include "WhisperModelManager.h"
+#include "WhisperModels.h"
+
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+
+namespace orv {
+
+class Bindings;
+class ToneLabel;
+
+/// One model of the local recognition: its name and size, what it is good for, whether it is on
+/// this computer, and a button that fetches or removes it.
+class WhisperModelRow : public QWidget {
+    Q_OBJECT
+
+  public:
+    WhisperModelRow(const WhisperModel& model, WhisperModelManager& models, Bindings& bindings,
+                    QWidget* parent = nullptr);
+
+  private:
+    void refresh();
+    /// So that the buttons of all rows are of one width.
+    int widestAction() const;
+    void act();
+
+    const WhisperModel model_;
+    WhisperModelManager& models_;
+    Bindings& bindings_;
+    QLabel* detail_;
+    ToneLabel* state_;
+    QPushButton* action_;
+};
+
+} // namespace orv

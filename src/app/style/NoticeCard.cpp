@@ -1,0 +1,31 @@
+#include "NoticeCard.h"
+
+#include "Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace orv {
+
+NoticeCard::NoticeCard(QWidget* parent)
+    : Card(parent, Ground::Notice)
+    , text_(makeText(this))
+    , close_(makeButton(this)) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(space::medium);
+    row->addWidget(text_, 1);
+    row->addWidget(close_, 0, Qt::AlignTop);
+    rows()->addLayout(row);
+    connect(close_, &QPushButton::clicked, this, &QWidget::hide);
+    hide();
+}
+
+void NoticeCard::showNotice(const QString& text, const QString& closeText) {
+    text_->setText(text);
+    close_->setText(closeText);
+    show();
+}
+
+} // namespace orv

@@ -1,0 +1,237 @@
+#include "StreamingConnection.h"
+
+#include "Post.h"
+#include "ServiceRequests.h"
+
+#include <QSslError>
+
+#include <iterator>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+void StreamingSocket::Connection::open(const QNetworkRequest& request) {
+    request_ = request;
+    socket_.setMaxAllowedIncomingFrameSize(maximumStreamMessage);
+    socket_.setMaxAllowedIncomingMessageSize(maximumStreamMessage);
+    socket_.setOutgoingFrameSize(maximumStreamMessage);
+    limit_.setSingleShot(true);
+    connectSignals();
+    if (!request.url().isValid()) {
+        fail(u"Ungültige Anfrage"_s);
+        return;
+    }
+    limit_.start(timings_.streamRequest);
+    socket_.open(request);
+}
+
+void StreamingSocket::Connection::connectSignals() {
+    QObject::connect(&limit_, &QTimer::timeout, &limit_, [this] { fail(u"Zeitüberschreitung"_s); });
+    QObject::connect(&socket_, &QWebSocket::connected, &context_, [this] { onConnected(); });
+    QObject::connect(&socket_, &QWebSocket::bytesWritten, &context_, [this] { onBytesWritten(); });
+    QObject::connect(&socket_, &QWebSocket::textMessageReceived, &context_,
+                     [this](const QString& text) {
+                         take({Message::Kind::Text, text});
+                     });
+    QObject::connect(&socket_, &QWebSocket::binaryMessageReceived, &context_, [this] {
+        take({Message::Kind::Binary, {}});
+    });
+    QObject::connect(&socket_, &QWebSocket::sslErrors, &context_,
+                     [this](const QList<QSslError>& errors) {
+                         for (const QSslError& error : errors) {
+                             tlsErrors_ += u" "_s + error.errorString() + u"."_s;
+                         }
+                     });
+    QObject::connect(&socket_, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error),
+                     &context_, [this] { fail(socket_.errorString() + tlsErrors_); });
+    QObject::connect(&socket_, &QWebSocket::disconnected, &context_, [this] {
+        fail(u"Vom Dienst beendet (Code %1) %2"_s.arg(static_cast<int>(socket_.closeCode()))
+                 .arg(socket_.closeReason())
+                 .trimmed());
+    });
+}
+
+void StreamingSocket::Connection::release() {
+    socket_.disconnect(&context_);
+    limit_.stop();
+    fail(u"Verbindung abgebrochen"_s);
+    unread_.clear();
+    deliver();
+}
+
+Completion<StreamingSocket::Message> StreamingSocket::Connection::receive() {
+    reader_.emplace();
+    if (!unread_.empty() || isOver()) {
+        deliverLater();
+    }
+    return *reader_;
+}
+
+void StreamingSocket::Connection::stopReceiving() {
+    givingUp_ = true;
+    deliverLater();
+}
+
+Completion<QString> StreamingSocket::Connection::send(std::function<void()> write) {
+    Completion<QString> sent;
+    if (isOver()) {
+        sent.complete(*failure_);
+    } else if (!connected_) {
+        waitingForConnection_.push_back({std::move(write), sent});
+    } else {
+        waitingForNetwork_.push_back(sent);
+        write();
+        socket_.flush();
+        settle();
+    }
+    return sent;
+}
+
+Completion<QString> StreamingSocket::Connection::sendText(const QString& text) {
+    return send([this, text] { socket_.sendTextMessage(text); });
+}
+
+Completion<QString> StreamingSocket::Connection::sendFrame(WebSocketFrameKind kind,
+                                                           const QByteArray& payload) {
+    return send([this, kind, payload] { writeFrame(kind, payload); });
+}
+
+/// QWebSocket masks byte by byte and hands header and content to the network apart. It writes its
+/// own frames whole, so ours can go between them to the socket below, in one piece.
+void StreamingSocket::Connection::writeFrame(WebSocketFrameKind kind, const QByteArray& payload) {
+    if (transport_ && static_cast<quint64>(payload.size()) <= maximumStreamMessage) {
+        transport_->write(maskedFrame(kind, payload, maskingKeys_.generate()));
+    } else if (kind == WebSocketFrameKind::Text) {
+        socket_.sendTextMessage(QString::fromUtf8(payload));
+    } else {
+        socket_.sendBinaryMessage(payload);
+    }
+}
+
+void StreamingSocket::Connection::onConnected() {
+    connected_ = true;
+    transport_ = socket_.findChild<QTcpSocket*>({}, Qt::FindDirectChildrenOnly);
+    for (Outgoing& outgoing : std::exchange(waitingForConnection_, {})) {
+        waitingForNetwork_.push_back(std::move(outgoing.sent));
+        outgoing.write();
+    }
+    socket_.flush();
+    onBytesWritten();
+}
+
+/// The service has taken something: it gets the whole time again for the rest.
+void StreamingSocket::Connection::onBytesWritten() {
+    if (connected_) {
+        if (!hurrying_) {
+            limit_.stop();
+        }
+        settle();
+    }
+}
+
+void StreamingSocket::Connection::settle() {
+    if (isOver()) {
+        return;
+    }
+    if (socket_.bytesToWrite() > 0) {
+        if (!limit_.isActive()) {
+            limit_.start(timings_.streamRequest);
+        }
+        return;
+    }
+    if (!waitingForNetwork_.empty()) {
+        std::move(waitingForNetwork_.begin(), waitingForNetwork_.end(), std::back_inserter(sent_));
+        waitingForNetwork_.clear();
+        deliverLater();
+    }
+}
+
+void StreamingSocket::Connection::take(Message message) {
+    unread_.push_back(std::move(message));
+    deliverLater();
+}
+
+void StreamingSocket::Connection::fail(const QString& reason) {
+    if (isOver()) {
+        return;
+    }
+    failure_ = withoutQuery(reason, request_.url());
+    limit_.stop();
+    deliverLater();
+}
+
+void StreamingSocket::Connection::hurry() {
+    if (!isOver() && !hurrying_) {
+        hurrying_ = true;
+        limit_.start(timings_.streamFarewell);
+    }
+}
+
+void StreamingSocket::Connection::close() {
+    if (isOver()) {
+        return;
+    }
+    fail(u"Verbindung geschlossen"_s);
+    if (connected_) {
+        closing_ = true;
+        socket_.close(QWebSocketProtocol::CloseCodeGoingAway);
+    } else {
+        socket_.abort();
+    }
+}
+
+void StreamingSocket::Connection::deliverLater() {
+    if (!std::exchange(delivering_, true)) {
+        post(&context_, [self = shared_from_this()] {
+            self->delivering_ = false;
+            self->deliver();
+        });
+    }
+}
+
+void StreamingSocket::Connection::deliver() {
+    completeSends();
+    failSends();
+    while (reader_ && !unread_.empty()) {
+        Message message = std::move(unread_.front());
+        unread_.pop_front();
+        answerReader(std::move(message));
+    }
+    if (reader_ && isOver()) {
+        answerReader({Message::Kind::Failure, *failure_});
+    } else if (reader_ && givingUp_) {
+        answerReader({Message::Kind::Failure, u"Zeitüberschreitung"_s});
+    }
+    if (isOver() && !closing_) {
+        socket_.abort();
+    }
+}
+
+void StreamingSocket::Connection::answerReader(Message message) {
+    givingUp_ = false;
+    const auto reader = std::exchange(reader_, {});
+    reader->complete(std::move(message));
+}
+
+void StreamingSocket::Connection::completeSends() {
+    for (const auto& sent : std::exchange(sent_, {})) {
+        sent.complete({});
+    }
+}
+
+void StreamingSocket::Connection::failSends() {
+    if (!isOver()) {
+        return;
+    }
+    const QString reason = *failure_;
+    for (const auto& outgoing : std::exchange(waitingForConnection_, {})) {
+        outgoing.sent.complete(reason);
+    }
+    for (const auto& sent : std::exchange(waitingForNetwork_, {})) {
+        sent.complete(reason);
+    }
+}
+
+} // namespace orv

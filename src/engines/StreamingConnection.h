@@ -1,0 +1,83 @@
+#pragma once
+
+#include "StreamingSocket.h"
+#include "WebSocketFrame.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QRandomGenerator>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QWebSocket>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace orv {
+
+/// Outlives its `StreamingSocket` while one of its own events is being handled. The WebSocket's
+/// signals only note what happened; coroutines go on from `deliver`, an event of its own, in which
+/// everything here may be destroyed.
+class StreamingSocket::Connection : public std::enable_shared_from_this<Connection> {
+  public:
+    explicit Connection(EngineTimings timings)
+        : timings_(timings) {}
+
+    void open(const QNetworkRequest& request);
+    void release();
+
+    Completion<Message> receive();
+    void stopReceiving();
+    Completion<QString> sendText(const QString& text);
+    Completion<QString> sendFrame(WebSocketFrameKind kind, const QByteArray& payload);
+    void hurry();
+    void close();
+
+  private:
+    struct Outgoing {
+        std::function<void()> write;
+        Completion<QString> sent;
+    };
+
+    Completion<QString> send(std::function<void()> write);
+    void writeFrame(WebSocketFrameKind kind, const QByteArray& payload);
+    void connectSignals();
+    void onConnected();
+    void onBytesWritten();
+    void settle();
+    void take(Message message);
+    void fail(const QString& reason);
+    void deliverLater();
+    void deliver();
+    void answerReader(Message message);
+    void completeSends();
+    void failSends();
+
+    bool isOver() const { return failure_.has_value(); }
+
+    QWebSocket socket_;
+    QPointer<QTcpSocket> transport_; ///< Below the WebSocket, whose child it is; once connected.
+    /// As hard to foresee as the system's own numbers, without the time that each of those takes.
+    QRandomGenerator maskingKeys_ = QRandomGenerator::securelySeeded();
+    const EngineTimings timings_;
+    QNetworkRequest request_;
+    QObject context_;
+    QTimer limit_; ///< For whatever the service is to do next.
+    std::deque<Outgoing> waitingForConnection_;
+    std::vector<Completion<QString>> waitingForNetwork_;
+    std::vector<Completion<QString>> sent_;
+    std::deque<Message> unread_;
+    std::optional<Completion<Message>> reader_;
+    std::optional<QString> failure_;
+    QString tlsErrors_;
+    bool connected_ = false;
+    bool hurrying_ = false;
+    bool closing_ = false;
+    bool givingUp_ = false; ///< The reader that waits now is to get a failure.
+    bool delivering_ = false;
+};
+
+} // namespace orv

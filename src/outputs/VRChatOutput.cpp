@@ -1,0 +1,52 @@
+#include "VRChatOutput.h"
+
+#include "DatagramSender.h"
+#include "Log.h"
+#include "TranslationSettings.h"
+#include "VRChatMessage.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+VRChatOutput::VRChatOutput(const TranslationSettings& settings, LookUpHost lookUp)
+    : settings_(settings)
+    , lookUp_(std::move(lookUp)) {}
+
+VRChatOutput::~VRChatOutput() = default;
+
+QString VRChatOutput::vrchatMessage(const QString& original, const QString& translation) const {
+    return orv::vrchatMessage(original, translation, settings_.vrchatSendMode.get());
+}
+
+void VRChatOutput::sendToVRChat(const QString& original, const QString& translation) {
+    if (!settings_.vrchatEnabled.get()) {
+        return;
+    }
+    const QString message = vrchatMessage(original, translation);
+    if (!message.isEmpty()) {
+        sendWithSettings(message);
+    }
+}
+
+void VRChatOutput::sendVRChatTest() {
+    sendWithSettings(u"ORV — VRChat OSC ✓"_s);
+}
+
+void VRChatOutput::sendWithSettings(const QString& message) {
+    sendOSCChatbox(message, settings_.vrchatPlaySound.get(), settings_.vrchatHost.get(),
+                   settings_.vrchatPort.get());
+}
+
+void VRChatOutput::sendOSCChatbox(const QString& message, bool playSound, const QString& host,
+                                  std::int64_t port) {
+    std::call_once(firstUse_, [this] {
+        sender_ = std::make_unique<DatagramSender>(
+            [](const QString& error) { logLine(u"❌ VRChat OSC: " + error); }, lookUp_);
+    });
+    sender_->send({chatboxPacket(message, playSound), host, clampedPort(port)});
+}
+
+} // namespace orv

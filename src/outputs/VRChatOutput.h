@@ -1,0 +1,50 @@
+#pragma once
+
+#include "HostLookups.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+namespace orv {
+
+class DatagramSender;
+class TranslationSettings;
+
+/// Writes results into VRChat's chatbox, over OSC. No call waits for the network; failures only
+/// make a line in the log. What is dropped when results arrive faster than they can leave, or than
+/// the name of the host is found, is said at `DatagramSender`: the oldest.
+class VRChatOutput {
+  public:
+    /// `settings` outlive the object. `lookUp` finds the addresses of host names.
+    explicit VRChatOutput(const TranslationSettings& settings, LookUpHost lookUp = systemLookUp);
+    ~VRChatOutput();
+
+    VRChatOutput(const VRChatOutput&) = delete;
+    VRChatOutput& operator=(const VRChatOutput&) = delete;
+
+    /// The text of a result as the settings want it; empty when there is none. Main thread.
+    QString vrchatMessage(const QString& original, const QString& translation) const;
+
+    /// Sends a result where the settings say, if they say so. Main thread.
+    void sendToVRChat(const QString& original, const QString& translation);
+
+    /// Sends a fixed text where the settings say, also while the output is off. Main thread.
+    void sendVRChatTest();
+
+    /// Sends one message. The port is taken to the nearest valid one. Callable from any thread.
+    void sendOSCChatbox(const QString& message, bool playSound, const QString& host,
+                        std::int64_t port);
+
+  private:
+    void sendWithSettings(const QString& message);
+
+    const TranslationSettings& settings_;
+    LookUpHost lookUp_;
+    std::once_flag firstUse_;
+    std::unique_ptr<DatagramSender> sender_; ///< Made on first use.
+};
+
+} // namespace orv

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+#include <cstdint>
+#include <optional>
+
+namespace orv {
+
+/// Where a text goes: a field of a title that is an input of vMix.
+struct VmixField {
+    QString host; ///< A name, an IPv4 address, or an IPv6 address with or without brackets.
+    std::int64_t port = 0;
+    QString input; ///< Number or name.
+    QString name;  ///< Of the text field.
+};
+
+/// The address of vMix's web API that puts `text` into `field`. Values are percent-encoded but for
+/// letters, digits and "-._~", half a surrogate pair as the replacement character. None if host and
+/// port cannot stand in an address: a space or another sign that no host has, an empty host, a port
+/// outside of 0 to 65535.
+std::optional<QUrl> vmixUrl(const VmixField& field, const QString& text);
+
+/// The line that tells of a translation that vMix has taken.
+QString vmixUpdatedLine(const QString& translation);
+
+} // namespace orv

@@ -1,0 +1,63 @@
+#include "VmixSender.h"
+
+#include "Log.h"
+#include "TranslationSettings.h"
+#include "VmixRequest.h"
+#include "VmixTracking.h"
+
+#include <utility>
+
+namespace orv {
+
+VmixSender::VmixSender(const TranslationSettings& settings, VmixTracking& tracking,
+                       VmixLimits limits, LookUpHost lookUp)
+    : settings_(settings)
+    , tracking_(tracking)
+    , limits_(limits)
+    , lookUp_(std::move(lookUp)) {}
+
+VmixSender::~VmixSender() = default;
+
+void VmixSender::sendToVmix(const QString& original, const QString& translation) {
+    if (!settings_.vmixEnabled.get()) {
+        return;
+    }
+    sendText(translation, settings_.vmixFieldTranslation.get(),
+             [this, translation, main = main_.handle()](const QString& error) {
+                 main.post([this, translation, error] { translationDone(translation, error); });
+             });
+    sendText(original, settings_.vmixFieldOriginal.get(), {});
+}
+
+void VmixSender::sendText(const QString& text, const QString& fieldName, VmixSession::Done done) {
+    if (text.isEmpty() || fieldName.isEmpty()) {
+        return;
+    }
+    const auto url = vmixUrl({.host = settings_.vmixHost.get(),
+                              .port = settings_.vmixPort.get(),
+                              .input = settings_.vmixInput.get(),
+                              .name = fieldName},
+                             text);
+    if (!url) {
+        return;
+    }
+    if (!session_) {
+        session_ = std::make_unique<VmixSession>(limits_, lookUp_);
+    }
+    session_->get(*url, std::move(done));
+}
+
+void VmixSender::translationDone(const QString& translation, const QString& error) {
+    logLine(error.isEmpty() ? vmixUpdatedLine(translation) : u"❌ vMix: " + error);
+    // What was still under way when the user gave the output up must not warn him again.
+    if (!settings_.vmixEnabled.get()) {
+        return;
+    }
+    if (error.isEmpty()) {
+        tracking_.trackVmixSuccess();
+    } else {
+        tracking_.trackVmixFailure();
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "HostLookups.h"
+#include "PostTarget.h"
+#include "VmixSession.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace orv {
+
+class TranslationSettings;
+class VmixTracking;
+
+/// Writes results into a title of vMix: one request for each text. Lives on the main thread; no
+/// call waits for the network. What is dropped when results arrive faster than vMix takes them is
+/// said at `VmixSession`: the oldest that wait. A dropped text counts neither as success nor as
+/// failure.
+class VmixSender {
+  public:
+    /// The references outlive the object. `lookUp` finds the addresses of host names.
+    VmixSender(const TranslationSettings& settings, VmixTracking& tracking, VmixLimits limits = {},
+               LookUpHost lookUp = systemLookUp);
+    ~VmixSender();
+
+    VmixSender(const VmixSender&) = delete;
+    VmixSender& operator=(const VmixSender&) = delete;
+
+    /// Sends what the settings want of a result. A text that is empty, has no field, or whose
+    /// address cannot be formed is left out. Only the translation's request is logged and counted.
+    void sendToVmix(const QString& original, const QString& translation);
+
+  private:
+    void sendText(const QString& text, const QString& fieldName, VmixSession::Done done);
+    void translationDone(const QString& translation, const QString& error);
+
+    const TranslationSettings& settings_;
+    VmixTracking& tracking_;
+    const VmixLimits limits_;
+    LookUpHost lookUp_;
+    PostTarget main_;
+    std::unique_ptr<VmixSession> session_; ///< Made on first use.
+};
+
+} // namespace orv

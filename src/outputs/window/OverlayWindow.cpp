@@ -1,0 +1,218 @@
+#include "OverlayWindow.h"
+
+#include "DefaultsStore.h"
+#include "DesktopComposition.h"
+#include "OverlayLayout.h"
+#include "SpeechSynthesizer.h"
+#include "SubtitleLabel.h"
+
+#include <QGuiApplication>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QWindow>
+
+#include <utility>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr Qt::WindowFlags overlayFlags =
+    Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::BypassWindowManagerHint |
+    Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint;
+
+QPainterPath roundedFrame(const QRectF& frame, double inset) {
+    const double radius = OverlayLengths::cornerRadius - inset;
+    QPainterPath path;
+    path.addRoundedRect(frame.adjusted(inset, inset, -inset, -inset), radius, radius);
+    return path;
+}
+
+QColor opaque(QColor color) {
+    color.setAlpha(255);
+    return color;
+}
+
+} // namespace
+
+OverlayWindow::OverlayWindow(OverlayEnvironment environment)
+    : QWidget(nullptr, overlayFlags)
+    , environment_(std::move(environment))
+    , originalField_(new SubtitleLabel(this))
+    , textField_(new SubtitleLabel(this)) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_AlwaysStackOnTop);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setAttribute(Qt::WA_X11NetWmWindowTypeNotification);
+    setFocusPolicy(Qt::NoFocus);
+    originalField_->hide();
+    hideTimer_.setSingleShot(true);
+    hideTimer_.setTimerType(Qt::PreciseTimer);
+    hideTimer_.callOnTimeout(this, &QWidget::hide);
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
+            &OverlayWindow::followMainScreen);
+    followMainScreen(QGuiApplication::primaryScreen());
+    frames_ = overlayFrames(0, 90, mainScreen()); // 120 high before the first result.
+    applyAppearance();
+}
+
+OverlayWindow::~OverlayWindow() = default;
+
+void OverlayWindow::prepare() {
+    const DefaultsStore& store = environment_.store;
+    if (store.boolean(u"showOverlay"_s).value_or(true)) {
+        create();
+        // The first text of a program takes tens of milliseconds: the fonts are looked for.
+        layoutForContent(windowTitle(), windowTitle() + u'…', SubtitleFonts::system(),
+                         mainScreen());
+    }
+    if (store.boolean(u"speakTranslations"_s).value_or(false)) {
+        environment_.speech.prepare();
+    }
+}
+
+void OverlayWindow::showTranslation(const QString& original, const QString& translation) {
+    {
+        const std::lock_guard lock(mutex_);
+        const bool underWay = waiting_.has_value();
+        waiting_ = Result{original, translation};
+        if (underWay) {
+            return;
+        }
+    }
+    handle_.post([this] { takeResult(); });
+}
+
+void OverlayWindow::takeResult() {
+    std::optional<Result> result;
+    {
+        const std::lock_guard lock(mutex_);
+        result = std::exchange(waiting_, std::nullopt);
+    }
+    if (result) {
+        present(*result);
+    }
+}
+
+void OverlayWindow::present(const Result& result) {
+    const DefaultsStore& store = environment_.store;
+    SubtitleLines lines = subtitleLines(result.original, result.translation,
+                                        store.boolean(u"showOriginal"_s).value_or(false));
+    if (lines.translation.trimmed().isEmpty()) {
+        return;
+    }
+    lines_ = std::move(lines);
+    composited_ = environment_.isComposited();
+    unpainted_ = true;
+    arrange();
+    bringToFront();
+    if (lines_.spoken && store.boolean(u"speakTranslations"_s).value_or(false)) {
+        environment_.speech.speak(*lines_.spoken);
+    }
+    hideTimer_.start(environment_.timings.hide);
+}
+
+void OverlayWindow::endSubtitles() {
+    {
+        const std::lock_guard lock(mutex_);
+        waiting_.reset();
+    }
+    hideTimer_.stop();
+    environment_.speech.stop();
+    hide();
+}
+
+void OverlayWindow::applyAppearance() {
+    appearance_ = SubtitleAppearance::fromStore(environment_.store);
+    originalField_->setColor(appearance_.original);
+    textField_->setColor(appearance_.translation);
+    update();
+}
+
+void OverlayWindow::arrange() {
+    OverlayLayout layout = layoutForContent(lines_.original, lines_.translation,
+                                            SubtitleFonts::system(), mainScreen());
+    frames_ = layout.frames;
+    originalField_->setSubtitle(std::move(layout.original));
+    textField_->setSubtitle(std::move(layout.translation));
+    place();
+}
+
+void OverlayWindow::place() {
+    const int margin = shadowMargin();
+    const QMargins around(margin, margin, margin, margin);
+    setGeometry(frames_.window.marginsAdded(around));
+    textField_->setGeometry(frames_.translation.translated(margin, margin));
+    originalField_->setGeometry(frames_.original.translated(margin, margin));
+    originalField_->setVisible(!frames_.original.isEmpty());
+    if (composited_) {
+        clearMask();
+    } else {
+        setMask(QRegion(roundedFrame(rect(), 0).toFillPolygon().toPolygon()));
+    }
+}
+
+void OverlayWindow::bringToFront() {
+    if (!isVisible()) {
+        show();
+        declareOwnShadow(*windowHandle(), shadowMargin());
+    }
+    raise();
+    repaint();
+}
+
+void OverlayWindow::followMainScreen(QScreen* screen) {
+    if (followed_) {
+        followed_->disconnect(this);
+    }
+    followed_ = screen;
+    const auto moved = [this] {
+        if (isVisible()) {
+            arrange();
+            bringToFront();
+        }
+    };
+    if (screen != nullptr) {
+        connect(screen, &QScreen::geometryChanged, this, moved);
+        moved();
+    }
+}
+
+QRect OverlayWindow::mainScreen() const {
+    return followed_ ? followed_->geometry() : QRect();
+}
+
+void OverlayWindow::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int margin = shadowMargin();
+    const QRect frame = rect().marginsRemoved({margin, margin, margin, margin});
+    if (composited_) {
+        shadow_.draw(painter, frame, appearance_.background.alphaF());
+    }
+    const QColor background = composited_ ? appearance_.background : opaque(appearance_.background);
+    if (appearance_.border) {
+        // The border covers the edge of the background, which would shine through round it.
+        constexpr double width = OverlayLengths::borderWidth;
+        if (!composited_) {
+            painter.fillRect(rect(), *appearance_.border);
+        }
+        painter.fillPath(roundedFrame(frame, width / 2), background);
+        painter.strokePath(roundedFrame(frame, width / 2), QPen(*appearance_.border, width));
+    } else if (composited_) {
+        painter.fillPath(roundedFrame(frame, 0), background);
+    } else {
+        painter.fillRect(rect(), background);
+    }
+    if (std::exchange(unpainted_, false)) {
+        // The labels come after this, and then the hand-over to the desktop.
+        post(this, [this] { Q_EMIT resultPainted(); });
+    }
+}
+
+} // namespace orv

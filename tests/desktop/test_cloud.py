@@ -1,0 +1,256 @@
+"""The program before each of the cloud services: played speech becomes subtitles and transcripts."""
+
+import json
+import os
+import pathlib
+import re
+import subprocess
+import time
+import unittest
+
+from support import INSTALL_BACKEND
+
+from harness.cloud import (AssemblyAI, Azure, Deepgram, GoogleRest, share_found,
+                           voice_seconds_in)
+from harness.processes import wait_until
+from harness.road import Road
+from harness.speech import recorded_sentences
+
+PROGRAM = os.environ["ORVANE_ON_LOOPBACK"]
+
+# Of each sentence. A wrong rate or blocks out of order leave nothing; a sound server that is short of
+# time on a busy machine has left three quarters.
+_LEAST_SHARE = 0.5
+
+# From pressing a switch to seeing it changed, through the accessibility bus and on a busy machine.
+_RESPONSIVE_SECONDS = 1.0
+
+# Of a sentence's voice: the services leave out scraps.
+_ANSWERED_SHARE = 0.8
+
+
+class Cloud(unittest.TestCase):
+    def open(self, service):
+        self.service = self.enterContext(service)
+        self.road = self.enterContext(Road(
+            PROGRAM, INSTALL_BACKEND, settings={**service.settings, "autoGain": False},
+            environment=service.environment))
+        self.road.show_panel()
+        self.road.start_backend()
+        self.road.start_translation()
+        self.road.program.wait_for_line(f"✅ Direct Engine {service.engine} verbunden")
+
+    def speak(self, sentence):
+        """Plays a sentence and waits until the service has answered all of it."""
+        expected = self.service.voice_seconds + _ANSWERED_SHARE * voice_seconds_in(sentence.file)
+        self.road.sound.speak(sentence.file).wait()
+        wait_until(lambda: self.service.voice_seconds >= expected
+                   and self.shown() == self.service.results, "every result on the overlay")
+
+    def shown(self):
+        return [(subtitle.original, subtitle.translation) for subtitle in self.road.subtitles()]
+
+    def test_deepgram(self):
+        self.run_through(Deepgram())
+        opened = self.service.event("open")
+        self.assertEqual(opened["path"].split("?"), ["/v1/listen", (
+            "encoding=linear16&sample_rate=48000&channels=1&model=nova-2&interim_results=true"
+            "&punctuate=true&smart_format=true&language=en")])
+        self.check_farewell({"type": "CloseStream"})
+
+    def test_assemblyai(self):
+        self.run_through(AssemblyAI())
+        self.assertEqual(self.service.event("open")["path"], "/v2/realtime/ws?sample_rate=48000")
+        self.assertIn("✓ AssemblyAI Session: session-1", self.road.program.lines())
+        self.check_farewell({"terminate_session": True})
+
+    def check_farewell(self, message):
+        closed = wait_until(lambda: self.service.event("closed"), "the end of the stream")
+        self.assertEqual(closed["code"], 1001)
+        texts = [json.loads(event["data"]) for event in self.service.events
+                 if event["event"] == "text"]
+        self.assertEqual([text for text in texts if text != {"type": "KeepAlive"}], [message])
+
+    def test_azure(self):
+        self.run_through(Azure())
+        folder = self.road.desktop.folder
+        for number, content in enumerate(self.service.waves):
+            file = folder / f"chunk-{number}.wav"
+            file.write_bytes(content)
+            samples = (len(content) - 44) // 2
+            self.assertEqual(_soxi(file), {"-t": "wav", "-r": "48000", "-c": "1", "-b": "16",
+                                           "-s": str(samples), "-e": "Signed Integer PCM"})
+            stream = _probe(file, "-show_streams")["streams"][0]
+            self.assertEqual((stream["codec_name"], stream["sample_rate"], stream["channels"],
+                              stream["duration_ts"]), ("pcm_s16le", "48000", 1, samples))
+
+    def test_google_rest(self):
+        self.run_through(GoogleRest())
+
+    def test_deepgram_unplugged(self):
+        self.unplug_stream(Deepgram())
+
+    def test_assemblyai_unplugged(self):
+        self.unplug_stream(AssemblyAI())
+
+    def unplug_stream(self, service):
+        self.open(service)
+        self.speak(recorded_sentences()[1])
+        known = len(service.interim)
+        player = self.road.sound.speak(recorded_sentences()[3].file)
+        wait_until(lambda: len(service.interim) > known, "the service to hear a voice")
+        service.service.unplug()
+        line = f"📋 Direct Engine Status: [error] {service.disconnected}"
+        self.road.program.wait_for_line(line)
+        self.road.accessibility.wait_for(self.road.program.pid, service.disconnected, limit=5)
+        self.check_delivered()
+        self.check_window_answers(player)
+        self.check_quick_stop()
+        # The end of a run must not report again what it has lost already.
+        self.assertEqual(self.road.program.lines().count(line), 1)
+        self.check_delivered()
+        self.check_log()
+
+    def test_azure_unplugged(self):
+        service = Azure()
+        self.open(service)
+        self.speak(recorded_sentences()[1])
+        service.service.unplug()
+        sent, failed = "🎵 Direct Engine: Sende", "❌ Direct Engine AzureDirectEngine Fehler: "
+        before = self.count_lines(sent)
+        player = self.road.sound.speak(recorded_sentences()[3].file)
+        self.road.program.wait_for_line(failed)
+        self.check_window_answers(player)
+        wait_until(lambda: self.count_lines(failed) == self.count_lines(sent) - before,
+                   "one line for each chunk that was lost")
+        self.check_delivered()
+        self.check_quick_stop()
+        self.check_delivered()
+        self.check_log(lost=failed)
+
+    def count_lines(self, start):
+        return sum(line.startswith(start) for line in self.road.program.lines())
+
+    def check_delivered(self):
+        """Everything that was shown stands in both files already."""
+        shown = self.shown()
+        self.assertGreaterEqual(len(shown), 1)
+        self.assertEqual(shown, self.service.results[:len(shown)])
+        txt, srt = self.transcripts()
+        entries = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")[2]
+        self.assertEqual(_entries(entries), shown)
+        self.assertEqual([cue[2:] for cue in _cues(srt.read_text(encoding="utf-8"))], shown)
+
+    def check_window_answers(self, player):
+        """Uses a switch of the panel again and again while sound goes on coming in."""
+        pid, access, name = self.road.program.pid, self.road.accessibility, "Show Original Text"
+        longest, times = 0.0, 0
+        while player.poll() is None or times < 5:
+            wanted = not access.is_checked(pid, name)
+            begun = time.monotonic()
+            access.press(pid, name)
+            wait_until(lambda: access.is_checked(pid, name) == wanted, "the switch")
+            longest = max(longest, time.monotonic() - begun)
+            times += 1
+        self.assertLess(longest, _RESPONSIVE_SECONDS)
+
+    def check_quick_stop(self):
+        begun = time.monotonic()
+        self.road.stop_translation()
+        self.assertLess(time.monotonic() - begun, 1.0, self.road.program.tail())
+
+    def run_through(self, service):
+        """A whole run, with everything that is demanded of every service."""
+        self.open(service)
+        sentences = recorded_sentences()[1:4]
+        for sentence in sentences:
+            self.speak(sentence)
+        self.check_end()
+        self.assertIsNone(service.service.failure)
+        self.assertEqual(service.misuses, [])
+        self.assertGreaterEqual(len(service.results), len(sentences))
+        self.assertEqual(self.shown(), service.results)
+        self.check_transcripts()
+        for sentence in sentences:
+            self.assertGreaterEqual(share_found(service.heard(), sentence.file),
+                                    _LEAST_SHARE)
+        self.check_log()
+
+    def check_end(self):
+        self.road.stop_translation()
+        self.assertEqual(self.road.quit(), 0, self.road.program.tail())
+
+    def transcripts(self):
+        output = self.road.desktop.home / "Library" / "Application Support" / "Orvane" / "output"
+        txt, srt = ([file for file in pathlib.Path(output).iterdir() if file.suffix == suffix]
+                    for suffix in (".txt", ".srt"))
+        self.assertEqual((len(txt), len(srt)), (1, 1))
+        return txt[0], srt[0]
+
+    def check_transcripts(self):
+        txt, srt = self.transcripts()
+        self.assertRegex(txt.name, r"^transcript_\d{8}_\d{6}\.txt$")
+        self.assertEqual(srt.name, txt.name.replace("transcript", "subtitles")
+                         .replace(".txt", ".srt"))
+        head, _, entries = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")
+        self.assertRegex(head, r"\ALive Audio Translation\nSession: \d{4}-\d\d-\d\d \d\d:\d\d:\d\d\n"
+                               r"Source: en\nTarget: es\n\Z")
+        self.assertEqual(_entries(entries), self.service.results)
+        cues = _cues(srt.read_text(encoding="utf-8"))
+        self.assertEqual([cue[2:] for cue in cues], self.service.results)
+        self.assertEqual([cue[0] for cue in cues], list(range(1, len(cues) + 1)))
+        packets = _probe(srt, "-show_packets")["packets"]
+        self.assertEqual(len(packets), len(cues))
+        for packet, cue in zip(packets, cues):
+            self.assertAlmostEqual(float(packet["pts_time"]), cue[1], places=3)
+            self.assertAlmostEqual(float(packet["duration_time"]), 3.0, places=2)
+
+    def check_log(self, lost="nothing"):
+        """Nothing secret and nothing unfinished was said, and no failure but of what was `lost`."""
+        log = "\n".join(line for line in self.road.program.lines() if not line.startswith(lost))
+        everything = "\n".join(self.road.program.lines())
+        for key in self.service.keys:
+            self.assertNotIn(key, everything)
+        self.assertNotIn("interim", everything)
+        self.assertNotIn("Fehler", log)
+
+
+def _entries(text):
+    """The (source text, translation) pairs of a transcript, which must hold nothing else."""
+    pattern = (r"\[\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z\]\n"
+               r"Original: (.*)\nTranslation: (.*)\n\n")
+    pairs = re.findall(pattern, text)
+    if re.sub(pattern, "", text):
+        raise AssertionError("something else in the transcript: " + re.sub(pattern, "", text))
+    return pairs
+
+
+def _cues(text):
+    """(number, start in seconds, source text, translation) of each cue, and nothing else."""
+    time_pattern = r"(\d\d):(\d\d):(\d\d),(\d{3})"
+    pattern = rf"(\d+)\n{time_pattern} --> {time_pattern}\n(.*)\n(.*)\n\n"
+    if re.sub(pattern, "", text):
+        raise AssertionError("something else in the subtitles: " + re.sub(pattern, "", text))
+    return [(int(cue[0]), _seconds(cue[1:5]), cue[9], cue[10])
+            for cue in re.findall(pattern, text)]
+
+
+def _seconds(parts):
+    hours, minutes, seconds, milliseconds = map(int, parts)
+    return 3600 * hours + 60 * minutes + seconds + milliseconds / 1000
+
+
+def _probe(file, what):
+    return json.loads(subprocess.run(
+        ["ffprobe", "-v", "error", "-of", "json", what, str(file)], check=True, text=True,
+        stdout=subprocess.PIPE).stdout)
+
+
+def _soxi(file):
+    return {flag: subprocess.run(["soxi", flag, str(file)], check=True, text=True,
+                                 stdout=subprocess.PIPE).stdout.strip()
+            for flag in ("-t", "-r", "-c", "-b", "-s", "-e")}
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,115 @@
+"""Results that are read aloud, heard over the loudspeakers."""
+
+import contextlib
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+import subtitles
+from harness.desktop import Desktop
+from harness.processes import end_on_signals, wait_until
+from harness.sound import Sound
+
+end_on_signals()
+
+_LONG = "This is a long sentence which takes quite some time to be read aloud. " * 6
+_SHORT = "Yes."
+
+
+class Voice(unittest.TestCase):
+    def open(self, **environment):
+        context = contextlib.ExitStack()
+        self.addCleanup(context.close)
+        self.desktop = context.enter_context(Desktop(tray=False))
+        sound = Sound(self.desktop)
+        self.desktop.environment.update(environment)
+        self.listener = sound.listen()
+        self.stage = subtitles.Stage(self.desktop, voice=True)
+        self.stage.set(speakTranslations=True)
+
+    def speak(self, text):
+        """Shows a result; returns the moment before."""
+        moment = time.monotonic()
+        self.stage.show("source text", text)
+        return moment
+
+    def speak_first(self, text):
+        """The same, and waits however long the speech service takes to start."""
+        moment = self.speak(text)
+        self.listener.wait_for_sound(moment)
+        return moment
+
+    def test_speech_begins_within_a_second_of_a_result(self):
+        self.open()
+        self.speak_first(_SHORT)
+        delays = []
+        for _ in range(5):
+            self.listener.wait_for_silence(0.5)
+            delays.append(self.listener.wait_for_sound(self.speak(_SHORT)))
+        print("from the result to the sound:", " ".join(f"{1000 * d:.0f} ms" for d in delays))
+        self.assertLess(max(delays), 1.0)
+
+    def test_the_next_result_ends_the_utterance(self):
+        self.open()
+        self.speak_first(_LONG)
+        second = self.speak(_SHORT)
+        last = self.listener.wait_for_silence(2.0)
+        self.assertLess(last - second, 3.0, "the first utterance would go on for half a minute")
+        self.assertGreater(last, second + 0.1, "the second one should be heard")
+
+    def test_an_error_ends_nothing(self):
+        self.open()
+        self.speak_first(_LONG)
+        moment = self.speak("[Translation Error]")
+        self.assertLess(self.listener.wait_for_sound(moment + 2.0), 1.0)
+
+    def test_the_end_of_a_run_silences_at_once(self):
+        self.open()
+        self.speak_first(_LONG)
+        moment = time.monotonic()
+        self.stage.end()
+        last = self.listener.wait_for_silence(2.0)
+        self.assertLess(last - moment, 0.5)
+
+    def test_without_a_dispatcher_another_engine_speaks(self):
+        self.open(SPEECHD_ADDRESS="inet_socket:127.0.0.1:1")
+        self.speak_first(_SHORT)
+        self.listener.wait_for_silence(0.5)
+        self.assertLess(self.listener.wait_for_sound(self.speak(_SHORT)), 1.0)
+        self.assertEqual(self.dispatchers(), [])
+
+    def test_nothing_is_heard_unless_the_user_wants_it(self):
+        self.open()
+        self.speak_first(_SHORT)
+        self.listener.wait_for_silence(0.5)
+        self.stage.set(speakTranslations=False)
+        moment = self.speak(_LONG)
+        wait_until(lambda: self.listener.heard_until() > moment + 1.5, "a second and a half")
+        self.assertLess(self.listener.wait_for_silence(1.5), moment)
+
+    def test_a_service_that_hangs_holds_nothing_up(self):
+        self.open()
+        self.speak_first(_SHORT)
+        self.listener.wait_for_silence(0.5)
+        service, = self.dispatchers()
+        os.kill(service, signal.SIGSTOP)
+        try:
+            for number in range(20):
+                moment = self.speak(f"Result {number}.")
+                self.assertLess(time.monotonic() - moment, 1.0)
+            self.stage.process.stdin.close()
+            self.assertEqual(self.stage.process.wait(5), 0)
+        finally:
+            os.kill(service, signal.SIGCONT)
+
+    def dispatchers(self):
+        """The processes of the speech dispatcher on this desktop."""
+        return [int(process) for process in subprocess.run(
+            ["pgrep", "-f", f"^/usr/bin/speech-dispatcher .*{self.desktop.folder}"], text=True,
+            stdout=subprocess.PIPE).stdout.split()]
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,144 @@
+#include "HttpAnswer.h"
+
+#include <QStringBuilder>
+
+#include <gtest/gtest.h>
+
+namespace orv::test {
+
+namespace {
+
+using State = HttpAnswer::State;
+
+State after(const QByteArray& bytes) {
+    HttpAnswer answer;
+    return answer.read(bytes);
+}
+
+State afterEnd(const QByteArray& bytes) {
+    HttpAnswer answer;
+    answer.read(bytes);
+    return answer.close();
+}
+
+TEST(HttpAnswer, isWholeOnceItsLengthHasCome) {
+    EXPECT_EQ(after("HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nab"), State::Reading);
+    EXPECT_EQ(after("HTTP/1.1 200 OK\r\ncontent-length:3\r\n\r\nabc"), State::Whole);
+    EXPECT_EQ(after("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"), State::Whole);
+}
+
+TEST(HttpAnswer, isWholeWhateverItsStatus) {
+    for (const char* status : {"200", "302", "401", "404", "500", "999"}) {
+        EXPECT_EQ(after(QByteArray("HTTP/1.1 ") + status + "\r\nContent-Length: 0\r\n\r\n"),
+                  State::Whole)
+            << status;
+    }
+}
+
+TEST(HttpAnswer, withoutALengthItLastsUntilTheConnectionCloses) {
+    EXPECT_EQ(after("HTTP/1.0 200 OK\r\n\r\nabc"), State::Reading);
+    EXPECT_EQ(afterEnd("HTTP/1.0 200 OK\r\n\r\nabc"), State::Whole);
+    EXPECT_EQ(afterEnd("HTTP/1.0 200 OK\r\n\r\n"), State::Whole);
+}
+
+TEST(HttpAnswer, needsNoContentWhereThereIsNone) {
+    EXPECT_EQ(after("HTTP/1.1 204 No Content\r\n\r\n"), State::Whole);
+    EXPECT_EQ(after("HTTP/1.1 304 Not Modified\r\nContent-Length: 9\r\n\r\n"), State::Whole);
+}
+
+TEST(HttpAnswer, followsChunksToTheLastOne) {
+    const QByteArray chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, Chunked\r\n\r\n"
+                              "A;x=y\r\n0123456789\r\n1\r\n\n\r\n0\r\nTrailer: t\r\n";
+    EXPECT_EQ(after(chunks), State::Reading);
+    EXPECT_EQ(after(chunks + "\r\n"), State::Whole);
+    EXPECT_EQ(afterEnd(chunks), State::CutShort);
+}
+
+TEST(HttpAnswer, chunksCountMoreThanALength) {
+    EXPECT_EQ(after("HTTP/1.1 200 OK\r\nContent-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n"
+                    "2\r\nab\r\n"),
+              State::Reading);
+}
+
+TEST(HttpAnswer, anyNumberOfChunksMayCome) {
+    HttpAnswer answer;
+    answer.read("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    for (int i = 0; i < 50000; ++i) {
+        ASSERT_EQ(answer.read("1\r\nx\r\n"), State::Reading);
+    }
+    EXPECT_EQ(answer.read("0\r\n\r\n"), State::Whole);
+}
+
+TEST(HttpAnswer, passesOverInterimAnswers) {
+    EXPECT_EQ(after("HTTP/1.1 100 Continue\r\nContent-Length: 0\r\n\r\n"), State::Reading);
+    EXPECT_EQ(after("HTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\nHTTP/1.1 204 N\r\n\r\n"),
+              State::Whole);
+}
+
+TEST(HttpAnswer, comesInPiecesOfAnySize) {
+    const QByteArray bytes =
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n";
+    HttpAnswer answer;
+    for (qsizetype i = 0; i < bytes.size() - 1; ++i) {
+        ASSERT_EQ(answer.read(QByteArrayView(bytes).sliced(i, 1)), State::Reading) << i;
+    }
+    EXPECT_EQ(answer.read(QByteArrayView(bytes).last(1)), State::Whole);
+}
+
+TEST(HttpAnswer, takesLinesThatEndInALineFeedOnly) {
+    EXPECT_EQ(after("HTTP/1.1 200 OK\nContent-Length: 1\n\na"), State::Whole);
+}
+
+TEST(HttpAnswer, isCutShortByAnEarlyEnd) {
+    EXPECT_EQ(afterEnd({}), State::CutShort);
+    EXPECT_EQ(afterEnd("HTTP/1.1 200 OK\r\nContent-Le"), State::CutShort);
+    EXPECT_EQ(afterEnd("HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nab"), State::CutShort);
+}
+
+TEST(HttpAnswer, refusesWhatIsNotHttp) {
+    for (const char* bytes :
+         {"220 mail.example ESMTP\r\n", "\r\n", "HTTP/2.0 200 OK\r\n", "HTTP/1.1 20 OK\r\n",
+          "HTTP/1.1 2000 OK\r\n", "HTTP/1.1 abc OK\r\n", "HTTP/1.1\r\n", "http/1.1 200 OK\r\n"}) {
+        EXPECT_EQ(after(bytes), State::NotHttp) << bytes;
+    }
+}
+
+TEST(HttpAnswer, refusesHeadsThatMakeNoSense) {
+    for (const char* line :
+         {"Content-Length: x", "Content-Length: -1", "Content-Length: +1",
+          "Content-Length:", "Content-Length: 99999999999999999999", "no colon", ": no name"}) {
+        EXPECT_EQ(after(QByteArray("HTTP/1.1 200 OK\r\n") + line + "\r\n\r\n"), State::NotHttp)
+            << line;
+    }
+    for (const char* size : {"", "x", "-1", "ffffffffffffffffff"}) {
+        EXPECT_EQ(after(QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n") + size +
+                        "\r\n"),
+                  State::NotHttp)
+            << size;
+    }
+    EXPECT_EQ(after("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1\r\nab\r\n"),
+              State::NotHttp);
+}
+
+TEST(HttpAnswer, refusesAHeadThatDoesNotEnd) {
+    HttpAnswer line;
+    line.read("HTTP/1.1 200 OK\r\nX: ");
+    EXPECT_EQ(line.read(QByteArray(HttpAnswer::maximumHead, 'x')), State::NotHttp);
+    HttpAnswer lines;
+    EXPECT_EQ(
+        lines.read(QByteArray("HTTP/1.1 200 OK\r\n" + QByteArray("X: y\r\n").repeated(20000))),
+        State::NotHttp);
+    HttpAnswer interim;
+    EXPECT_EQ(interim.read(QByteArray("HTTP/1.1 100 C\r\n\r\n").repeated(20000)), State::NotHttp);
+}
+
+TEST(HttpAnswer, staysWhatItIsOnceDecided) {
+    HttpAnswer answer;
+    answer.read("HTTP/1.1 204 N\r\n\r\nrubbish");
+    EXPECT_EQ(answer.read("more"), State::Whole);
+    EXPECT_EQ(answer.close(), State::Whole);
+}
+
+} // namespace
+
+} // namespace orv::test

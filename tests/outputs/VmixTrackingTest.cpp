@@ -1,0 +1,152 @@
+#include "VmixTracking.h"
+
+#include "LogCapture.h"
+#include "TranslationSettings.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace orv::test {
+
+namespace {
+
+class VmixTrackingTest : public ::testing::Test {
+  protected:
+    bool bannerIsShown() const { return settings.vmixShowWarningBanner.get(); }
+
+    void fail(int times) {
+        for (int i = 0; i < times; ++i) {
+            tracking.trackVmixFailure();
+        }
+    }
+
+    LogCapture log;
+    QTemporaryDir folder;
+    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    TranslationSettings settings{store};
+    QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    VmixTracking tracking{settings, [this] { return now; }};
+};
+
+TEST_F(VmixTrackingTest, theThirdFailureShowsTheBanner) {
+    fail(2);
+    EXPECT_FALSE(bannerIsShown());
+    fail(1);
+    EXPECT_TRUE(bannerIsShown());
+    EXPECT_EQ(settings.vmixFailureCount, 3);
+}
+
+TEST_F(VmixTrackingTest, aSuccessInBetweenStartsTheCountAgain) {
+    fail(2);
+    tracking.trackVmixSuccess();
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+    fail(2);
+    EXPECT_FALSE(bannerIsShown());
+}
+
+TEST_F(VmixTrackingTest, aSuccessHidesTheBanner) {
+    fail(4);
+    tracking.trackVmixSuccess();
+    EXPECT_FALSE(bannerIsShown());
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+}
+
+TEST_F(VmixTrackingTest, aSuccessAfterASuccessPublishesNothing) {
+    int changes = 0;
+    QObject::connect(&settings, &TranslationSettings::changed, &settings, [&] { ++changes; });
+    tracking.trackVmixSuccess();
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(VmixTrackingTest, furtherFailuresDoNotShowItAgain) {
+    fail(3);
+    int changes = 0;
+    QObject::connect(&settings, &TranslationSettings::changed, &settings, [&] { ++changes; });
+    fail(5);
+    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(settings.vmixFailureCount, 8);
+}
+
+TEST_F(VmixTrackingTest, withWarningsOffItCountsButShowsNothing) {
+    settings.vmixShowConnectionWarnings.set(false);
+    fail(5);
+    EXPECT_EQ(settings.vmixFailureCount, 5);
+    EXPECT_FALSE(bannerIsShown());
+    settings.vmixShowConnectionWarnings.set(true);
+    fail(1);
+    EXPECT_TRUE(bannerIsShown());
+}
+
+TEST_F(VmixTrackingTest, laterHidesItForHalfAnHour) {
+    fail(3);
+    tracking.vmixBannerSnooze();
+    EXPECT_FALSE(bannerIsShown());
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_EQ(settings.vmixSuppressedUntil, now.addSecs(1800));
+    now = now.addSecs(1799);
+    fail(5);
+    EXPECT_FALSE(bannerIsShown());
+    EXPECT_EQ(settings.vmixFailureCount, 5) << "failures count while it is silent";
+    now = now.addSecs(1);
+    fail(1);
+    EXPECT_TRUE(bannerIsShown()) << "the moment itself does not lie in the future";
+}
+
+TEST_F(VmixTrackingTest, afterTheSnoozeThreeFailuresAreNeededAgain) {
+    fail(3);
+    tracking.vmixBannerSnooze();
+    now = now.addSecs(3600);
+    fail(2);
+    EXPECT_FALSE(bannerIsShown());
+    fail(1);
+    EXPECT_TRUE(bannerIsShown());
+}
+
+TEST_F(VmixTrackingTest, disablingSwitchesTheOutputOffAndForgetsEverything) {
+    settings.vmixEnabled.set(true);
+    tracking.vmixBannerSnooze();
+    now = now.addSecs(1800);
+    fail(3);
+    tracking.disableVmix();
+    EXPECT_FALSE(settings.vmixEnabled.get());
+    EXPECT_EQ(store.boolean(u"vmixEnabled"_s), false);
+    EXPECT_TRUE(settings.vmixShowConnectionWarnings.get());
+    EXPECT_FALSE(bannerIsShown());
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_FALSE(settings.vmixSuppressedUntil);
+}
+
+TEST_F(VmixTrackingTest, turningWarningsOffLeavesTheOutputOn) {
+    settings.vmixEnabled.set(true);
+    tracking.vmixBannerSnooze();
+    now = now.addSecs(1800);
+    fail(3);
+    tracking.turnOffWarnings();
+    EXPECT_TRUE(settings.vmixEnabled.get());
+    EXPECT_FALSE(settings.vmixShowConnectionWarnings.get());
+    EXPECT_EQ(store.boolean(u"vmixShowConnectionWarnings"_s), false);
+    EXPECT_FALSE(bannerIsShown());
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_FALSE(settings.vmixSuppressedUntil);
+}
+
+TEST_F(VmixTrackingTest, theBannerIsNotPersisted) {
+    fail(3);
+    EXPECT_FALSE(store.contains(u"vmixShowWarningBanner"_s));
+    EXPECT_FALSE(store.contains(u"vmixFailureCount"_s));
+}
+
+TEST_F(VmixTrackingTest, aCountThatDoesNotFitEndsTheProgram) {
+    settings.vmixFailureCount = std::numeric_limits<std::int64_t>::max();
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(fail(1), "does not fit");
+}
+
+} // namespace
+
+} // namespace orv::test

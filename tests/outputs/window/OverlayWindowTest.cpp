@@ -1,0 +1,329 @@
+#include "OverlayWindow.h"
+
+#include "DefaultsStore.h"
+#include "SpeechSynthesizer.h"
+#include "SubtitleLabel.h"
+#include "WaitUntil.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPixmap>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv::test {
+
+namespace {
+
+class RecordedSpeech : public SpeechSynthesizer {
+  public:
+    void prepare() override { calls.append(u"prepare"_s); }
+
+    void speak(const QString& text) override { calls.append(u"speak "_s + text); }
+
+    void stop() override { calls.append(u"stop"_s); }
+
+    QStringList calls;
+};
+
+class OverlayWindowTest : public ::testing::Test {
+  protected:
+    OverlayWindowTest() { make(60s); }
+
+    void make(std::chrono::milliseconds hide) {
+        window = std::make_unique<OverlayWindow>(
+            OverlayEnvironment{.store = store,
+                               .speech = speech,
+                               .isComposited = [this] { return composited; },
+                               .timings = {.hide = hide}});
+    }
+
+    void show(const QString& original, const QString& translation) {
+        window->showTranslation(original, translation);
+        drainEvents();
+    }
+
+    /// The colour that the window shows at a place of its frame.
+    QColor colorAt(int x, int y) {
+        const int margin = (window->width() - window->frames().window.width()) / 2;
+        return window->grab().toImage().pixelColor(margin + x, margin + y);
+    }
+
+    QString large() const { return window->textField().text(); }
+
+    QString small() const { return window->originalField().text(); }
+
+    QTemporaryDir folder;
+    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    RecordedSpeech speech;
+    bool composited = true;
+    std::unique_ptr<OverlayWindow> window;
+};
+
+TEST_F(OverlayWindowTest, isHiddenUntilAResultComes) {
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(window->frames().window.size(), QSize(800, 120));
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(large(), u"hola"_s);
+    EXPECT_TRUE(window->originalField().isHidden());
+}
+
+TEST_F(OverlayWindowTest, showsTheSourceTextAboveWhenTheUserWantsIt) {
+    store.setBool(u"showOriginal"_s, true);
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_EQ(small(), u"hello"_s);
+    EXPECT_FALSE(window->originalField().isHidden());
+    EXPECT_LT(window->originalField().geometry().bottom(), window->textField().geometry().top());
+    show(u"okay"_s, u"okay"_s);
+    EXPECT_EQ(large(), u"okay"_s);
+    EXPECT_EQ(small(), QString());
+    EXPECT_TRUE(window->originalField().isHidden());
+}
+
+TEST_F(OverlayWindowTest, showsTheSourceTextOfAFailureAndIsSilent) {
+    store.setBool(u"speakTranslations"_s, true);
+    show(u"hello"_s, u"[Translation Error]"_s);
+    EXPECT_EQ(large(), u"hello"_s);
+    EXPECT_TRUE(speech.calls.isEmpty());
+}
+
+TEST_F(OverlayWindowTest, isWhereItsFramesSay) {
+    show(u"hello"_s, u"a sentence that needs more than one line "_s.repeated(5));
+    const QMargins shadow(SoftShadow::margin, SoftShadow::margin, SoftShadow::margin,
+                          SoftShadow::margin);
+    EXPECT_EQ(window->geometry(), window->frames().window.marginsAdded(shadow));
+    EXPECT_EQ(window->textField().geometry(),
+              window->frames().translation.translated(SoftShadow::margin, SoftShadow::margin));
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    EXPECT_EQ(window->frames().window.bottom() + 1, screen.bottom() + 1 - 80);
+    EXPECT_EQ(window->textField().height(), window->textField().subtitle().height());
+}
+
+TEST_F(OverlayWindowTest, neverTakesFocusMouseOrAPlaceInTheTaskBar) {
+    show(u"hello"_s, u"hola"_s);
+    const Qt::WindowFlags flags = window->windowFlags();
+    for (const Qt::WindowType flag :
+         {Qt::FramelessWindowHint, Qt::WindowStaysOnTopHint, Qt::BypassWindowManagerHint,
+          Qt::WindowTransparentForInput, Qt::WindowDoesNotAcceptFocus}) {
+        EXPECT_TRUE(flags.testFlag(flag)) << std::hex << flag;
+    }
+    EXPECT_TRUE(window->testAttribute(Qt::WA_ShowWithoutActivating));
+    EXPECT_FALSE(window->testAttribute(Qt::WA_QuitOnClose));
+}
+
+TEST_F(OverlayWindowTest, hides6SecondsAfterTheResult) {
+    EXPECT_EQ(OverlayTimings().hide, 6s);
+    make(50ms);
+    QElapsedTimer clock;
+    clock.start();
+    show(u"hello"_s, u"hola"_s);
+    ASSERT_TRUE(window->isVisible());
+    ASSERT_TRUE(waitUntil([this] { return !window->isVisible(); }));
+    EXPECT_GE(clock.elapsed(), 49);
+}
+
+TEST_F(OverlayWindowTest, staysUntilItsTimeAfterTheSecondResult) {
+    // The second one comes after two thirds of the first one's time.
+    make(300ms);
+    show(u"one"_s, u"uno"_s);
+    QElapsedTimer clock;
+    bool second = false;
+    QTimer::singleShot(200ms, window.get(), [&] {
+        second = true;
+        clock.start();
+        window->showTranslation(u"two"_s, u"dos"_s);
+    });
+    ASSERT_TRUE(waitUntil([&] { return second; }));
+    ASSERT_TRUE(waitUntil([&] { return !window->isVisible(); }));
+    EXPECT_EQ(large(), u"dos"_s);
+    EXPECT_GE(clock.elapsed(), 299);
+}
+
+TEST_F(OverlayWindowTest, showsAgainAfterHiding) {
+    make(20ms);
+    show(u"one"_s, u"uno"_s);
+    ASSERT_TRUE(waitUntil([this] { return !window->isVisible(); }));
+    show(u"two"_s, u"dos"_s);
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(OverlayWindowTest, speaksTheTranslationWhenTheUserWantsIt) {
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_TRUE(speech.calls.isEmpty());
+    store.setBool(u"speakTranslations"_s, true);
+    show(u"hello"_s, u"hola"_s);
+    show(u"okay"_s, u"okay"_s);
+    EXPECT_EQ(speech.calls, (QStringList{u"speak hola"_s, u"speak okay"_s}));
+}
+
+TEST_F(OverlayWindowTest, preparesWhatARunWillNeedAndShowsNothing) {
+    window->prepare();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_NE(window->windowHandle(), nullptr);
+    EXPECT_TRUE(speech.calls.isEmpty());
+    store.setBool(u"speakTranslations"_s, true);
+    window->prepare();
+    EXPECT_EQ(speech.calls, QStringList{u"prepare"_s});
+}
+
+TEST_F(OverlayWindowTest, preparesNoWindowThatTheUserDoesNotWant) {
+    store.setBool(u"showOverlay"_s, false);
+    window->prepare();
+    EXPECT_EQ(window->windowHandle(), nullptr);
+}
+
+TEST_F(OverlayWindowTest, theEndOfARunHidesAndSilencesAtOnce) {
+    make(60s);
+    show(u"hello"_s, u"hola"_s);
+    window->endSubtitles();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(speech.calls, QStringList{u"stop"_s});
+}
+
+TEST_F(OverlayWindowTest, theEndOfARunForgetsAResultOnItsWay) {
+    window->showTranslation(u"hello"_s, u"hola"_s);
+    window->endSubtitles();
+    drainEvents();
+    EXPECT_FALSE(window->isVisible());
+    show(u"late"_s, u"tarde"_s);
+    EXPECT_TRUE(window->isVisible()) << "the last words of a run still come";
+}
+
+TEST_F(OverlayWindowTest, theEndOfARunCancelsTheTimer) {
+    make(50ms);
+    show(u"hello"_s, u"hola"_s);
+    window->endSubtitles();
+    make(60s);
+    show(u"hello"_s, u"hola"_s);
+    bool passed = false;
+    QTimer::singleShot(100ms, window.get(), [&] { passed = true; });
+    ASSERT_TRUE(waitUntil([&] { return passed; }));
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(OverlayWindowTest, takesResultsFromAnyThread) {
+    std::thread other([this] { window->showTranslation(u"hello"_s, u"hola"_s); });
+    other.join();
+    EXPECT_FALSE(window->isVisible()) << "the work is the main thread's";
+    ASSERT_TRUE(waitUntil([this] { return window->isVisible(); }));
+    EXPECT_EQ(large(), u"hola"_s);
+}
+
+TEST_F(OverlayWindowTest, showsOnlyTheLatestOfResultsThatComeTooFast) {
+    store.setBool(u"speakTranslations"_s, true);
+    int painted = 0;
+    QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
+    std::thread other([this] {
+        for (int i = 0; i < 10'000; ++i) {
+            window->showTranslation(u"source"_s, u"result %1"_s.arg(i));
+        }
+    });
+    other.join();
+    ASSERT_TRUE(waitUntil([&] { return painted > 0; }));
+    EXPECT_EQ(large(), u"result 9999"_s);
+    EXPECT_EQ(speech.calls, QStringList{u"speak result 9999"_s});
+    EXPECT_EQ(painted, 1);
+}
+
+TEST_F(OverlayWindowTest, aResultOnItsWayToAWindowThatGoesIsHarmless) {
+    window->showTranslation(u"hello"_s, u"hola"_s);
+    window.reset();
+    drainEvents();
+}
+
+TEST_F(OverlayWindowTest, aResultWithoutAnyTextChangesNothing) {
+    show(QString(), QString());
+    EXPECT_FALSE(window->isVisible());
+    show(u"hello"_s, u"hola"_s);
+    show(u" "_s, u"\n"_s);
+    EXPECT_EQ(large(), u"hola"_s);
+}
+
+TEST_F(OverlayWindowTest, saysWhenAResultHasBeenPainted) {
+    int painted = 0;
+    QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
+    show(u"hello"_s, u"hola"_s);
+    ASSERT_TRUE(waitUntil([&] { return painted == 1; }));
+    window->update();
+    drainEvents();
+    EXPECT_EQ(painted, 1) << "painting the same again is no news";
+}
+
+TEST_F(OverlayWindowTest, hasTheColoursOfTheStore) {
+    store.setDouble(u"overlayOpacity"_s, 1.0);
+    store.setString(u"overlayBgColor"_s, u"#102030"_s);
+    store.setString(u"overlayBorderColor"_s, u"#FF0000"_s);
+    window->applyAppearance();
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_EQ(colorAt(100, 8), QColor(0x10, 0x20, 0x30));
+    EXPECT_EQ(colorAt(400, 0), QColor(0xFF, 0, 0));
+    EXPECT_EQ(colorAt(400, 2), QColor(0xFF, 0, 0));
+    EXPECT_EQ(colorAt(400, 3), QColor(0x10, 0x20, 0x30));
+}
+
+TEST_F(OverlayWindowTest, changesColoursWhileItIsShown) {
+    store.setDouble(u"overlayOpacity"_s, 1.0);
+    show(u"hello"_s, u"hola"_s);
+    store.setString(u"overlayBgColor"_s, u"#123456"_s);
+    store.setBool(u"overlayBorderEnabled"_s, false);
+    window->applyAppearance();
+    EXPECT_EQ(colorAt(100, 8), QColor(0x12, 0x34, 0x56));
+    EXPECT_EQ(colorAt(400, 0), QColor(0x12, 0x34, 0x56));
+}
+
+TEST_F(OverlayWindowTest, isAsTranslucentAsTheUserWants) {
+    EXPECT_EQ(SubtitleAppearance::fromStore(store).background.alpha(), 217);
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_TRUE(window->testAttribute(Qt::WA_TranslucentBackground));
+    EXPECT_EQ(window->palette().color(QPalette::Window), QApplication::palette().window().color());
+    EXPECT_TRUE(window->mask().isEmpty());
+}
+
+TEST_F(OverlayWindowTest, drawsTheSourceTextFainter) {
+    store.setString(u"overlayTextColor"_s, u"#FF0000"_s);
+    const SubtitleAppearance appearance = SubtitleAppearance::fromStore(store);
+    EXPECT_EQ(appearance.translation, QColor(0xFF, 0, 0));
+    QColor fainter(0xFF, 0, 0);
+    fainter.setAlphaF(0.7F);
+    EXPECT_EQ(appearance.original, fainter);
+}
+
+TEST_F(OverlayWindowTest, isOpaqueAndShapedWhereTheDesktopBlendsNothing) {
+    composited = false;
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_EQ(window->geometry(), window->frames().window);
+    EXPECT_EQ(colorAt(100, 8), QColor(0x90, 0xEE, 0x90));
+    EXPECT_FALSE(window->mask().contains(QPoint(0, 0)));
+    EXPECT_TRUE(window->mask().contains(QPoint(400, 1)));
+}
+
+TEST_F(OverlayWindowTest, followsADesktopThatBeginsToBlend) {
+    composited = false;
+    show(u"hello"_s, u"hola"_s);
+    composited = true;
+    show(u"hello"_s, u"adiós"_s);
+    EXPECT_EQ(window->width(), 800 + 2 * SoftShadow::margin);
+    EXPECT_TRUE(window->mask().isEmpty());
+}
+
+TEST_F(OverlayWindowTest, tellsAssistiveProgramsItsTexts) {
+    store.setBool(u"showOriginal"_s, true);
+    show(u"hello <b>&amp; all"_s, u"hola"_s);
+    EXPECT_EQ(small(), u"hello <b>&amp; all"_s);
+    EXPECT_EQ(window->originalField().textFormat(), Qt::PlainText);
+}
+
+} // namespace
+
+} // namespace orv::test

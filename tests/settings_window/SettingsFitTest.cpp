@@ -1,0 +1,86 @@
+// Nothing is cut off, in any language. Also run at twice the scale.
+
+#include "SettingsWindowFixture.h"
+
+#include "EngineOptions.h"
+
+#include <QLabel>
+#include <QScrollArea>
+
+using namespace Qt::StringLiterals;
+
+namespace orv::test {
+
+namespace {
+
+class SettingsFitTest : public SettingsWindowFixture,
+                        public ::testing::WithParamInterface<UILanguage::Case> {
+  protected:
+    SettingsFitTest() { l10n.setCurrent(GetParam()); }
+
+    /// Whether all of a control's text is on screen.
+    static void expectWhole(const QWidget& widget, const QString& text) {
+        const auto* label = qobject_cast<const QLabel*>(&widget);
+        const bool wraps = label != nullptr && label->wordWrap();
+        const int height =
+            wraps ? widget.heightForWidth(widget.width()) : widget.sizeHint().height();
+        EXPECT_GE(widget.height(), height) << qPrintable(text);
+        if (!wraps) {
+            EXPECT_GE(widget.width(), widget.sizeHint().width()) << qPrintable(text);
+        }
+    }
+
+    void expectAllWhole() {
+        for (QWidget* widget : window->findChildren<QWidget*>()) {
+            if (!widget->isVisible() || widget->inherits("orv::ElidedLabel")) {
+                continue;
+            }
+            if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+                expectWhole(*widget, label->text());
+            } else if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
+                expectWhole(*widget, button->text());
+            }
+            // Nothing reaches beyond its page, which scrolls up and down only.
+            if (const auto* page = qobject_cast<const QScrollArea*>(widget)) {
+                EXPECT_LE(page->widget()->width(), page->viewport()->width());
+            }
+        }
+    }
+};
+
+TEST_P(SettingsFitTest, everyTabFitsTheWindow) {
+    settings.networkAccess.set(true);
+    updates.available = u"10.20.30"_s;
+    for (int tab = 0; tab < tabs()->count(); ++tab) {
+        SCOPED_TRACE(tabs()->tabText(tab).toStdString());
+        tabs()->setCurrentIndex(tab);
+        EXPECT_TRUE(waitUntil([this] { return window->size() == QSize(500, 420); }));
+        drainEvents();
+        drainEvents();
+        expectAllWhole();
+        const QRect place = tabs()->tabRect(tab);
+        EXPECT_GE(place.width(), tabs()->fontMetrics().horizontalAdvance(tabs()->tabText(tab)));
+        EXPECT_TRUE(window->rect().contains(
+            QRect(tabs()->mapTo(window.get(), place.topLeft()), place.size())));
+    }
+}
+
+TEST_P(SettingsFitTest, theFieldsOfEveryEngineFitTheWindow) {
+    tabs()->setCurrentIndex(1);
+    for (const EngineOption& option : engineOptions()) {
+        SCOPED_TRACE(option.id.toStdString());
+        settings.sttEngine.set(option.id);
+        drainEvents();
+        drainEvents();
+        expectAllWhole();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, SettingsFitTest, ::testing::ValuesIn(UILanguage::allCases()),
+                         [](const auto& tested) {
+                             return UILanguage(tested.param).rawValue().toStdString();
+                         });
+
+} // namespace
+
+} // namespace orv::test

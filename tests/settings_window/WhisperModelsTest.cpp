@@ -1,0 +1,78 @@
+#include "WhisperModels.h"
+
+#include "L10n.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv::test {
+
+namespace {
+
+TEST(WhisperModels, areFiveFromSmallToLargeWithATextEach) {
+    const StringTable& texts = L10n::strings().at(UILanguage::English);
+    QStringList ids;
+    for (const WhisperModel& model : whisperModels()) {
+        ids.append(model.id);
+        EXPECT_EQ(model.detailKey, u"settings.whisper."_s + model.id);
+        EXPECT_TRUE(texts.text(model.detailKey));
+        EXPECT_FALSE(model.size.isEmpty());
+    }
+    EXPECT_EQ(ids, (QStringList{u"tiny"_s, u"base"_s, u"small"_s, u"medium"_s, u"large"_s}));
+}
+
+TEST(WhisperModels, aFileNamedByTheIdIsADownloadedModel) {
+    EXPECT_EQ(downloadedWhisperModels({u"base.pt"_s, u"tiny.pt"_s}),
+              (QSet<QString>{u"base"_s, u"tiny"_s}));
+}
+
+TEST(WhisperModels, onlyTheThirdVersionOfLargeIsLargeDownloaded) {
+    EXPECT_EQ(downloadedWhisperModels({u"large-v3.pt"_s}), QSet<QString>{u"large"_s});
+}
+
+TEST(WhisperModels, everyFileOfLargeCounts) {
+    for (const QString& file :
+         {u"large.pt"_s, u"large-v1.pt"_s, u"large-v2.pt"_s, u"large-v3.pt"_s}) {
+        EXPECT_EQ(downloadedWhisperModels({file}), QSet<QString>{u"large"_s});
+    }
+}
+
+TEST(WhisperModels, otherFilesAreNoModels) {
+    EXPECT_TRUE(downloadedWhisperModels({}).isEmpty());
+    EXPECT_TRUE(downloadedWhisperModels({u"base.pt.part"_s, u"base.en.pt"_s, u"tiny-v3.pt"_s,
+                                         u"large-v4.pt"_s, u"turbo.pt"_s, u".pt"_s, u"Base.pt"_s})
+                    .isEmpty());
+}
+
+TEST(WhisperModels, onlyLargeHasMoreThanOneFile) {
+    EXPECT_EQ(whisperModelFiles(u"small"_s), QStringList(u"small.pt"_s));
+    EXPECT_EQ(whisperModelFiles(u"large"_s),
+              (QStringList{u"large.pt"_s, u"large-v1.pt"_s, u"large-v2.pt"_s, u"large-v3.pt"_s}));
+}
+
+TEST(WhisperModels, aPathIsNoModel) {
+    EXPECT_TRUE(whisperModelFiles(u"../../secret"_s).isEmpty());
+    EXPECT_TRUE(whisperModelFiles(u""_s).isEmpty());
+}
+
+TEST(WhisperModels, theScriptLoadsTheModel) {
+    EXPECT_EQ(whisperDownloadScript(u"base"_s), u"import whisper; whisper.load_model('base')"_s);
+}
+
+TEST(LastLine, isTheLastThatSaysSomething) {
+    EXPECT_EQ(lastLine("Traceback:\n  File x\nModuleNotFoundError: No module named 'whisper'\n\n"),
+              u"ModuleNotFoundError: No module named 'whisper'"_s);
+    EXPECT_EQ(lastLine(" 10%|#   |\r 50%|##  |\r"), u"50%|## |"_s);
+    EXPECT_EQ(lastLine(""), QString());
+    EXPECT_EQ(lastLine("\n\r \n"), QString());
+}
+
+TEST(LastLine, takesBytesThatAreNoTextAndLinesWithoutEnd) {
+    EXPECT_EQ(lastLine("\xff\xfe"), u"\ufffd\ufffd"_s);
+    EXPECT_EQ(lastLine(QByteArray(100000, 'a')).size(), 300);
+}
+
+} // namespace
+
+} // namespace orv::test
