@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QStringList>
+#include <QTest>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
@@ -114,6 +115,21 @@ TEST_F(FieldComboTest, itsListAndItsTextAreFoundBelowIt) {
     EXPECT_EQ(interface->indexOfChild(interface->child(1)), 1);
     EXPECT_EQ(interface->child(1)->object(), combo.lineEdit());
     EXPECT_EQ(interface->child(2), nullptr);
+}
+
+TEST_F(FieldComboTest, aClickSelectsTheShownEntryButNotWhatIsBeingTyped) {
+    combo.show();
+    combo.activateWindow();
+    QLineEdit* edit = combo.lineEdit();
+    QTest::mouseClick(edit, Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([&] { return edit->selectedText() == edit->text(); }));
+    edit->deselect();
+    QTest::mouseClick(edit, Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([&] { return edit->selectedText() == edit->text(); }));
+    edit->setText(u"esp"_s);
+    QTest::mouseClick(edit, Qt::LeftButton);
+    drainEvents();
+    EXPECT_FALSE(edit->hasSelectedText());
 }
 
 TEST_F(FieldComboTest, opensAndClosesWhenAnAssistiveProgramAsks) {

@@ -28,6 +28,7 @@ FieldCombo::FieldCombo(Search search, QWidget* parent)
         completer()->setCompletionMode(QCompleter::PopupCompletion);
         completer()->setFilterMode(Qt::MatchContains);
         completer()->setCaseSensitivity(Qt::CaseInsensitive);
+        lineEdit()->installEventFilter(this);
         connect(lineEdit(), &QLineEdit::editingFinished, this, &FieldCombo::settleTypedText);
     }
 }
@@ -65,10 +66,26 @@ void FieldCombo::wheelEvent(QWheelEvent* event) {
 void FieldCombo::focusInEvent(QFocusEvent* event) {
     QComboBox::focusInEvent(event);
     if (lineEdit() != nullptr && event->reason() != Qt::PopupFocusReason) {
-        // What is typed replaces the choice. Later, because the click that gives the focus also
-        // places the cursor.
-        QTimer::singleShot(0, lineEdit(), &QLineEdit::selectAll);
+        selectShownEntry();
     }
+}
+
+bool FieldCombo::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == lineEdit() && event->type() == QEvent::MouseButtonRelease &&
+        !lineEdit()->hasSelectedText()) {
+        selectShownEntry();
+    }
+    return QComboBox::eventFilter(watched, event);
+}
+
+void FieldCombo::selectShownEntry() {
+    // Later, because a click that gives the focus also places the cursor. Someone who is in the
+    // middle of typing may place it where he likes.
+    QTimer::singleShot(0, lineEdit(), [this] {
+        if (lineEdit()->text() == itemText(currentIndex())) {
+            lineEdit()->selectAll();
+        }
+    });
 }
 
 void FieldCombo::settleTypedText() {

@@ -37,8 +37,11 @@ class FieldCombo : public QComboBox {
   protected:
     void wheelEvent(QWheelEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    /// What is typed next replaces what the field shows.
+    void selectShownEntry();
     /// Turns what was typed into the entry that was meant, or back into the one chosen before.
     void settleTypedText();
 
