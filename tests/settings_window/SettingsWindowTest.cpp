@@ -23,6 +23,7 @@
 #include <QSet>
 #include <QSpinBox>
 #include <QToolButton>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -249,6 +250,19 @@ TEST_F(SettingsWindowTest, aPortOutOfRangeInTheStoreIsNotChangedByLooking) {
     EXPECT_EQ(control<QSpinBox>(u"VRChat Chatbox (OSC): Port"_s)->value(), 65535);
     window->close();
     EXPECT_EQ(settings.vrchatPort.get(), 70000);
+}
+
+TEST_F(SettingsWindowTest, theMouseWheelChangesNothing) {
+    for (const QString& name : {u"Opacity"_s, u"vMix: Port"_s, u"VRChat Chatbox (OSC): Send"_s,
+                                u"Interface Language"_s, u"Current Model"_s}) {
+        auto* field = control(name);
+        const QString before = shownBy(*field);
+        QWheelEvent turn({5, 5}, field->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton,
+                         Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(field, &turn);
+        EXPECT_EQ(shownBy(*field), before) << qPrintable(name);
+        EXPECT_FALSE(turn.isAccepted()) << qPrintable(name); // The page scrolls instead.
+    }
 }
 
 TEST_F(SettingsWindowTest, blanksRoundAddressesAndKeysAreNotStored) {
