@@ -8,6 +8,7 @@ from support import INSTALL_BACKEND, PROGRAM, DesktopTest
 
 from harness.processes import wait_until
 from harness.program import BACKEND_PORT, Program, free_port, port_is_open, read_settings
+from harness.session import Session
 
 _PANEL_WIDTH = 300  # At least; the item in the tray is a narrow window.
 
@@ -111,6 +112,29 @@ class Life(DesktopTest):
         self.program.wait_for_end()
         self.program.wait_until_nothing_is_left()
         self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def end_session(self, tray):
+        """Ends the session of a program that runs its backend."""
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop(tray=tray, autoStartBackend=True)
+        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
+                       stdout=subprocess.DEVNULL)
+        session = Session(self.desktop)
+        self.program = self.start_again(**session.environment)
+        session.wait_for_program()
+        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
+        session.end()
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.assertIn("App wird beendet - stoppe Backend (autoStopBackend=true)...",
+                      self.program.lines())
+        self.program.wait_until_nothing_is_left()
+
+    def test_the_end_of_the_session_ends_it_in_order(self):
+        self.end_session(tray=True)
+
+    def test_a_window_does_not_hold_up_the_end_of_the_session(self):
+        # Closed by its user, this window would only become small: the backend runs.
+        self.end_session(tray=False)
 
     def test_quitting_leaves_no_process_no_port_and_no_temporary_file(self):
         port = free_port()

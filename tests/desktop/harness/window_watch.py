@@ -39,11 +39,14 @@ class WindowWatch:
                 raise Timeout(f"waited in vain for: {what}")
         return self._display.next_event()
 
-    def wait_for_wider(self, number, width, limit=20.0):
-        """The time at which the window `number` was made wider than `width`."""
+    def follow(self, number):
+        """From now on, changes of the window `number` are told."""
         self._display.create_resource_object("window", number).change_attributes(
             event_mask=X.StructureNotifyMask)
-        self._display.flush()
+        self._display.sync()
+
+    def wait_for_wider(self, number, width, limit=20.0):
+        """The time at which the window `number`, which is followed, was made wider than `width`."""
         deadline = time.monotonic() + limit
         while True:
             event = self._next_event(deadline, f"window {number} to grow")
