@@ -11,12 +11,16 @@
 #include "WaitUntil.h"
 
 #include <QAbstractButton>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QLabel>
 #include <QTabBar>
 #include <QTemporaryDir>
 #include <QWidget>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace orv::test {
@@ -89,6 +93,31 @@ class SettingsWindowFixture : public ::testing::Test {
         auto* button = control<QAbstractButton>(name);
         ASSERT_NE(button, nullptr) << qPrintable(name);
         button->click();
+    }
+
+    bool shows(const QString& wanted) const {
+        const auto labels = window->findChildren<QLabel*>();
+        return std::ranges::any_of(labels, [&](const QLabel* label) {
+            return label->isVisible() && label->text() == wanted;
+        });
+    }
+
+    void showTab(int tab) const {
+        tabs()->setCurrentIndex(tab);
+        drainEvents();
+    }
+
+    QStringList tabTexts() const {
+        QStringList texts;
+        for (int tab = 0; tab < tabs()->count(); ++tab) {
+            texts.append(tabs()->tabText(tab));
+        }
+        return texts;
+    }
+
+    void pressKey(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers);
+        QCoreApplication::sendEvent(window.get(), &event);
     }
 
     LogCapture log;

@@ -1,5 +1,6 @@
 #include "ColorPalette.h"
 
+#include "ButtonKind.h"
 #include "HexColor.h"
 #include "ScreenPlacement.h"
 #include "Theme.h"
@@ -9,6 +10,8 @@
 #include <QPainter>
 #include <QScreen>
 #include <QToolButton>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -65,10 +68,10 @@ QList<QColor> paletteColors() {
 }
 
 ColorPalette::ColorPalette(const QColor& current, QWidget* parent)
-    : QFrame(parent, Qt::Popup) {
+    : QWidget(parent, Qt::Popup) {
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(space::small, space::small, space::small, space::small);
-    grid->setSpacing(space::tiny);
+    grid->setSpacing(0);
     const QList<QColor> colors = paletteColors();
     for (int index = 0; index < colors.size(); ++index) {
         const QColor color = colors[index];
@@ -76,7 +79,7 @@ ColorPalette::ColorPalette(const QColor& current, QWidget* parent)
         swatch->setIcon(swatchIcon(color, swatch->iconSize()));
         swatch->setAccessibleName(toHexString(color));
         swatch->setToolTip(toHexString(color));
-        swatch->setAutoRaise(true);
+        setButtonKind(*swatch, ButtonKind::Quiet);
         swatch->setFocusPolicy(Qt::StrongFocus);
         connect(swatch, &QToolButton::clicked, this, [this, color] {
             Q_EMIT chosen(color);
@@ -96,6 +99,13 @@ void ColorPalette::showBelow(const QWidget& anchor) {
     show();
 }
 
+void ColorPalette::paintEvent(QPaintEvent* /*event*/) {
+    const Theme& theme = themeOf(*this);
+    QPainter painter(this);
+    painter.fillRect(rect(), theme.controlBorder);
+    painter.fillRect(rect().adjusted(1, 1, -1, -1), theme.card);
+}
+
 void ColorPalette::keyPressEvent(QKeyEvent* event) {
     auto* focused = qobject_cast<QToolButton*>(focusWidget());
     const int step = stepOf(event->key());
@@ -109,7 +119,7 @@ void ColorPalette::keyPressEvent(QKeyEvent* event) {
             focused->click();
         }
     } else {
-        QFrame::keyPressEvent(event); // Escape closes a pop-up.
+        QWidget::keyPressEvent(event); // Escape closes a pop-up.
     }
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <QColor>
-#include <QFrame>
 #include <QIcon>
 #include <QList>
+#include <QWidget>
 
 class QToolButton;
 
@@ -19,7 +19,7 @@ QList<QColor> paletteColors();
 inline constexpr int paletteColumns = 8;
 
 /// A pop-up with colours to choose from, by mouse or with the arrow keys. Closes with the choice.
-class ColorPalette : public QFrame {
+class ColorPalette : public QWidget {
     Q_OBJECT
 
   public:
@@ -32,6 +32,7 @@ class ColorPalette : public QFrame {
     void chosen(const QColor& color);
 
   protected:
+    void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
   private:

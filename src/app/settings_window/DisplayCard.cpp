@@ -5,6 +5,7 @@
 #include "L10n.h"
 #include "OverlayKeys.h"
 #include "OverlayPreview.h"
+#include "PageSlider.h"
 #include "Pieces.h"
 #include "TabParts.h"
 #include "Theme.h"
@@ -13,7 +14,6 @@
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QSlider>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -43,7 +43,7 @@ void addOpacity(Card& card, const TabContext& context) {
     auto* row = new QHBoxLayout(field);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(space::medium);
-    auto* slider = new QSlider(Qt::Horizontal, field);
+    auto* slider = new PageSlider(Qt::Horizontal, field);
     auto* percent = new QLabel(field);
     percent->setMinimumWidth(percent->fontMetrics().horizontalAdvance(u"100 %"_s));
     percent->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
