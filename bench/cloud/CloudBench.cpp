@@ -18,7 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <numbers>
@@ -235,10 +234,11 @@ int main(int argc, char** argv) {
     orv::setLogSink([](const QString&) {});
     const std::string_view what = argc == 4 ? argv[1] : "";
     if (what == "delay") {
-        return measureDelay(std::atoi(argv[2]), std::chrono::milliseconds(std::atoi(argv[3])));
+        return measureDelay(QByteArray(argv[2]).toInt(),
+                            std::chrono::milliseconds(QByteArray(argv[3]).toInt()));
     }
     if (what == "cost") {
-        return measureCost(QString::fromUtf8(argv[2]), std::atoi(argv[3]));
+        return measureCost(QString::fromUtf8(argv[2]), QByteArray(argv[3]).toInt());
     }
     std::cerr << "delay ROUNDS PACE_MS, or cost ENGINE SECONDS\n";
     return 2;

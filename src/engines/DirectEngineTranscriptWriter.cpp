@@ -124,15 +124,17 @@ DirectEngineTranscriptWriter::~DirectEngineTranscriptWriter() = default;
 
 void DirectEngineTranscriptWriter::append(const QString& original, const QString& translation,
                                           const QDateTime& timestamp) {
-    queue_.post([files = files_.get(), original, translation, timestamp] {
-        if (!files->txt.file.isOpen()) {
-            return;
-        }
-        files->txt.write(transcriptEntry(original, translation, timestamp));
-        const double start = static_cast<double>(files->startTime.msecsTo(timestamp)) / 1000.0;
-        files->srtIndex += 1;
-        files->srt.write(subtitleCue(files->srtIndex, start, original, translation));
-    });
+    // Never locked: the last owner must not be the queue, which joins its thread.
+    queue_.post(
+        [writer = weak_from_this(), files = files_.get(), original, translation, timestamp] {
+            if (writer.expired() || !files->txt.file.isOpen()) {
+                return;
+            }
+            files->txt.write(transcriptEntry(original, translation, timestamp));
+            const double start = static_cast<double>(files->startTime.msecsTo(timestamp)) / 1000.0;
+            files->srtIndex += 1;
+            files->srt.write(subtitleCue(files->srtIndex, start, original, translation));
+        });
 }
 
 void DirectEngineTranscriptWriter::close() {

@@ -29,7 +29,8 @@ QString subtitleCue(std::int64_t index, double startSeconds, const QString& orig
 /// Writes the results of one direct-engine run into a transcript and a subtitle file. Every entry
 /// is handed to the operating system by the time its write returns. Lives on the main thread; the
 /// files are touched only on the queue "io.tavrin.orv.transcript".
-class DirectEngineTranscriptWriter {
+class DirectEngineTranscriptWriter
+    : public std::enable_shared_from_this<DirectEngineTranscriptWriter> {
   public:
     /// Creates both files in `folder` (made when missing), named after the local time `opened`.
     /// Null, after a log line, when that fails.
@@ -37,7 +38,8 @@ class DirectEngineTranscriptWriter {
     open(const QString& folder, const QString& sourceLang, const QString& targetLang,
          const QDateTime& opened = QDateTime::currentDateTime());
 
-    /// Waits until every append has been written and closes.
+    /// Closes both files once the write under way has ended; entries that still wait are not
+    /// written any more. Whoever wants them calls `close` first.
     ~DirectEngineTranscriptWriter();
 
     /// Appends one result to both files; returns at once. An entry that cannot be written whole is

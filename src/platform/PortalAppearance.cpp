@@ -44,10 +44,12 @@ void PortalAppearance::setHandler(std::function<void(ColourScheme)> handler) {
         return;
     }
     if (!connected_) {
-        // Without the service's name: looking up its owner would wait for the bus.
-        connected_ = QDBusConnection::sessionBus().connect(
-            QString(), path, interface, u"SettingChanged"_s, this,
-            SLOT(settingChanged(QString, QString, QDBusVariant)));
+        // Without the service's name: looking up its owner would wait for the bus. The slot takes
+        // the whole message, since Qt refuses single parameters that are D-Bus variants until it
+        // has sent its first message.
+        connected_ =
+            QDBusConnection::sessionBus().connect(QString(), path, interface, u"SettingChanged"_s,
+                                                  this, SLOT(settingChanged(QDBusMessage)));
     }
     ask();
 }
@@ -68,10 +70,11 @@ void PortalAppearance::answered(QDBusPendingCallWatcher* call) {
     }
 }
 
-void PortalAppearance::settingChanged(const QString& group, const QString& key,
-                                      const QDBusVariant& value) {
-    if (group == appearanceGroup && key == schemeKey && handler_) {
-        handler_(colourSchemeFrom(value.variant()));
+void PortalAppearance::settingChanged(const QDBusMessage& message) {
+    const QVariantList arguments = message.arguments();
+    if (handler_ && arguments.size() == 3 && arguments[0].toString() == appearanceGroup &&
+        arguments[1].toString() == schemeKey) {
+        handler_(colourSchemeFrom(arguments[2]));
     }
 }
 

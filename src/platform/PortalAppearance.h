@@ -2,11 +2,12 @@
 
 #include "DesktopAppearance.h"
 
+// The slot's parameter has to be complete where the class is, else its calls are dropped silently.
+#include <QDBusMessage>
 #include <QObject>
 #include <QVariant>
 
 class QDBusPendingCallWatcher;
-class QDBusVariant;
 
 namespace orv {
 
@@ -22,7 +23,7 @@ class PortalAppearance : public QObject, public DesktopAppearance {
     void setHandler(std::function<void(ColourScheme)> handler) override;
 
   private Q_SLOTS:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void settingChanged(const QDBusMessage& message);
 
   private:
     void ask();

@@ -5,7 +5,8 @@ import os
 import unittest
 
 from harness.accessibility import Accessibility
-from harness.desktop import Desktop
+from harness.desktop import SCREEN, Desktop
+from harness.portal import Portal
 from harness.processes import end_on_signals, wait_until
 from harness.program import Program, write_settings
 from harness.sound import Sound
@@ -19,10 +20,12 @@ end_on_signals()
 class DesktopTest(unittest.TestCase):
     """A test that works on a private desktop. One to a process: see harness.accessibility."""
 
-    def open_desktop(self, tray=True, sound=True, **settings):
+    def open_desktop(self, tray=True, sound=True, portal=None, screen=SCREEN, **settings):
         context = contextlib.ExitStack()
         self.addCleanup(context.close)
-        self.desktop = context.enter_context(Desktop(tray=tray))
+        self.desktop = context.enter_context(Desktop(tray=tray, screen=screen))
+        if portal:
+            self.portal = Portal(self.desktop, portal)
         if sound:
             self.sound = Sound(self.desktop)
         else:

@@ -5,7 +5,12 @@ import unittest
 from support import DesktopTest
 
 from harness.processes import wait_until
-from harness.program import BACKEND_PORT, port_is_open, read_settings
+from harness.program import BACKEND_PORT, port_is_open, read_settings, write_settings
+
+_LAST_SWITCH = {"en": "Smart Pause Detection", "de": "Intelligente Pausenerkennung",
+                "es": "Detección inteligente de pausas",
+                "fr": "Détection intelligente des pauses",
+                "it": "Rilevamento intelligente delle pause"}
 
 
 class Panel(DesktopTest):
@@ -75,6 +80,50 @@ class Panel(DesktopTest):
         self.open_panel("Beenden")
         for name in ("Backend starten", "Übersetzung starten", "🎤 Mikrofon"):
             self.wait_for(name)
+
+    def test_a_key_starts_and_escape_closes_the_panel(self):
+        self.open_desktop()
+        self.start_program()
+        self.open_panel()
+        self.desktop.key("ctrl+Return")
+        self.wait_for("Please start the backend first.")
+        self.press("OK")
+        self.wait_until_gone("Please start the backend first.")
+        self.desktop.key("Escape")
+        self.wait_until_gone("Quit")
+
+    def test_the_panel_follows_the_desktop_from_light_to_dark(self):
+        self.open_desktop(portal="light")
+        self.start_program()
+        self.open_panel()
+        wait_until(lambda: self.panel_ground() > 0.9, "a light panel")
+        self.portal.set_scheme("dark")
+        wait_until(lambda: self.panel_ground() < 0.2, "a dark panel")
+        self.portal.set_scheme("light")
+        wait_until(lambda: self.panel_ground() > 0.9, "a light panel again")
+
+    def panel_ground(self):
+        """How bright the panel is, 0..1, near its upper left corner."""
+        x, y, width, height = max(self.desktop.windows("orvane"), key=lambda place: place[2])
+        return self.desktop.brightness(x + 6, y + 6)
+
+    def test_the_panel_fits_a_low_screen_in_every_language(self):
+        self.open_desktop(screen="1280x768x24")
+        for language, start in (("en", "Start Translation"), ("de", "Übersetzung starten"),
+                                ("es", "Iniciar traducción"), ("fr", "Démarrer la traduction"),
+                                ("it", "Avvia traduzione")):
+            with self.subTest(language):
+                write_settings(self.desktop, {"uiLanguage": language})
+                self.start_program()
+                self.desktop.click_tray()
+                x, y, width, height = self.accessibility.extents(self.wait_for(start))
+                self.assertLessEqual(x + width, 1280)
+                self.assertLessEqual(y + height, 768)
+                self.assertGreaterEqual(height, 30)
+                # Everything stands on screen at once: no section has to be scrolled to.
+                pause = self.accessibility.extents(self.wait_for(_LAST_SWITCH[language]))
+                self.assertLess(pause[1] + pause[3], y)
+                self.program.terminate()
 
     def test_choices_last_beyond_a_restart(self):
         self.open_desktop()

@@ -1,6 +1,7 @@
 #include "DirectEngineTranscriptWriter.h"
 
 #include "LogCapture.h"
+#include "UniqueFd.h"
 #include "WaitUntil.h"
 
 #include <QDir>
@@ -9,9 +10,15 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -92,14 +99,45 @@ TEST_F(TranscriptWriter, writesAnEmptyTranslationAsAnEmptyLine) {
     EXPECT_TRUE(srt().endsWith(u"\nHello\n\n\n"_s));
 }
 
-TEST_F(TranscriptWriter, writesEverythingAppendedBeforeItIsDestroyed) {
+TEST_F(TranscriptWriter, writesEverythingAppendedBeforeItIsClosed) {
     auto writer = open();
     for (int index = 0; index < 500; ++index) {
         writer->append(QString::number(index), u"x"_s, opened);
     }
+    writer->close();
     writer.reset();
     EXPECT_EQ(txt().count(u"Original: "_s), 500);
     EXPECT_TRUE(srt().contains(u"\n500\n"_s));
+}
+
+// The subtitle file is a pipe that nobody empties for a while, so that the first entry's write is
+// under way when the writer is released, and the second one waits.
+TEST_F(TranscriptWriter, releasedDuringAWriteFinishesItAndWritesNothingThatWaits) {
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const QByteArray pipe = QFile::encodeName(folder + u"/subtitles_20250301_143005.srt"_s);
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    const UniqueFd reader(::open(pipe.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    ASSERT_TRUE(reader.isOpen());
+    auto writer = open();
+    ASSERT_TRUE(writer);
+    writer->append(u"first"_s, QString(1 << 20, u'x'), opened);
+    ASSERT_TRUE(test::waitUntil([this] { return txt().contains(u"Original: first"_s); }));
+    writer->append(u"second"_s, u"waits"_s, opened);
+    const std::weak_ptr<DirectEngineTranscriptWriter> released = writer;
+    std::thread release([last = std::move(writer)]() mutable { last.reset(); });
+    EXPECT_TRUE(test::waitUntil([&released] { return released.expired(); }));
+    QByteArray cues;
+    std::array<char, 65536> block;
+    while (!cues.endsWith("\n\n")) {
+        const ssize_t taken = ::read(reader.get(), block.data(), block.size());
+        if (taken == 0) {
+            break;
+        }
+        cues.append(block.data(), std::max<ssize_t>(taken, 0));
+    }
+    release.join();
+    EXPECT_TRUE(cues.contains("first"));
+    EXPECT_FALSE(txt().contains(u"second"_s));
 }
 
 TEST_F(TranscriptWriter, ignoresEntriesAfterClosing) {

@@ -56,9 +56,6 @@ ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
         layout->addLayout(row, stretch);
     };
     addInset(header_, 0);
-    addInset(
-        new VMixWarningBanner(environment_.settings, environment_.vmix, environment_.l10n, this),
-        0);
     // The page reaches the edges, so that its scroll bar stands beside the sections.
     layout->addWidget(page);
     addInset(result_, 1);
@@ -78,6 +75,7 @@ QWidget* ControlPanel::makeSections() {
     auto* layout = new QVBoxLayout(sections);
     layout->setContentsMargins(space::large, 0, space::large, 0);
     layout->setSpacing(space::small);
+    layout->addWidget(new VMixWarningBanner(settings, environment_.vmix, l10n, sections));
     notice_ = new NoticeCard(sections);
     layout->addWidget(notice_);
     layout->addWidget(new BackendRow(environment_.engine, l10n, sections));

@@ -1,7 +1,9 @@
 #include "Bindings.h"
 
+#include "ColorField.h"
 #include "DefaultsStore.h"
 #include "FieldCombo.h"
+#include "HexColor.h"
 #include "L10n.h"
 #include "TranslationSettings.h"
 
@@ -55,18 +57,16 @@ BoundValue<bool> Bindings::storedBool(const QString& key, bool fallback) {
             }};
 }
 
-BoundValue<double> Bindings::storedDouble(const QString& key, double fallback) {
-    return {key, [this, key, fallback] { return store_.doubleValue(key).value_or(fallback); },
-            [this, key](double value) {
+BoundValue<double> Bindings::storedDouble(const QString& key, std::function<double()> read) {
+    return {key, std::move(read), [this, key](double value) {
                 store_.setDouble(key, value);
                 tellWritten(key);
             }};
 }
 
-BoundValue<QString> Bindings::storedString(const QString& key, const QString& fallback) {
-    return {key, [this, key, fallback] { return store_.string(key).value_or(fallback); },
-            [this, key](const QString& value) {
-                store_.setString(key, value);
+BoundValue<QColor> Bindings::storedColor(const QString& key, std::function<QColor()> read) {
+    return {key, std::move(read), [this, key](const QColor& value) {
+                store_.setString(key, toHexString(value));
                 tellWritten(key);
             }};
 }
@@ -140,6 +140,11 @@ void Bindings::bind(FieldCombo* combo, const BoundValue<QString>& value) {
         combo->setChosen(value.get());
     });
     connect(combo, &FieldCombo::chosen, this, [value](const QString& id) { value.set(id); });
+}
+
+void Bindings::bind(ColorField* field, const BoundValue<QColor>& value) {
+    follow(field, {value.field}, [field, value] { field->setColor(value.get()); });
+    connect(field, &ColorField::chosen, this, [value](const QColor& color) { value.set(color); });
 }
 
 void Bindings::bind(QSlider* slider, const BoundValue<double>& value) {

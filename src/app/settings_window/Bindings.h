@@ -2,6 +2,7 @@
 
 #include "Setting.h"
 
+#include <QColor>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -18,6 +19,7 @@ class QSpinBox;
 
 namespace orv {
 
+class ColorField;
 class DefaultsStore;
 class FieldCombo;
 class L10n;
@@ -53,10 +55,11 @@ class Bindings : public QObject {
                 [&setting](const T& value) { setting.set(value); }};
     }
 
-    // Values that stand in the store only, under `key`; absent they are `fallback`.
+    // Values that stand in the store only, under `key`: absent they are `fallback`, or `read` tells
+    // what they are. A colour is stored in hexadecimal.
     BoundValue<bool> storedBool(const QString& key, bool fallback);
-    BoundValue<double> storedDouble(const QString& key, double fallback);
-    BoundValue<QString> storedString(const QString& key, const QString& fallback);
+    BoundValue<double> storedDouble(const QString& key, std::function<double()> read);
+    BoundValue<QColor> storedColor(const QString& key, std::function<QColor()> read);
 
     /// A localised text.
     QString text(const QString& key) const;
@@ -75,6 +78,8 @@ class Bindings : public QObject {
     /// A port. Stored when it is complete: at the end of typing or by a step.
     void bind(QSpinBox* box, const BoundValue<std::int64_t>& value);
     void bind(FieldCombo* combo, const BoundValue<QString>& value);
+
+    void bind(ColorField* field, const BoundValue<QColor>& value);
 
     /// A share of 0 to 1, shown in hundredths.
     void bind(QSlider* slider, const BoundValue<double>& value);

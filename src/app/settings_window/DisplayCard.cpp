@@ -2,7 +2,6 @@
 
 #include "ColorField.h"
 #include "DefaultsStore.h"
-#include "HexColor.h"
 #include "L10n.h"
 #include "OverlayKeys.h"
 #include "OverlayPreview.h"
@@ -23,22 +22,23 @@ namespace orv {
 
 namespace {
 
-void addColor(Card& card, Bindings& bindings, const OverlayColor& color, const QString& key) {
+void addColor(Card& card, const TabContext& context, const OverlayColor& color,
+              const QString& key) {
+    Bindings& bindings = context.bindings;
+    const DefaultsStore& store = context.environment.store;
     auto* field = new ColorField(&card);
     QLabel* label = card.addField(field);
     bindings.translated(field, [&bindings, label, field, key] {
         nameField(label, field, bindings.text(key));
         field->setName(bindings.text(key));
     });
-    const auto value = bindings.storedString(color.key, color.fallback);
-    bindings.follow(field, {color.key}, [field, value, color] {
-        field->setColor(colorFromHex(value.get(), colorFromHex(color.fallback, Qt::black)));
-    });
-    QObject::connect(field, &ColorField::chosen, &bindings,
-                     [value](const QColor& chosen) { value.set(toHexString(chosen)); });
+    bindings.bind(field,
+                  bindings.storedColor(color.key, [color, &store] { return color.read(store); }));
 }
 
-void addOpacity(Card& card, Bindings& bindings) {
+void addOpacity(Card& card, const TabContext& context) {
+    Bindings& bindings = context.bindings;
+    const DefaultsStore& store = context.environment.store;
     auto* field = new QWidget(&card);
     auto* row = new QHBoxLayout(field);
     row->setContentsMargins(0, 0, 0, 0);
@@ -54,7 +54,9 @@ void addOpacity(Card& card, Bindings& bindings) {
     bindings.translated(field, [&bindings, label, slider] {
         nameField(label, slider, bindings.text(u"settings.overlay.opacity"_s));
     });
-    bindings.bind(slider, bindings.storedDouble(overlayOpacityKey(), overlayOpacityDefault));
+    bindings.bind(slider, bindings.storedDouble(overlayOpacityKey(), [&store] {
+        return OverlayDefaults::opacityValue(store);
+    }));
     bindings.follow(percent, {overlayOpacityKey()}, [slider, percent] {
         percent->setText(QString::number(slider->value()) + u" %"_s);
     });
@@ -82,10 +84,11 @@ void addPreview(Card& card, const TabContext& context) {
     });
     bindings.follow(preview, {u"showOriginal"_s},
                     [preview, context] { showSample(*preview, context); });
-    bindings.follow(preview,
-                    {overlayBackground().key, overlayText().key, overlayBorder().key,
-                     overlayBorderEnabledKey(), overlayOpacityKey()},
-                    [preview, &store] { preview->setLook(OverlayLook::from(store)); });
+    bindings.follow(
+        preview,
+        {overlayBackground().key, overlayText().key, overlayBorder().key, overlayBorderEnabledKey(),
+         overlayOpacityKey()},
+        [preview, &store] { preview->setAppearance(SubtitleAppearance::fromStore(store)); });
 }
 
 /// How the subtitles look, with a preview above what changes it.
@@ -96,10 +99,10 @@ void addAppearanceCard(CardColumn& column, const TabContext& context) {
     addPreview(card, context);
     addSwitch(card, bindings, u"settings.overlay.border"_s,
               bindings.storedBool(overlayBorderEnabledKey(), true));
-    addColor(card, bindings, overlayBackground(), u"settings.overlay.bgcolor"_s);
-    addColor(card, bindings, overlayText(), u"settings.overlay.textcolor"_s);
-    addColor(card, bindings, overlayBorder(), u"settings.overlay.bordercolor"_s);
-    addOpacity(card, bindings);
+    addColor(card, context, overlayBackground(), u"settings.overlay.bgcolor"_s);
+    addColor(card, context, overlayText(), u"settings.overlay.textcolor"_s);
+    addColor(card, context, overlayBorder(), u"settings.overlay.bordercolor"_s);
+    addOpacity(card, context);
 }
 
 } // namespace

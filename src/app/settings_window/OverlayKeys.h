@@ -1,25 +1,28 @@
 #pragma once
 
+#include "OverlayDefaults.h"
+
+#include <QColor>
 #include <QString>
 
 namespace orv {
 
-/// A colour of the subtitles: its key in the store and what it is without one, in hexadecimal.
+/// A colour of the subtitles: the key it is written under, and how it is read.
 struct OverlayColor {
     QString key;
-    QString fallback;
+    QColor (*read)(const DefaultsStore& store);
 };
 
 inline OverlayColor overlayBackground() {
-    return {QStringLiteral("overlayBgColor"), QStringLiteral("#90EE90")};
+    return {QStringLiteral("overlayBgColor"), OverlayDefaults::backgroundColor};
 }
 
 inline OverlayColor overlayText() {
-    return {QStringLiteral("overlayTextColor"), QStringLiteral("#000000")};
+    return {QStringLiteral("overlayTextColor"), OverlayDefaults::textColor};
 }
 
 inline OverlayColor overlayBorder() {
-    return {QStringLiteral("overlayBorderColor"), QStringLiteral("#2E7D32")};
+    return {QStringLiteral("overlayBorderColor"), OverlayDefaults::borderColor};
 }
 
 inline QString overlayBorderEnabledKey() {
@@ -29,7 +32,5 @@ inline QString overlayBorderEnabledKey() {
 inline QString overlayOpacityKey() {
     return QStringLiteral("overlayOpacity");
 }
-
-inline constexpr double overlayOpacityDefault = 0.85;
 
 } // namespace orv

@@ -21,7 +21,6 @@ constexpr int originalPixels = 11;
 constexpr int translationPixels = 17;
 constexpr int stageMargin = 14;
 constexpr int stageHeight = 112;
-constexpr float originalOpacity = 0.7F;
 
 QFont sized(QFont font, int pixels, QFont::Weight weight) {
     font.setPixelSize(pixels);
@@ -36,8 +35,8 @@ OverlayPreview::OverlayPreview(QWidget* parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-void OverlayPreview::setLook(const OverlayLook& look) {
-    look_ = look;
+void OverlayPreview::setAppearance(const SubtitleAppearance& appearance) {
+    appearance_ = appearance;
     update();
 }
 
@@ -77,23 +76,21 @@ void OverlayPreview::paintEvent(QPaintEvent* /*event*/) {
 
     QPen pen(Qt::NoPen);
     QRectF shape = box;
-    if (look_.hasBorder) {
-        pen = QPen(look_.border, borderWidth);
+    if (appearance_.border) {
+        pen = QPen(*appearance_.border, borderWidth);
         shape = box.adjusted(borderWidth / 2, borderWidth / 2, -borderWidth / 2, -borderWidth / 2);
     }
     painter.setPen(pen);
-    painter.setBrush(look_.background);
+    painter.setBrush(appearance_.background);
     painter.drawRoundedRect(shape, corner, corner);
 
     const QRectF inner = box.adjusted(sidePadding, verticalPadding, -sidePadding, -verticalPadding);
-    QColor quiet = look_.text;
-    quiet.setAlphaF(originalOpacity);
     painter.setFont(smallFont);
-    painter.setPen(quiet);
+    painter.setPen(appearance_.original);
     painter.drawText(QRectF(inner.topLeft(), QSizeF(inner.width(), smallHeight)), Qt::AlignCenter,
                      original_);
     painter.setFont(largeFont);
-    painter.setPen(look_.text);
+    painter.setPen(appearance_.translation);
     painter.drawText(QRectF(inner.left(), inner.bottom() - largeHeight, inner.width(), largeHeight),
                      Qt::AlignCenter, translation_);
 }

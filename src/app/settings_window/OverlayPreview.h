@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OverlayLook.h"
+#include "SubtitleAppearance.h"
 
 #include <QString>
 #include <QWidget>
@@ -15,7 +15,7 @@ class OverlayPreview : public QWidget {
   public:
     explicit OverlayPreview(QWidget* parent = nullptr);
 
-    void setLook(const OverlayLook& look);
+    void setAppearance(const SubtitleAppearance& appearance);
 
     /// `original` is the smaller line above; empty for none.
     void setTexts(const QString& original, const QString& translation);
@@ -28,7 +28,7 @@ class OverlayPreview : public QWidget {
   private:
     void paintStage(QPainter& painter) const;
 
-    OverlayLook look_;
+    SubtitleAppearance appearance_;
     QString original_;
     QString translation_;
 };

@@ -1,6 +1,7 @@
 #include "TabParts.h"
 
 #include "Pieces.h"
+#include "SwitchRow.h"
 #include "Theme.h"
 
 #include <QCheckBox>
@@ -42,7 +43,7 @@ QLabel* addHint(Card& card, Bindings& bindings, const QString& key) {
 
 QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
                      const BoundValue<bool>& value) {
-    auto* box = new QCheckBox(&card);
+    auto* box = new SwitchRow(&card);
     bindings.translated(box, key);
     bindings.bind(box, value);
     card.rows()->addWidget(box);

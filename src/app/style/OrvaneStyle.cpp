@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 using namespace Qt::StringLiterals;
@@ -25,6 +26,8 @@ namespace orv {
 namespace {
 
 constexpr int darkBelow = 128; ///< Lightness of a window's ground, 0..255.
+
+constexpr int alertTextWidth = 280; ///< Logical pixels; narrower lines are tiring.
 
 constexpr std::chrono::milliseconds sweepTime{1600}; ///< Of a bar without a known end.
 constexpr std::chrono::milliseconds sweepStep{33};
@@ -95,6 +98,11 @@ void OrvaneStyle::polish(QWidget* widget) {
             area->viewport()->setAutoFillBackground(false);
         }
     }
+    if (widget->objectName() == "qt_msgbox_label"_L1) {
+        widget->setFont(strongFont(widget->font()));
+    } else if (widget->objectName() == "qt_msgbox_informativelabel"_L1) {
+        widget->setMinimumWidth(alertTextWidth);
+    }
     if (widget->inherits("QTipLabel")) {
         widget->setPalette(theme_.palette());
     }
@@ -129,6 +137,10 @@ int OrvaneStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
 
 QSize OrvaneStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                     const QSize& size, const QWidget* widget) const {
+    if (type == CT_ItemViewItem) {
+        const QSize row = QProxyStyle::sizeFromContents(type, option, size, widget);
+        return {row.width(), std::max(row.height(), option->fontMetrics.height() + space::small)};
+    }
     return ownSize(type, option, size)
         .value_or(QProxyStyle::sizeFromContents(type, option, size, widget));
 }
@@ -194,7 +206,9 @@ bool OrvaneStyle::drawOwnPrimitive(PrimitiveElement element, const QStyleOption*
         drawRadio(theme_, *option, painter);
         return true;
     case PE_FrameFocusRect:
-        if (!option->rect.isEmpty() && showsFocus(*option)) {
+        // A chosen row is seen anyway.
+        if (!option->rect.isEmpty() && showsFocus(*option) &&
+            !option->state.testFlag(State_Selected)) {
             const PaintScope scope(painter);
             drawRing(painter, QRectF(option->rect), radius::item, theme_.accentText);
         }

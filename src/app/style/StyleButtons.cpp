@@ -14,6 +14,7 @@ namespace orv {
 namespace {
 
 constexpr int buttonPadding = 12;
+constexpr int narrowestButton = 64;
 constexpr int iconGap = 6;
 constexpr int tallButton = 38; ///< From this height on corners are rounder.
 constexpr qreal ringRoom = 3;  ///< Of a solid control that has the focus: the ring and a gap.
@@ -134,7 +135,8 @@ QSize pushButtonSize(const QStyleOptionButton& option) {
     const int text = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
     const int icon = option.icon.isNull() ? 0 : buttonIconSide;
     const int gap = text > 0 && icon > 0 ? iconGap : 0;
-    return {text + icon + gap + 2 * buttonPadding, controlHeight(option.fontMetrics)};
+    return {std::max(narrowestButton, text + icon + gap + 2 * buttonPadding),
+            controlHeight(option.fontMetrics)};
 }
 
 void drawPushButton(const Theme& theme, const QStyleOptionButton& option, ButtonKind kind,

@@ -150,6 +150,7 @@ std::optional<int> ownMetric(QStyle::PixelMetric metric) {
         return 2 * space::medium;
     case QStyle::PM_TabBarTabVSpace:
         return space::large;
+    case QStyle::PM_FocusFrameHMargin: // From a row's edge to its text.
     case QStyle::PM_ToolTipLabelFrameWidth:
         return 6;
     case QStyle::PM_MessageBoxIconSize:

@@ -46,7 +46,6 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setAttribute(Qt::WA_AlwaysStackOnTop);
     setAttribute(Qt::WA_QuitOnClose, false);
     setAttribute(Qt::WA_X11NetWmWindowTypeNotification);
     setFocusPolicy(Qt::NoFocus);

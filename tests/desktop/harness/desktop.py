@@ -208,3 +208,8 @@ class Desktop:
         """Saves a picture of the whole screen."""
         pathlib.Path(path).parent.mkdir(parents=True, exist_ok=True)
         self._run(["import", "-silent", "-window", "root", str(path)])
+
+    def brightness(self, x, y):
+        """How bright the pixel at (x, y) of the screen is, 0..1."""
+        return float(self._run(["import", "-silent", "-window", "root", "-crop", f"1x1+{x}+{y}",
+                                "-colorspace", "gray", "-format", "%[fx:mean]", "info:"]))

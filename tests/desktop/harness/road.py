@@ -92,7 +92,8 @@ class Road:
     tells the person who watches what happens."""
 
     def __init__(self, executable, install_backend, source=MICROPHONE_ROAD, language="en",
-                 settings=None, environment=None, tray=True, say=lambda text: None):
+                 settings=None, environment=None, tray=True, compositor=False,
+                 say=lambda text: None):
         self._executable = executable
         self._install_backend = install_backend
         self._source = source
@@ -100,7 +101,7 @@ class Road:
         self._settings = settings or {}
         self._environment = environment or {}
         self._say = say
-        self.desktop = Desktop(tray=tray)
+        self.desktop = Desktop(tray=tray, compositor=compositor)
         self._watch = None
 
     def __enter__(self):

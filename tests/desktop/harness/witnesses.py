@@ -6,11 +6,16 @@ own. None of them knows the program; each speaks the interface its original spea
 
 import contextlib
 import json
+import pathlib
+import re
 import select
 import socket
+import subprocess
 import threading
 import time
 import urllib.parse
+
+from .processes import wait_until
 
 
 class Witness:
@@ -29,9 +34,11 @@ class Witness:
         self._finished.set()
         self._thread.join()
 
-    def first_since(self, count, fits):
-        """When something that `fits` was first seen, looking from entry `count` on; None if not."""
-        return next((moment for moment, what in self.seen[count:] if fits(what)), None)
+    def first_since(self, count, fits, since=0.0):
+        """When something that `fits` was first seen, looking from entry `count` and the moment
+        `since` on; None if not."""
+        return next((moment for moment, what in self.seen[count:]
+                     if moment >= since and fits(what)), None)
 
     def _note(self, what):
         self.seen.append((time.monotonic(), what))
@@ -101,6 +108,53 @@ class Chatbox(Witness):
                     self._note(self._socket.recvfrom(65536)[0])
 
 
+class LogReader(Witness):
+    """Reads the program's log as it grows: notes each line."""
+
+    _PAUSE = 0.001
+
+    def __init__(self, program):
+        super().__init__()
+        self._file = program.log_file
+
+    def _work(self):
+        with self._file.open(encoding="utf-8", errors="replace") as log:
+            rest = ""
+            while not self._finished.wait(self._PAUSE):
+                *lines, rest = (rest + log.read()).split("\n")
+                for line in lines:
+                    self._note(line)
+
+
+class OscDump(Witness):
+    """liblo's oscdump on a UDP port: notes each message as (address, types, text, "T" or "F")."""
+
+    _MESSAGE = re.compile(r'^[0-9a-f]{8}\.[0-9a-f]{8} (/\S+) (\S+) "(.*)" #T #([TF])$', re.DOTALL)
+
+    def __init__(self, desktop, port):
+        super().__init__()
+        self.port = port
+        self._process = desktop.children.start(
+            ["oscdump", "-L", str(self.port)], stdout=subprocess.PIPE, text=True)
+        wait_until(self._listens, "oscdump")
+
+    def _listens(self):
+        ports = pathlib.Path("/proc/net/udp").read_text() + pathlib.Path("/proc/net/udp6").read_text()
+        return f":{self.port:04X} " in ports
+
+    def __exit__(self, *arguments):
+        self._process.terminate()
+        super().__exit__(*arguments)
+
+    def _work(self):
+        message = ""
+        for line in self._process.stdout:
+            message += line
+            if found := self._MESSAGE.match(message.rstrip("\n")):
+                self._note(found.groups())
+                message = ""
+
+
 class Page(Witness):
     """Asks for the overlay's document about a thousand times a second: notes each new one."""
 
@@ -141,7 +195,7 @@ class Paint(Witness):
         self._pid = pid
 
     def _work(self):
-        from Xlib import X, Xatom, display
+        from Xlib import Xatom, display
         from Xlib.ext import damage
         connection = display.Display(self._display)
         with contextlib.closing(connection):
@@ -152,7 +206,7 @@ class Paint(Witness):
             while not self._finished.is_set():
                 for window in root.query_tree().children:
                     self._watch(connection, window, watched, pid_atom, Xatom, damage)
-                self._hear(connection, watched, damage, X)
+                self._hear(connection, watched)
 
     def _watch(self, connection, window, watched, pid_atom, xatom, damage):
         from Xlib import error
@@ -165,13 +219,12 @@ class Paint(Witness):
             if owner.value[0] == self._pid:
                 watched[window.id] = window.damage_create(damage.DamageReportNonEmpty)
 
-    def _hear(self, connection, watched, damage, x):
-        del x
+    def _hear(self, connection, watched):
         if not connection.pending_events():
             select.select([connection.fileno()], [], [], 0.05 if watched else 0.005)
         while connection.pending_events():
             event = connection.next_event()
-            if isinstance(event, damage.DamageNotify) or hasattr(event, "damage"):
+            if event.type == connection.extension_event.DamageNotify:
                 self._note((event.area.width, event.area.height))
                 connection.damage_subtract(event.damage, 0, 0)
                 connection.flush()
