@@ -2,6 +2,7 @@
 
 #include "DesktopAppearance.h"
 #include "DisplayPlatform.h"
+#include "FontPreparation.h"
 #include "Log.h"
 #include "Look.h"
 #include "SessionEnd.h"
@@ -57,6 +58,8 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
     const StallWatch stallWatch(std::chrono::milliseconds(50), logStall);
 #endif
     instance.answerWith([&shell] { return shell.showPanel(); });
+    // Once the icon is there: the panel's first opening is the next to need them.
+    const FontPreparation fonts;
     const int status = QApplication::exec();
     instance.answerWith([] { return false; });
     shell.finish();

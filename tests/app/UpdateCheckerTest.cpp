@@ -255,7 +255,8 @@ TEST_F(UpdateCheckerTest, leavesACircleOfRedirections) {
                     {u"status"_s, 302},
                     {u"headers"_s, QJsonObject{{u"Location"_s, u"/round"_s}}}});
     expectFailureAndFallback(at(u"/round"_s));
-    EXPECT_LE(server().count(u"request"_s), mostRedirections + 2);
+    // A request on a connection that closes at that moment is sent again.
+    EXPECT_LE(server().count(u"request"_s), 3 * mostRedirections);
 }
 
 class UpdateCheckerLedAway : public UpdateCheckerTest,

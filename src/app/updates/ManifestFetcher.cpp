@@ -78,6 +78,7 @@ void ManifestFetcher::fetch(const QUrl& url, std::chrono::milliseconds limit, co
     // The timer belongs to the reply and goes with it.
     auto* timer = new QTimer(reply);
     timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, reply, [finish] { finish({{}, u"Zeitüberschreitung"_s}); });
     timer->start(limit);
 }
