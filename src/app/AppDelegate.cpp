@@ -206,6 +206,9 @@ void AppDelegate::setTranslating(bool isTranslating) {
 }
 
 void AppDelegate::trayAvailabilityChanged(bool available) {
+    if (environment_.trayChanged) {
+        environment_.trayChanged(available);
+    }
     // A panel that is open as a window when the tray comes stays; one that is hidden when the tray
     // goes would be out of reach.
     if (!available) {

@@ -52,6 +52,8 @@ struct DelegateEnvironment {
     std::function<void()> terminate; ///< Asks the program to end.
     /// Makes the content of the settings window.
     std::function<std::unique_ptr<QWidget>()> makeSettings;
+    /// The tray has come or gone, and the panel is about to be shown accordingly.
+    std::function<void(bool available)> trayChanged = {};
     DelegateTimings timings = {};
 };
 

@@ -18,6 +18,7 @@
 #include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
+#include "ToolkitTexts.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -49,6 +50,7 @@ Shell::~Shell() = default;
 void Shell::createSettings() {
     registerDefaultValues(store_);
     l10n_ = std::make_unique<L10n>(store_, systemLanguageCode());
+    toolkitTexts_ = std::make_unique<ToolkitTexts>(*l10n_);
     overlayServer_ = std::make_unique<OverlayServer>(store_);
     settings_ =
         std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
@@ -141,7 +143,13 @@ void Shell::createInterface() {
                                     vrchat_->sendToVRChat(original, translation);
                                 },
                             .terminate = terminate_,
-                            .makeSettings = [this] { return makeSettings(); }});
+                            .makeSettings = [this] { return makeSettings(); },
+                            .trayChanged =
+                                [this](bool available) {
+                                    if (panel_ != nullptr) {
+                                        panel_->setHasTray(available);
+                                    }
+                                }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
@@ -155,6 +163,7 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                    window_.close();
                                    delegate_->showSettingsWindow();
                                }});
+    panel_->setHasTray(tray_->isAvailable());
     auto window = std::make_unique<PanelWindow>(
         panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
     const auto showTitle = [this, panel = window.get()] {

@@ -26,6 +26,7 @@ class OverlayServer;
 class OverlayWindow;
 class PortProbe;
 class SpeechSynthesizer;
+class ToolkitTexts;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
@@ -74,6 +75,7 @@ class Shell {
     NotificationCentre notifications_;
     DefaultsStore store_;
     std::unique_ptr<L10n> l10n_;
+    std::unique_ptr<ToolkitTexts> toolkitTexts_;
     std::unique_ptr<OverlayServer> overlayServer_;
     std::unique_ptr<TranslationSettings> settings_;
     std::unique_ptr<VRChatOutput> vrchat_;

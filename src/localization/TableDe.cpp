@@ -15,6 +15,7 @@ std::span<const TextEntry> germanTexts() {
         {u"main.backend.stop", u"Backend stoppen"},
         {u"main.stopping", u"Letzte Übersetzung wird verarbeitet..."},
         {u"main.start", u"Übersetzung starten"},
+        {u"main.start.tip", u"Startet oder stoppt die Übersetzung (%1)"},
         {u"main.stop", u"Übersetzung stoppen"},
         {u"main.settings", u"Einstellungen"},
         {u"main.quit", u"Beenden"},
@@ -25,6 +26,8 @@ std::span<const TextEntry> germanTexts() {
         {u"audio.app", u"📱 Einzelne App"},
         {u"audio.mic.label", u"Mikrofon"},
         {u"audio.mic.default", u"Standardmikrofon"},
+        {u"audio.mic.none",
+         u"Kein Mikrofon gefunden. Schließen Sie eines an und aktualisieren Sie die Liste."},
         {u"audio.level", u"Pegel"},
         {u"audio.gain.auto", u"Automatische Verstärkung"},
         {u"audio.gain.label", u"Verstärkung"},
@@ -44,6 +47,8 @@ std::span<const TextEntry> germanTexts() {
         {u"audio.app.placeholder", u"-- App auswählen --"},
         {u"audio.app.only", u"Nimmt nur den Ton der gewählten App auf"},
         {u"audio.app.refresh", u"Liste aktualisieren"},
+        {u"audio.app.none", u"Gerade gibt keine App Ton aus. Starten Sie dort die Wiedergabe und "
+                            u"aktualisieren Sie die Liste."},
         {u"vad.toggle", u"Intelligente Pausenerkennung"},
         {u"vad.active", u"aktiv"},
         {u"vad.fixed", u"fester 3s-Takt"},
@@ -120,6 +125,7 @@ std::span<const TextEntry> germanTexts() {
         {u"settings.obs.enable", u"Browser-Overlay aktivieren"},
         {u"settings.obs.port", u"Port"},
         {u"settings.obs.copy", u"URL kopieren"},
+        {u"settings.obs.copied", u"Kopiert"},
         {u"settings.obs.hint", u"In OBS: Quelle hinzufügen → Browser → diese URL eingeben. Der "
                                u"Hintergrund ist transparent."},
         {u"settings.vrc.section", u"VRChat-Chatbox (OSC)"},
@@ -257,6 +263,13 @@ std::span<const TextEntry> germanTexts() {
          u"Backend veraltet (v%1). Bitte scripts/install-backend ausführen oder Backend-Dateien "
          u"manuell aktualisieren."},
         {u"panel.result.empty", u"Hier erscheinen die Übersetzungen."},
+        {u"panel.help.backend",
+         u"Starten Sie zuerst das Backend: Es erkennt und übersetzt auf diesem Computer."},
+        {u"panel.help.start",
+         u"Wählen Sie Quelle und Sprachen und starten Sie dann die Übersetzung."},
+        {u"panel.notray",
+         u"Hier gibt es keinen Infobereich, daher bleibt ORV in diesem Fenster. Schließen beendet "
+         u"ORV; solange etwas läuft, wird das Fenster nur minimiert."},
     };
     return entries;
 }

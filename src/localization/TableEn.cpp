@@ -15,6 +15,7 @@ std::span<const TextEntry> englishTexts() {
         {u"main.backend.stop", u"Stop Backend"},
         {u"main.stopping", u"Processing last translation..."},
         {u"main.start", u"Start Translation"},
+        {u"main.start.tip", u"Starts or stops the translation (%1)"},
         {u"main.stop", u"Stop Translation"},
         {u"main.settings", u"Settings"},
         {u"main.quit", u"Quit"},
@@ -25,6 +26,7 @@ std::span<const TextEntry> englishTexts() {
         {u"audio.app", u"📱 Single App"},
         {u"audio.mic.label", u"Microphone"},
         {u"audio.mic.default", u"Default Microphone"},
+        {u"audio.mic.none", u"No microphone found. Connect one, then refresh the list."},
         {u"audio.level", u"Level"},
         {u"audio.gain.auto", u"Auto Gain"},
         {u"audio.gain.label", u"Gain"},
@@ -43,6 +45,8 @@ std::span<const TextEntry> englishTexts() {
         {u"audio.app.placeholder", u"-- Select an App --"},
         {u"audio.app.only", u"Captures only the sound of the selected app"},
         {u"audio.app.refresh", u"Refresh List"},
+        {u"audio.app.none",
+         u"No app is playing sound right now. Start playback there, then refresh the list."},
         {u"vad.toggle", u"Smart Pause Detection"},
         {u"vad.active", u"active"},
         {u"vad.fixed", u"fixed 3s ticks"},
@@ -116,6 +120,7 @@ std::span<const TextEntry> englishTexts() {
         {u"settings.obs.enable", u"Enable browser overlay"},
         {u"settings.obs.port", u"Port"},
         {u"settings.obs.copy", u"Copy URL"},
+        {u"settings.obs.copied", u"Copied"},
         {u"settings.obs.hint",
          u"In OBS: Add Source → Browser → enter this URL. The background is transparent."},
         {u"settings.vrc.section", u"VRChat Chatbox (OSC)"},
@@ -251,6 +256,11 @@ std::span<const TextEntry> englishTexts() {
          u"The backend is outdated (v%1). Please run scripts/install-backend or update the backend "
          u"files by hand."},
         {u"panel.result.empty", u"Translations appear here."},
+        {u"panel.help.backend",
+         u"Start the backend first: it recognizes and translates on this computer."},
+        {u"panel.help.start", u"Choose source and languages, then start the translation."},
+        {u"panel.notray", u"There is no tray here, so ORV stays in this window. Closing it quits "
+                          u"ORV; while something is running, it is only minimized."},
     };
     return entries;
 }

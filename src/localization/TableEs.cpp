@@ -15,6 +15,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"main.backend.stop", u"Detener backend"},
         {u"main.stopping", u"Procesando la última traducción..."},
         {u"main.start", u"Iniciar traducción"},
+        {u"main.start.tip", u"Inicia o detiene la traducción (%1)"},
         {u"main.stop", u"Detener traducción"},
         {u"main.settings", u"Ajustes"},
         {u"main.quit", u"Salir"},
@@ -25,6 +26,8 @@ std::span<const TextEntry> spanishTexts() {
         {u"audio.app", u"📱 Una sola app"},
         {u"audio.mic.label", u"Micrófono"},
         {u"audio.mic.default", u"Micrófono predeterminado"},
+        {u"audio.mic.none",
+         u"No se ha encontrado ningún micrófono. Conecte uno y actualice la lista."},
         {u"audio.level", u"Nivel"},
         {u"audio.gain.auto", u"Ganancia automática"},
         {u"audio.gain.label", u"Ganancia"},
@@ -44,6 +47,8 @@ std::span<const TextEntry> spanishTexts() {
         {u"audio.app.placeholder", u"-- Elija una app --"},
         {u"audio.app.only", u"Captura solo el sonido de la app elegida"},
         {u"audio.app.refresh", u"Actualizar lista"},
+        {u"audio.app.none", u"Ninguna app está reproduciendo sonido ahora. Inicie la reproducción "
+                            u"y actualice la lista."},
         {u"vad.toggle", u"Detección inteligente de pausas"},
         {u"vad.active", u"activa"},
         {u"vad.fixed", u"intervalos fijos de 3s"},
@@ -120,6 +125,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"settings.obs.enable", u"Activar el overlay para navegador"},
         {u"settings.obs.port", u"Puerto"},
         {u"settings.obs.copy", u"Copiar URL"},
+        {u"settings.obs.copied", u"Copiado"},
         {u"settings.obs.hint",
          u"En OBS: Añadir fuente → Navegador → introduzca esta URL. El fondo es transparente."},
         {u"settings.vrc.section", u"Chatbox de VRChat (OSC)"},
@@ -258,6 +264,11 @@ std::span<const TextEntry> spanishTexts() {
          u"El backend está desactualizado (v%1). Ejecute scripts/install-backend o actualice los "
          u"archivos del backend a mano."},
         {u"panel.result.empty", u"Aquí aparecen las traducciones."},
+        {u"panel.help.backend", u"Inicie primero el backend: reconoce y traduce en este equipo."},
+        {u"panel.help.start", u"Elija la fuente y los idiomas y, después, inicie la traducción."},
+        {u"panel.notray",
+         u"Aquí no hay bandeja del sistema, así que ORV permanece en esta ventana. Al cerrarla, se "
+         u"sale de ORV; mientras haya algo en marcha, solo se minimiza."},
     };
     return entries;
 }

@@ -15,6 +15,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"main.backend.stop", u"Arrêter le backend"},
         {u"main.stopping", u"Traitement de la dernière traduction..."},
         {u"main.start", u"Démarrer la traduction"},
+        {u"main.start.tip", u"Démarre ou arrête la traduction (%1)"},
         {u"main.stop", u"Arrêter la traduction"},
         {u"main.settings", u"Réglages"},
         {u"main.quit", u"Quitter"},
@@ -25,6 +26,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"audio.app", u"📱 Une seule app"},
         {u"audio.mic.label", u"Microphone"},
         {u"audio.mic.default", u"Microphone par défaut"},
+        {u"audio.mic.none", u"Aucun microphone trouvé. Branchez-en un, puis actualisez la liste."},
         {u"audio.level", u"Niveau"},
         {u"audio.gain.auto", u"Gain automatique"},
         {u"audio.gain.label", u"Gain"},
@@ -44,6 +46,8 @@ std::span<const TextEntry> frenchTexts() {
         {u"audio.app.placeholder", u"-- Choisissez une app --"},
         {u"audio.app.only", u"Capture uniquement le son de l'app choisie"},
         {u"audio.app.refresh", u"Actualiser la liste"},
+        {u"audio.app.none", u"Aucune app ne diffuse de son pour le moment. Lancez-y la lecture, "
+                            u"puis actualisez la liste."},
         {u"vad.toggle", u"Détection intelligente des pauses"},
         {u"vad.active", u"active"},
         {u"vad.fixed", u"intervalles fixes de 3s"},
@@ -120,6 +124,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.obs.enable", u"Activer l'overlay navigateur"},
         {u"settings.obs.port", u"Port"},
         {u"settings.obs.copy", u"Copier l'URL"},
+        {u"settings.obs.copied", u"Copié"},
         {u"settings.obs.hint", u"Dans OBS : Ajouter une source → Navigateur → saisissez cette URL. "
                                u"L'arrière-plan est transparent."},
         {u"settings.vrc.section", u"Chatbox VRChat (OSC)"},
@@ -260,6 +265,12 @@ std::span<const TextEntry> frenchTexts() {
          u"Le backend est obsolète (v%1). Exécutez scripts/install-backend ou mettez à jour les "
          u"fichiers du backend à la main."},
         {u"panel.result.empty", u"Les traductions s'affichent ici."},
+        {u"panel.help.backend",
+         u"Démarrez d'abord le backend : il reconnaît et traduit sur cet ordinateur."},
+        {u"panel.help.start", u"Choisissez la source et les langues, puis démarrez la traduction."},
+        {u"panel.notray",
+         u"Il n'y a pas de zone de notification ici : ORV reste donc dans cette fenêtre. La fermer "
+         u"quitte ORV ; si une tâche est en cours, elle est seulement réduite."},
     };
     return entries;
 }

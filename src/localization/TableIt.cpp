@@ -15,6 +15,7 @@ std::span<const TextEntry> italianTexts() {
         {u"main.backend.stop", u"Arresta backend"},
         {u"main.stopping", u"Elaborazione dell'ultima traduzione..."},
         {u"main.start", u"Avvia traduzione"},
+        {u"main.start.tip", u"Avvia o arresta la traduzione (%1)"},
         {u"main.stop", u"Arresta traduzione"},
         {u"main.settings", u"Impostazioni"},
         {u"main.quit", u"Esci"},
@@ -25,6 +26,7 @@ std::span<const TextEntry> italianTexts() {
         {u"audio.app", u"📱 Singola app"},
         {u"audio.mic.label", u"Microfono"},
         {u"audio.mic.default", u"Microfono predefinito"},
+        {u"audio.mic.none", u"Nessun microfono trovato. Collegarne uno e aggiornare l'elenco."},
         {u"audio.level", u"Livello"},
         {u"audio.gain.auto", u"Guadagno automatico"},
         {u"audio.gain.label", u"Guadagno"},
@@ -43,6 +45,8 @@ std::span<const TextEntry> italianTexts() {
         {u"audio.app.placeholder", u"-- Scegliere un'app --"},
         {u"audio.app.only", u"Cattura solo l'audio dell'app scelta"},
         {u"audio.app.refresh", u"Aggiorna elenco"},
+        {u"audio.app.none",
+         u"Al momento nessuna app riproduce audio. Avviare la riproduzione e aggiornare l'elenco."},
         {u"vad.toggle", u"Rilevamento intelligente delle pause"},
         {u"vad.active", u"attivo"},
         {u"vad.fixed", u"intervalli fissi di 3s"},
@@ -119,6 +123,7 @@ std::span<const TextEntry> italianTexts() {
         {u"settings.obs.enable", u"Attiva l'overlay per browser"},
         {u"settings.obs.port", u"Porta"},
         {u"settings.obs.copy", u"Copia URL"},
+        {u"settings.obs.copied", u"Copiato"},
         {u"settings.obs.hint",
          u"In OBS: Aggiungi sorgente → Browser → inserire questo URL. Lo sfondo è trasparente."},
         {u"settings.vrc.section", u"Chatbox di VRChat (OSC)"},
@@ -258,6 +263,12 @@ std::span<const TextEntry> italianTexts() {
          u"Il backend è obsoleto (v%1). Eseguire scripts/install-backend o aggiornare a mano i "
          u"file del backend."},
         {u"panel.result.empty", u"Qui compaiono le traduzioni."},
+        {u"panel.help.backend",
+         u"Avviare prima il backend: riconosce e traduce su questo computer."},
+        {u"panel.help.start", u"Scegliere sorgente e lingue, poi avviare la traduzione."},
+        {u"panel.notray",
+         u"Qui non c'è un'area di notifica, quindi ORV resta in questa finestra. Chiudendola si "
+         u"esce da ORV; se qualcosa è in corso, viene solo ridotta a icona."},
     };
     return entries;
 }

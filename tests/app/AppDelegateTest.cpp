@@ -63,6 +63,10 @@ class AppDelegateTest : public ::testing::Test {
                     settingsWindows.append(window.get());
                     return window;
                 },
+            .trayChanged =
+                [this](bool available) {
+                    panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
+                },
             .timings = timings});
         delegate->applicationDidFinishLaunching();
     }
@@ -111,7 +115,7 @@ TEST_F(AppDelegateTest, showsThePanelAsAWindowWhereThereIsNoTray) {
 TEST_F(AppDelegateTest, bringsThePanelBackWhenTheTrayGoes) {
     launch();
     tray.availabilityChanged(false);
-    EXPECT_EQ(panel.calls, QStringList{u"showAsWindow"_s});
+    EXPECT_EQ(panel.calls, (QStringList{u"tray went"_s, u"showAsWindow"_s}));
 }
 
 TEST_F(AppDelegateTest, leavesAnOpenWindowAloneWhenATrayComes) {
@@ -119,7 +123,7 @@ TEST_F(AppDelegateTest, leavesAnOpenWindowAloneWhenATrayComes) {
     launch();
     tray.availabilityChanged(true);
     EXPECT_TRUE(panel.shown);
-    EXPECT_EQ(panel.calls, QStringList{u"showAsWindow"_s});
+    EXPECT_EQ(panel.calls, (QStringList{u"showAsWindow"_s, u"tray came"_s}));
 }
 
 TEST_F(AppDelegateTest, doesNotStartTheBackendUnlessAsked) {

@@ -266,6 +266,46 @@ TEST_F(ControlPanelTest, listsDevicesAndApplicationsAsTheyCome) {
     EXPECT_EQ(settings.selectedApp.get()->name, u"VLC"_s);
 }
 
+TEST_F(ControlPanelTest, emptyListsSayHowToFillThem) {
+    button(u"audio.app.refresh"_s)->click();
+    ASSERT_TRUE(waitUntil([this] { return shows(text(u"audio.mic.none"_s)); }));
+    settings.audioSourceType.set(AudioSourceType::SingleApp);
+    EXPECT_TRUE(shows(text(u"audio.app.none"_s)));
+    EXPECT_FALSE(shows(text(u"audio.drm.warning.short"_s)));
+    sound.answers().inputDevices = {{.id = u"usb"_s, .name = u"USB Mic"_s}};
+    sound.answers().capturableApps = QList<RunningApp>{{.bundleId = u"vlc"_s, .name = u"VLC"_s}};
+    button(u"audio.app.refresh"_s)->click();
+    ASSERT_TRUE(waitUntil([this] { return shows(text(u"audio.drm.warning.short"_s)); }));
+    EXPECT_FALSE(shows(text(u"audio.app.none"_s)));
+    settings.audioSourceType.set(AudioSourceType::Microphone);
+    EXPECT_FALSE(shows(text(u"audio.mic.none"_s)));
+}
+
+TEST_F(ControlPanelTest, theEmptyResultNamesTheNextStep) {
+    const auto* result = panel.findChild<ReadingText*>();
+    EXPECT_EQ(result->placeholderText(), text(u"panel.help.backend"_s));
+    adoptBackend();
+    EXPECT_EQ(result->placeholderText(), text(u"panel.help.start"_s));
+    controller.startTranslation();
+    EXPECT_EQ(result->placeholderText(), text(u"panel.result.empty"_s));
+    controller.stopTranslation();
+    EXPECT_EQ(result->placeholderText(), text(u"panel.result.empty"_s)) << "the end is awaited";
+    capture.finishStops();
+    EXPECT_EQ(result->placeholderText(), text(u"panel.help.start"_s));
+    l10n.setCurrent(UILanguage::French);
+    EXPECT_EQ(result->placeholderText(), text(u"panel.help.start"_s));
+}
+
+TEST_F(ControlPanelTest, tellsThatItsWindowIsTheOnlyWayInWhileThereIsNoTray) {
+    EXPECT_FALSE(shows(text(u"panel.notray"_s)));
+    panel.setHasTray(false);
+    EXPECT_TRUE(shows(text(u"panel.notray"_s)));
+    l10n.setCurrent(UILanguage::Italian);
+    EXPECT_TRUE(shows(text(u"panel.notray"_s)));
+    panel.setHasTray(true);
+    EXPECT_FALSE(shows(text(u"panel.notray"_s)));
+}
+
 TEST_F(ControlPanelTest, refusesSingleAppUntilOneIsChosen) {
     adoptBackend();
     button(u"audio.app"_s)->click();
@@ -391,7 +431,8 @@ TEST_F(ControlPanelTest, keysStartAndStop) {
         EXPECT_NE(controller.isTranslating(), before);
         capture.finishStops();
     }
-    EXPECT_TRUE(button(u"main.start"_s)->toolTip().contains(u"Ctrl"_s));
+    EXPECT_EQ(button(u"main.start"_s)->toolTip(),
+              u"Starts or stops the translation (Ctrl+Return)"_s);
 }
 
 TEST_F(ControlPanelTest, tabReachesEveryControlOnceAndInReadingOrder) {
@@ -449,6 +490,9 @@ TEST_F(ControlPanelTest, errorsAreSaidInFullAndTheSectionKeepsItsHeight) {
 
 /// Every text that people read has the room it asks for.
 TEST_F(ControlPanelTest, nothingIsCutOffInAnyLanguage) {
+    panel.setHasTray(false);
+    button(u"audio.app.refresh"_s)->click();
+    ASSERT_TRUE(waitUntil([this] { return shows(text(u"audio.mic.none"_s)); }));
     adoptBackend();
     controller.startTranslation();
     QList<std::pair<UILanguage, AudioSourceType>> cases;

@@ -53,6 +53,32 @@ TEST(StatusLine, theEndThatIsAwaitedComesFirst) {
               (StatusLine{.headline = u"<main.stopping>"_s, .tone = Tone::Busy}));
 }
 
+TEST(DeviceHint, isThereOnlyWithoutAnyDevice) {
+    EXPECT_EQ(deviceHint({}, true, keyAsText), u"<audio.mic.none>"_s);
+    EXPECT_EQ(deviceHint({{.id = u"a"_s, .name = u"Mic A"_s}}, true, keyAsText), QString());
+}
+
+TEST(DeviceHint, isSilentWhereNothingIsKnownAboutDevices) {
+    EXPECT_EQ(deviceHint({}, false, keyAsText), QString());
+}
+
+TEST(AppHint, helpsOnlyWithoutAnyApplication) {
+    const RunningApp app{.bundleId = u"org.example.Player"_s, .name = u"Player"_s};
+    EXPECT_EQ(appHint({}, true, keyAsText), u"<audio.app.none>"_s);
+    EXPECT_EQ(appHint({app}, true, keyAsText), u"<audio.drm.warning.short>"_s);
+    EXPECT_EQ(appHint({}, false, keyAsText), u"<audio.drm.warning.short>"_s);
+}
+
+TEST(ResultHelp, namesTheNextStep) {
+    EXPECT_EQ(resultHelp(false, false, keyAsText), u"<panel.help.backend>"_s);
+    EXPECT_EQ(resultHelp(true, false, keyAsText), u"<panel.help.start>"_s);
+    EXPECT_EQ(resultHelp(true, true, keyAsText), u"<panel.result.empty>"_s);
+}
+
+TEST(ResultHelp, doesNotAskForABackendThatEndsDuringARun) {
+    EXPECT_EQ(resultHelp(false, true, keyAsText), u"<panel.result.empty>"_s);
+}
+
 TEST(DeviceEntries, beginWithTheDefaultInput) {
     EXPECT_EQ(deviceEntries({{.id = u"a"_s, .name = u"Mic A"_s}}, {}, keyAsText),
               (QList<FieldEntry>{{.id = {}, .text = u"<audio.mic.default>"_s},

@@ -116,6 +116,12 @@ TEST(StringTable, allLanguagesHaveTheSameKeysInTheSameOrder) {
     }
 }
 
+TEST(StringTable, everyTableHolds225Texts) {
+    for (const UILanguage language : UILanguage::allCases()) {
+        EXPECT_EQ(table(language).keys().size(), 225) << qPrintable(language.rawValue());
+    }
+}
+
 TEST(StringTable, noKeyOccursTwice) {
     const QStringList& keys = table(UILanguage::German).keys();
     EXPECT_EQ(QSet<QString>(keys.begin(), keys.end()).size(), keys.size());

@@ -46,6 +46,7 @@ TEST_F(GeneralTabTest, theOverlaysAddressFollowsItsPortAndIsCopied) {
     settings.obsOverlayPort.set(9001);
     press(text(u"settings.obs.copy"_s));
     EXPECT_EQ(QGuiApplication::clipboard()->text(), u"http://localhost:9001/overlay"_s);
+    EXPECT_NE(control<QAbstractButton>(text(u"settings.obs.copied"_s)), nullptr);
 }
 
 TEST(OverlayAddress, namesThePortThatIsServed) {

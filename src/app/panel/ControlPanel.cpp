@@ -15,9 +15,11 @@
 #include "Symbols.h"
 #include "Theme.h"
 #include "TranslationController.h"
+#include "TranslationEngine.h"
 #include "TranslationSettings.h"
 #include "VMixWarningBanner.h"
 
+#include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
@@ -46,6 +48,8 @@ ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
     auto* page = new PanelPage(makeSections(), this);
     result_ = new ResultSection(this);
     startStop_ = makeButton(this, ButtonKind::Primary);
+    noTray_ = makeHint(this);
+    noTray_->hide();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, space::medium, 0, space::medium);
     layout->setSpacing(space::small);
@@ -60,6 +64,7 @@ ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
     layout->addWidget(page);
     addInset(result_, 1);
     addInset(startStop_, 0);
+    addInset(noTray_, 0);
     startStop_->setMinimumHeight(mainButtonHeight);
     setMinimumWidth(panelWidth);
     addKeys();
@@ -110,12 +115,14 @@ void ControlPanel::connectState() {
     });
     connect(&environment_.controller, &TranslationController::stateChanged, this,
             &ControlPanel::refreshRun);
+    connect(&environment_.engine, &TranslationEngine::isRunningChanged, this,
+            &ControlPanel::refreshRun);
     connect(&environment_.l10n, &L10n::currentChanged, this, &ControlPanel::translate);
 }
 
 void ControlPanel::translate() {
     header_->translate([this](const QString& key) { return text(key); });
-    result_->setEmptyText(text(u"panel.result.empty"_s));
+    noTray_->setText(text(u"panel.notray"_s));
     refreshRun();
 }
 
@@ -125,16 +132,21 @@ void ControlPanel::refreshRun() {
     const bool runs = controller.isTranslating();
     startStop_->setText(text(runs ? u"main.stop"_s : u"main.start"_s));
     startStop_->setIcon(symbol(runs ? u"stop.circle.fill"_s : u"play.circle.fill"_s));
-    startStop_->setToolTip(QKeySequence(startStopKeys).toString(QKeySequence::NativeText));
+    startStop_->setToolTip(
+        text(u"main.start.tip"_s)
+            .arg(QKeySequence(startStopKeys).toString(QKeySequence::NativeText)));
     setButtonKind(*startStop_, runs ? ButtonKind::Danger : ButtonKind::Primary);
+    const auto lookUp = [this](const QString& key) { return text(key); };
     const StatusLine status = statusLine({.isTranslating = runs,
                                           .isStopping = controller.isStopping(),
                                           .backendStatus = audio.backendStatus(),
                                           .isModelLoading = audio.isModelLoading(),
                                           .hasEngineError = audio.hasEngineError()},
-                                         [this](const QString& key) { return text(key); });
+                                         lookUp);
     header_->setStatus(status);
     result_->setStatus(status);
+    result_->setEmptyText(
+        resultHelp(environment_.engine.isRunning(), runs || controller.isStopping(), lookUp));
 }
 
 void ControlPanel::startOrStop() {
@@ -143,6 +155,10 @@ void ControlPanel::startOrStop() {
     } else {
         environment_.controller.startTranslation();
     }
+}
+
+void ControlPanel::setHasTray(bool hasTray) {
+    noTray_->setVisible(!hasTray);
 }
 
 void ControlPanel::showNotice(const QString& notice) {

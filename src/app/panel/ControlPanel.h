@@ -4,6 +4,7 @@
 
 #include <functional>
 
+class QLabel;
 class QPushButton;
 class QVBoxLayout;
 
@@ -42,6 +43,9 @@ class ControlPanel : public QWidget {
     /// Shows `text` as a line within the panel that the user can close.
     void showNotice(const QString& text);
 
+    /// Without a tray the panel tells that its window is the only way in.
+    void setHasTray(bool hasTray);
+
   private:
     QWidget* makeSections();
     void connectState();
@@ -56,6 +60,7 @@ class ControlPanel : public QWidget {
     NoticeCard* notice_ = nullptr;
     ResultSection* result_ = nullptr;
     QPushButton* startStop_ = nullptr;
+    QLabel* noTray_ = nullptr;
 };
 
 } // namespace orv

@@ -55,6 +55,21 @@ QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const QString& chose
     return entries;
 }
 
+QString deviceHint(const QList<AudioDevice>& devices, bool reachable, const TextLookup& text) {
+    return reachable && devices.isEmpty() ? text(u"audio.mic.none"_s) : QString();
+}
+
+QString appHint(const QList<RunningApp>& apps, bool reachable, const TextLookup& text) {
+    return text(reachable && apps.isEmpty() ? u"audio.app.none"_s : u"audio.drm.warning.short"_s);
+}
+
+QString resultHelp(bool backendRuns, bool runLasts, const TextLookup& text) {
+    if (runLasts) {
+        return text(u"panel.result.empty"_s);
+    }
+    return text(backendRuns ? u"panel.help.start"_s : u"panel.help.backend"_s);
+}
+
 QString noticeText(const AudioNotice& notice, const TextLookup& text) {
     switch (notice.kind) {
     case AudioNotice::Kind::ApiKeyMissing:

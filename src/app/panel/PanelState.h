@@ -47,6 +47,18 @@ QList<FieldEntry> deviceEntries(const QList<AudioDevice>& devices, const QString
 QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const QString& chosenId,
                              const TextLookup& text);
 
+/// What stands below the list of devices: empty unless there is none at all. Without `reachable`
+/// sound services nothing is known about devices, and something else says so.
+QString deviceHint(const QList<AudioDevice>& devices, bool reachable, const TextLookup& text);
+
+/// What stands below the list of applications: what holds for every capture, or, while none plays,
+/// how to get one into the list.
+QString appHint(const QList<RunningApp>& apps, bool reachable, const TextLookup& text);
+
+/// What stands in place of a result while there is none: the next step, or, while a run lasts,
+/// what is to come.
+QString resultHelp(bool backendRuns, bool runLasts, const TextLookup& text);
+
 /// What a notice says to people.
 QString noticeText(const AudioNotice& notice, const TextLookup& text);
 

@@ -61,6 +61,7 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
     , sources_(makeSources(this))
     , devices_(new FieldCombo(FieldCombo::Search::None, this))
     , refreshDevices_(new IconButton(u"refresh"_s, this))
+    , deviceHint_(makeHint(this))
     , devicePage_(makeListPage(devices_, refreshDevices_))
     , systemHint_(makeHint(this))
     , apps_(new FieldCombo(FieldCombo::Search::None, this))
@@ -82,6 +83,7 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
 }
 
 void SourceSection::layOut() {
+    devicePage_->layout()->addWidget(deviceHint_);
     appPage_->layout()->addWidget(appHint_);
     rows()->addWidget(sources_);
     rows()->addWidget(devicePage_);
@@ -167,7 +169,6 @@ void SourceSection::translate() {
     systemHint_->setText(
         QString(text(u"audio.capture.all"_s) % u'\n' % text(u"audio.drm.warning"_s)));
     apps_->setAccessibleName(text(u"audio.app.select"_s));
-    appHint_->setText(text(u"audio.drm.warning.short"_s));
     apps_->setToolTip(text(u"audio.app.only"_s));
     refreshDevices_->setText(text(u"audio.app.refresh"_s));
     refreshApps_->setText(text(u"audio.app.refresh"_s));
@@ -199,7 +200,11 @@ void SourceSection::refreshLists() {
     devices_->setEntries(deviceEntries(audio_.inputDevices(), device, text), device);
     const QString app = settings_.selectedAppBundleId.get().value_or(QString());
     apps_->setEntries(appEntries(audio_.capturableApps(), app, text), app);
-    permission_->setVisible(!audio_.hasScreenCapturePermission());
+    const bool reachable = audio_.hasScreenCapturePermission();
+    deviceHint_->setText(deviceHint(audio_.inputDevices(), reachable, text));
+    deviceHint_->setVisible(!deviceHint_->text().isEmpty());
+    appHint_->setText(appHint(audio_.capturableApps(), reachable, text));
+    permission_->setVisible(!reachable);
 }
 
 void SourceSection::chooseApp(const QString& bundleId) {

@@ -45,6 +45,7 @@ class SourceSection : public Card {
     SegmentedControl* sources_;
     FieldCombo* devices_;
     IconButton* refreshDevices_;
+    QLabel* deviceHint_;
     QWidget* devicePage_;
     QLabel* systemHint_;
     FieldCombo* apps_;

@@ -2,6 +2,7 @@
 
 #include "GeneralTab.h"
 
+#include "CopyButton.h"
 #include "FieldCombo.h"
 #include "Pieces.h"
 #include "PortField.h"
@@ -9,8 +10,6 @@
 #include "Theme.h"
 #include "TranslationSettings.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -68,23 +67,23 @@ void addOverlayAddress(Card& card, const TabContext& context) {
     const TranslationSettings& settings = context.environment.settings;
     auto* address = new QLineEdit(&card);
     address->setReadOnly(true);
-    auto* copy = makeButton(&card);
+    auto* copy = new CopyButton([address] { return address->text(); }, &card);
     auto* row = new QHBoxLayout;
     row->setSpacing(space::small);
     row->addWidget(address, 1);
     row->addWidget(copy);
     card.rows()->addLayout(row);
-    bindings.translated(copy, u"settings.obs.copy"_s);
+    bindings.translated(copy, [&bindings, copy] {
+        copy->setTexts(bindings.text(u"settings.obs.copy"_s),
+                       bindings.text(u"settings.obs.copied"_s));
+    });
     bindings.translated(address, [&bindings, address] {
         address->setAccessibleName(bindings.text(u"settings.obs.section"_s) + u": URL"_s);
     });
     bindings.follow(address, {u"obsOverlayPort"_s}, [address, &settings] {
         address->setText(overlayAddress(settings.obsOverlayPort.get()));
     });
-    QObject::connect(copy, &QPushButton::clicked, address, [address] {
-        QGuiApplication::clipboard()->setText(address->text());
-        address->selectAll();
-    });
+    QObject::connect(copy, &QPushButton::clicked, address, &QLineEdit::selectAll);
 }
 
 } // namespace
