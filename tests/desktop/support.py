@@ -51,15 +51,17 @@ class DesktopTest(unittest.TestCase):
     def wait_for(self, name, role=None):
         return self.accessibility.wait_for(self.program.pid, name, role)
 
+    def menus(self):
+        """Where the menu is that stands below the tray's item, while the panel is closed."""
+        x, y, width, height = self.desktop.tray_item()
+        return [place for place in self.desktop.windows("orvane")
+                if place[1] >= y + height and place[2] > width]
+
     def wait_for_menu(self):
-        """Waits for the menu below the tray's item, while the panel is closed."""
+        wait_until(self.menus, "the menu")
 
-        def menu():
-            x, y, width, height = self.desktop.tray_item()
-            return [place for place in self.desktop.windows("orvane")
-                    if place[1] >= y + height and place[2] > width]
-
-        wait_until(menu, "the menu")
+    def wait_until_the_menu_is_gone(self):
+        wait_until(lambda: not self.menus(), "the menu to close")
 
     def wait_until_gone(self, name):
         wait_until(lambda: not self.is_on_screen(name), f"{name!r} to leave the screen")

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QPalette>
 #include <QScreen>
 
@@ -78,6 +79,14 @@ bool SystemTray::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::ApplicationPaletteChange && icon_.isVisible() &&
         inkOn(QGuiApplication::palette().color(QPalette::Window)) != ink_) {
         drawIcon();
+    }
+    if (event->type() == QEvent::MouseButtonDblClick &&
+        static_cast<const QMouseEvent*>(event)->button() == Qt::RightButton &&
+        watched->inherits("QSystemTrayIconSys")) {
+        // The second of two quick clicks asks for the menu, too; the toolkit swallows it.
+        menu_.popup(icon_.geometry().bottomLeft());
+        placeMenu();
+        return true;
     }
     return QObject::eventFilter(watched, event);
 }

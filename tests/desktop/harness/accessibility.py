@@ -93,6 +93,46 @@ class Accessibility:
         except Timeout as error:
             raise Timeout(f"{error}; on screen: {self.names(pid)}") from None
 
+    def focused(self, pid):
+        """The node on screen that has the focus, or None."""
+        for node in self.nodes(pid):
+            if node.get_state_set().contains(self._atspi.StateType.FOCUSED):
+                return node
+        return None
+
+    def is_active(self, window):
+        """Whether `window` is the one that gets the keys."""
+        return window.get_state_set().contains(self._atspi.StateType.ACTIVE)
+
+    def grab_focus(self, node):
+        """Gives `node` the focus the way a screen reader does."""
+        return node.get_component_iface().grab_focus()
+
+    def value(self, node):
+        """What a slider stands at."""
+        return node.get_value_iface().get_current_value()
+
+    def menu_items(self, move):
+        """The items of the menu in which `move()` moves the focus, top to bottom. Menus stand beside
+        the tree of windows, so the way to them is the news of the focus."""
+        from gi.repository import GLib
+        found = []
+        listener = self._atspi.EventListener.new(
+            lambda event, *_: found.append(event.source) if event.detail1 else None)
+        listener.register("object:state-changed:focused")
+
+        def item():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return next((node for node in found if node.get_role_name() == "menu item"), None)
+
+        try:
+            move()
+            menu = wait_until(item, "an item of a menu to get the focus").get_parent()
+        finally:
+            listener.deregister("object:state-changed:focused")
+        return [menu.get_child_at_index(index) for index in range(menu.get_child_count())]
+
     def is_checked(self, pid, name):
         node = self.wait_for(pid, name)
         return node.get_state_set().contains(self._atspi.StateType.CHECKED)

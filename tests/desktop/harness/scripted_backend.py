@@ -1,9 +1,12 @@
-"""A speech server that says what the test wants, whatever it hears."""
+"""A speech server that says what it is told to say, whatever it hears."""
 
+import asyncio
+import contextlib
 import json
 import pathlib
 import subprocess
 import sys
+import time
 
 from .program import BACKEND_PORT
 
@@ -19,23 +22,39 @@ class ScriptedBackend:
             cwd=pathlib.Path(__file__).resolve().parents[1],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self._desktop = desktop
-        self._wait_for_answer()
+        self._answer()
         self.set_script(script)
 
     def set_script(self, script, finishes=True):
         """What runs are sent from now on: dictionaries, as the speech server would write them.
         One that does not finish leaves the end of a run waiting for its last words."""
-        order = {"script": list(script), "finishes": finishes}
-        self._process.stdin.write(json.dumps(order) + "\n")
-        self._process.stdin.flush()
-        self._wait_for_answer()
+        self._ask(script=list(script), finishes=finishes)
+
+    def publish(self, message):
+        """Sends `message` to every program that is connected, now; returns time.monotonic() of just
+        before."""
+        return self._ask(publish=message)["moment"]
+
+    def has_client(self):
+        return self._ask()["clients"] > 0
+
+    def configurations(self):
+        """The configurations of all runs so far, oldest first, as they came."""
+        return self._ask()["configurations"]
 
     def stop(self):
         self._desktop.children.stop(self._process)
 
-    def _wait_for_answer(self):
-        if not self._process.stdout.readline():
+    def _ask(self, **order):
+        self._process.stdin.write(json.dumps(order) + "\n")
+        self._process.stdin.flush()
+        return self._answer()
+
+    def _answer(self):
+        line = self._process.stdout.readline()
+        if not line:
             raise RuntimeError("the scripted speech server ended")
+        return json.loads(line)
 
 
 def result(original, translation):
@@ -46,31 +65,53 @@ def status(kind, message):
     return {"type": "status", "status": kind, "message": message}
 
 
-async def _serve():
-    import asyncio
+class _Server:
+    def __init__(self):
+        self._script = []
+        self._finishes = True
+        self._clients = set()
+        self._configurations = []
 
-    import websockets
+    async def run(self):
+        import websockets
 
-    order = {}
+        self._closed = websockets.ConnectionClosed
+        async with websockets.serve(self._talk, "127.0.0.1", BACKEND_PORT, max_size=None):
+            print("{}", flush=True)
+            loop = asyncio.get_running_loop()
+            while line := await loop.run_in_executor(None, sys.stdin.readline):
+                print(json.dumps(await self._obey(**json.loads(line))), flush=True)
 
-    async def talk(client, _path=None):
-        async for message in client:
-            kind = json.loads(message).get("type")
-            if kind == "config":
-                for answer in order["script"]:
-                    await client.send(json.dumps(answer))
-            elif kind == "flush" and order["finishes"]:
-                await client.send(json.dumps({"type": "flushed"}))
+    async def _obey(self, script=None, finishes=True, publish=None):
+        if script is not None:
+            self._script, self._finishes = script, finishes
+        moment = None
+        if publish is not None:
+            message = json.dumps(publish)
+            moment = time.monotonic()
+            for client in list(self._clients):
+                with contextlib.suppress(self._closed):
+                    await client.send(message)
+        return {"moment": moment, "clients": len(self._clients),
+                "configurations": self._configurations}
 
-    async with websockets.serve(talk, "127.0.0.1", BACKEND_PORT, max_size=None):
-        print("ready", flush=True)
-        loop = asyncio.get_running_loop()
-        while line := await loop.run_in_executor(None, sys.stdin.readline):
-            order.update(json.loads(line))
-            print("changed", flush=True)
+    async def _talk(self, client, _path=None):
+        self._clients.add(client)
+        try:
+            async for text in client:
+                message = json.loads(text)
+                kind = message.get("type")
+                if kind == "config":
+                    self._configurations.append(message)
+                    for answer in self._script:
+                        await client.send(json.dumps(answer))
+                elif kind == "flush" and self._finishes:
+                    await client.send(json.dumps({"type": "flushed"}))
+        except self._closed:
+            pass
+        finally:
+            self._clients.discard(client)
 
 
 if __name__ == "__main__":
-    import asyncio
-
-    asyncio.run(_serve())
+    asyncio.run(_Server().run())
