@@ -18,6 +18,8 @@ _ORIGINAL, _TRANSLATION = "📥 Original: ", "📥 Übersetzung: "
 # The log is looked at once a millisecond, and on a busy machine later: the window may be faster.
 _LOG_LAG = 0.05
 
+_CHATBOX_LIMIT = 144
+
 
 class Outputs(unittest.TestCase):
     def setUp(self):
@@ -63,7 +65,8 @@ class Outputs(unittest.TestCase):
             "page document": self.page.first_since(
                 0, lambda what: (what["original"], what["translation"]) == (original, translation)),
             "chatbox": self.chatbox.first_since(
-                0, lambda what: what == ("/chatbox/input", "sTF", f"{original}\n{translation}", "F")),
+                0, lambda what: what == ("/chatbox/input", "sTF",
+                                         f"{original}\n{translation}"[:_CHATBOX_LIMIT], "F")),
             "vMix translation": self.vmix.first_since(0, lambda what: what == {
                 "Function": "SetText", "Input": "1", "SelectedName": "Translation",
                 "Value": translation}),
