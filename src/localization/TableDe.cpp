@@ -47,8 +47,8 @@ std::span<const TextEntry> germanTexts() {
         {u"audio.app.placeholder", u"-- App auswählen --"},
         {u"audio.app.only", u"Nimmt nur den Ton der gewählten App auf"},
         {u"audio.app.refresh", u"Liste aktualisieren"},
-        {u"audio.app.none", u"Gerade gibt keine App Ton aus. Starten Sie dort die Wiedergabe und "
-                            u"aktualisieren Sie die Liste."},
+        {u"audio.app.none", u"Gerade gibt keine App Ton aus. Starten Sie die Wiedergabe in einer "
+                            u"App und aktualisieren Sie die Liste."},
         {u"vad.toggle", u"Intelligente Pausenerkennung"},
         {u"vad.active", u"aktiv"},
         {u"vad.fixed", u"fester 3s-Takt"},

@@ -46,7 +46,7 @@ std::span<const TextEntry> englishTexts() {
         {u"audio.app.only", u"Captures only the sound of the selected app"},
         {u"audio.app.refresh", u"Refresh List"},
         {u"audio.app.none",
-         u"No app is playing sound right now. Start playback there, then refresh the list."},
+         u"No app is playing sound right now. Start playback in an app, then refresh the list."},
         {u"vad.toggle", u"Smart Pause Detection"},
         {u"vad.active", u"active"},
         {u"vad.fixed", u"fixed 3s ticks"},

@@ -48,7 +48,7 @@ std::span<const TextEntry> spanishTexts() {
         {u"audio.app.only", u"Captura solo el sonido de la app elegida"},
         {u"audio.app.refresh", u"Actualizar lista"},
         {u"audio.app.none", u"Ninguna app está reproduciendo sonido ahora. Inicie la reproducción "
-                            u"y actualice la lista."},
+                            u"en alguna y actualice la lista."},
         {u"vad.toggle", u"Detección inteligente de pausas"},
         {u"vad.active", u"activa"},
         {u"vad.fixed", u"intervalos fijos de 3s"},

@@ -46,8 +46,8 @@ std::span<const TextEntry> frenchTexts() {
         {u"audio.app.placeholder", u"-- Choisissez une app --"},
         {u"audio.app.only", u"Capture uniquement le son de l'app choisie"},
         {u"audio.app.refresh", u"Actualiser la liste"},
-        {u"audio.app.none", u"Aucune app ne diffuse de son pour le moment. Lancez-y la lecture, "
-                            u"puis actualisez la liste."},
+        {u"audio.app.none", u"Aucune app ne diffuse de son pour le moment. Lancez la lecture dans "
+                            u"une app, puis actualisez la liste."},
         {u"vad.toggle", u"Détection intelligente des pauses"},
         {u"vad.active", u"active"},
         {u"vad.fixed", u"intervalles fixes de 3s"},
@@ -270,7 +270,7 @@ std::span<const TextEntry> frenchTexts() {
         {u"panel.help.start", u"Choisissez la source et les langues, puis démarrez la traduction."},
         {u"panel.notray",
          u"Il n'y a pas de zone de notification ici : ORV reste donc dans cette fenêtre. La fermer "
-         u"quitte ORV ; si une tâche est en cours, elle est seulement réduite."},
+         u"quitte ORV ; tant qu'une tâche est en cours, la fenêtre est seulement réduite."},
     };
     return entries;
 }

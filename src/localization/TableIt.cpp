@@ -45,8 +45,8 @@ std::span<const TextEntry> italianTexts() {
         {u"audio.app.placeholder", u"-- Scegliere un'app --"},
         {u"audio.app.only", u"Cattura solo l'audio dell'app scelta"},
         {u"audio.app.refresh", u"Aggiorna elenco"},
-        {u"audio.app.none",
-         u"Al momento nessuna app riproduce audio. Avviare la riproduzione e aggiornare l'elenco."},
+        {u"audio.app.none", u"Al momento nessuna app riproduce audio. Avviare la riproduzione in "
+                            u"un'app e aggiornare l'elenco."},
         {u"vad.toggle", u"Rilevamento intelligente delle pause"},
         {u"vad.active", u"attivo"},
         {u"vad.fixed", u"intervalli fissi di 3s"},
@@ -268,7 +268,7 @@ std::span<const TextEntry> italianTexts() {
         {u"panel.help.start", u"Scegliere sorgente e lingue, poi avviare la traduzione."},
         {u"panel.notray",
          u"Qui non c'è un'area di notifica, quindi ORV resta in questa finestra. Chiudendola si "
-         u"esce da ORV; se qualcosa è in corso, viene solo ridotta a icona."},
+         u"esce da ORV; finché qualcosa è in corso, la finestra viene solo ridotta a icona."},
     };
     return entries;
 }
