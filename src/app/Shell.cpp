@@ -14,7 +14,6 @@
 #include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
-#include "RegisteredDefaults.h"
 #include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
@@ -48,7 +47,7 @@ Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<v
 Shell::~Shell() = default;
 
 void Shell::createSettings() {
-    registerDefaultValues(store_);
+    registerDefaultSettings(store_);
     l10n_ = std::make_unique<L10n>(store_, systemLanguageCode());
     toolkitTexts_ = std::make_unique<ToolkitTexts>(*l10n_);
     overlayServer_ = std::make_unique<OverlayServer>(store_);

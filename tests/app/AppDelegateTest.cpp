@@ -4,7 +4,7 @@
 #include "Fakes.h"
 #include "LogCapture.h"
 #include "NotificationCentre.h"
-#include "RegisteredDefaults.h"
+#include "TranslationSettings.h"
 #include "UpdateChecker.h"
 #include "WaitUntil.h"
 
@@ -27,7 +27,7 @@ namespace {
 
 class AppDelegateTest : public ::testing::Test {
   protected:
-    AppDelegateTest() { registerDefaultValues(store); }
+    AppDelegateTest() { registerDefaultSettings(store); }
 
     void launch(DelegateTimings timings = {
                     .autoStart = 1ms, .quitSecondStop = 1ms, .quitTerminate = 1ms}) {
@@ -402,25 +402,6 @@ TEST_F(AppDelegateTest, theSettingsWindowsTitleFollowsTheLanguage) {
     settingsWindows.first()->setWindowTitle(u"Einstellungen"_s);
     delegate->retranslate();
     EXPECT_EQ(settingsWindows.first()->windowTitle(), u"<settings.title>"_s);
-}
-
-TEST(RegisteredDefaults, answerUntilAValueIsWritten) {
-    const QTemporaryDir folder;
-    DefaultsStore store(folder.path() + u"/defaults.json"_s);
-    registerDefaultValues(store);
-    EXPECT_EQ(store.boolean(u"showOverlay"_s), true);
-    EXPECT_EQ(store.boolean(u"speakTranslations"_s), false);
-    EXPECT_EQ(store.string(u"sourceLang"_s), u"auto"_s);
-    EXPECT_EQ(store.string(u"targetLang"_s), u"de"_s);
-    EXPECT_EQ(store.integer(u"audioSourceType"_s), 0);
-    EXPECT_EQ(store.string(u"selectedInputDevice"_s), QString());
-    EXPECT_EQ(store.string(u"selectedAppBundleId"_s), QString());
-    EXPECT_EQ(store.doubleValue(u"audioGain"_s), 1.0);
-    EXPECT_EQ(store.boolean(u"autoGain"_s), true);
-    EXPECT_EQ(store.boolean(u"autoStartBackend"_s), false);
-    EXPECT_EQ(store.boolean(u"autoStopBackend"_s), true);
-    store.setBool(u"autoGain"_s, false);
-    EXPECT_EQ(store.boolean(u"autoGain"_s), false);
 }
 
 } // namespace

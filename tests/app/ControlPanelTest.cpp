@@ -14,7 +14,6 @@
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
 #include "ReadingText.h"
-#include "RegisteredDefaults.h"
 #include "SliderField.h"
 #include "SwitchRow.h"
 #include "TranslationController.h"

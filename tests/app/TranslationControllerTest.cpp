@@ -4,7 +4,6 @@
 #include "Fakes.h"
 #include "LogCapture.h"
 #include "NotificationCentre.h"
-#include "RegisteredDefaults.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 
@@ -144,7 +143,7 @@ TEST_F(TranslationControllerTest, startsFromFactorOneWithAutoGain) {
 }
 
 TEST_F(TranslationControllerTest, writesBothOptionsToTheStore) {
-    registerDefaultValues(store);
+    registerDefaultSettings(store);
     backend.running = true;
     controller->startTranslation();
     ASSERT_TRUE(store.waitUntilWritten());
