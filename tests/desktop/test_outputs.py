@@ -3,6 +3,7 @@
 import contextlib
 import os
 import pathlib
+import time
 import unittest
 
 from support import INSTALL_BACKEND, PROGRAM
@@ -52,13 +53,15 @@ class Outputs(unittest.TestCase):
         sentences = recorded_sentences()
         road.play_sentence(sentences[1])  # Opens the window and wakes the voice.
         self.listener.wait_for_silence(2.0)
-        before = len(self.results())
+        before, shown_before = len(self.results()), len(road.subtitles())
         painted_before = len(self.paint.seen)
-        road.play_sentence(sentences[2])
+        road.sound.speak(sentences[2].file).wait()
+        ended = time.monotonic() - sentences[2].trailing_silence
+        wait_until(lambda: self.results()[before:], "a result")
+        self.wait_for_window(before)
+        road.wait_until_quiet(shown_before, ended)
         results = self.results()[before:]
-        self.assertTrue(results)
         arrived, original, translation = results[-1]
-        self.check_window(original, translation)
         delays = {
             "subtitle window": self.paint.first_since(
                 painted_before, lambda size: True, since=arrived - _LOG_LAG),
@@ -80,12 +83,16 @@ class Outputs(unittest.TestCase):
             print(f"    {name:<18}{1000 * (moment - arrived):8.1f} ms after the result")
         self.check_transcripts(results)
 
-    def check_window(self, original, translation):
-        window = self.road.accessibility
-        for text in (original, translation):
-            wait_until(lambda text=text: [node for node in window.nodes(self.road.program.pid)
-                                          if node.get_name() == text and self.is_subtitle(node)],
-                       f"the subtitle {text!r}")
+    def wait_for_window(self, before):
+        """Sees the latest pair in the window, which hides soon after."""
+
+        def shown():
+            names = [node.get_name() for node in self.road.accessibility.nodes(
+                self.road.program.pid) if self.is_subtitle(node)]
+            _, original, translation = self.results()[before:][-1]
+            return original in names and translation in names
+
+        wait_until(shown, "the latest result in the subtitle window")
         if folder := os.environ.get("ORVANE_PICTURES"):
             self.road.desktop.screenshot(pathlib.Path(folder) / "sentence.png")
 

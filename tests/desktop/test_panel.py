@@ -89,8 +89,16 @@ class Panel(DesktopTest):
         self.wait_for("Please start the backend first.")
         self.press("OK")
         self.wait_until_gone("Please start the backend first.")
-        self.desktop.key("Escape")
-        self.wait_until_gone("Quit")
+        self.press_until_gone("Escape", "Quit")
+
+    def press_until_gone(self, key, name):
+        """The window manager gives the focus back some time after an alert has gone."""
+
+        def gone():
+            self.desktop.key(key)
+            return not self.is_on_screen(name)
+
+        wait_until(gone, f"{name!r} to leave the screen", interval=0.5)
 
     def test_the_panel_follows_the_desktop_from_light_to_dark(self):
         self.open_desktop(portal="light")

@@ -23,6 +23,9 @@ _SWITCHES = {"option.overlay": "showOverlay", "option.original": "showOriginal",
              "option.speak": "speakTranslations"}
 
 
+# Milliseconds between two places of the slider.
+_PAUSE_STEP = 50
+
 class _Releases(http.server.BaseHTTPRequestHandler):
     """Tells whoever asks about a newer release."""
 
@@ -141,13 +144,17 @@ class Walk(DesktopTest):
             self.program.pid, self.text("option.transcript")), "transcripts to be off")
 
     def use_pauses(self):
-        self.step_slider("vad.pause")
-        self.step_slider("vad.threshold")
+        _, steps = self.step_slider("vad.pause")
+        self.wait_until_stored("vadSilenceDuration", steps * _PAUSE_STEP)
+        _, level = self.step_slider("vad.threshold")
+        self.wait_until_stored("vadThreshold", level)
         self.on_screen("vad.active")
         self.use("vad.toggle")
         self.on_screen("vad.fixed")
+        self.wait_until_stored("vadEnabled", False)
         self.wait_until_gone(self.text("vad.pause"))
         self.use("vad.toggle")
+        self.wait_until_stored("vadEnabled", True)
         self.on_screen("vad.pause", "slider")
 
     def use_languages(self):

@@ -73,7 +73,8 @@ TEST_F(SettingsTableTest, namesEveryKeyOnce) {
     QStringList known = settings.persistedKeys();
     known += {u"overlayBgColor"_s,     u"overlayTextColor"_s, u"overlayBorderEnabled"_s,
               u"overlayBorderColor"_s, u"overlayOpacity"_s,   u"autoStartBackend"_s,
-              u"autoStopBackend"_s,    u"uiLanguage"_s};
+              u"autoStopBackend"_s,    u"uiLanguage"_s,       u"vadEnabled"_s,
+              u"vadSilenceDuration"_s, u"vadThreshold"_s};
     keys.sort();
     known.sort();
     EXPECT_EQ(keys, known);

@@ -1,5 +1,6 @@
 """The whole road of a result: speech is played, subtitles come out of the browser overlay."""
 
+import contextlib
 import dataclasses
 import statistics
 import subprocess
@@ -187,17 +188,20 @@ class Road:
                   else self.sound.play(sentence.file, PLAYER))
         player.wait()
         ended = time.monotonic() - sentence.trailing_silence
+        self.wait_until_quiet(before, ended)
+        return Spoken(sentence, ended, self._watch.seen()[before:])
+
+    def wait_until_quiet(self, before, ended):
+        """Waits until no more subtitles come, after one that came after the moment `ended`; gives
+        up when none does. The first `before` ones do not count."""
 
         def answered():
-            seen = self._watch.seen()[before:]
-            late = [subtitle for subtitle in seen if subtitle.arrived > ended]
+            late = [subtitle for subtitle in self._watch.seen()[before:]
+                    if subtitle.arrived > ended]
             return late and time.monotonic() - late[-1].arrived > _QUIET_SECONDS
 
-        try:
+        with contextlib.suppress(Timeout):
             wait_until(answered, "a subtitle", _ANSWER_LIMIT)
-        except Timeout:
-            pass
-        return Spoken(sentence, ended, self._watch.seen()[before:])
 
 
 def word_error_rate(results):
