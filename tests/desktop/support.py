@@ -39,8 +39,12 @@ class DesktopTest(unittest.TestCase):
         return self.program
 
     def open_panel(self, name="Quit"):
+        """Opens the panel and waits until the window manager has given it the focus: only a window
+        that has it notices that the user turns elsewhere."""
         self.desktop.click_tray()
         self.accessibility.wait_for(self.program.pid, name)
+        wait_until(lambda: self.accessibility.has_active_window(self.program.pid),
+                   "the panel to have the focus")
 
     def press(self, name):
         self.accessibility.press(self.program.pid, name)

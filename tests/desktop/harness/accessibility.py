@@ -100,6 +100,10 @@ class Accessibility:
                 return node
         return None
 
+    def has_active_window(self, pid):
+        """Whether one of the program's windows has the keyboard's focus."""
+        return any(self.is_active(node) for node in self.nodes(pid))
+
     def is_active(self, window):
         """Whether `window` is the one that gets the keys."""
         return window.get_state_set().contains(self._atspi.StateType.ACTIVE)
