@@ -68,7 +68,10 @@ void requirePacket(const QString& message, bool playSound) {
     const qsizetype end = text.indexOf('\0');
     require(end >= 0 && text.size() - end <= 4);
     require(text.sliced(end) == QByteArray(text.size() - end, '\0'));
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    // A byte order mark at the front was said like any other character; the decoder must not eat
+    // it.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
     const QString decoded = decoder.decode(text.first(end));
     require(!decoder.hasError());
     require(decoded.size() == message.size());
