@@ -1,22 +1,9 @@
-#include "AppDelegate.h"
-
-#include "DefaultsStore.h"
-#include "Fakes.h"
-#include "LogCapture.h"
-#include "NotificationCentre.h"
-#include "TranslationSettings.h"
-#include "UpdateChecker.h"
+#include "DelegateFixture.h"
 #include "WaitUntil.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTemporaryDir>
-#include <QWidget>
-
-#include <gtest/gtest.h>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -25,77 +12,7 @@ namespace orv::test {
 
 namespace {
 
-class AppDelegateTest : public ::testing::Test {
-  protected:
-    AppDelegateTest() { registerDefaultSettings(store); }
-
-    void launch(DelegateTimings timings = {
-                    .autoStart = 1ms, .quitSecondStop = 1ms, .quitTerminate = 1ms}) {
-        delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
-            .store = store,
-            .notifications = centre,
-            .tray = tray,
-            .panel = panel,
-            .backend = backend,
-            .updates = updates,
-            .userNotifications = userNotifications,
-            .dialogs = dialogs,
-            .opener = opener,
-            .text = keyAsText,
-            .applyOverlaySettings = [this] { overlay.append(u"apply"_s); },
-            .stopOverlayServer = [this] { overlay.append(u"stop"_s); },
-            .showSubtitles =
-                [this](const QString& original, const QString& translation) {
-                    overlay.append(u"window '%1' '%2'"_s.arg(original, translation));
-                },
-            .broadcast =
-                [this](const QString& original, const QString& translation) {
-                    overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
-                },
-            .sendToVRChat =
-                [this](const QString& original, const QString& translation) {
-                    overlay.append(u"VRChat '%1' '%2'"_s.arg(original, translation));
-                },
-            .terminate = [this] { ++terminations; },
-            .makeSettings =
-                [this] {
-                    auto window = std::make_unique<QWidget>();
-                    settingsWindows.append(window.get());
-                    return window;
-                },
-            .trayChanged =
-                [this](bool available) {
-                    panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
-                },
-            .timings = timings});
-        delegate->applicationDidFinishLaunching();
-    }
-
-    void postBackend(const QVariantMap& info) {
-        centre.post(notifications::backendStatusChanged, info);
-    }
-
-    void postTranslation(bool translating) {
-        centre.post(notifications::translationStatusChanged, {{u"isTranslating"_s, translating}});
-    }
-
-    LogCapture log;
-    QTemporaryDir folder;
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
-    NotificationCentre centre;
-    FakeTray tray;
-    FakePanel panel;
-    FakeBackend backend;
-    FakeDialogs dialogs;
-    FakeOpener opener;
-    FakeUserNotifications userNotifications;
-    /// Finds nothing by itself.
-    UpdateChecker updates{{.currentVersion = u"4.9"_s, .updateURLs = {}, .opener = opener}};
-    QList<QWidget*> settingsWindows; ///< As they were made.
-    QStringList overlay;
-    int terminations = 0;
-    std::unique_ptr<AppDelegate> delegate;
-};
+class AppDelegateTest : public DelegateFixture {};
 
 TEST_F(AppDelegateTest, startsWithTheIdleIconAndAppliesTheOverlayServersSettings) {
     launch();

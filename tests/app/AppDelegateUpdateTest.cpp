@@ -1,17 +1,8 @@
 // The delegate with an update checker that finds a release.
 
-#include "AppDelegate.h"
-#include "DefaultsStore.h"
-#include "Fakes.h"
-#include "LogCapture.h"
-#include "NotificationCentre.h"
+#include "DelegateFixture.h"
 #include "ServicePeer.h"
-#include "UpdateChecker.h"
 #include "WaitUntil.h"
-
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -20,8 +11,10 @@ namespace orv::test {
 
 namespace {
 
-class AppDelegateUpdate : public ::testing::Test {
+class AppDelegateUpdate : public DelegateFixture {
   protected:
+    AppDelegateUpdate() { updateURLs = {server.url(u"http"_s) + u"/updates/orv.json"_s}; }
+
     void serve(const QString& manifest) {
         const auto before = server.count(u"told"_s);
         server.command({{u"path"_s, u"/updates/orv.json"_s}, {u"body"_s, manifest}});
@@ -30,53 +23,22 @@ class AppDelegateUpdate : public ::testing::Test {
 
     UpdateOutcome check() {
         std::optional<UpdateOutcome> outcome;
-        updates.checkForUpdate([&](UpdateOutcome found) { outcome = found; });
+        updates->checkForUpdate([&](UpdateOutcome found) { outcome = found; });
         EXPECT_TRUE(waitUntil([&] { return outcome.has_value(); }));
         return outcome.value_or(UpdateOutcome::Failed);
     }
 
     QList<TrayMenuItem> menu() {
-        delegate.showContextMenu();
+        delegate->showContextMenu();
         return tray.menus.last();
     }
 
-    LogCapture log;
-    QTemporaryDir folder;
     ServicePeer server{u"manifest_service.py"_s};
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
-    NotificationCentre centre;
-    FakeTray tray;
-    FakePanel panel;
-    FakeBackend backend;
-    FakeDialogs dialogs;
-    FakeOpener opener;
-    FakeUserNotifications userNotifications;
-    UpdateChecker updates{{.currentVersion = u"4.9"_s,
-                           .updateURLs = {server.url(u"http"_s) + u"/updates/orv.json"_s},
-                           .opener = opener,
-                           .timings = {.answer = 10s}}};
-    AppDelegate delegate{DelegateEnvironment{.store = store,
-                                             .notifications = centre,
-                                             .tray = tray,
-                                             .panel = panel,
-                                             .backend = backend,
-                                             .updates = updates,
-                                             .userNotifications = userNotifications,
-                                             .dialogs = dialogs,
-                                             .opener = opener,
-                                             .text = keyAsText,
-                                             .applyOverlaySettings = [] {},
-                                             .stopOverlayServer = [] {},
-                                             .showSubtitles = [](const QString&, const QString&) {},
-                                             .broadcast = [](const QString&, const QString&) {},
-                                             .sendToVRChat = [](const QString&, const QString&) {},
-                                             .terminate = [] {},
-                                             .makeSettings = {}}};
 };
 
 TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
     serve(uR"({"version": "4.10", "url": "https://example.org/orv", "notes": "Better."})"_s);
-    delegate.applicationDidFinishLaunching();
+    launch();
     EXPECT_EQ(menu().size(), 5);
     EXPECT_EQ(check(), UpdateOutcome::Available);
     ASSERT_EQ(dialogs.alerts.size(), 1);
@@ -98,7 +60,7 @@ TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
 
 TEST_F(AppDelegateUpdate, nothingIsOfferedWhenTheProgramIsUpToDate) {
     serve(uR"({"version": "4.9", "url": "https://example.org/orv"})"_s);
-    delegate.applicationDidFinishLaunching();
+    launch();
     EXPECT_EQ(check(), UpdateOutcome::UpToDate);
     EXPECT_TRUE(dialogs.alerts.isEmpty());
     EXPECT_EQ(menu().size(), 5);

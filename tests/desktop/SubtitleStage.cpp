@@ -7,6 +7,7 @@
 #include "Log.h"
 #include "NullSpeechSynthesizer.h"
 #include "OverlayWindow.h"
+#include "StoredValues.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -59,16 +60,6 @@ class Lines : public QObject {
     QByteArray unread_;
 };
 
-void setInStore(orv::DefaultsStore& store, const QString& key, const QJsonValue& value) {
-    if (value.isBool()) {
-        store.setBool(key, value.toBool());
-    } else if (value.isDouble()) {
-        store.setDouble(key, value.toDouble());
-    } else {
-        store.setString(key, value.toString());
-    }
-}
-
 int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
     orv::DefaultsStore store(storeFile);
     const std::unique_ptr<orv::SpeechSynthesizer> speech =
@@ -83,9 +74,7 @@ int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
                      [] { orv::logLine(u"painted"); });
     const Lines lines([&](const QJsonObject& line) {
         const QJsonObject values = line.value("set"_L1).toObject();
-        for (auto value = values.begin(); value != values.end(); ++value) {
-            setInStore(store, value.key(), value.value());
-        }
+        orv::test::setInStore(store, values);
         if (!values.isEmpty()) {
             window.applyAppearance();
             orv::logLine(u"set");

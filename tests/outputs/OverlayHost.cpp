@@ -8,6 +8,7 @@
 #include "DefaultsStore.h"
 #include "Log.h"
 #include "OverlayServer.h"
+#include "StoredValues.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -23,24 +24,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void store(orv::DefaultsStore& store, const QString& key, const QJsonValue& value) {
-    if (value.isBool()) {
-        store.setBool(key, value.toBool());
-    } else if (value.isDouble()) {
-        store.setDouble(key, value.toDouble());
-    } else {
-        store.setString(key, value.toString());
-    }
-}
-
 void obey(const QJsonObject& command, orv::OverlayServer& server, orv::DefaultsStore& settings) {
     if (const QJsonArray texts = command.value("broadcast"_L1).toArray(); !texts.isEmpty()) {
         server.broadcast(texts.at(0).toString(), texts.at(1).toString());
     }
-    const QJsonObject values = command.value("set"_L1).toObject();
-    for (auto entry = values.begin(); entry != values.end(); ++entry) {
-        store(settings, entry.key(), entry.value());
-    }
+    orv::test::setInStore(settings, command.value("set"_L1).toObject());
 }
 
 } // namespace

@@ -96,10 +96,7 @@ QString overlayAddress(std::int64_t port) {
 void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
-    const QString title = u"settings.obs.section"_s;
-    const SectionName section = [&bindings, title] { return bindings.text(title); };
-    Card& card = *column.addCard();
-    addHeading(card, bindings, title);
+    const auto& [card, section] = addSection(column, bindings, u"settings.obs.section"_s);
     addSwitch(card, bindings, u"settings.obs.enable"_s,
               bindings.setting(settings.obsOverlayEnabled, u"obsOverlayEnabled"_s));
     addPort(card, bindings, bindings.setting(settings.obsOverlayPort, u"obsOverlayPort"_s),
@@ -111,10 +108,7 @@ void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
 void addVRChatCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
-    const QString title = u"settings.vrc.section"_s;
-    const SectionName section = [&bindings, title] { return bindings.text(title); };
-    Card& card = *column.addCard();
-    addHeading(card, bindings, title);
+    const auto& [card, section] = addSection(column, bindings, u"settings.vrc.section"_s);
     addSwitch(card, bindings, u"settings.vrc.enable"_s,
               bindings.setting(settings.vrchatEnabled, u"vrchatEnabled"_s));
     addText(card, bindings, bindings.setting(settings.vrchatHost, u"vrchatHost"_s), Blanks::Trimmed,

@@ -50,6 +50,12 @@ QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
     return box;
 }
 
+Section addSection(CardColumn& column, Bindings& bindings, const QString& title) {
+    Card& card = *column.addCard();
+    addHeading(card, bindings, title);
+    return {.card = card, .name = [&bindings, title] { return bindings.text(title); }};
+}
+
 QWidget* atTheLeft(QWidget* control) {
     auto* place = new QWidget(control->parentWidget());
     auto* row = new QHBoxLayout(place);

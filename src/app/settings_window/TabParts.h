@@ -44,6 +44,14 @@ QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
 /// What comes before a control's own name; several sections have a host and a port.
 using SectionName = std::function<QString()>;
 
+/// A card headed by the text of `title`, and what its controls are told apart by.
+struct Section {
+    Card& card;
+    SectionName name;
+};
+
+Section addSection(CardColumn& column, Bindings& bindings, const QString& title);
+
 /// `control` at the left of whatever room there is, in its own width.
 QWidget* atTheLeft(QWidget* control);
 
