@@ -10,14 +10,11 @@ Answers a request as it is told, by its id, or all as told once for all:
     "abort": true to close it without an answer.
 """
 
-import argparse
 import base64
 import http.server
-import json
-import sys
 import threading
 
-from service_peer import say, tls_context
+from service_peer import QuietServer, commands_to, say
 
 condition = threading.Condition()
 answers = {}
@@ -67,25 +64,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
         pass
 
 
-class Server(http.server.ThreadingHTTPServer):
-    daemon_threads = True
-
-    def handle_error(self, request, client_address) -> None:
-        pass  # Clients that break off are part of the tests.
+class Server(QuietServer, http.server.ThreadingHTTPServer):
+    pass
 
 
-parser = argparse.ArgumentParser()
-parser.add_argument("--tls", action="store_true")
-options = parser.parse_args()
-server = Server(("127.0.0.1", 0), Handler)
-certificate = None
-if options.tls:
-    context, certificate = tls_context()
-    server.socket = context.wrap_socket(server.socket, server_side=True)
-threading.Thread(target=server.serve_forever, daemon=True).start()
-say(event="listening", port=server.server_address[1], certificate=certificate)
-for line in sys.stdin:
-    command = json.loads(line)
+for command in commands_to(Server, Handler):
     with condition:
         if "always" in command:
             always = command

@@ -11,14 +11,11 @@ Answers a path as it is told: {"path": "/a", ...} with
 Paths that nobody told of get 404.
 """
 
-import argparse
-import json
 import select
 import socketserver
-import sys
 import threading
 
-from service_peer import say, tls_context
+from service_peer import QuietServer, commands_to, say
 
 answers = {}
 lock = threading.Lock()
@@ -72,31 +69,11 @@ class Handler(socketserver.StreamRequestHandler):
                 self.wfile.write(b" ")
 
 
-class Server(socketserver.ThreadingTCPServer):
-    daemon_threads = True
-    allow_reuse_address = True
-    context = None
-
-    def finish_request(self, request, client_address) -> None:
-        if self.context:
-            request = self.context.wrap_socket(request, server_side=True)
-        super().finish_request(request, client_address)
-
-    def handle_error(self, request, client_address) -> None:
-        pass  # Clients that do not trust the certificate are part of the tests.
+class Server(QuietServer, socketserver.ThreadingTCPServer):
+    pass
 
 
-parser = argparse.ArgumentParser()
-parser.add_argument("--tls", action="store_true")
-options = parser.parse_args()
-server = Server(("127.0.0.1", 0), Handler)
-certificate = None
-if options.tls:
-    Server.context, certificate = tls_context()
-threading.Thread(target=server.serve_forever, daemon=True).start()
-say(event="listening", port=server.server_address[1], certificate=certificate)
-for line in sys.stdin:
-    command = json.loads(line)
+for command in commands_to(Server, Handler):
     with lock:
         answers[command["path"]] = command
     say(event="told", path=command["path"])

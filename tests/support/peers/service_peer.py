@@ -4,6 +4,7 @@ A service says on standard output what happens to it, and does what it is told o
 it ends when standard input ends.
 """
 
+import argparse
 import ctypes
 import json
 import os
@@ -48,3 +49,36 @@ def tls_context():
     context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
     context.load_cert_chain(certificate, key)
     return context, certificate
+
+
+class QuietServer:
+    """To be mixed into a threading server: speaks TLS when it has a context, and takes clients that
+    break off or do not trust the certificate as the part of the tests that they are."""
+
+    daemon_threads = True
+    allow_reuse_address = True
+    context = None
+
+    def finish_request(self, request, client_address) -> None:
+        if self.context:
+            request = self.context.wrap_socket(request, server_side=True)
+        super().finish_request(request, client_address)
+
+    def handle_error(self, request, client_address) -> None:
+        pass
+
+
+def commands_to(server_class, handler):
+    """Serves on a free port, with TLS where the command line has --tls, says listening {port,
+    certificate}, and then gives what it is told, one object after the other."""
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--tls", action="store_true")
+    options = parser.parse_args()
+    server = server_class(("127.0.0.1", 0), handler)
+    certificate = None
+    if options.tls:
+        server.context, certificate = tls_context()
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    say(event="listening", port=server.server_address[1], certificate=certificate)
+    for line in sys.stdin:
+        yield json.loads(line)
