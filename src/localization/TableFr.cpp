@@ -69,18 +69,17 @@ std::span<const TextEntry> frenchTexts() {
         {u"alert.noapp.msg", u"Veuillez choisir une app dans la liste."},
         {u"alert.backend.notfound.title", u"Backend introuvable"},
         {u"alert.backend.notfound.msg",
-         u"Le backend Python n'est pas installé.\n\nOuvrez le DMG et exécutez "
-         u":\n\"Install-Backend.command\"\n\nOu installez-le manuellement :\ncd "
+         u"Le backend Python n'est pas installé.\n\nOuvrez le DMG et "
+         u"exécutez\u00A0:\n\"Install-Backend.command\"\n\nOu installez-le manuellement\u00A0:\ncd "
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
          u"Le backend Python n'est pas installé.\n\nIl peut être installé maintenant, pour vous "
-         u"seul. "
-         u"Cela prend en général moins d'une minute et ne demande aucun terminal."},
+         u"uniquement. Cela prend environ une minute et ne demande aucun terminal."},
         {u"alert.backend.install", u"Installer le backend"},
         {u"alert.install.failed.title", u"Échec de l'installation du backend"},
         {u"alert.ok", u"OK"},
-        {u"alert.cache.title", u"Vider le cache ?"},
+        {u"alert.cache.title", u"Vider le cache\u00A0?"},
         {u"alert.cache.msg", u"Les journaux et les fichiers temporaires seront supprimés. Les "
                              u"transcriptions seront conservées."},
         {u"alert.cache.delete", u"Supprimer"},
@@ -125,8 +124,9 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.obs.port", u"Port"},
         {u"settings.obs.copy", u"Copier l'URL"},
         {u"settings.obs.copied", u"Copié"},
-        {u"settings.obs.hint", u"Dans OBS : Ajouter une source → Navigateur → saisissez cette URL. "
-                               u"L'arrière-plan est transparent."},
+        {u"settings.obs.hint",
+         u"Dans OBS\u00A0: Ajouter une source → Navigateur → saisissez cette URL. "
+         u"L'arrière-plan est transparent."},
         {u"settings.vrc.section", u"Chatbox VRChat (OSC)"},
         {u"settings.vrc.enable", u"Envoyer les sous-titres à VRChat"},
         {u"settings.vrc.host", u"Hôte"},
@@ -207,12 +207,12 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.whisper.current", u"Modèle actuel"},
         {u"settings.whisper.model", u"Modèle"},
         {u"settings.whisper.tiny",
-         u"Reconnaissance la plus rapide, qualité la plus faible · ~1 Go de RAM"},
-        {u"settings.whisper.base", u"Par défaut — bon équilibre · ~1 Go de RAM"},
-        {u"settings.whisper.small", u"Meilleure qualité · ~2 Go de RAM"},
-        {u"settings.whisper.medium", u"Haute qualité · ~5 Go de RAM"},
+         u"Reconnaissance la plus rapide, qualité la plus faible · ~1\u00A0Go\u00A0de\u00A0RAM"},
+        {u"settings.whisper.base", u"Par défaut — bon équilibre · ~1\u00A0Go\u00A0de\u00A0RAM"},
+        {u"settings.whisper.small", u"Meilleure qualité · ~2\u00A0Go\u00A0de\u00A0RAM"},
+        {u"settings.whisper.medium", u"Haute qualité · ~5\u00A0Go\u00A0de\u00A0RAM"},
         {u"settings.whisper.large",
-         u"Qualité maximale, reconnaissance la plus lente · ~10 Go de RAM"},
+         u"Qualité maximale, reconnaissance la plus lente · ~10\u00A0Go\u00A0de\u00A0RAM"},
         {u"settings.whisper.download", u"Télécharger"},
         {u"settings.whisper.downloading", u"Téléchargement..."},
         {u"settings.whisper.downloaded", u"Téléchargé"},
@@ -255,9 +255,10 @@ std::span<const TextEntry> frenchTexts() {
         {u"info.update.later", u"Plus tard"},
         {u"info.update.failed", u"La recherche de mises à jour a échoué"},
         {u"notice.apikey.missing",
-         u"La clé API de %1 manque. Veuillez la saisir dans Réglages → Moteurs."},
-        {u"notice.serviceaccount.missing", u"Le JSON du compte de service de Google gRPC manque. "
-                                           u"Veuillez l'indiquer dans Réglages → Moteurs."},
+         u"Il manque la clé API de %1. Veuillez la saisir dans Réglages → Moteurs."},
+        {u"notice.serviceaccount.missing",
+         u"Il manque le JSON du compte de service de Google gRPC. "
+         u"Veuillez l'indiquer dans Réglages → Moteurs."},
         {u"notice.backend.outdated",
          u"Le backend est obsolète (v%1). Exécutez Install-Backend.command depuis le DMG ou mettez "
          u"à jour les fichiers du backend à la main."},
@@ -266,11 +267,12 @@ std::span<const TextEntry> frenchTexts() {
          u"fichiers du backend à la main."},
         {u"panel.result.empty", u"Les traductions s'affichent ici."},
         {u"panel.help.backend",
-         u"Démarrez d'abord le backend : il reconnaît et traduit sur cet ordinateur."},
+         u"Démarrez d'abord le backend\u00A0: il reconnaît et traduit sur cet ordinateur."},
         {u"panel.help.start", u"Choisissez la source et les langues, puis démarrez la traduction."},
         {u"panel.notray",
-         u"Il n'y a pas de zone de notification ici : ORV reste donc dans cette fenêtre. La fermer "
-         u"quitte ORV ; tant qu'une tâche est en cours, la fenêtre est seulement réduite."},
+         u"Il n'y a pas de zone de notification ici\u00A0: ORV reste donc dans cette fenêtre. La "
+         u"fermer quitte ORV\u00A0; tant qu'une tâche est en cours, la fenêtre est seulement "
+         u"réduite."},
     };
     return entries;
 }

@@ -73,9 +73,8 @@ std::span<const TextEntry> italianTexts() {
          u"~/Library/Application Support/Orvane\npython3.11 -m venv venv\nsource "
          u"venv/bin/activate\npip install -r backend/requirements.txt"},
         {u"alert.backend.notfound.msg.linux",
-         u"Il backend Python non è installato.\n\nSi può "
-         u"installare adesso, solo per l'utente attuale. "
-         u"Di solito richiede meno di un minuto e nessun terminale."},
+         u"Il backend Python non è installato.\n\nSi può installare adesso, solo "
+         u"per l'utente attuale. Richiede circa un minuto e nessun terminale."},
         {u"alert.backend.install", u"Installa backend"},
         {u"alert.install.failed.title", u"Installazione del backend non riuscita"},
         {u"alert.ok", u"OK"},
@@ -206,11 +205,13 @@ std::span<const TextEntry> italianTexts() {
                                        u"ma richiedono più tempo e memoria."},
         {u"settings.whisper.current", u"Modello attuale"},
         {u"settings.whisper.model", u"Modello"},
-        {u"settings.whisper.tiny", u"Riconoscimento più rapido, qualità minima · ~1 GB di RAM"},
-        {u"settings.whisper.base", u"Predefinito — buon equilibrio · ~1 GB di RAM"},
-        {u"settings.whisper.small", u"Qualità migliore · ~2 GB di RAM"},
-        {u"settings.whisper.medium", u"Qualità alta · ~5 GB di RAM"},
-        {u"settings.whisper.large", u"Qualità massima, riconoscimento più lento · ~10 GB di RAM"},
+        {u"settings.whisper.tiny",
+         u"Riconoscimento più rapido, qualità minima · ~1\u00A0GB\u00A0di\u00A0RAM"},
+        {u"settings.whisper.base", u"Predefinito — buon equilibrio · ~1\u00A0GB\u00A0di\u00A0RAM"},
+        {u"settings.whisper.small", u"Qualità migliore · ~2\u00A0GB\u00A0di\u00A0RAM"},
+        {u"settings.whisper.medium", u"Qualità alta · ~5\u00A0GB\u00A0di\u00A0RAM"},
+        {u"settings.whisper.large",
+         u"Qualità massima, riconoscimento più lento · ~10\u00A0GB\u00A0di\u00A0RAM"},
         {u"settings.whisper.download", u"Scarica"},
         {u"settings.whisper.downloading", u"Download in corso..."},
         {u"settings.whisper.downloaded", u"Scaricato"},

@@ -185,6 +185,27 @@ TEST(StringTable, placeholdersAndNumbersAreTheSame) {
     });
 }
 
+TEST(StringTable, noLineOfAFrenchTextBeginsWithATwoPartSign) {
+    const QRegularExpression breakable(u" [:;?!]"_s);
+    for (const QString& key : table(UILanguage::French).keys()) {
+        EXPECT_FALSE(text(UILanguage::French, key).contains(breakable)) << key.toStdString();
+    }
+}
+
+TEST(StringTable, anAmountOfMemoryStaysOnOneLine) {
+    const QRegularExpression amount(u"~[0-9]+\\s.*RAM$"_s);
+    for (const UILanguage language : UILanguage::allCases()) {
+        for (const QString& model : {u"tiny"_s, u"base"_s, u"small"_s, u"medium"_s, u"large"_s}) {
+            const QString detail = text(language, u"settings.whisper."_s + model);
+            const QString found = amount.match(detail).captured();
+            EXPECT_FALSE(found.isEmpty()) << detail.toStdString();
+            // The English ones are exact.
+            EXPECT_TRUE(language == UILanguage::English || !found.contains(u' '))
+                << detail.toStdString();
+        }
+    }
+}
+
 TEST(StringTable, textsThatEndInAnEllipsisDoSoInEveryLanguage) {
     compareWithEnglish([](const QString&, const QString& english, const QString& other) {
         EXPECT_EQ(other.endsWith(u"..."), english.endsWith(u"..."));
