@@ -193,7 +193,7 @@ TEST(StringTable, noLineOfAFrenchTextBeginsWithATwoPartSign) {
 }
 
 TEST(StringTable, anAmountOfMemoryStaysOnOneLine) {
-    const QRegularExpression amount(u"~[0-9]+\\s.*RAM$"_s);
+    const QRegularExpression amount(u"~[0-9]+[ \u00A0].*RAM$"_s);
     for (const UILanguage language : UILanguage::allCases()) {
         for (const QString& model : {u"tiny"_s, u"base"_s, u"small"_s, u"medium"_s, u"large"_s}) {
             const QString detail = text(language, u"settings.whisper."_s + model);

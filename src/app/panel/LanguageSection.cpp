@@ -2,6 +2,7 @@
 
 #include "FieldCombo.h"
 #include "L10n.h"
+#include "LanguageFilter.h"
 #include "LanguageManager.h"
 #include "Pieces.h"
 #include "SymbolView.h"
@@ -12,6 +13,8 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +30,14 @@ QList<FieldEntry> languageEntries() {
         entries.append({.id = language.code, .text = language.flag % u' ' % language.name});
     }
     return entries;
+}
+
+/// What is no language, such as the detection, is found by its text.
+bool entryMatches(const FieldEntry& entry, const QString& typed) {
+    const QList<Language>& languages = LanguageManager::allLanguages();
+    const auto language = std::ranges::find(languages, entry.id, &Language::code);
+    return language == languages.end() ? entry.text.contains(typed, Qt::CaseInsensitive)
+                                       : languageMatches(*language, typed);
 }
 
 } // namespace
@@ -59,31 +70,42 @@ void LanguageSection::layOut() {
 }
 
 void LanguageSection::connectFields() {
+    for (FieldCombo* field : {source_, target_}) {
+        field->setMatching(entryMatches);
+    }
     connect(source_, &FieldCombo::chosen, this,
             [this](const QString& code) { settings_.sourceLang.set(code); });
     connect(target_, &FieldCombo::chosen, this,
             [this](const QString& code) { settings_.targetLang.set(code); });
     connect(&settings_, &TranslationSettings::changed, this, [this](const QString& key) {
-        if (key == "sourceLang"_L1) {
-            source_->setChosen(settings_.sourceLang.get());
-        } else if (key == "targetLang"_L1) {
-            target_->setChosen(settings_.targetLang.get());
+        if (key == "sourceLang"_L1 || key == "targetLang"_L1) {
+            showLanguages();
         }
     });
     connect(&l10n_, &L10n::currentChanged, this, &LanguageSection::translate);
 }
 
 void LanguageSection::translate() {
+    setAccessibleName(l10n_.platformText(u"lang.title"_s));
     nameField(sourceLabel_, source_, l10n_.platformText(u"lang.source"_s));
     nameField(targetLabel_, target_, l10n_.platformText(u"lang.target"_s));
-    QList<FieldEntry> languages = languageEntries();
-    const QString available =
-        QString::number(languages.size()) % u' ' % l10n_.platformText(u"lang.available"_s);
+    const QString available = QString::number(LanguageManager::allLanguages().size()) % u' ' %
+                              l10n_.platformText(u"lang.available"_s);
     source_->setToolTip(available);
     target_->setToolTip(available);
-    target_->setEntries(languages, settings_.targetLang.get());
-    languages.prepend({.id = u"auto"_s, .text = l10n_.platformText(u"lang.auto"_s)});
-    source_->setEntries(languages, settings_.sourceLang.get());
+    showLanguages();
+}
+
+void LanguageSection::showLanguages() {
+    const QString& target = settings_.targetLang.get();
+    QList<FieldEntry> targets = languageEntries();
+    keepChosen(targets, target);
+    target_->setEntries(targets, target);
+    const QString& source = settings_.sourceLang.get();
+    QList<FieldEntry> sources = languageEntries();
+    sources.prepend({.id = u"auto"_s, .text = l10n_.platformText(u"lang.auto"_s)});
+    keepChosen(sources, source);
+    source_->setEntries(sources, source);
 }
 
 } // namespace orv

@@ -22,6 +22,7 @@ class LanguageSection : public Card {
     void layOut();
     void connectFields();
     void translate();
+    void showLanguages();
 
     TranslationSettings& settings_;
     L10n& l10n_;

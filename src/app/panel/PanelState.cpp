@@ -1,22 +1,8 @@
 #include "PanelState.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace orv {
-
-namespace {
-
-void keepChosen(QList<FieldEntry>& entries, const QString& chosenId) {
-    const bool listed = std::any_of(entries.cbegin(), entries.cend(),
-                                    [&](const FieldEntry& entry) { return entry.id == chosenId; });
-    if (!listed) {
-        entries.append({.id = chosenId, .text = chosenId});
-    }
-}
-
-} // namespace
 
 StatusLine statusLine(const RunState& state, const TextLookup& text) {
     if (state.isStopping) {

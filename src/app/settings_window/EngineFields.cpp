@@ -17,7 +17,6 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -131,10 +130,7 @@ class EngineCard {
         for (const ServiceRegion& place : places) {
             list.append({place.identifier, place.displayName});
         }
-        if (std::ranges::none_of(
-                places, [&](const ServiceRegion& place) { return place.identifier == chosen; })) {
-            list.append({chosen, chosen});
-        }
+        keepChosen(list, chosen);
         return list;
     }
 

@@ -12,8 +12,6 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -26,10 +24,7 @@ QList<FieldEntry> modelEntries(const QString& chosen) {
     for (const WhisperModel& model : whisperModels()) {
         entries.append({model.id, model.name});
     }
-    if (std::ranges::none_of(entries,
-                             [&](const FieldEntry& entry) { return entry.id == chosen; })) {
-        entries.append({chosen, chosen});
-    }
+    keepChosen(entries, chosen);
     return entries;
 }
 

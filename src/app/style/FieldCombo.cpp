@@ -6,11 +6,38 @@
 #include <QCompleter>
 #include <QFocusEvent>
 #include <QLineEdit>
+#include <QSortFilterProxyModel>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QWheelEvent>
 
+#include <utility>
+
 namespace orv {
+
+/// The rows that may be meant by what was typed.
+class FieldCombo::Found : public QSortFilterProxyModel {
+  public:
+    explicit Found(FieldCombo* combo)
+        : QSortFilterProxyModel(combo)
+        , combo_(combo) {
+        setSourceModel(combo->model());
+    }
+
+    void setTyped(const QString& typed) {
+        typed_ = typed;
+        invalidateFilter();
+    }
+
+  protected:
+    bool filterAcceptsRow(int row, const QModelIndex& /*parent*/) const override {
+        return combo_->matches(row, typed_);
+    }
+
+  private:
+    FieldCombo* combo_;
+    QString typed_;
+};
 
 FieldCombo::FieldCombo(Search search, QWidget* parent)
     : QComboBox(parent) {
@@ -23,14 +50,49 @@ FieldCombo::FieldCombo(Search search, QWidget* parent)
     connect(this, &QComboBox::activated, this,
             [this](int index) { Q_EMIT chosen(itemData(index).toString()); });
     if (search == Search::ByTyping) {
-        setEditable(true);
-        setInsertPolicy(QComboBox::NoInsert);
-        completer()->setCompletionMode(QCompleter::PopupCompletion);
-        completer()->setFilterMode(Qt::MatchContains);
-        completer()->setCaseSensitivity(Qt::CaseInsensitive);
-        lineEdit()->installEventFilter(this);
-        connect(lineEdit(), &QLineEdit::editingFinished, this, &FieldCombo::settleTypedText);
+        searchByTyping();
     }
+}
+
+void FieldCombo::searchByTyping() {
+    setEditable(true);
+    setInsertPolicy(QComboBox::NoInsert);
+    found_ = new Found(this);
+    auto* completer = new QCompleter(found_, this);
+    // It shows every row it is given: those that were found.
+    completer->setCompletionMode(QCompleter::UnfilteredPopupCompletion);
+    setCompleter(completer);
+    lineEdit()->installEventFilter(this);
+    // Before the line edit asks for its completions.
+    connect(lineEdit(), &QLineEdit::textEdited, found_, &Found::setTyped);
+    connect(lineEdit(), &QLineEdit::editingFinished, this, &FieldCombo::settleTypedText);
+}
+
+void FieldCombo::setMatching(Matching matching) {
+    matching_ = std::move(matching);
+}
+
+bool FieldCombo::matches(int row, const QString& typed) const {
+    if (typed.trimmed().isEmpty() || row >= entries_.size()) {
+        return true;
+    }
+    const FieldEntry& entry = entries_.at(row);
+    return matching_ ? matching_(entry, typed) : entry.text.contains(typed, Qt::CaseInsensitive);
+}
+
+int FieldCombo::rowOf(const QString& typed) const {
+    if (typed.trimmed().isEmpty()) {
+        return -1;
+    }
+    if (const int same = findText(typed); same >= 0) {
+        return same;
+    }
+    for (int row = 0; row < count(); ++row) {
+        if (matches(row, typed)) {
+            return row;
+        }
+    }
+    return -1;
 }
 
 void FieldCombo::setEntries(const QList<FieldEntry>& entries, const QString& chosenId) {
@@ -94,13 +156,7 @@ void FieldCombo::settleTypedText() {
     if (typed == shown) {
         return;
     }
-    const QAbstractItemModel* matches = completer()->completionModel();
-    completer()->setCompletionPrefix(typed);
-    const int index = typed.trimmed().isEmpty() || matches->rowCount() == 0
-                          ? -1
-                          : findText(matches->index(0, completer()->completionColumn())
-                                         .data(Qt::DisplayRole)
-                                         .toString());
+    const int index = rowOf(typed);
     if (index < 0) {
         setEditText(shown);
         return;

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 namespace orv {
 
 /// A choice from a list whose entries have identifiers. Its accessible name is its accessible name
@@ -17,10 +19,16 @@ class FieldCombo : public QComboBox {
   public:
     enum class Search {
         None,
-        ByTyping, ///< Part of an entry's text finds it.
+        ByTyping, ///< Part of an entry's text finds it, unless `setMatching` says otherwise.
     };
 
     explicit FieldCombo(Search search, QWidget* parent = nullptr);
+
+    /// Whether someone who types `typed`, which is more than blanks, may mean `entry`.
+    using Matching = std::function<bool(const FieldEntry& entry, const QString& typed)>;
+
+    /// How entries are found by typing from now on. The first one that matches is taken.
+    void setMatching(Matching matching);
 
     /// Replaces the entries and shows the one called `chosenId`, without telling anyone.
     void setEntries(const QList<FieldEntry>& entries, const QString& chosenId);
@@ -40,12 +48,20 @@ class FieldCombo : public QComboBox {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    class Found;
+
+    void searchByTyping();
+    bool matches(int row, const QString& typed) const;
+    /// The row that is meant by what was typed; -1 if there is none.
+    int rowOf(const QString& typed) const;
     /// What is typed next replaces what the field shows.
     void selectShownEntry();
     /// Turns what was typed into the entry that was meant, or back into the one chosen before.
     void settleTypedText();
 
     QList<FieldEntry> entries_;
+    Matching matching_;
+    Found* found_ = nullptr; ///< Only with search.
 };
 
 } // namespace orv

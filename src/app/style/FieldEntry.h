@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 namespace orv {
@@ -11,5 +12,9 @@ struct FieldEntry {
 
     friend bool operator==(const FieldEntry&, const FieldEntry&) = default;
 };
+
+/// Makes sure that `id`, which is stored, is in the list: one that is missing is added at the end
+/// and shows itself, so that what is chosen is seen and not lost.
+void keepChosen(QList<FieldEntry>& entries, const QString& id);
 
 } // namespace orv
