@@ -155,6 +155,15 @@ TEST_F(GeneralTabTest, thePreviewShowsTheAppearanceAtOnce) {
     EXPECT_EQ(picture().size(), before.size());
 }
 
+TEST_F(GeneralTabTest, theOpacityIsAPercentageAsInTheInterfacesLanguage) {
+    store.setDouble(u"overlayOpacity"_s, 0.4);
+    open();
+    showTab(0);
+    EXPECT_TRUE(shows(u"40%"_s));
+    l10n.setCurrent(UILanguage::German);
+    EXPECT_TRUE(shows(u"40\u00A0%"_s));
+}
+
 TEST_F(GeneralTabTest, whatIsNoColourIsNotStored) {
     auto* hex = control<QLineEdit>(u"Background Color (#RRGGBB)"_s);
     typeInto(*hex, u"#12345"_s);

@@ -5,6 +5,7 @@
 #include "L10n.h"
 #include "LevelBar.h"
 #include "PanelState.h"
+#include "Quantities.h"
 #include "SegmentedControl.h"
 #include "SliderField.h"
 #include "SwitchRow.h"
@@ -33,10 +34,6 @@ constexpr int gainStep = 10;
 
 int idOf(AudioSourceType source) {
     return static_cast<int>(source);
-}
-
-QString gainText(int percent) {
-    return QString(QString::number(percent) % u"\u00A0%");
 }
 
 /// Complete at once: Tab leads through controls in the order in which they are made.
@@ -74,7 +71,9 @@ SourceSection::SourceSection(AudioManager& audio, TranslationSettings& settings,
     , levelLabel_(new QLabel(this))
     , level_(new LevelBar(this))
     , autoGain_(new SwitchRow(this))
-    , gain_(new SliderField(lowestGain, highestGain, gainStep, gainText, this)) {
+    , gain_(new SliderField(
+          lowestGain, highestGain, gainStep,
+          [&l10n](int percent) { return percentText(l10n.current(), percent); }, this)) {
     layOut();
     connectFields();
     translate();
@@ -165,7 +164,6 @@ void SourceSection::translate() {
     sources_->setSegmentText(idOf(AudioSourceType::SystemAudio), text(u"audio.system"_s));
     sources_->setSegmentText(idOf(AudioSourceType::SingleApp), text(u"audio.app"_s));
     devices_->setAccessibleName(text(u"audio.mic.label"_s));
-    devices_->setToolTip(text(u"audio.permission.granted"_s));
     systemHint_->setText(
         QString(text(u"audio.capture.all"_s) % u'\n' % text(u"audio.drm.warning"_s)));
     apps_->setAccessibleName(text(u"audio.app.select"_s));
@@ -204,6 +202,7 @@ void SourceSection::refreshLists() {
     deviceHint_->setText(deviceHint(audio_.inputDevices(), reachable, text));
     deviceHint_->setVisible(!deviceHint_->text().isEmpty());
     appHint_->setText(appHint(audio_.capturableApps(), reachable, text));
+    devices_->setToolTip(reachable ? text(u"audio.permission.granted"_s) : QString());
     permission_->setVisible(!reachable);
 }
 

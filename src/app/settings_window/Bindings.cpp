@@ -71,6 +71,10 @@ BoundValue<QColor> Bindings::storedColor(const QString& key, std::function<QColo
             }};
 }
 
+UILanguage Bindings::language() const {
+    return l10n_.current();
+}
+
 QString Bindings::text(const QString& key) const {
     return l10n_.platformText(key);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Setting.h"
+#include "UILanguage.h"
 
 #include <QColor>
 #include <QObject>
@@ -60,6 +61,8 @@ class Bindings : public QObject {
     BoundValue<bool> storedBool(const QString& key, bool fallback);
     BoundValue<double> storedDouble(const QString& key, std::function<double()> read);
     BoundValue<QColor> storedColor(const QString& key, std::function<QColor()> read);
+
+    UILanguage language() const;
 
     /// A localised text.
     QString text(const QString& key) const;

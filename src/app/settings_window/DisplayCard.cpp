@@ -7,6 +7,7 @@
 #include "OverlayPreview.h"
 #include "PageSlider.h"
 #include "Pieces.h"
+#include "Quantities.h"
 #include "TabParts.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
@@ -45,20 +46,23 @@ void addOpacity(Card& card, const TabContext& context) {
     row->setSpacing(space::medium);
     auto* slider = new PageSlider(Qt::Horizontal, field);
     auto* percent = new QLabel(field);
-    percent->setMinimumWidth(percent->fontMetrics().horizontalAdvance(u"100 %"_s));
     percent->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     row->addWidget(slider, 1);
     row->addWidget(percent);
     field->setFocusProxy(slider);
     QLabel* label = card.addField(field);
-    bindings.translated(field, [&bindings, label, slider] {
-        nameField(label, slider, bindings.text(u"settings.overlay.opacity"_s));
-    });
     bindings.bind(slider, bindings.storedDouble(overlayOpacityKey(), [&store] {
         return OverlayDefaults::opacityValue(store);
     }));
-    bindings.follow(percent, {overlayOpacityKey()}, [slider, percent] {
-        percent->setText(QString::number(slider->value()) + u" %"_s);
+    const auto showPercent = [&bindings, slider, percent] {
+        percent->setText(percentText(bindings.language(), slider->value()));
+    };
+    bindings.follow(percent, {overlayOpacityKey()}, showPercent);
+    bindings.translated(field, [&bindings, label, slider, percent, showPercent] {
+        nameField(label, slider, bindings.text(u"settings.overlay.opacity"_s));
+        const QString longest = percentText(bindings.language(), 100);
+        percent->setMinimumWidth(percent->fontMetrics().horizontalAdvance(longest));
+        showPercent();
     });
 }
 

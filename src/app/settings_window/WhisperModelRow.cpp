@@ -2,6 +2,7 @@
 
 #include "Bindings.h"
 #include "Pieces.h"
+#include "Quantities.h"
 #include "Symbols.h"
 #include "TabParts.h"
 #include "Theme.h"
@@ -43,19 +44,18 @@ WhisperModelRow::WhisperModelRow(const WhisperModel& model, WhisperModelManager&
     , model_(model)
     , models_(models)
     , bindings_(bindings)
+    , size_(makeHint(this))
     , detail_(makeHint(this))
     , state_(new ToneLabel(this))
     , action_(makeButton(this)) {
     QLabel* name = makeHeading(this);
     name->setText(model_.name);
-    QLabel* size = makeHint(this);
-    size->setWordWrap(false);
-    size->setText(model_.size);
+    size_->setWordWrap(false);
     state_->setWordWrap(false);
     auto* first = new QHBoxLayout;
     first->setSpacing(space::small);
     first->addWidget(name);
-    first->addWidget(size);
+    first->addWidget(size_);
     first->addWidget(state_);
     first->addStretch(1);
     auto* texts = new QVBoxLayout;
@@ -75,6 +75,7 @@ WhisperModelRow::WhisperModelRow(const WhisperModel& model, WhisperModelManager&
 void WhisperModelRow::refresh() {
     const State state = models_.state(model_.id);
     const bool isThere = state == State::Downloaded || state == State::Removing;
+    size_->setText(fileSizeText(bindings_.language(), model_.megabytes));
     detail_->setText(bindings_.text(model_.detailKey));
     const QString key = stateKey(state);
     state_->setText(key.isEmpty() ? QString() : bindings_.text(key));

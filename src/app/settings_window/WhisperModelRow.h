@@ -31,6 +31,7 @@ class WhisperModelRow : public QWidget {
     const WhisperModel model_;
     WhisperModelManager& models_;
     Bindings& bindings_;
+    QLabel* size_;
     QLabel* detail_;
     ToneLabel* state_;
     QPushButton* action_;

@@ -19,11 +19,11 @@ bool isModel(const QString& id) {
 
 std::span<const WhisperModel> whisperModels() {
     static const WhisperModel models[] = {
-        {u"tiny"_s, u"Tiny"_s, u"settings.whisper.tiny"_s, u"75 MB"_s},
-        {u"base"_s, u"Base"_s, u"settings.whisper.base"_s, u"145 MB"_s},
-        {u"small"_s, u"Small"_s, u"settings.whisper.small"_s, u"484 MB"_s},
-        {u"medium"_s, u"Medium"_s, u"settings.whisper.medium"_s, u"1.5 GB"_s},
-        {u"large"_s, u"Large"_s, u"settings.whisper.large"_s, u"3.1 GB"_s},
+        {u"tiny"_s, u"Tiny"_s, u"settings.whisper.tiny"_s, 75},
+        {u"base"_s, u"Base"_s, u"settings.whisper.base"_s, 145},
+        {u"small"_s, u"Small"_s, u"settings.whisper.small"_s, 484},
+        {u"medium"_s, u"Medium"_s, u"settings.whisper.medium"_s, 1500},
+        {u"large"_s, u"Large"_s, u"settings.whisper.large"_s, 3100},
     };
     return models;
 }

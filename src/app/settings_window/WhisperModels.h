@@ -13,7 +13,7 @@ struct WhisperModel {
     QString id;        ///< The value stored as the chosen model; also the start of its file's name.
     QString name;      ///< For people, the same in every language.
     QString detailKey; ///< Key of a line on its quality and how much memory it takes.
-    QString size;      ///< About how large the download is.
+    int megabytes;     ///< About how large the download is, in millions of bytes.
 };
 
 /// From the smallest to the largest.
