@@ -31,6 +31,11 @@ class CheckerControl : public UpdateControl {
         return checker_.updateAvailable() ? checker_.latestVersion() : QString();
     }
 
+    void follow(QObject* context, std::function<void()> changed) override {
+        QObject::connect(&checker_, &UpdateChecker::latestVersionChanged, context, changed);
+        QObject::connect(&checker_, &UpdateChecker::updateAvailableChanged, context, changed);
+    }
+
     void check(std::function<void(Outcome outcome)> done) override {
         checker_.checkForUpdate(
             [done = std::move(done)](UpdateOutcome outcome) { done(outcomeOf(outcome)); });

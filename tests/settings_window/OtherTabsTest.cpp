@@ -55,6 +55,14 @@ TEST_F(OtherTabsTest, aRunningDownloadIsVisibleAndAFailedOneIsSaid) {
     EXPECT_FALSE(shows(text(u"settings.whisper.downloading"_s)));
 }
 
+TEST_F(OtherTabsTest, sizesAreWrittenAsInTheInterfacesLanguage) {
+    showTab(2);
+    EXPECT_TRUE(shows(u"1.5\u00A0GB"_s));
+    l10n.setCurrent(UILanguage::French);
+    EXPECT_TRUE(shows(u"1,5\u00A0Go"_s));
+    EXPECT_TRUE(shows(u"75\u00A0Mo"_s));
+}
+
 TEST_F(OtherTabsTest, aModelThatIsNotInTheListStaysChosen) {
     settings.whisperModel.set(u"turbo"_s);
     EXPECT_EQ(shownBy(*control(u"Current Model"_s)), u"turbo"_s);
@@ -144,18 +152,27 @@ TEST_F(OtherTabsTest, aNewerReleaseCanBeDownloaded) {
     press(text(u"info.update.check"_s));
     updates.available = u"4.3"_s;
     updates.pending(UpdateControl::Outcome::Available);
-    EXPECT_TRUE(shows(u"A new version is available. (v4.3)"_s));
+    EXPECT_TRUE(shows(u"A new version is available (v4.3)."_s));
     EXPECT_TRUE(control(text(u"info.update.download"_s))->isVisible());
     press(text(u"info.update.download"_s));
     EXPECT_EQ(updates.downloads, 1);
 }
 
 TEST_F(OtherTabsTest, aReleaseThatWasFoundBeforeIsShownWithoutACheck) {
-    window->close();
     updates.available = u"5.0"_s;
-    window->show();
+    open();
     showTab(5);
-    EXPECT_TRUE(shows(u"A new version is available. (v5.0)"_s));
+    EXPECT_TRUE(shows(u"A new version is available (v5.0)."_s));
+    EXPECT_EQ(updates.checks, 0);
+}
+
+TEST_F(OtherTabsTest, aReleaseThatIsFoundMeanwhileIsShownAtOnce) {
+    showTab(5);
+    updates.find(u"5.0"_s);
+    EXPECT_TRUE(shows(u"A new version is available (v5.0)."_s));
+    EXPECT_TRUE(control(text(u"info.update.download"_s))->isVisible());
+    updates.find(u"5.1"_s);
+    EXPECT_TRUE(shows(u"A new version is available (v5.1)."_s));
     EXPECT_EQ(updates.checks, 0);
 }
 

@@ -6,6 +6,7 @@
 #include "UpdateControl.h"
 
 #include <QList>
+#include <QObject>
 #include <QStringList>
 
 #include <utility>
@@ -65,6 +66,17 @@ class FakeUpdates : public UpdateControl {
 
     void openDownload() override { ++downloads; }
 
+    void follow(QObject* context, std::function<void()> changed) override {
+        QObject::connect(&news, &QObject::objectNameChanged, context, changed);
+    }
+
+    /// As if a check that nobody asked for had found a release.
+    void find(const QString& version) {
+        available = version;
+        news.setObjectName(version);
+    }
+
+    QObject news; ///< Tells of finds.
     QString available;
     int checks = 0;
     int downloads = 0;

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+class QObject;
+
 namespace orv {
 
 /// The update check as the settings window sees it. Main thread only.
@@ -23,6 +25,10 @@ class UpdateControl {
 
     /// The newer release that is known of, from whichever check; empty without one.
     virtual QString availableVersion() const = 0;
+
+    /// Calls `changed` on the main thread whenever `availableVersion` is another one, as long as
+    /// `context` lives: the program also checks by itself.
+    virtual void follow(QObject* context, std::function<void()> changed) = 0;
 
     /// Asks now; returns at once. `done` is called once, later, on the main thread.
     virtual void check(std::function<void(Outcome outcome)> done) = 0;

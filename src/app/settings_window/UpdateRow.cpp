@@ -15,6 +15,17 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// The sentence with the version in front of its full stop.
+QString availableText(const QString& sentence, const QString& version) {
+    const QString named = u" (v"_s + version + u')';
+    return sentence.endsWith(u'.') ? QString(sentence.chopped(1) + named + u'.')
+                                   : QString(sentence + named);
+}
+
+} // namespace
+
 UpdateRow::UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent)
     : QWidget(parent)
     , updates_(updates)
@@ -36,12 +47,8 @@ UpdateRow::UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent
     column->addWidget(result_);
     connect(check_, &QPushButton::clicked, this, &UpdateRow::check);
     connect(download_, &QPushButton::clicked, this, [this] { updates_.openDownload(); });
+    updates_.follow(this, [this] { refresh(); });
     bindings_.translated(this, [this] { refresh(); });
-}
-
-void UpdateRow::showEvent(QShowEvent* event) {
-    refresh();
-    QWidget::showEvent(event);
 }
 
 void UpdateRow::check() {
@@ -68,7 +75,7 @@ void UpdateRow::refresh() {
         text = bindings_.text(u"info.update.failed"_s);
         tone = Tone::Error;
     } else if (!newer.isEmpty()) {
-        text = bindings_.text(u"info.update.available"_s) + u" (v"_s + newer + u")"_s;
+        text = availableText(bindings_.text(u"info.update.available"_s), newer);
         tone = Tone::Accent;
     } else if (state_ == State::UpToDate) {
         text = bindings_.text(u"info.update.uptodate"_s);

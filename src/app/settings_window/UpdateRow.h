@@ -18,10 +18,6 @@ class UpdateRow : public QWidget {
   public:
     UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent = nullptr);
 
-  protected:
-    /// A release may have been found since the window was last open.
-    void showEvent(QShowEvent* event) override;
-
   private:
     enum class State { Unknown, Checking, UpToDate, Failed };
 
