@@ -37,6 +37,17 @@ TEST_F(ReadingTextTest, showsTheTranslationLargerBelowTheOriginal) {
               text.font().pointSizeF());
 }
 
+TEST_F(ReadingTextTest, showsTheTranslationLargerAlsoWithAFontInPixels) {
+    QFont pixels = text.font();
+    pixels.setPixelSize(20);
+    text.setFont(pixels);
+    text.setTexts(u"heard"_s, u"gehört"_s);
+    const QTextBlock second = text.document()->firstBlock().next();
+    EXPECT_EQ(second.begin().fragment().charFormat().font().pixelSize(), 26);
+    EXPECT_GT(second.layout()->boundingRect().height(),
+              text.document()->firstBlock().layout()->boundingRect().height());
+}
+
 TEST_F(ReadingTextTest, leavesNoGapForWhatIsEmpty) {
     text.setTexts({}, u"gehört"_s);
     EXPECT_EQ(text.document()->blockCount(), 1);

@@ -71,8 +71,8 @@ void ReadingText::compose() {
     quiet.setForeground(theme.quietText);
     addParagraph(original_, quiet);
     QTextCharFormat large;
+    large.setFont(largeFont(font()), QTextCharFormat::FontPropertiesSpecifiedOnly);
     large.setForeground(theme.text);
-    large.setFontPointSize(font().pointSizeF() * 1.3);
     addParagraph(translation_, large);
     moveCursor(QTextCursor::Start);
 }

@@ -178,7 +178,11 @@ const Theme& themeOf(const QWidget& widget) {
 }
 
 QFont titleFont(const QFont& body) {
-    QFont font = strongFont(body);
+    return strongFont(largeFont(body));
+}
+
+QFont largeFont(const QFont& body) {
+    QFont font = body;
     if (body.pointSizeF() > 0) {
         font.setPointSizeF(body.pointSizeF() * 1.3);
     } else {

@@ -94,7 +94,11 @@ struct Theme {
 /// The theme that `widget` is drawn in. With a foreign style: the one that suits its palette.
 const Theme& themeOf(const QWidget& widget);
 
-/// The larger of the two text sizes; `body` is the smaller one, which is the desktop's own.
+/// The larger of the two text sizes; `body` is the smaller one, which is the desktop's own, in
+/// points or in pixels.
+QFont largeFont(const QFont& body);
+
+/// The larger size, heavier.
 QFont titleFont(const QFont& body);
 
 /// The body size, heavier: headings and the main button.
