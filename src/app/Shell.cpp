@@ -90,9 +90,9 @@ void Shell::createServices(const UserPaths& paths) {
                                  vmix_->sendToVmix(original, translation);
                              },
                          .showNotice =
-                             [this, lookUp](const AudioNotice& notice) {
+                             [this](const AudioNotice& notice) {
                                  window_.get();
-                                 panel_->showNotice(noticeText(notice, lookUp));
+                                 panel_->showNotice(notice);
                              },
                          .transcriptFolder = paths.outputFolder(),
                          .endpoints = addresses_.speech});
@@ -159,7 +159,10 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                .l10n = *l10n_,
                                .vmix = *vmixTracking_,
                                .showSettings = [this] {
-                                   window_.close();
+                                   // Without a tray the panel's window is the way back in.
+                                   if (tray_->isAvailable()) {
+                                       window_.close();
+                                   }
                                    delegate_->showSettingsWindow();
                                }});
     panel_->setHasTray(tray_->isAvailable());

@@ -16,6 +16,7 @@
 #include "ReadingText.h"
 #include "SliderField.h"
 #include "SwitchRow.h"
+#include "Symbols.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -23,8 +24,10 @@
 #include "WaitUntil.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QCheckBox>
+#include <QCompleter>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -107,6 +110,15 @@ class ControlPanelTest : public ::testing::Test {
     void adoptBackend() {
         probe.inUse = true;
         engine.startBackend();
+    }
+
+    static QImage picture(const QIcon& icon) { return icon.pixmap(32, 32).toImage(); }
+
+    /// Types into a field and leaves it.
+    static void typeInto(FieldCombo* combo, const QString& typed) {
+        combo->lineEdit()->selectAll();
+        QTest::keyClicks(combo->lineEdit(), typed);
+        QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
     }
 
     static void choose(FieldCombo* combo, const QString& id) {
@@ -195,9 +207,11 @@ TEST_F(ControlPanelTest, theMainButtonFollowsTheRun) {
     button(u"main.start"_s)->click();
     EXPECT_TRUE(shows(text(u"status.listening"_s)));
     ASSERT_NE(button(u"main.stop"_s), nullptr);
+    EXPECT_EQ(picture(button(u"main.stop"_s)->icon()), picture(symbol(u"stop.circle.fill"_s)));
     button(u"main.stop"_s)->click();
     EXPECT_TRUE(shows(text(u"main.stopping"_s)));
-    EXPECT_NE(button(u"main.start"_s), nullptr);
+    ASSERT_NE(button(u"main.start"_s), nullptr);
+    EXPECT_EQ(picture(button(u"main.start"_s)->icon()), picture(symbol(u"play.circle.fill"_s)));
     capture.finishStops();
     EXPECT_FALSE(shows(text(u"main.stopping"_s)));
 }
@@ -205,9 +219,11 @@ TEST_F(ControlPanelTest, theMainButtonFollowsTheRun) {
 TEST_F(ControlPanelTest, persistsWhatIsChosenAtOnce) {
     choose(field(u"lang.source"_s), u"en"_s);
     choose(field(u"lang.target"_s), u"es"_s);
+    EXPECT_EQ(store.string(u"sourceLang"_s), u"en"_s);
+    choose(field(u"lang.source"_s), u"auto"_s);
     button(u"audio.system"_s)->click();
     button(u"option.original"_s)->click();
-    EXPECT_EQ(store.string(u"sourceLang"_s), u"en"_s);
+    EXPECT_EQ(store.string(u"sourceLang"_s), u"auto"_s);
     EXPECT_EQ(store.string(u"targetLang"_s), u"es"_s);
     EXPECT_EQ(store.integer(u"audioSourceType"_s), 1);
     EXPECT_EQ(store.boolean(u"showOriginal"_s), true);
@@ -250,6 +266,41 @@ TEST_F(ControlPanelTest, offersAllLanguagesAndDetectionForTheSource) {
     EXPECT_LT(field(u"lang.target"_s)->findData(u"auto"_s), 0);
 }
 
+TEST_F(ControlPanelTest, languagesAreFoundByTheirEnglishNameAndWithoutMarks) {
+    typeInto(field(u"lang.source"_s), u"japanese"_s);
+    EXPECT_EQ(settings.sourceLang.get(), u"ja"_s);
+    typeInto(field(u"lang.target"_s), u"espanol"_s);
+    EXPECT_EQ(settings.targetLang.get(), u"es"_s);
+    typeInto(field(u"lang.source"_s), u"detect"_s);
+    EXPECT_EQ(settings.sourceLang.get(), u"auto"_s);
+}
+
+TEST_F(ControlPanelTest, whileALanguageIsTypedOnlyThoseThatMatchAreOffered) {
+    FieldCombo* target = field(u"lang.target"_s);
+    target->setFocus();
+    target->lineEdit()->selectAll();
+    QTest::keyClicks(target->lineEdit(), u"norw"_s);
+    const QAbstractItemModel* offered = target->completer()->completionModel();
+    ASSERT_EQ(offered->rowCount(), 2);
+    EXPECT_TRUE(offered->index(0, 0).data().toString().endsWith(u"Norsk"));
+    EXPECT_TRUE(offered->index(1, 0).data().toString().endsWith(u"Nynorsk"));
+    QTest::keyClick(target->completer()->popup(), Qt::Key_Down);
+    QTest::keyClick(target->completer()->popup(), Qt::Key_Down);
+    QTest::keyClick(target->completer()->popup(), Qt::Key_Return);
+    EXPECT_EQ(settings.targetLang.get(), u"nn"_s);
+}
+
+TEST_F(ControlPanelTest, aStoredLanguageBeyondTheCatalogueIsShownAsItIs) {
+    settings.sourceLang.set(u"xx"_s);
+    settings.targetLang.set(u"yy"_s);
+    EXPECT_EQ(field(u"lang.source"_s)->currentText(), u"xx"_s);
+    EXPECT_EQ(field(u"lang.target"_s)->currentText(), u"yy"_s);
+    l10n.setCurrent(UILanguage::German);
+    EXPECT_EQ(field(u"lang.source"_s)->currentText(), u"xx"_s);
+    settings.sourceLang.set(u"en"_s);
+    EXPECT_LT(field(u"lang.source"_s)->findData(u"xx"_s), 0);
+}
+
 TEST_F(ControlPanelTest, listsDevicesAndApplicationsAsTheyCome) {
     sound.answers().inputDevices = {{.id = u"usb"_s, .name = u"USB Mic"_s}};
     sound.answers().capturableApps = QList<RunningApp>{{.bundleId = u"vlc"_s, .name = u"VLC"_s}};
@@ -278,6 +329,19 @@ TEST_F(ControlPanelTest, emptyListsSayHowToFillThem) {
     EXPECT_FALSE(shows(text(u"audio.app.none"_s)));
     settings.audioSourceType.set(AudioSourceType::Microphone);
     EXPECT_FALSE(shows(text(u"audio.mic.none"_s)));
+}
+
+TEST_F(ControlPanelTest, theMicrophonesSayThatSoundIsInReachOnlyWhileItIs) {
+    sound.answers().capturableApps = std::nullopt;
+    button(u"audio.app.refresh"_s)->click();
+    ASSERT_TRUE(waitUntil([this] { return shows(text(u"audio.permission.needed"_s)); }));
+    EXPECT_EQ(field(u"audio.mic.label"_s)->toolTip(), QString());
+    l10n.setCurrent(UILanguage::German);
+    EXPECT_EQ(field(u"audio.mic.label"_s)->toolTip(), QString());
+    sound.answers().capturableApps = QList<RunningApp>();
+    button(u"audio.permission.request"_s)->click();
+    ASSERT_TRUE(waitUntil([this] { return !shows(text(u"audio.permission.needed"_s)); }));
+    EXPECT_EQ(field(u"audio.mic.label"_s)->toolTip(), text(u"audio.permission.granted"_s));
 }
 
 TEST_F(ControlPanelTest, theEmptyResultNamesTheNextStep) {
@@ -314,12 +378,24 @@ TEST_F(ControlPanelTest, refusesSingleAppUntilOneIsChosen) {
 }
 
 TEST_F(ControlPanelTest, aNoticeStaysUntilItIsClosed) {
-    panel.showNotice(u"The API key is missing."_s);
-    EXPECT_TRUE(shows(u"The API key is missing."_s));
-    panel.showNotice(u"The backend is outdated."_s);
-    EXPECT_FALSE(shows(u"The API key is missing."_s));
+    panel.showNotice({AudioNotice::Kind::ServiceAccountMissing, {}});
+    EXPECT_TRUE(shows(text(u"notice.serviceaccount.missing"_s)));
+    panel.showNotice({AudioNotice::Kind::ApiKeyMissing, u"Deepgram"_s});
+    EXPECT_FALSE(shows(text(u"notice.serviceaccount.missing"_s)));
+    EXPECT_TRUE(shows(text(u"notice.apikey.missing"_s).arg(u"Deepgram"_s)));
     button(u"alert.ok"_s)->click();
-    EXPECT_FALSE(shows(u"The backend is outdated."_s));
+    EXPECT_FALSE(shows(text(u"notice.apikey.missing"_s).arg(u"Deepgram"_s)));
+}
+
+TEST_F(ControlPanelTest, aNoticeFollowsTheLanguageAndStaysClosed) {
+    panel.showNotice({AudioNotice::Kind::ApiKeyMissing, u"Deepgram"_s});
+    l10n.setCurrent(UILanguage::German);
+    EXPECT_TRUE(shows(text(u"notice.apikey.missing"_s).arg(u"Deepgram"_s)));
+    l10n.setCurrent(UILanguage::Spanish);
+    ASSERT_NE(button(u"alert.ok"_s), nullptr);
+    button(u"alert.ok"_s)->click();
+    l10n.setCurrent(UILanguage::English);
+    EXPECT_FALSE(shows(text(u"notice.apikey.missing"_s).arg(u"Deepgram"_s)));
 }
 
 TEST_F(ControlPanelTest, quitIsThePanelsOwn) {
@@ -375,10 +451,12 @@ TEST_F(ControlPanelTest, theGainIsChosenWhileItDoesNotFollowByItself) {
     settings.autoGain.set(false);
     QSlider* gain = slider(u"audio.gain.label"_s);
     ASSERT_NE(gain, nullptr);
-    EXPECT_TRUE(shows(u"100\u00A0%"_s));
+    EXPECT_TRUE(shows(u"100%"_s));
     EXPECT_FALSE(store.contains(u"audioGain"_s));
     gain->triggerAction(QSlider::SliderSingleStepAdd);
     EXPECT_FLOAT_EQ(settings.audioGain.get(), 1.1F);
+    EXPECT_TRUE(shows(u"110%"_s));
+    l10n.setCurrent(UILanguage::French);
     EXPECT_TRUE(shows(u"110\u00A0%"_s));
 }
 

@@ -123,6 +123,7 @@ void ControlPanel::connectState() {
 void ControlPanel::translate() {
     header_->translate([this](const QString& key) { return text(key); });
     noTray_->setText(text(u"panel.notray"_s));
+    translateNotice();
     refreshRun();
 }
 
@@ -161,8 +162,17 @@ void ControlPanel::setHasTray(bool hasTray) {
     noTray_->setVisible(!hasTray);
 }
 
-void ControlPanel::showNotice(const QString& notice) {
-    notice_->showNotice(notice, text(u"alert.ok"_s));
+void ControlPanel::showNotice(const AudioNotice& notice) {
+    latestNotice_ = notice;
+    translateNotice();
+    notice_->show();
+}
+
+void ControlPanel::translateNotice() {
+    if (latestNotice_) {
+        const auto lookUp = [this](const QString& key) { return text(key); };
+        notice_->setTexts(noticeText(*latestNotice_, lookUp), text(u"alert.ok"_s));
+    }
 }
 
 QString ControlPanel::text(const QString& key) const {

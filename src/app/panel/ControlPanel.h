@@ -1,8 +1,11 @@
 #pragma once
 
+#include "AudioNotice.h"
+
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 class QLabel;
 class QPushButton;
@@ -40,8 +43,8 @@ class ControlPanel : public QWidget {
   public:
     explicit ControlPanel(PanelEnvironment environment, QWidget* parent = nullptr);
 
-    /// Shows `text` as a line within the panel that the user can close.
-    void showNotice(const QString& text);
+    /// Shows `notice` as a line within the panel that the user can close.
+    void showNotice(const AudioNotice& notice);
 
     /// Without a tray the panel tells that its window is the only way in.
     void setHasTray(bool hasTray);
@@ -51,12 +54,14 @@ class ControlPanel : public QWidget {
     void connectState();
     void addKeys();
     void translate();
+    void translateNotice();
     void refreshRun();
     void startOrStop();
     QString text(const QString& key) const;
 
     PanelEnvironment environment_;
     PanelHeader* header_;
+    std::optional<AudioNotice> latestNotice_;
     NoticeCard* notice_ = nullptr;
     ResultSection* result_ = nullptr;
     QPushButton* startStop_ = nullptr;

@@ -22,10 +22,9 @@ NoticeCard::NoticeCard(QWidget* parent)
     hide();
 }
 
-void NoticeCard::showNotice(const QString& text, const QString& closeText) {
+void NoticeCard::setTexts(const QString& text, const QString& closeText) {
     text_->setText(text);
     close_->setText(closeText);
-    show();
 }
 
 } // namespace orv

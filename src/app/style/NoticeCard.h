@@ -6,15 +6,15 @@ class QPushButton;
 
 namespace orv {
 
-/// A line of text for the user that stays until its button is pressed; hidden at first.
+/// A line of text for the user that stays, once it is shown, until its button is pressed.
 class NoticeCard : public Card {
     Q_OBJECT
 
   public:
     explicit NoticeCard(QWidget* parent = nullptr);
 
-    /// Shows `text`; another notice takes its place.
-    void showNotice(const QString& text, const QString& closeText);
+    /// What the card and its button say. Another notice takes the place of the one before.
+    void setTexts(const QString& text, const QString& closeText);
 
   private:
     QLabel* text_;
