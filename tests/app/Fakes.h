@@ -43,6 +43,9 @@ class FakeCapture : public CaptureControl {
         capturing = false;
         pendingStops.append(std::move(done));
         calls.append(QStringLiteral("stopCapture"));
+        if (together != nullptr) {
+            together->append(calls.last());
+        }
     }
 
     void stopCaptureSync() override {
@@ -60,6 +63,7 @@ class FakeCapture : public CaptureControl {
     bool capturing = false;
     QList<std::function<void()>> pendingStops;
     QStringList calls;
+    QStringList* together = nullptr; ///< Ends, in the order of all that end.
 };
 
 class FakeBackend : public BackendControl {
@@ -68,12 +72,18 @@ class FakeBackend : public BackendControl {
 
     void startBackend() override { calls.append(QStringLiteral("startBackend")); }
 
-    void stopBackend() override { calls.append(QStringLiteral("stopBackend")); }
+    void stopBackend() override {
+        calls.append(QStringLiteral("stopBackend"));
+        if (together != nullptr) {
+            together->append(calls.last());
+        }
+    }
 
     void leaveRunning() override { calls.append(QStringLiteral("leaveRunning")); }
 
     bool running = false;
     QStringList calls;
+    QStringList* together = nullptr; ///< Ends, in the order of all that end.
 };
 
 class FakeDialogs : public Dialogs {

@@ -272,9 +272,12 @@ TEST_F(TranslationControllerTest, quitStopsTheRunThenTheBackendThenTheProgram) {
     store.setBool(u"autoStopBackend"_s, false);
     controller->startTranslation();
     ASSERT_TRUE(waitForCapture());
+    QStringList ends;
+    capture.together = &ends;
+    backend.together = &ends;
     controller->quitApp();
     EXPECT_TRUE(log.contains(u"🛑 Beende App..."_s));
-    EXPECT_EQ(capture.calls.last(), u"stopCapture"_s);
+    EXPECT_EQ(ends, (QStringList{u"stopCapture"_s, u"stopBackend"_s}));
     EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
     EXPECT_EQ(terminations, 0) << "the program ends later";
     EXPECT_TRUE(waitUntil([this] { return terminations == 1; }));
