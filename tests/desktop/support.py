@@ -8,10 +8,11 @@ from harness.accessibility import Accessibility
 from harness.desktop import SCREEN, Desktop
 from harness.portal import Portal
 from harness.processes import end_on_signals, wait_until
-from harness.program import Program, write_settings
+from harness.program import Program, read_settings, write_settings
 from harness.sound import Sound
 
 PROGRAM = os.environ["ORVANE_PROGRAM"]
+ON_LOOPBACK = os.environ["ORVANE_ON_LOOPBACK"]
 INSTALL_BACKEND = os.environ["ORVANE_INSTALL_BACKEND"]
 
 end_on_signals()
@@ -38,6 +39,26 @@ class DesktopTest(unittest.TestCase):
         self.program.wait_for_line("App gestartet", limit=60)
         return self.program
 
+    def start_on_loopback(self, **environment):
+        """Starts the program with all its services on loopback, where `environment` may name them,
+        and with an opener that only writes down what it is asked to show: see `opened`."""
+        folder = self.desktop.folder / "programs"
+        folder.mkdir(exist_ok=True)
+        self._opened = folder / "opened"
+        opener = folder / "xdg-open"
+        opener.write_text(f'#!/bin/sh\necho "$1" >> "{self._opened}"\n')
+        opener.chmod(0o755)
+        path = f"{folder}:{self.desktop.environment['PATH']}"
+        # Its windows are known to the desktop by the program's own name.
+        self.program = Program(self.desktop, ON_LOOPBACK, environment={
+            **environment, "PATH": path, "RESOURCE_NAME": "orvane"})
+        self.program.wait_for_line("App gestartet", limit=60)
+        return self.program
+
+    def opened(self):
+        """The addresses and folders that the desktop was asked to show so far."""
+        return self._opened.read_text().splitlines() if self._opened.exists() else []
+
     def open_panel(self, name="Quit"):
         """Opens the panel and waits until the window manager has given it the focus: only a window
         that has it notices that the user turns elsewhere."""
@@ -54,6 +75,10 @@ class DesktopTest(unittest.TestCase):
 
     def wait_for(self, name, role=None):
         return self.accessibility.wait_for(self.program.pid, name, role)
+
+    def wait_until_stored(self, key, value):
+        wait_until(lambda: read_settings(self.desktop).get(key) == value,
+                   f"{key} to be stored as {value!r}")
 
     def menus(self):
         """Where the menu is that stands below the tray's item, while the panel is closed."""

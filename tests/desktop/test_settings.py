@@ -5,88 +5,209 @@ import unittest
 from support import DesktopTest
 
 from harness.processes import wait_until
-from harness.program import read_settings, settings_file
+from harness.texts import Texts
+from harness.witnesses import Chatbox
 
-# The tabs in each language of the interface, and the panel's button that opens them.
-LANGUAGES = {
-    "de": ("Einstellungen", ["Allgemein", "Engines", "Whisper", "Sprachen", "Speicher", "Info"]),
-    "en": ("Settings", ["General", "Engines", "Whisper", "Languages", "Storage", "Info"]),
-    "es": ("Ajustes", ["General", "Motores", "Whisper", "Idiomas", "Almacenamiento",
-                       "Información"]),
-    "fr": ("Réglages", ["Général", "Moteurs", "Whisper", "Langues", "Stockage", "Infos"]),
-    "it": ("Impostazioni", ["Generali", "Motori", "Whisper", "Lingue", "Archiviazione", "Info"]),
-}
+TABS = ["general", "engines", "whisper", "languages", "storage", "info"]
 
-# The switches of the first tab from top to bottom: what each one writes. The transcript's is not
-# kept. On a fresh start all but these are off.
-SWITCHES = ["autoStartBackend", "autoStopBackend", "networkAccess", "showOverlay", "showOriginal",
-            None, "speakTranslations", "autoGain", "overlayBorderEnabled", "obsOverlayEnabled",
-            "vrchatEnabled", "vrchatPlaySound", "vmixEnabled", "vmixShowConnectionWarnings"]
+# The switches of the first tab from top to bottom, by the keys of their names: what each one
+# writes. The transcript's is not kept. On a fresh start all but these are off.
+SWITCHES = {
+    "settings.backend.autostart": "autoStartBackend",
+    "settings.backend.autostop": "autoStopBackend",
+    "settings.backend.network": "networkAccess",
+    "settings.overlay": "showOverlay",
+    "option.original": "showOriginal",
+    "option.transcript": None,
+    "option.speak": "speakTranslations",
+    "settings.autogain": "autoGain",
+    "settings.overlay.border": "overlayBorderEnabled",
+    "settings.obs.enable": "obsOverlayEnabled",
+    "settings.vrc.enable": "vrchatEnabled",
+    "settings.vrc.sound": "vrchatPlaySound",
+    "settings.vmix.enable": "vmixEnabled",
+    "settings.vmix.warn_on_fail": "vmixShowConnectionWarnings"}
 ON_AT_FIRST = {"autoStopBackend", "showOverlay", "autoGain", "overlayBorderEnabled",
                "vmixShowConnectionWarnings"}
 
-ENGINES = ["whisper", "deepgram", "assemblyai", "google_rest", "google_grpc", "azure", "vosk"]
+# The colours: what each writes, and the colour right of its default in the palette.
+COLOURS = {"settings.overlay.bgcolor": ("overlayBgColor", "#B2EBF2"),
+           "settings.overlay.textcolor": ("overlayTextColor", "#212121"),
+           "settings.overlay.bordercolor": ("overlayBorderColor", "#00695C")}
+
+# By their names, or the keys of their names.
+ENGINES = {"whisper": "settings.engine.whisper.name", "deepgram": "Deepgram",
+           "assemblyai": "AssemblyAI", "google_rest": "settings.engine.google_rest.name",
+           "google_grpc": "settings.engine.google_grpc.name", "azure": "Microsoft Azure",
+           "vosk": "Vosk"}
 
 
 class Settings(DesktopTest):
     def open_settings(self, language="en", **settings):
-        button, self.tabs = LANGUAGES[language]
+        self.text = Texts(language)
         self.open_desktop(uiLanguage=language, **settings)
-        self.start_program()
+        self.start_on_loopback()
         self.desktop.click_tray()
-        self.press(button)
-        self.wait_for(self.tabs[0], "page tab")
+        self.use("main.settings")
+        self.wait_for(self.tab(0), "page tab")
+
+    def tab(self, number):
+        return self.text(f"settings.tab.{TABS[number]}")
 
     def show_tab(self, number):
-        self.press(self.tabs[number])
+        self.press(self.tab(number))
 
-    def controls(self, role):
-        return [node for node in self.accessibility.nodes(self.program.pid)
-                if node.get_role_name() == role]
+    def names(self, role):
+        return [name for found, name in self.accessibility.names(self.program.pid)
+                if found == role]
 
-    def use(self, node):
-        """Does what a control can do first: presses or toggles it."""
-        self.assertTrue(node.get_action_iface().do_action(0))
+    def use(self, *keys):
+        """Presses or toggles what is called by the texts of `keys`, with a colon between them."""
+        self.press(": ".join(self.text(key) for key in keys))
 
-    def wait_until_stored(self, key, value):
-        wait_until(lambda: read_settings(self.desktop).get(key) == value,
-                   f"{key} to be stored as {value!r}")
+    def on_screen(self, key, role=None):
+        return self.wait_for(self.text(key), role)
 
-    def check_switches(self, language):
-        self.open_settings(language)
-        switches = wait_until(
-            lambda: (lambda found: found if len(found) == len(SWITCHES) else None)(
-                self.controls("check box")), "the switches of the first tab")
-        names = [switch.get_name() for switch in switches]
-        self.assertEqual(len(set(names)), len(names))
-        for switch, key in zip(switches, SWITCHES):
-            self.assertTrue(switch.get_name())
-            self.use(switch)
-            if key is not None:
-                self.wait_until_stored(key, key not in ON_AT_FIRST)
+    def wait_until_key_gone(self, key):
+        self.wait_until_gone(self.text(key))
 
-        self.show_tab(1)
-        rows = wait_until(
-            lambda: (lambda found: found if len(found) == len(ENGINES) else None)(
-                self.controls("radio button")), "the engines")
-        for row, engine in list(zip(rows, ENGINES))[::-1]:
-            self.use(row)
+    def answer(self, alert, key):
+        """Presses a button of an alert, known by the key of one of its texts, and sees it go."""
+        self.on_screen(alert)
+        self.use(key)
+        self.wait_until_key_gone(alert)
+
+    # The walk, tab by tab.
+
+    def use_switches(self):
+        wait_until(lambda: len(self.names("check box")) == len(SWITCHES), "all switches")
+        self.assertEqual(self.names("check box"), [self.text(key) for key in SWITCHES])
+        for key, stored in SWITCHES.items():
+            if stored is None:
+                before = self.accessibility.is_checked(self.program.pid, self.text(key))
+                self.use(key)
+                wait_until(lambda: self.accessibility.is_checked(
+                    self.program.pid, self.text(key)) != before, "the switch to turn")
+            else:
+                self.use(key)
+                self.wait_until_stored(stored, stored not in ON_AT_FIRST)
+
+    def use_colours(self):
+        for key, (stored, colour) in COLOURS.items():
+            before = len(self.desktop.windows("orvane"))
+            self.use(key)
+            wait_until(lambda: len(self.desktop.windows("orvane")) > before, "the palette")
+            self.desktop.key("Right", "Return")
+            self.wait_until_stored(stored, colour)
+            wait_until(lambda: len(self.desktop.windows("orvane")) == before,
+                       "the palette to close")
+
+    def use_outputs(self, chatbox):
+        self.use("settings.vrc.test")
+        wait_until(lambda: [what for _, what in chatbox.seen
+                            if what.startswith(b"/chatbox/input")], "the test message")
+        self.use("settings.obs.copy")
+        # What was copied is what can be pasted.
+        host = f"{self.text('settings.vrc.section')}: {self.text('settings.vrc.host')}"
+        self.assertTrue(self.accessibility.grab_focus(self.wait_for(host, "text")))
+        self.desktop.key("ctrl+a", "ctrl+v")
+        self.wait_until_stored("vrchatHost", "http://localhost:8077/overlay")
+
+    def use_engines(self):
+        names = {engine: self.text(name) if "." in name else name
+                 for engine, name in ENGINES.items()}
+        wait_until(lambda: self.names("radio button") == list(names.values()), "the engines")
+        for engine in reversed(ENGINES):
+            self.press(names[engine])
             self.wait_until_stored("sttEngine", engine)
+            if engine == "google_grpc":
+                self.use_service_account()
+            elif engine == "deepgram":
+                self.reveal_key(names[engine])
 
-    def test_every_switch_and_engine_in_german(self):
-        self.check_switches("de")
+    def use_service_account(self):
+        account = self.desktop.home / "account.json"
+        account.write_text("{}")
+        self.use("settings.engine.choose_file")
+        title = self.text("settings.engine.choose_file")
+        wait_until(lambda: self.accessibility.is_active(self.wait_for(title, "dialog")),
+                   "the choice of a file to have the focus")
+        self.desktop.type(str(account))
+        self.desktop.key("Return")
+        self.wait_until_stored("googleServiceAccountPath", str(account))
+        wait_until(lambda: not self.is_on_screen(title, "dialog"), "the choice of a file to close")
+        self.use("settings.engine.clear_file")
+        self.wait_until_stored("googleServiceAccountPath", "")
 
-    def test_every_switch_and_engine_in_english(self):
-        self.check_switches("en")
+    def reveal_key(self, engine):
+        key = f"{engine}: {self.text('settings.engine.apikey')}"
+        reveal = f"{engine}: {self.text('settings.engine.apikey.show')}"
+        self.wait_for(key, "password text")
+        self.press(reveal)
+        self.wait_for(key, "text")
+        self.press(reveal)
+        self.wait_for(key, "password text")
 
-    def test_every_switch_and_engine_in_spanish(self):
-        self.check_switches("es")
+    def use_models(self):
+        # Nothing is installed that could fetch one.
+        self.press(f"Tiny: {self.text('settings.whisper.download')}")
+        self.answer("settings.whisper.failed", "alert.ok")
+        self.wait_for(f"Tiny: {self.text('settings.whisper.download')}", "push button")
 
-    def test_every_switch_and_engine_in_french(self):
-        self.check_switches("fr")
+    def use_storage(self):
+        support = self.desktop.home / "Library/Application Support/Orvane"
+        log = support / "backend.log"
+        log.parent.mkdir(parents=True, exist_ok=True)
+        log.write_text("old\n")
+        for key, folder in (("settings.storage.backend", support),
+                            ("settings.storage.transcripts", support / "output")):
+            before = self.opened()
+            self.use(key, "settings.storage.open")
+            wait_until(lambda: self.opened() == [*before, folder.as_uri()], f"{folder} to be shown")
+            self.assertTrue(folder.is_dir())
+        self.use("settings.storage.clearlogs", "settings.storage.delete")
+        self.answer("alert.cache.title", "alert.cache.cancel")
+        self.assertTrue(log.exists())
+        self.use("settings.storage.clearlogs", "settings.storage.delete")
+        self.answer("alert.cache.title", "alert.cache.delete")
+        self.answer("alert.cache.done.msg", "alert.ok")
+        self.assertFalse(log.exists())
 
-    def test_every_switch_and_engine_in_italian(self):
-        self.check_switches("it")
+    def use_update_check(self):
+        before = self.failed_checks()
+        self.use("info.update.check")
+        self.on_screen("info.update.failed")
+        self.assertGreater(self.failed_checks(), before)
+
+    def failed_checks(self):
+        return sum(line.startswith("Update: ") and " failed: " in line
+                   for line in self.program.lines())
+
+    def walk(self, language):
+        with Chatbox() as chatbox:
+            self.open_settings(language, vrchatPort=chatbox.port)
+            self.use_switches()
+            self.use_colours()
+            self.use_outputs(chatbox)
+        for number, use in ((1, self.use_engines), (2, self.use_models), (4, self.use_storage),
+                            (5, self.use_update_check)):
+            self.show_tab(number)
+            use()
+
+    def test_everything_in_german(self):
+        self.walk("de")
+
+    def test_everything_in_english(self):
+        self.walk("en")
+
+    def test_everything_in_spanish(self):
+        self.walk("es")
+
+    def test_everything_in_french(self):
+        self.walk("fr")
+
+    def test_everything_in_italian(self):
+        self.walk("it")
 
     def test_the_window_closes_and_comes_back(self):
         self.open_settings()
@@ -105,8 +226,9 @@ class Settings(DesktopTest):
         self.wait_for("🇫🇷 Français", "list item")
         self.desktop.key("Down", "Down", "Return")
         self.wait_for("Réglages d'ORV")
-        for tab in LANGUAGES["fr"][1]:
-            self.wait_for(tab, "page tab")
+        self.text = Texts("fr")
+        for number in range(len(TABS)):
+            self.wait_for(self.tab(number), "page tab")
         self.wait_until_stored("uiLanguage", "fr")
 
     def test_what_is_typed_is_stored(self):
@@ -121,40 +243,6 @@ class Settings(DesktopTest):
         self.desktop.type("9100")
         self.desktop.key("Tab")
         self.wait_until_stored("vrchatPort", 9100)
-
-    def test_logs_are_cleared_after_a_question(self):
-        self.open_settings()
-        log = self.desktop.home / "Library/Application Support/Orvane/backend.log"
-        log.parent.mkdir(parents=True, exist_ok=True)
-        log.write_text("old\n")
-        self.show_tab(4)
-        self.press("Clear Logs: Delete")
-        self.wait_for("Clear Cache?")
-        self.press("Cancel")
-        self.wait_until_gone("Clear Cache?")
-        self.assertTrue(log.exists())
-        self.press("Clear Logs: Delete")
-        self.wait_for("Clear Cache?")
-        self.press("Delete")
-        self.wait_for("Logs have been removed.")
-        self.assertFalse(log.exists())
-        self.press("OK")
-        self.wait_until_gone("Logs have been removed.")
-
-    def test_a_model_that_cannot_be_fetched_is_said(self):
-        self.open_settings()
-        self.show_tab(2)
-        self.press("Tiny: Download")
-        self.wait_for("Download Failed")
-        self.press("OK")
-        self.wait_until_gone("Download Failed")
-
-    def test_a_failed_update_check_is_said(self):
-        self.open_settings()
-        self.show_tab(5)
-        self.press("Check for Updates")
-        self.wait_for("The check for updates failed")
-        self.assertTrue(settings_file(self.desktop).exists())
 
 
 if __name__ == "__main__":

@@ -3,18 +3,16 @@ language, and what comes of using them: in the store, in the log, and on the wir
 
 import http.server
 import json
-import os
 import threading
 import unittest
 
 from support import DesktopTest
 
 from harness.processes import wait_until
-from harness.program import Program, read_settings
+from harness.program import free_port, read_settings
 from harness.scripted_backend import ScriptedBackend, result
 from harness.texts import Texts
 
-_ON_LOOPBACK = os.environ["ORVANE_ON_LOOPBACK"]
 _RELEASE = {"version": "99.1", "url": "https://download.orvane.invalid/99.1", "notes": ""}
 _TRANSLATION = "Así suena la traducción."
 
@@ -25,6 +23,7 @@ _SWITCHES = {"option.overlay": "showOverlay", "option.original": "showOriginal",
 
 # Milliseconds between two places of the slider.
 _PAUSE_STEP = 50
+
 
 class _Releases(http.server.BaseHTTPRequestHandler):
     """Tells whoever asks about a newer release."""
@@ -54,23 +53,6 @@ class Walk(DesktopTest):
         self.addCleanup(server.shutdown)
         self.start_on_loopback(ORVANE_SERVICE_UPDATES=f"http://127.0.0.1:{server.server_port}")
 
-    def start_on_loopback(self, **environment):
-        # Its windows are known to the desktop by the program's own name.
-        self.program = Program(self.desktop, _ON_LOOPBACK,
-                               environment={**environment, "PATH": self.make_browser(),
-                                            "RESOURCE_NAME": "orvane"})
-        self.program.wait_for_line("App gestartet", limit=60)
-
-    def make_browser(self):
-        """Puts a browser into the way that only writes down what it is asked to show."""
-        folder = self.desktop.folder / "programs"
-        folder.mkdir(exist_ok=True)
-        self.shown_pages = folder / "pages"
-        browser = folder / "xdg-open"
-        browser.write_text(f'#!/bin/sh\necho "$1" >> "{self.shown_pages}"\n')
-        browser.chmod(0o755)
-        return f"{folder}:{self.desktop.environment['PATH']}"
-
     # What is used, by the key of its name.
 
     def use(self, key):
@@ -78,10 +60,6 @@ class Walk(DesktopTest):
 
     def on_screen(self, key, role=None):
         return self.wait_for(self.text(key), role)
-
-    def wait_until_stored(self, key, value):
-        wait_until(lambda: read_settings(self.desktop).get(key) == value,
-                   f"{key} to be stored as {value!r}")
 
     def count(self, start):
         return sum(line.startswith(start) for line in self.program.lines())
@@ -179,6 +157,7 @@ class Walk(DesktopTest):
         self.on_screen("main.stop", "push button")
         self.assert_configured(sourceLang="fi", targetLang="es", showOriginal=True,
                                saveTranscript=False, saveSRT=False)
+        self.use_banner()
         self.use("main.stop")
         self.program.wait_for_line("📢 Translation Status Changed: false")
         self.on_screen("main.start", "push button")
@@ -187,10 +166,51 @@ class Walk(DesktopTest):
         sent = self.backend.configurations()[-1]
         self.assertEqual({key: sent.get(key) for key in wanted}, wanted)
 
-    def use_settings(self):
+    def use_banner(self):
+        """The three ways out of the warning that nobody answers at vMix's address."""
+        self.switch_in_settings("settings.vmix.enable", "vmixEnabled")
+        self.raise_banner()
+        self.use("vmix.warn.off")
+        self.wait_until_gone(self.text("vmix.warn.title"))
+        self.wait_until_stored("vmixShowConnectionWarnings", False)
+        self.switch_in_settings("settings.vmix.warn_on_fail", "vmixShowConnectionWarnings")
+        self.raise_banner()
+        self.use("vmix.warn.disable")
+        self.wait_until_gone(self.text("vmix.warn.title"))
+        self.wait_until_stored("vmixEnabled", False)
+        self.switch_in_settings("settings.vmix.enable", "vmixEnabled")
+        self.raise_banner()
+        self.use("vmix.warn.snooze")
+        self.wait_until_gone(self.text("vmix.warn.title"))
+        self.fail_to_reach_vmix(times=4)
+        self.assertFalse(self.is_on_screen(self.text("vmix.warn.title")))
+        stored = read_settings(self.desktop)
+        self.assertTrue(stored["vmixEnabled"] and stored["vmixShowConnectionWarnings"])
+
+    def raise_banner(self):
+        self.fail_to_reach_vmix()
+        self.on_screen("vmix.warn.title")
+
+    def fail_to_reach_vmix(self, times=3):
+        """The third time in a row is worth a warning."""
+        for number in range(times):
+            self.wait_for_another("❌ vMix: ", lambda: self.backend.publish(
+                result(f"Sentence {number}.", _TRANSLATION)))
+
+    def switch_in_settings(self, key, stored):
+        """Switches something on in the settings window and comes back to the panel."""
+        self.open_settings()
+        self.use(key)
+        self.wait_until_stored(stored, True)
+        self.close_settings()
+        self.open_panel(self.text("main.quit"))
+
+    def open_settings(self):
         self.use("main.settings")
         self.on_screen("settings.title")
-        self.wait_until_gone(self.text("main.start"))
+        self.wait_until_gone(self.text("main.quit"))
+
+    def close_settings(self):
         wait_until(lambda: self.accessibility.is_active(self.on_screen("settings.title")),
                    "the window to be active")
         self.desktop.key("Escape")
@@ -221,8 +241,7 @@ class Walk(DesktopTest):
         self.choose(running, self.text("menu.backend.running"))
         self.close_menu()
         self.choose(self.menu(), update)
-        wait_until(lambda: self.shown_pages.exists() and self.shown_pages.read_text().split()
-                   == [_RELEASE["url"]], "the release's page")
+        wait_until(lambda: self.opened() == [_RELEASE["url"]], "the release's page")
         self.close_menu()
 
         self.open_panel(self.text("main.quit"))
@@ -246,7 +265,7 @@ class Walk(DesktopTest):
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
 
     def walk(self, language):
-        self.open_in(language)
+        self.open_in(language, vmixPort=free_port())
         self.start_with_a_newer_release()
         self.on_screen("info.update.available")
         self.use("info.update.later")
@@ -258,7 +277,8 @@ class Walk(DesktopTest):
         self.use_pauses()
         self.use_languages()
         self.use_backend_and_run()
-        self.use_settings()
+        self.open_settings()
+        self.close_settings()
         self.use_menu()
         self.quit_by_the_panel()
 
