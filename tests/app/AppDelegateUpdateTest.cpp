@@ -1,5 +1,6 @@
 // The delegate with an update checker that finds a release.
 
+#include "CheckerControl.h"
 #include "DelegateFixture.h"
 #include "ServicePeer.h"
 #include "WaitUntil.h"
@@ -56,6 +57,20 @@ TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
     EXPECT_EQ(items[6].text, u"<menu.quit>"_s);
     items[4].action();
     EXPECT_EQ(opener.addresses, QStringList{u"https://example.org/orv"_s});
+}
+
+TEST_F(AppDelegateUpdate, theSettingsAreToldOfAReleaseThatNobodyAskedFor) {
+    serve(uR"({"version": "4.10", "url": "https://example.org/orv"})"_s);
+    const auto settings = makeUpdateControl(*updates);
+    QObject row;
+    QStringList shown;
+    settings->follow(&row, [&] { shown.append(settings->availableVersion()); });
+    EXPECT_EQ(check(), UpdateOutcome::Available);
+    ASSERT_FALSE(shown.isEmpty());
+    EXPECT_EQ(shown.last(), u"4.10"_s);
+    serve(uR"({"version": "4.11", "url": "https://example.org/orv"})"_s);
+    EXPECT_EQ(check(), UpdateOutcome::Available);
+    EXPECT_EQ(shown.last(), u"4.11"_s);
 }
 
 TEST_F(AppDelegateUpdate, nothingIsOfferedWhenTheProgramIsUpToDate) {

@@ -6,6 +6,7 @@
 
 #include <QLabel>
 #include <QScrollArea>
+#include <QScrollBar>
 
 using namespace Qt::StringLiterals;
 
@@ -62,6 +63,21 @@ TEST_P(SettingsFitTest, everyTabFitsTheWindow) {
         EXPECT_GE(place.width(), tabs()->fontMetrics().horizontalAdvance(tabs()->tabText(tab)));
         EXPECT_TRUE(window->rect().contains(
             QRect(tabs()->mapTo(window.get(), place.topLeft()), place.size())));
+    }
+}
+
+TEST_P(SettingsFitTest, theInformationNeedsNoScrolling) {
+    constexpr int info = 5;
+    for (const QString& newer : {QString(), u"10.20.30"_s}) {
+        updates.find(newer);
+        tabs()->setCurrentIndex(info);
+        drainEvents();
+        drainEvents();
+        for (const QScrollArea* page : window->findChildren<QScrollArea*>()) {
+            if (page->isVisible()) {
+                EXPECT_EQ(page->verticalScrollBar()->maximum(), 0) << qPrintable(newer);
+            }
+        }
     }
 }
 

@@ -44,12 +44,15 @@ void addTitle(Card& card, Bindings& bindings) {
     auto* title = makeTitle(&card);
     auto* subtitle = makeHint(&card);
     bindings.translated(title, u"info.title"_s);
+    auto* powered = makeHint(&card);
     bindings.translated(subtitle, u"info.subtitle"_s);
+    bindings.translated(powered, u"info.powered"_s);
     auto* texts = new QVBoxLayout;
-    texts->setSpacing(space::tiny);
+    texts->setSpacing(0);
     texts->addStretch(1);
     texts->addWidget(title);
     texts->addWidget(subtitle);
+    texts->addWidget(powered);
     texts->addStretch(1);
     auto* row = new QHBoxLayout;
     row->setSpacing(space::large);
@@ -95,8 +98,8 @@ QWidget* makeInfoTab(const TabContext& context) {
     addTitle(about, bindings);
     about.rows()->addWidget(new UpdateRow(context.environment.updates, bindings, &about));
     Card& facts = *column->addCard();
+    facts.setFieldsClose();
     addFacts(facts, context);
-    addHint(facts, bindings, u"info.powered"_s);
     return column;
 }
 

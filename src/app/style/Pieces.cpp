@@ -71,7 +71,8 @@ void IconButton::setText(const QString& text) {
 Card::Card(QWidget* parent, Ground ground)
     : QWidget(parent)
     , ground_(ground)
-    , rows_(new QVBoxLayout(this)) {
+    , rows_(new QVBoxLayout(this))
+    , fieldSpacing_(space::small) {
     rows_->setContentsMargins(space::medium, space::medium, space::medium, space::medium);
     rows_->setSpacing(space::small);
 }
@@ -83,13 +84,17 @@ QLabel* Card::addHeading() {
     return heading;
 }
 
+void Card::setFieldsClose() {
+    fieldSpacing_ = space::tiny;
+}
+
 QLabel* Card::addField(QWidget* control) {
     const bool continues =
         fields_ != nullptr && rows_->itemAt(rows_->count() - 1)->layout() == fields_;
     if (!continues) {
         fields_ = new QGridLayout;
         fields_->setHorizontalSpacing(space::medium);
-        fields_->setVerticalSpacing(space::small);
+        fields_->setVerticalSpacing(fieldSpacing_);
         fields_->setColumnStretch(1, 1);
         rows_->addLayout(fields_);
     }

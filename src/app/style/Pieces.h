@@ -74,12 +74,16 @@ class Card : public QWidget {
     /// card's consecutive rows share one column.
     QLabel* addField(QWidget* control);
 
+    /// Lets the rows of a table that is only read stand as close together as lines of text.
+    void setFieldsClose();
+
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
     Ground ground_;
     QVBoxLayout* rows_;
+    int fieldSpacing_;
     QGridLayout* fields_ = nullptr; ///< Of the latest consecutive rows.
 };
 
