@@ -61,6 +61,7 @@ TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
 
 TEST_F(AppDelegateUpdate, theSettingsAreToldOfAReleaseThatNobodyAskedFor) {
     serve(uR"({"version": "4.10", "url": "https://example.org/orv"})"_s);
+    launch();
     const auto settings = makeUpdateControl(*updates);
     QObject row;
     QStringList shown;

@@ -5,6 +5,7 @@
 #include "Pieces.h"
 #include "PortalAppearance.h"
 #include "SegmentedControl.h"
+#include "StylePaint.h"
 #include "Symbols.h"
 #include "ToneLabel.h"
 #include "WaitUntil.h"
@@ -239,6 +240,45 @@ TEST(NullAppearance, neverSaysAnything) {
     appearance.setHandler([&](ColourScheme) { told = true; });
     drainEvents();
     EXPECT_FALSE(told);
+}
+
+/// How light what is drawn between two columns of `picture` is on average, 0..255, without the
+/// ground.
+int lightness(const QImage& picture, int left, int right) {
+    const QRgb ground = picture.pixel(0, 0);
+    int sum = 0;
+    int count = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = left; x < right; ++x) {
+            if (picture.pixel(x, y) != ground) {
+                sum += qGray(picture.pixel(x, y));
+                ++count;
+            }
+        }
+    }
+    return count == 0 ? 0 : sum / count;
+}
+
+TEST_F(LookTest, aPictureAmongTheLettersIsLighterOnDarkGround) {
+    const QString text = u"🎤 Microphone"_s;
+    const QRect area(0, 0, 300, 40);
+    const auto drawn = [&](const auto& draw) {
+        QImage picture(area.size(), QImage::Format_RGB32);
+        picture.fill(Theme::darkened().segment);
+        QPainter painter(&picture);
+        painter.setPen(Theme::darkened().quietText);
+        draw(painter);
+        return picture;
+    };
+    const QImage plain =
+        drawn([&](QPainter& painter) { drawLine(&painter, area, Qt::AlignCenter, text); });
+    const QImage onDark = drawn([&](QPainter& painter) { drawLineOnDark(&painter, area, text); });
+    const QFontMetricsF metrics{QApplication::font()};
+    const int left = static_cast<int>((area.width() - metrics.horizontalAdvance(text)) / 2);
+    const int letters = left + static_cast<int>(metrics.horizontalAdvance(u"🎤"_s)) + 2;
+    EXPECT_GT(lightness(onDark, left, letters), lightness(plain, left, letters) + 20);
+    EXPECT_EQ(onDark.copy(letters, 0, 300 - letters, 40),
+              plain.copy(letters, 0, 300 - letters, 40));
 }
 
 } // namespace

@@ -165,7 +165,11 @@ void drawPushButtonLabel(const Theme& theme, const QStyleOptionButton& option, B
         alignment = Qt::AlignLeft;
     }
     painter->setPen(color);
-    drawLine(painter, area, alignment, option.text);
+    if (kind == ButtonKind::Segment && theme.dark) {
+        drawLineOnDark(painter, area, option.text);
+    } else {
+        drawLine(painter, area, alignment, option.text);
+    }
 }
 
 void drawToolButton(const Theme& theme, const QStyleOptionToolButton& option, ButtonKind kind,

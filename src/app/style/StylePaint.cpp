@@ -4,10 +4,17 @@
 #include <QPainterPath>
 #include <QPixmap>
 #include <QStyle>
+#include <QWidget>
 
 #include <cmath>
 
 namespace orv {
+
+namespace {
+
+constexpr int signVeil = 110; ///< Of white over a picture on dark ground, of 255.
+
+} // namespace
 
 void drawRounded(QPainter* painter, const QRectF& area, qreal corner, const QColor& fill,
                  const QColor& border) {
@@ -69,6 +76,36 @@ void drawLine(QPainter* painter, const QRect& area, Qt::Alignment alignment, con
     painter->drawText(QPointF(x, std::round(y)), plain);
 }
 
+void drawLineOnDark(QPainter* painter, const QRect& area, const QString& text) {
+    if (text.isEmpty() || !text.front().isSurrogate()) {
+        drawLine(painter, area, Qt::AlignCenter, text);
+        return;
+    }
+    const QFontMetricsF metrics(painter->font());
+    const qreal whole = metrics.horizontalAdvance(text);
+    const qreal sign = metrics.horizontalAdvance(text.section(u' ', 0, 0));
+    const QRectF place(area.x() + (area.width() - whole) / 2, area.y(), sign, area.height());
+
+    const qreal ratio = painter->device()->devicePixelRatioF();
+    QPixmap lighter(area.size() * ratio);
+    lighter.setDevicePixelRatio(ratio);
+    lighter.fill(Qt::transparent);
+    QPainter layer(&lighter);
+    layer.setFont(painter->font());
+    layer.setPen(painter->pen());
+    drawLine(&layer, QRect(QPoint(), area.size()), Qt::AlignCenter, text);
+    layer.setCompositionMode(QPainter::CompositionMode_SourceAtop);
+    layer.fillRect(QRect(QPoint(), area.size()), QColor(255, 255, 255, signVeil));
+    layer.end();
+
+    painter->save();
+    painter->setClipRect(place);
+    painter->drawPixmap(area.topLeft(), lighter);
+    painter->setClipRect(QRectF(area).adjusted(place.right() - area.x(), 0, 0, 0));
+    drawLine(painter, area, Qt::AlignCenter, text);
+    painter->restore();
+}
+
 void drawIcon(QPainter* painter, const QRect& area, const QIcon& icon, const QColor& color,
               bool enabled) {
     const qreal ratio = painter->device()->devicePixelRatioF();
@@ -83,6 +120,11 @@ void drawIcon(QPainter* painter, const QRect& area, const QIcon& icon, const QCo
     painter->drawPixmap(QPointF(area.x() + (area.width() - size.width()) / 2,
                                 area.y() + (area.height() - size.height()) / 2),
                         pixmap);
+}
+
+bool isPopup(const QWidget* widget) {
+    return widget != nullptr &&
+           (widget->isWindow() || widget->inherits("QComboBoxPrivateContainer"));
 }
 
 bool showsFocus(const QStyleOption& option) {

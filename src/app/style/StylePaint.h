@@ -46,9 +46,16 @@ void drawTick(QPainter* painter, const QRectF& area, const QColor& color);
 /// wants it: signs of other fonts (emoji) do not move it.
 void drawLine(QPainter* painter, const QRect& area, Qt::Alignment alignment, const QString& text);
 
+/// The same in the middle of `area`, with the picture (emoji) that `text` begins with, if it does,
+/// lighter than its font has it: such pictures are made for light ground and vanish on dark.
+void drawLineOnDark(QPainter* painter, const QRect& area, const QString& text);
+
 /// `icon` in the middle of `area`, sharp on `painter`'s device. A mask takes the colour.
 void drawIcon(QPainter* painter, const QRect& area, const QIcon& icon, const QColor& color,
               bool enabled);
+
+/// Whether `widget` is a list or menu that stands above a window.
+bool isPopup(const QWidget* widget);
 
 /// Whether the control has the focus and the keyboard brought it there.
 bool showsFocus(const QStyleOption& option);
