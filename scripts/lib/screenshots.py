@@ -15,11 +15,15 @@ from harness.processes import end_on_signals, wait_until  # noqa: E402
 from harness.program import Program, write_settings  # noqa: E402
 from harness.scripted_backend import ScriptedBackend, result, status  # noqa: E402
 from harness.sound import Sound  # noqa: E402
-
-SETTINGS = {"en": "Settings", "de": "Einstellungen", "es": "Ajustes", "fr": "Réglages",
-            "it": "Impostazioni"}
+from harness.texts import Texts  # noqa: E402
 
 TABS = ("general", "engines", "whisper", "languages", "storage", "info")
+
+# Where a tab is longer than its window, the rest of it is shown in these only.
+WHOLE = (("en", "light"), ("de", "dark"))
+
+# Whose fields are shown: one with keys, one with everything else.
+ENGINES = (("deepgram", "Deepgram"), ("google-grpc", "settings.engine.google_grpc.name"))
 
 SPOKEN = result("The river was high after three days of rain, and the old bridge was closed.",
                 "Der Fluss führte nach drei Tagen Regen viel Wasser, und die alte Brücke war "
@@ -68,6 +72,10 @@ def say(text):
 _SMALLEST_WINDOW = 200  # The item in the tray is much smaller.
 _STANDS_STILL = 10  # Looks in a row that show the same.
 
+# Notches of the mouse wheel.
+_TO_THE_NEXT = 5
+_TO_THE_END = 20
+
 
 def settled_window(desktop):
     """The number of the program's window and its (width, height), once nothing changes any more."""
@@ -95,7 +103,7 @@ class Pictures:
 
     def take(self, name):
         number, (width, height) = settled_window(self._desktop)
-        file = self._options.out / f"{name}-{self._suffix}.png"
+        file = self._file(name)
         self._desktop.screenshot(file, window=number)
         say(f"picture: {file.name} ({width} × {height})")
 
@@ -111,17 +119,47 @@ class Pictures:
             self._program.wait_for_line("🛑 Stoppe Audio-Capture")
         self.take("panel" if state == "running" else f"panel-{state}")
 
-    def settings(self, language):
-        name = SETTINGS[language]
-        self._accessibility.press(self._program.pid, name)
-        tabs = wait_until(self._tabs, "the settings window's tabs")
-        for name, tab in zip(TABS, tabs, strict=True):
-            self._accessibility.press(self._program.pid, tab)
+    def settings(self, language, whole):
+        text = Texts(language)
+        self._press(text("main.settings"))
+        for name in TABS:
+            self._press(text(f"settings.tab.{name}"))
             self.take(f"settings-{name}")
+            if whole and name == "general":
+                self._take_the_rest("settings-general")
+            elif whole and name == "engines":
+                for engine, called in ENGINES:
+                    self._press(text(called) if "." in called else called)
+                    self._turn_the_wheel(_TO_THE_END)
+                    self.take(f"settings-engines-{engine}")
+                self._press(text("settings.engine.whisper.name"))
 
-    def _tabs(self):
-        return [name for role, name in self._accessibility.names(self._program.pid)
-                if role == "page tab"]
+    def _take_the_rest(self, name):
+        """Pictures of what is further down, numbered from 2 on, until nothing new comes."""
+        last = self._file(name).read_bytes()
+        number = 2
+        while True:
+            self._turn_the_wheel(_TO_THE_NEXT)
+            self.take(f"{name}-{number}")
+            file = self._file(f"{name}-{number}")
+            if file.read_bytes() == last:
+                file.unlink()
+                return
+            last = file.read_bytes()
+            number += 1
+
+    def _turn_the_wheel(self, notches):
+        number, _ = settled_window(self._desktop)
+        x, y, _, height = dict(self._desktop.numbered_windows("orvane"))[number]
+        for _ in range(notches):
+            # At the edge, where nothing is that shows being below the pointer.
+            self._desktop.click(x + 4, y + height // 2, button=5)
+
+    def _press(self, name):
+        self._accessibility.press(self._program.pid, name)
+
+    def _file(self, name):
+        return self._options.out / f"{name}-{self._suffix}.png"
 
 
 def make_pictures(options, desktop, backend, portal, accessibility):
@@ -149,7 +187,7 @@ def make_pictures(options, desktop, backend, portal, accessibility):
                     pictures = Pictures(options, desktop, program, accessibility, suffix)
                     pictures.panel(state)
                     if not options.no_settings and state == options.states.split(",")[0]:
-                        pictures.settings(language)
+                        pictures.settings(language, (language, scheme) in WHOLE)
                 finally:
                     program.terminate()
 
