@@ -411,6 +411,9 @@ TEST_F(ControlPanelTest, everyTextFollowsTheLanguageAtOnce) {
         EXPECT_NE(button(key), nullptr) << key.toStdString();
     }
     EXPECT_TRUE(shows(u"Backend gestoppt"_s));
+    for (const QString& heading : {u"audio.source"_s, u"lang.title"_s}) {
+        EXPECT_TRUE(shows(text(heading))) << heading.toStdString();
+    }
     EXPECT_NE(field(u"lang.source"_s), nullptr);
     EXPECT_EQ(field(u"audio.mic.label"_s)->itemText(0), text(u"audio.mic.default"_s));
 }

@@ -46,6 +46,7 @@ LanguageSection::LanguageSection(TranslationSettings& settings, L10n& l10n, QWid
     : Card(parent)
     , settings_(settings)
     , l10n_(l10n)
+    , heading_(addHeading())
     , sourceLabel_(new QLabel(this))
     , source_(new FieldCombo(FieldCombo::Search::ByTyping, this))
     , targetLabel_(new QLabel(this))
@@ -86,7 +87,7 @@ void LanguageSection::connectFields() {
 }
 
 void LanguageSection::translate() {
-    setAccessibleName(l10n_.platformText(u"lang.title"_s));
+    heading_->setText(l10n_.platformText(u"lang.title"_s));
     nameField(sourceLabel_, source_, l10n_.platformText(u"lang.source"_s));
     nameField(targetLabel_, target_, l10n_.platformText(u"lang.target"_s));
     const QString available = QString::number(LanguageManager::allLanguages().size()) % u' ' %

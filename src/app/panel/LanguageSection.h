@@ -26,6 +26,7 @@ class LanguageSection : public Card {
 
     TranslationSettings& settings_;
     L10n& l10n_;
+    QLabel* heading_;
     QLabel* sourceLabel_;
     FieldCombo* source_;
     QLabel* targetLabel_;
