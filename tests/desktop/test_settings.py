@@ -5,6 +5,7 @@ import unittest
 from support import DesktopTest
 
 from harness.processes import wait_until
+from harness.program import read_settings
 from harness.texts import Texts
 from harness.witnesses import Chatbox
 
@@ -110,8 +111,13 @@ class Settings(DesktopTest):
         # What was copied is what can be pasted.
         host = f"{self.text('settings.vrc.section')}: {self.text('settings.vrc.host')}"
         self.assertTrue(self.accessibility.grab_focus(self.wait_for(host, "text")))
-        self.desktop.key("ctrl+a", "ctrl+v")
-        self.wait_until_stored("vrchatHost", "http://localhost:8077/overlay")
+
+        def pasted():
+            self.desktop.key("ctrl+a", "ctrl+v")
+            return read_settings(self.desktop).get("vrchatHost") == "http://localhost:8077/overlay"
+
+        # A button that is pressed from outside does its work a moment later.
+        wait_until(pasted, "the overlay's address to be pasted", interval=0.5)
 
     def use_engines(self):
         names = {engine: self.text(name) if "." in name else name
@@ -177,7 +183,7 @@ class Settings(DesktopTest):
         before = self.failed_checks()
         self.use("info.update.check")
         self.on_screen("info.update.failed")
-        self.assertGreater(self.failed_checks(), before)
+        wait_until(lambda: self.failed_checks() > before, "the check to be told in the log")
 
     def failed_checks(self):
         return sum(line.startswith("Update: ") and " failed: " in line
