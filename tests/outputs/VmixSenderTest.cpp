@@ -319,6 +319,16 @@ TEST_F(VmixSenderTest, failuresAfterTheOutputWasGivenUpDoNotWarn) {
     EXPECT_FALSE(settings.vmixShowWarningBanner.get());
 }
 
+TEST_F(VmixSenderTest, aSuccessAfterTheOutputWasSwitchedOffStillHidesTheBanner) {
+    settings.vmixFailureCount = 3;
+    settings.vmixShowWarningBanner.set(true);
+    sender->sendToVmix({}, u"b"_s);
+    settings.vmixEnabled.set(false);
+    ASSERT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: b..."_s); }));
+    EXPECT_FALSE(settings.vmixShowWarningBanner.get());
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+}
+
 TEST_F(VmixSenderTest, goesAtOnceWhileARequestIsUnderWay) {
     replaceSender({.request = 60s});
     tell(u"hang"_s);
