@@ -242,12 +242,34 @@ TEST_F(OverlayWindowTest, aResultOnItsWayToAWindowThatGoesIsHarmless) {
     drainEvents();
 }
 
-TEST_F(OverlayWindowTest, aResultWithoutAnyTextChangesNothing) {
-    show(QString(), QString());
-    EXPECT_FALSE(window->isVisible());
+TEST_F(OverlayWindowTest, aTranslationWithoutAnythingToReadLeavesTheSourceText) {
+    store.setBool(u"showOriginal"_s, true);
+    for (const QString& blank : {u" "_s, u"\n"_s, u"\u0007"_s}) {
+        show(u"hello"_s, u"hola"_s);
+        show(u"Hallo"_s, blank);
+        EXPECT_EQ(large(), u"Hallo"_s);
+        EXPECT_TRUE(window->originalField().isHidden());
+    }
+}
+
+TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadChangesNothing) {
+    store.setBool(u"speakTranslations"_s, true);
+    const QList<std::pair<QString, QString>> results = {
+        {QString(), QString()},
+        {u" "_s, u"\n"_s},
+        {u"\u0001"_s, u"\u0007"_s},
+        {u" "_s, u"[Translation Error]"_s},
+    };
+    for (const auto& [original, translation] : results) {
+        show(original, translation);
+        EXPECT_FALSE(window->isVisible()) << qPrintable(original + u'/' + translation);
+    }
     show(u"hello"_s, u"hola"_s);
-    show(u" "_s, u"\n"_s);
-    EXPECT_EQ(large(), u"hola"_s);
+    for (const auto& [original, translation] : results) {
+        show(original, translation);
+        EXPECT_EQ(large(), u"hola"_s) << qPrintable(original + u'/' + translation);
+    }
+    EXPECT_EQ(speech.calls, QStringList{u"speak hola"_s});
 }
 
 TEST_F(OverlayWindowTest, saysWhenAResultHasBeenPainted) {
