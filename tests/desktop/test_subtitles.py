@@ -89,7 +89,8 @@ class Subtitles(unittest.TestCase):
         border = (0x2E, 0x7D, 0x32)
         self.assert_color(self.pixel(x + 400, y + 1), border)
         self.assert_color(self.pixel(x + 1, y + height / 2), border)
-        self.assert_color(self.pixel(x + 1, y + 1), _BACKDROP, 20)
+        self.assert_color(self.pixel(x + 3, y + 3), _BACKDROP, 20)  # Outside of a circle of 16,
+        self.assert_color(self.pixel(x + 5, y + 5), border)         # and inside of it.
 
     def test_is_blended_with_what_is_below(self):
         self.open()
