@@ -162,6 +162,16 @@ class Subtitles(unittest.TestCase):
         wait_until(lambda: self.pixel(3, 3) == _BACKDROP, "the window to fill the screen")
         self.wait_for_color(x + 10, y + height / 2, self.blended())
 
+    def test_the_next_result_comes_in_front_of_what_has_covered_the_last(self):
+        self.open(compositor=False)
+        self.show()
+        x, y, width, height = self.frame()
+        self.wait_for_color(x + 10, y + height - 25, _BACKGROUND)
+        self.backdrop.cover()
+        self.wait_for_color(x + 10, y + height - 25, _BACKDROP)
+        self.show("wrapping")
+        self.wait_for_color(x + 10, y + height - 25, _BACKGROUND)
+
     def test_is_on_every_virtual_desktop(self):
         self.open()
         self.show()
