@@ -44,8 +44,11 @@ void AppDelegate::applicationDidFinishLaunching() {
     }
     if (environment_.store.boolean(u"autoStartBackend"_s).value_or(false)) {
         logLine(u"Auto-Start Backend aktiviert");
-        QTimer::singleShot(environment_.timings.autoStart, this,
-                           [this] { environment_.backend.startBackend(); });
+        QTimer::singleShot(environment_.timings.autoStart, this, [this] {
+            if (!quitting_) {
+                environment_.backend.startBackend();
+            }
+        });
     } else {
         logLine(u"App gestartet - Backend muss manuell gestartet werden");
     }

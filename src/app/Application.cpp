@@ -25,7 +25,7 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
-    // A log whose reader has gone must not end the program.
+    // A peer or a reader of the log that has gone must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
     const UserPaths paths = UserPaths::fromEnvironment();
     SingleInstance instance(QFile::encodeName(paths.home + u'\n' + paths.defaultsFile()));

@@ -31,7 +31,7 @@ void KeptWindow::create() {
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     window_->setAttribute(Qt::WA_DeleteOnClose, false);
     window_->setAttribute(Qt::WA_QuitOnClose, false);
-    window_->resize(size_);
+    window_->setFixedSize(size_);
     QRect place(QPoint(), window_->size());
     place.moveCenter(window_->screen()->availableGeometry().center());
     window_->move(place.topLeft());

@@ -10,7 +10,7 @@
 namespace orv {
 
 /// An ordinary window that is made when it is first asked for, and kept when it is closed. Its
-/// title bar can close it but not make it small. Main thread only.
+/// title bar can close it but not make it small, and its size is fixed. Main thread only.
 class KeptWindow {
   public:
     /// `make` makes the content, once (without it there is no window); `title` gives the title in
@@ -29,7 +29,7 @@ class KeptWindow {
 
     const std::function<std::unique_ptr<QWidget>()> make_;
     const std::function<QString()> title_;
-    const QSize size_; ///< Of the content, in the beginning.
+    const QSize size_; ///< Of the content.
     std::unique_ptr<QWidget> window_;
 };
 

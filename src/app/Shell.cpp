@@ -211,7 +211,7 @@ void Shell::launch() {
 }
 
 bool Shell::showPanel() {
-    return delegate_->showPanel();
+    return !controller_->isQuitting() && delegate_->showPanel();
 }
 
 void Shell::finish() {
@@ -219,7 +219,7 @@ void Shell::finish() {
 }
 
 bool Shell::somethingRuns() const {
-    return controller_->isTranslating() || controller_->isStopping() || engine_->isRunning();
+    return controller_->isTranslating() || controller_->isStopping() || engine_->isBusy();
 }
 
 QString Shell::text(const QString& key) const {

@@ -44,7 +44,8 @@ AudioManager::Private::Private(AudioManager& manager, AudioEnvironment environme
 }
 
 AudioManager::Private::~Private() {
-    stopTimersAndSources();
+    stopTimers();
+    stopSources();
     gracefulStop_.reset();
     directEngine_.reset();
 }

@@ -74,7 +74,8 @@ class AudioManager::Private {
     void linkReady();
     void linkFailed(const QString& error);
     void startSource();
-    void stopTimersAndSources();
+    void stopTimers();
+    void stopSources();
     void endDirectEngine(QStringView line);
     void beginGracefulStop();
     void endGracefulStop();
@@ -110,6 +111,8 @@ class AudioManager::Private {
     EventLoopThread linkThread_;
     std::unique_ptr<BackendLink> link_;
     std::unique_ptr<DirectEngineSession> directEngine_;
+    /// Of a run that was stopped gracefully: its last result may still come, until the next run.
+    std::unique_ptr<DirectEngineSession> endedDirectEngine_;
     std::unique_ptr<GracefulStop> gracefulStop_;
     PostTarget target_;
     AudioSender sender_;

@@ -77,8 +77,9 @@ void AudioManager::Private::stopCapture(std::function<void()> done) {
     if (gracefulStop_) {
         return; // Already on its way; everyone is told at its end.
     }
-    stopTimersAndSources();
+    stopTimers();
     endDirectEngine(u"🔌 Direct Engine disconnected");
+    stopSources();
     if (chunker.isConnected()) {
         beginGracefulStop();
     } else {
@@ -88,16 +89,21 @@ void AudioManager::Private::stopCapture(std::function<void()> done) {
 
 void AudioManager::Private::stopCaptureSync() {
     logLine(u"🛑 Stoppe Audio-Capture (sync)");
-    stopTimersAndSources();
+    stopTimers();
     gracefulStop_.reset();
     endDirectEngine(u"🔌 Direct Engine disconnected (sync)");
+    endedDirectEngine_.reset();
+    stopSources();
     finishRun();
 }
 
-void AudioManager::Private::stopTimersAndSources() {
+void AudioManager::Private::stopTimers() {
     readyTimer_.stop();
     sendTimer_.stop();
     levelUpdateTimer_.stop();
+}
+
+void AudioManager::Private::stopSources() {
     sources.stop();
     // Whatever the source still delivered is in the buffer now: nothing comes after `stop`.
     ingest.setStreamTap({});
@@ -107,7 +113,8 @@ void AudioManager::Private::endDirectEngine(QStringView line) {
     if (!directEngine_) {
         return;
     }
-    directEngine_.reset();
+    directEngine_->end();
+    endedDirectEngine_ = std::move(directEngine_);
     sender_.setPcmSink({});
     chunker.setRoute(ChunkRoute::Backend);
     logLine(line);

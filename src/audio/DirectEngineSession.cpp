@@ -18,6 +18,8 @@ struct DirectEngineSession::State {
     bool connected = false;
     bool sending = false;
     bool ended = false;
+    bool disconnected = false;
+    bool abandoned = false; ///< The engine goes as soon as it is disconnected.
 };
 
 namespace {
@@ -46,7 +48,7 @@ QCoro::Task<> sendWaiting(StatePtr state) {
         try {
             co_await state->engine->sendAudio(std::move(pcm));
         } catch (const std::exception& error) {
-            if (!state->ended) {
+            if (!state->abandoned) {
                 logEngineError(*state->engine, error);
             }
         }
@@ -66,6 +68,9 @@ QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
         state->connected = true;
         sendWaiting(state);
     } catch (const std::exception& error) {
+        if (state->ended) {
+            co_return;
+        }
         logEngineError(*state->engine, error);
         failed();
     }
@@ -74,6 +79,10 @@ QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
 template <typename StatePtr>
 QCoro::Task<> disconnectEngine(StatePtr state) {
     co_await state->engine->disconnect();
+    state->disconnected = true;
+    if (state->abandoned) {
+        state->engine.reset(); // Gives up what is under way.
+    }
 }
 
 } // namespace
@@ -109,7 +118,12 @@ DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
 }
 
 DirectEngineSession::~DirectEngineSession() {
+    target_.reset();
     end();
+    state_->abandoned = true;
+    if (state_->disconnected) {
+        state_->engine.reset();
+    }
 }
 
 void DirectEngineSession::connect(const CloudEngineConfig& config) {
@@ -135,7 +149,8 @@ void DirectEngineSession::end() {
     }
     state_->ended = true;
     state_->waiting.clear();
-    target_.reset();
+    // That its connection is over now is no news.
+    state_->engine->onStatus = {};
     disconnectEngine(state_);
     if (writer_) {
         writer_->close();

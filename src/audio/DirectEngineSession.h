@@ -18,7 +18,8 @@ class DirectEngineTranscriptWriter;
 /// thread and into the transcript. Lives on the main thread.
 class DirectEngineSession {
   public:
-    /// Run on the main thread; never after the session was ended or destroyed.
+    /// Run on the main thread; never after the session was destroyed, and after its end only
+    /// `result`, as `end` says.
     struct Handlers {
         std::function<void(const QString& original, const QString& translation)> result;
         /// "connected" or "error", and what to tell the user.
@@ -30,7 +31,7 @@ class DirectEngineSession {
     DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
                         std::shared_ptr<DirectEngineTranscriptWriter> writer, Handlers handlers);
 
-    /// Ends.
+    /// Ends. What the engine is still asked or asks for is given up.
     ~DirectEngineSession();
 
     DirectEngineSession(const DirectEngineSession&) = delete;
@@ -43,8 +44,9 @@ class DirectEngineSession {
     /// connected, each when the one before has been accepted. What fails is lost, with a log line.
     void sendAudio(QByteArray pcm);
 
-    /// Disconnects the engine in the background, closes the transcript at once. Nothing is
-    /// delivered afterwards.
+    /// Disconnects the engine in the background, closes the transcript at once. What had been
+    /// handed to the engine before may still bring a result while the session exists; blocks that
+    /// wait are dropped.
     void end();
 
     bool isStreaming() const;

@@ -37,6 +37,10 @@ TranslationEngine::~TranslationEngine() {
     endChildNow();
 }
 
+bool TranslationEngine::isBusy() const {
+    return isRunning_ || child_.isRunning() || installer_.isRunning();
+}
+
 QString TranslationEngine::statusMessage() const {
     QString text = environment_.text(statusKey_);
     if (installer_.isRunning()) {
@@ -55,6 +59,7 @@ void TranslationEngine::startBackend() {
         return;
     }
     if (installer_.isRunning()) {
+        startsWhenInstalled_ = true;
         setStatus(u"engine.installing"_s);
         return;
     }
@@ -166,6 +171,7 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
 }
 
 void TranslationEngine::stopBackend() {
+    startsWhenInstalled_ = false;
     if (!isRunning_ && !child_.isRunning()) {
         logLine(u"Backend läuft nicht");
         return;
@@ -297,6 +303,7 @@ void TranslationEngine::showBackendInstallAlert() {
 }
 
 void TranslationEngine::installBackend() {
+    startsWhenInstalled_ = true;
     installer_.install();
     if (installer_.isRunning()) {
         setStatus(u"engine.installing"_s);
@@ -306,7 +313,11 @@ void TranslationEngine::installBackend() {
 void TranslationEngine::installationEnded(bool installed, const QString& reason) {
     if (installed) {
         // What the user had asked for before the installation came up.
-        startBackend();
+        if (startsWhenInstalled_) {
+            startBackend();
+        } else {
+            setStatus(u"engine.stopped"_s);
+        }
         return;
     }
     setStatus(u"engine.notinstalled"_s);

@@ -73,6 +73,9 @@ class TranslationEngine : public QObject {
     /// True once the port has been seen open.
     bool isRunning() const { return isRunning_; }
 
+    /// True also while a backend starts or stops, and while one is being installed.
+    bool isBusy() const;
+
     /// One line for people, in the interface's language.
     QString statusMessage() const;
 
@@ -81,7 +84,8 @@ class TranslationEngine : public QObject {
     void startBackend();
 
     /// Sends SIGTERM, after a pause SIGINT, after another one SIGKILL, as long as the child runs;
-    /// then the state is "stopped". Returns at once.
+    /// then the state is "stopped". A backend that is being installed is not started afterwards.
+    /// Returns at once.
     void stopBackend();
 
     /// The program is about to end and the backend shall stay. A backend that is being stopped
@@ -137,6 +141,7 @@ class TranslationEngine : public QObject {
     quint64 launches_ = 0;      ///< Also the number of the latest launch.
     quint64 stoppedLaunch_ = 0; ///< The launch that was last asked to stop.
     bool leftRunning_ = false;
+    bool startsWhenInstalled_ = false;
     Child child_;                ///< The latest; none once its end has been reported.
     std::vector<Child> retired_; ///< Given up, but their end has not been reported yet.
 };

@@ -60,7 +60,6 @@ QCoro::Task<> AzureDirectEngine::connect(CloudEngineConfig config) {
 
 QCoro::Task<> AzureDirectEngine::disconnect() {
     isActive_ = false;
-    http_.abort();
     co_return;
 }
 
@@ -73,12 +72,12 @@ QCoro::Task<> AzureDirectEngine::sendAudio(QByteArray pcm) {
     try {
         result = co_await recognise(pcmToWAV(pcm, sampleRate_));
     } catch (const ServiceError&) {
-        if (life.ended() || !isActive_) {
+        if (life.ended()) {
             co_return; // Given up.
         }
         throw;
     }
-    if (life.ended() || !isActive_ || result.text.isEmpty()) {
+    if (life.ended() || result.text.isEmpty()) {
         co_return;
     }
     if (const auto callback = onTranslation) {

@@ -63,8 +63,12 @@ std::optional<AzureResult> parseAzureTranslation(const QByteArray& body) {
     if (!answer) {
         return std::nullopt;
     }
-    return AzureResult{(*answer)[u"DisplayText"_s].toString(),
-                       (*answer)[u"Translations"_s][0][u"Text"_s].toString()};
+    const QJsonValue text = (*answer)[u"DisplayText"_s];
+    const QJsonValue translation = (*answer)[u"Translations"_s][0][u"Text"_s];
+    if (!text.isString() || !translation.isString()) {
+        return AzureResult();
+    }
+    return AzureResult{text.toString(), translation.toString()};
 }
 
 std::optional<QString> parseAzureRecognition(const QByteArray& body) {

@@ -76,7 +76,8 @@ class CloudSTTEngine {
     /// through `onStatus`.
     virtual QCoro::Task<> connect(CloudEngineConfig config) = 0;
 
-    /// Ends the session. Never throws; harmless when not connected.
+    /// Ends the session: no more audio is taken. A request that is under way may still bring its
+    /// result; destroying the engine gives it up. Never throws; harmless when not connected.
     virtual QCoro::Task<> disconnect() = 0;
 
     /// Hands over signed 16-bit little-endian mono PCM at `CloudEngineConfig::sampleRate`, without

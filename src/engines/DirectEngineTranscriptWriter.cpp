@@ -58,11 +58,29 @@ QString subtitleCue(std::int64_t index, double startSeconds, const QString& orig
            u"\n\n"_s;
 }
 
+namespace {
+
+/// Makes a file with this content, in place of any other of that name.
+bool createFile(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered) &&
+           file.write(content) == content.size();
+}
+
+} // namespace
+
 struct DirectEngineTranscriptWriter::Files {
     struct Output {
         QFile file;
         qint64 size = 0; ///< Of everything that was written whole.
         bool failing = false;
+
+        /// For writing at the end of a file that is there.
+        bool open(const QString& path, qint64 length) {
+            size = length;
+            file.setFileName(path);
+            return file.open(QIODevice::Append | QIODevice::ExistingOnly | QIODevice::Unbuffered);
+        }
 
         void write(const QString& text) {
             const QByteArray bytes = text.toUtf8();
@@ -76,7 +94,6 @@ struct DirectEngineTranscriptWriter::Files {
                 size += bytes.size();
             } else { // A disk that is full may have taken a part.
                 file.resize(size);
-                file.seek(size);
             }
         }
     };
@@ -97,21 +114,21 @@ DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceL
                 QString::fromStdString(error.message()));
         return nullptr;
     }
-    auto files = std::make_unique<Files>();
-    files->startTime = opened;
     const QString stamp = localStamp(opened, u"yyyyMMdd_HHmmss");
-    files->txt.file.setFileName(folder + u"/transcript_"_s + stamp + u".txt"_s);
-    files->srt.file.setFileName(folder + u"/subtitles_"_s + stamp + u".srt"_s);
-    const auto mode = QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered;
+    const QString txt = folder + u"/transcript_"_s + stamp + u".txt"_s;
+    const QString srt = folder + u"/subtitles_"_s + stamp + u".srt"_s;
     const QByteArray header = transcriptHeader(sourceLang, targetLang, opened).toUtf8();
-    if (!files->txt.file.open(mode) || files->txt.file.write(header) != header.size() ||
-        !files->srt.file.open(mode)) {
+    if (!createFile(txt, header) || !createFile(srt, {})) {
         logLine(u"❌ DirectEngineTranscriptWriter: Datei-Erstellung fehlgeschlagen");
         return nullptr;
     }
-    files->txt.size = header.size();
-    logLine(u"💾 DirectEngineTranscriptWriter: "_s + files->txt.file.fileName() + u", "_s +
-            files->srt.file.fileName());
+    auto files = std::make_unique<Files>();
+    files->startTime = opened;
+    if (!files->txt.open(txt, header.size()) || !files->srt.open(srt, 0)) {
+        logLine(u"❌ DirectEngineTranscriptWriter: FileHandle konnte nicht geöffnet werden");
+        return nullptr;
+    }
+    logLine(u"💾 DirectEngineTranscriptWriter: "_s + txt + u", "_s + srt);
     return std::shared_ptr<DirectEngineTranscriptWriter>(
         new DirectEngineTranscriptWriter(std::move(files)));
 }

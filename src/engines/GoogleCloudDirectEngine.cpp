@@ -55,7 +55,6 @@ QCoro::Task<> GoogleCloudDirectEngine::connect(CloudEngineConfig config) {
 
 QCoro::Task<> GoogleCloudDirectEngine::disconnect() {
     isActive_ = false;
-    http_.abort();
     co_return;
 }
 
@@ -67,7 +66,7 @@ QCoro::Task<> GoogleCloudDirectEngine::sendAudio(QByteArray pcm) {
     try {
         co_await recogniseAndDeliver(std::move(pcm));
     } catch (const ServiceError&) {
-        if (life.ended() || !isActive_) {
+        if (life.ended()) {
             co_return; // Given up.
         }
         throw;
@@ -77,7 +76,7 @@ QCoro::Task<> GoogleCloudDirectEngine::sendAudio(QByteArray pcm) {
 QCoro::Task<> GoogleCloudDirectEngine::recogniseAndDeliver(QByteArray pcm) {
     const Lifetime::Observer life = lifetime_.observe();
     const QString transcript = co_await recognizeSpeech(pcm.toBase64());
-    if (life.ended() || !isActive_ || transcript.isEmpty()) {
+    if (life.ended() || transcript.isEmpty()) {
         co_return;
     }
     if (!needsTranslation()) {
@@ -85,7 +84,7 @@ QCoro::Task<> GoogleCloudDirectEngine::recogniseAndDeliver(QByteArray pcm) {
         co_return;
     }
     const QString translation = co_await translateText(transcript, targetLang_);
-    if (!life.ended() && isActive_) {
+    if (!life.ended()) {
         deliver(transcript, translation.isEmpty() ? transcript : translation);
     }
 }

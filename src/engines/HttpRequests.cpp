@@ -97,7 +97,8 @@ HttpRequests::HttpRequests()
     : state_(std::make_shared<State>()) {}
 
 HttpRequests::~HttpRequests() {
-    abort();
+    const auto state = state_;
+    state->endAll();
 }
 
 QCoro::Task<QByteArray> HttpRequests::post(QNetworkRequest request, QByteArray body,
@@ -110,11 +111,6 @@ QCoro::Task<QByteArray> HttpRequests::post(QNetworkRequest request, QByteArray b
         throw ServiceError(answer.error);
     }
     co_return answer.body;
-}
-
-void HttpRequests::abort() {
-    const auto state = state_;
-    state->endAll();
 }
 
 } // namespace orv

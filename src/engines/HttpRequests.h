@@ -19,7 +19,7 @@ class HttpRequests {
   public:
     HttpRequests();
 
-    /// Ends what is under way, as `abort` does.
+    /// Ends every request under way: each throws `ServiceError` inside the destructor.
     ~HttpRequests();
 
     HttpRequests(const HttpRequests&) = delete;
@@ -31,9 +31,6 @@ class HttpRequests {
     /// Redirections are not followed: they would take the key along.
     QCoro::Task<QByteArray> post(QNetworkRequest request, QByteArray body,
                                  std::chrono::milliseconds timeout);
-
-    /// Ends every request under way: each throws `ServiceError` inside this call.
-    void abort();
 
   private:
     struct State;

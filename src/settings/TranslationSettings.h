@@ -33,8 +33,8 @@ class TranslationSettings : public QObject {
                                  const std::function<void()>& applyOverlaySettings = {},
                                  QObject* parent = nullptr);
 
-    /// The program's one settings object, made on first use (on the main thread) by what the
-    /// composition root has installed. For the shell: nothing inside the libraries uses it.
+    /// The process-wide instance, made on first use (on the main thread) by what `installShared` was
+    /// given. Nothing inside the libraries asks for it.
     static TranslationSettings& shared();
 
     /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.

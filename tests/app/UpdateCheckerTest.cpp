@@ -7,6 +7,7 @@
 #include "WaitUntil.h"
 
 #include <QElapsedTimer>
+#include <QSslConfiguration>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -278,6 +279,38 @@ TEST_F(UpdateCheckerTest, doesNotTrustACertificateThatNobodyVouchesFor) {
     tell(secure, {{u"path"_s, u"/a"_s}, {u"body"_s, manifest41}});
     expectFailureAndFallback(secure.url(u"https"_s) + u"/a"_s);
     EXPECT_EQ(secure.count(u"request"_s), 0);
+}
+
+/// Lets the connections of this process trust a certificate while it exists.
+class Trust {
+  public:
+    explicit Trust(const QString& certificateFile) {
+        QSslConfiguration trusting = before_;
+        trusting.addCaCertificates(certificateFile);
+        QSslConfiguration::setDefaultConfiguration(trusting);
+    }
+
+    ~Trust() { QSslConfiguration::setDefaultConfiguration(before_); }
+
+    Trust(const Trust&) = delete;
+    Trust& operator=(const Trust&) = delete;
+
+  private:
+    const QSslConfiguration before_ = QSslConfiguration::defaultConfiguration();
+};
+
+TEST_F(UpdateCheckerTest, isNotLedFromAnEncryptedPlaceToAnOpenOne) {
+    serve(u"/open"_s, manifest41);
+    ServicePeer secure(u"manifest_service.py"_s, {u"--tls"_s});
+    tell(secure, {{u"path"_s, u"/a"_s},
+                  {u"status"_s, 302},
+                  {u"headers"_s, QJsonObject{{u"Location"_s, at(u"/open"_s)}}}});
+    tell(secure, {{u"path"_s, u"/b"_s}, {u"body"_s, manifest41}});
+    const Trust trust(secure.certificate());
+    checker({secure.url(u"https"_s) + u"/a"_s, secure.url(u"https"_s) + u"/b"_s});
+    EXPECT_EQ(firstOutcome(), UpdateOutcome::Available);
+    EXPECT_FALSE(failure(secure.url(u"https"_s) + u"/a"_s).isEmpty());
+    EXPECT_EQ(server().count(u"request"_s), 0);
 }
 
 TEST_F(UpdateCheckerTest, aServerWithoutTlsBehindAnHttpsAddressIsAFailure) {

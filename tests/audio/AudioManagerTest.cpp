@@ -30,6 +30,16 @@ class AudioManagerTest : public test::AudioManagerFixture {
     }
 };
 
+TEST(AudioTimings, areTheProgramsOwn) {
+    const AudioTimings timings;
+    EXPECT_EQ(timings.linkReady, 300ms);
+    EXPECT_EQ(timings.fixedChunk, 3s);
+    EXPECT_EQ(timings.lastBufferSend, 2s);
+    EXPECT_EQ(timings.flush, 120s);
+    EXPECT_EQ(timings.stopSend, 1s);
+    EXPECT_EQ(timings.meterRefresh, 33ms);
+}
+
 TEST_F(AudioManagerTest, sendsAParkedConfigurationExactlyOnceWhenTheLinkIsReady) {
     startRun();
     EXPECT_TRUE(log.contains(u"⚠️ WebSocket nicht verbunden, Config wird später gesendet"_s));

@@ -72,6 +72,12 @@ QString deepgramResult(const QString& transcript) {
         .arg(transcript);
 }
 
+/// Recognised, and translated into nothing.
+QString azureResult(const QString& text) {
+    return uR"({"RecognitionStatus":"Success","DisplayText":"%1","Translations":[{"Text":""}]})"_s
+        .arg(text);
+}
+
 TEST_F(CloudEngineRun, bringsAMinuteOfSoundToDeepgramBitForBit) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s, u"--key"_s, u"SECRET"_s});
     use(u"deepgram"_s, service);
@@ -143,7 +149,7 @@ TEST_F(CloudEngineRun, stopsAtOnceWhenTheServiceIsSilent) {
     EXPECT_LT(stopping.elapsed(), 1000);
 }
 
-TEST_F(CloudEngineRun, stopsDuringARequest) {
+TEST_F(CloudEngineRun, stopsAtOnceDuringARequest) {
     ServicePeer service(u"http_service.py"_s);
     use(u"azure"_s, service);
     timings.fixedChunk = 1ms;
@@ -153,11 +159,26 @@ TEST_F(CloudEngineRun, stopsDuringARequest) {
     deliver(20001);
     ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
     manager->stopCaptureSync();
-    service.command({{u"always"_s, true},
-                     {u"body"_s, uR"({"RecognitionStatus":"Success","DisplayText":"late"})"_s}});
+    service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"late"_s)}});
     test::drainEvents();
     EXPECT_TRUE(fannedOut.isEmpty());
     EXPECT_TRUE(log.lines().filter(u"Fehler"_s).isEmpty());
+}
+
+TEST_F(CloudEngineRun, bringsTheResultOfARequestThatAGracefulStopInterrupts) {
+    ServicePeer service(u"http_service.py"_s);
+    use(u"azure"_s, service);
+    timings.fixedChunk = 1ms;
+    makeManager();
+    manager->setVadEnabled(false);
+    startRun();
+    deliver(20001);
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    stopAndWait();
+    EXPECT_TRUE(fannedOut.isEmpty());
+    service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
+    EXPECT_EQ(fannedOut.value(0), u"published: last words|last words"_s);
 }
 
 TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
@@ -174,9 +195,7 @@ TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
     test::drainEvents();
     EXPECT_EQ(service.count(u"request"_s), 1);
     const auto answer = [](int id, const QString& text) {
-        return QJsonObject{
-            {u"answer"_s, id},
-            {u"body"_s, uR"({"RecognitionStatus":"Success","DisplayText":"%1"})"_s.arg(text)}};
+        return QJsonObject{{u"answer"_s, id}, {u"body"_s, azureResult(text)}};
     };
     service.command(answer(0, u"eins"_s));
     ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 2; }));

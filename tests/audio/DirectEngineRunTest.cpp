@@ -88,6 +88,17 @@ TEST_F(DirectEngineRun, handsTheTranslationKeyToAnEngineThatNeedsOne) {
     EXPECT_TRUE(log.contains(u"🔌 AssemblyAI: Google Translate Key gesetzt für Übersetzung"_s));
 }
 
+TEST_F(DirectEngineRun, namesDeepgramAsTheOneThatGetsTheTranslationKey) {
+    engine = std::make_shared<FakeEngine>(u"deepgram"_s, u"DeepgramDirectEngine"_s, true, false);
+    settings.sttEngine.set(u"deepgram"_s);
+    settings.deepgramApiKey.set(u"key"_s);
+    settings.googleApiKey.set(u"google"_s);
+    startRun();
+    EXPECT_EQ(engine->translationKey, u"google"_s);
+    EXPECT_TRUE(log.contains(u"🔌 Deepgram: Google Translate Key gesetzt für Übersetzung"_s));
+    EXPECT_TRUE(log.lines().filter(u"🔌 Direct Engine: "_s).isEmpty());
+}
+
 TEST_F(DirectEngineRun, givesAChunkedEngineTheChunkersChunks) {
     useChunked();
     timings.fixedChunk = 1ms;
@@ -173,10 +184,13 @@ TEST_F(DirectEngineRun, fallsBackToTheBackendWhenTheEngineCannotConnect) {
             u"❌ Direct Engine AssemblyAIDirectEngine Fehler: AssemblyAI API Key fehlt"_s);
     }));
     test::drainEvents();
+    engine->onTranslation(u"late"_s, u"tarde"_s);
     deliver(30000);
     stopAndWait();
     EXPECT_EQ(receivedAudio().size(), 1);
     EXPECT_TRUE(engine->audio.isEmpty());
+    EXPECT_TRUE(onlyFile(u"transcript_*.txt"_s).endsWith(u"=\n\n"_s)) << "closed for good";
+    EXPECT_TRUE(fannedOut.isEmpty());
 }
 
 TEST_F(DirectEngineRun, disconnectsTheEngineOnAGracefulStop) {
@@ -205,7 +219,38 @@ TEST_F(DirectEngineRun, survivesAnEngineThatThrowsForAChunk) {
     EXPECT_TRUE(log.contains(u"❌ Direct Engine AssemblyAIDirectEngine Fehler: HTTP 500"_s));
 }
 
-TEST_F(DirectEngineRun, dropsResultsThatComeAfterTheEnd) {
+TEST_F(DirectEngineRun, disconnectsTheEngineBeforeItStopsTheSource) {
+    useStreaming();
+    int stillCapturing = 0;
+    engine->onDisconnect = [&] {
+        const float sample = 0.0F;
+        stillCapturing +=
+            capture.deliver({.firstChannel = &sample, .frames = 1, .stride = 1}) ? 1 : 0;
+    };
+    startRun();
+    stopAndWait();
+    EXPECT_EQ(stillCapturing, 1);
+    startRun();
+    manager->stopCaptureSync();
+    EXPECT_EQ(stillCapturing, 2);
+    EXPECT_TRUE(engine->audio.isEmpty());
+}
+
+TEST_F(DirectEngineRun, bringsTheLastResultOfAGracefulStopButNotIntoTheClosedTranscript) {
+    useChunked();
+    startRun();
+    stopAndWait();
+    engine->onTranslation(u"last"_s, u"último"_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
+    EXPECT_EQ(fannedOut.value(0), u"published: last|último"_s);
+    EXPECT_TRUE(onlyFile(u"transcript_*.txt"_s).endsWith(u"=\n\n"_s));
+    manager->stopCaptureSync(); // As before every start.
+    engine->onTranslation(u"late"_s, u"tarde"_s);
+    test::drainEvents();
+    EXPECT_EQ(fannedOut.size(), 3);
+}
+
+TEST_F(DirectEngineRun, dropsResultsThatComeAfterAnImmediateStop) {
     useChunked();
     startRun();
     manager->stopCaptureSync();

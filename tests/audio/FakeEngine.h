@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 namespace orv::test {
@@ -38,6 +39,9 @@ class FakeEngine : public CloudSTTEngine {
 
     QCoro::Task<> disconnect() override {
         ++disconnects;
+        if (onDisconnect) {
+            onDisconnect();
+        }
         co_return;
     }
 
@@ -55,6 +59,7 @@ class FakeEngine : public CloudSTTEngine {
     std::optional<QString> sendError;
     QList<QByteArray> audio;
     int disconnects = 0;
+    std::function<void()> onDisconnect;
 
   private:
     QString id_;

@@ -93,6 +93,18 @@ TEST_F(TranslationEngineInstall, startingMeanwhileOnlyReportsInstalling) {
     EXPECT_EQ(dialogs.alerts.size(), 1) << "no second alert";
 }
 
+TEST_F(TranslationEngineInstall, aBackendThatWasStoppedMeanwhileIsNotStarted) {
+    uninstall();
+    offerInstaller(restore);
+    startAndInstall();
+    EXPECT_TRUE(engine().isBusy());
+    engine().stopBackend();
+    EXPECT_TRUE(waitUntil([this] { return log.contains(u"✓ Backend installiert"_s); }));
+    EXPECT_TRUE(waitUntil([this] { return status() == u"engine.stopped"; }));
+    EXPECT_FALSE(engine().isBusy());
+    EXPECT_FALSE(log.contains(u"Backend:ready"_s));
+}
+
 TEST_F(TranslationEngineInstall, aFailureIsToldWithItsLastLine) {
     offerInstaller(u"echo '==> [1/3] Looking'; echo 'error: The disk is full.' >&2; exit 3"_s);
     startAndInstall();

@@ -2,13 +2,14 @@
 
 import contextlib
 import os
+import subprocess
 import unittest
 
 from harness.accessibility import Accessibility
 from harness.desktop import SCREEN, Desktop
 from harness.portal import Portal
 from harness.processes import end_on_signals, wait_until
-from harness.program import Program, write_settings
+from harness.program import BACKEND_PORT, Program, port_is_open, write_settings
 from harness.sound import Sound
 
 PROGRAM = os.environ["ORVANE_PROGRAM"]
@@ -37,6 +38,22 @@ class DesktopTest(unittest.TestCase):
         self.program = Program(self.desktop, PROGRAM)
         self.program.wait_for_line("App gestartet", limit=60)
         return self.program
+
+    def open_desktop_for_backend(self, **settings):
+        """A desktop whose user has the backend installed, as soon as nobody else uses its port."""
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop(**settings)
+        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def start_with_backend(self, **settings):
+        self.open_desktop_for_backend(autoStartBackend=True, **settings)
+        self.start_automatically()
+
+    def start_automatically(self):
+        self.program = Program(self.desktop, PROGRAM)
+        self.program.wait_for_line("Auto-Start Backend aktiviert", limit=60)
+        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
 
     def open_panel(self, name="Quit"):
         """Opens the panel and waits until the window manager has given it the focus: only a window

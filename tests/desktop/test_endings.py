@@ -2,27 +2,15 @@
 
 import os
 import signal
-import subprocess
 import unittest
 
-from support import INSTALL_BACKEND, DesktopTest
+from support import PROGRAM, DesktopTest
 
 from harness.processes import wait_until
-from harness.program import BACKEND_PORT, port_is_open
+from harness.program import BACKEND_PORT, Program, port_is_open
 
 
 class Endings(DesktopTest):
-    def start_with_backend(self, tray=True, **settings):
-        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
-        self.open_desktop(tray=tray, autoStartBackend=True, **settings)
-        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
-                       stdout=subprocess.DEVNULL)
-        from harness.program import Program
-        from support import PROGRAM
-        self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("Auto-Start Backend aktiviert", limit=60)
-        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
-
     def test_terminating_while_it_translates_ends_everything(self):
         self.start_with_backend()
         self.open_panel()
@@ -41,11 +29,13 @@ class Endings(DesktopTest):
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()
 
-    def test_killing_leaves_no_backend(self):
-        self.start_with_backend()
+    def test_killing_leaves_the_backend_that_the_user_wants_to_stay(self):
+        self.start_with_backend(autoStopBackend=False)
+        self.addCleanup(self.end, self.program)
         self.program.process.kill()
-        self.program.wait_until_nothing_is_left()
-        self.assertFalse(port_is_open(BACKEND_PORT))
+        self.program.wait_for_end()
+        self.assertEqual(len(self.program.processes()), 1)
+        self.start_again_and_adopt()
 
     def test_the_backend_stays_when_the_user_wants_it_to(self):
         self.start_with_backend(autoStopBackend=False)
@@ -54,11 +44,11 @@ class Endings(DesktopTest):
         self.assertIn("App wird beendet - Backend läuft weiter (autoStopBackend=false)",
                       self.program.lines())
         self.assertTrue(port_is_open(BACKEND_PORT))
-        # Another start adopts it, and does not end what it did not start.
-        adopted = self.program
-        self.addCleanup(self.end, adopted)
-        from harness.program import Program
-        from support import PROGRAM
+        self.addCleanup(self.end, self.program)
+        self.start_again_and_adopt()
+
+    def start_again_and_adopt(self):
+        """Another start adopts the backend, and does not end what it did not start."""
         self.program = Program(self.desktop, PROGRAM)
         self.program.wait_for_line("✓ Backend läuft bereits auf Port 8765")
         self.assertEqual(self.program.terminate(), 0)
@@ -80,12 +70,33 @@ class Endings(DesktopTest):
     def test_closing_the_only_window_keeps_a_program_with_a_backend_in_reach(self):
         self.start_with_backend(tray=False)
         self.wait_for("Stop Backend", "push button")
+        self.close_the_window_and_bring_it_back()
+
+    def close_the_window_and_bring_it_back(self):
+        """Small, not gone: the window manager brings it back."""
         self.desktop.key("alt+F4")
         wait_until(lambda: not self.desktop.windows("orvane"), "the window to leave the screen")
         self.assertIsNone(self.program.process.poll())
-        # Small, not gone: the window manager brings it back.
         self.desktop.key("alt+Tab")
         wait_until(lambda: self.desktop.windows("orvane"), "the window to come back")
+
+    def test_closing_the_only_window_does_not_stop_a_backend_that_starts(self):
+        self.open_desktop_for_backend(tray=False)
+        self.start_program()
+        self.press("Start Backend")
+        self.program.wait_for_line("✓ Backend-Prozess gestartet")
+        self.close_the_window_and_bring_it_back()
+        self.wait_for("Stop Backend", "push button")
+
+    def test_closing_the_only_window_does_not_break_off_an_installation(self):
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop(tray=False)
+        self.start_program()
+        self.press("Start Backend")
+        self.press("Install Backend")
+        self.wait_until_gone("Install Backend")
+        self.close_the_window_and_bring_it_back()
+        self.accessibility.wait_for(self.program.pid, "Stop Backend", limit=120)
 
 
 if __name__ == "__main__":

@@ -1,10 +1,9 @@
 """Starting twice, being killed, losing the desktop, and what is left of the program afterwards."""
 
 import pathlib
-import subprocess
 import unittest
 
-from support import INSTALL_BACKEND, PROGRAM, DesktopTest
+from support import PROGRAM, DesktopTest
 
 from harness.processes import wait_until
 from harness.program import BACKEND_PORT, Program, free_port, port_is_open, read_settings
@@ -22,18 +21,6 @@ def local_sockets():
 class Life(DesktopTest):
     def start_again(self, **environment):
         return Program(self.desktop, PROGRAM, environment=environment)
-
-    def start_with_backend(self, **settings):
-        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
-        self.open_desktop(autoStartBackend=True, **settings)
-        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
-                       stdout=subprocess.DEVNULL)
-        self.start_automatically()
-
-    def start_automatically(self):
-        self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("Auto-Start Backend aktiviert", limit=60)
-        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
 
     def panels(self):
         return [place for place in self.desktop.windows("orvane") if place[2] >= _PANEL_WIDTH]
@@ -83,6 +70,17 @@ class Life(DesktopTest):
         self.assertEqual(self.program.wait_for_end(), 0)
         self.assertEqual(second.terminate(), 0)
 
+    def test_a_start_while_the_panels_quit_is_under_way_takes_its_place(self):
+        self.open_desktop()
+        self.start_program()
+        self.open_panel()
+        self.press("Quit")
+        self.program.wait_for_line("🛑 Beende App...")
+        second = self.start_again()
+        second.wait_for_line("App gestartet")
+        self.assertEqual(self.program.wait_for_end(), 0)
+        self.assertEqual(second.terminate(), 0)
+
     def test_a_killed_program_leaves_a_state_that_works(self):
         self.start_with_backend(targetLang="es")
         self.open_panel()
@@ -115,10 +113,7 @@ class Life(DesktopTest):
 
     def end_session(self, tray):
         """Ends the session of a program that runs its backend."""
-        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
-        self.open_desktop(tray=tray, autoStartBackend=True)
-        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
-                       stdout=subprocess.DEVNULL)
+        self.open_desktop_for_backend(tray=tray, autoStartBackend=True)
         session = Session(self.desktop)
         self.program = self.start_again(**session.environment)
         session.wait_for_program()
@@ -146,13 +141,11 @@ class Life(DesktopTest):
             return {str(file) for folder in folders for file in folder.rglob("*")
                     if not file.is_dir()}
 
-        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
-        self.open_desktop(autoStartBackend=True, obsOverlayEnabled=True, obsOverlayPort=port)
+        self.open_desktop_for_backend(autoStartBackend=True, obsOverlayEnabled=True,
+                                      obsOverlayPort=port)
         temporary = self.desktop.folder / "temporary"
         temporary.mkdir()
         self.desktop.environment["TMPDIR"] = str(temporary)
-        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
-                       stdout=subprocess.DEVNULL)
         before = files()
         self.start_automatically()
         wait_until(lambda: port_is_open(port), "the browser overlay")

@@ -162,6 +162,33 @@ TEST_F(TranscriptWriter, saysSoWhenAFileCannotBeMade) {
     EXPECT_TRUE(log.contains(u"❌ DirectEngineTranscriptWriter: Datei-Erstellung fehlgeschlagen"_s));
 }
 
+/// Lets this process open `count` more files while it exists.
+class FewFiles {
+  public:
+    explicit FewFiles(rlim_t count) {
+        ::getrlimit(RLIMIT_NOFILE, &before_);
+        const UniqueFd next(::open("/dev/null", O_RDONLY));
+        const rlimit few = {.rlim_cur = static_cast<rlim_t>(next.get()) + count,
+                            .rlim_max = before_.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+    }
+
+    ~FewFiles() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+
+    FewFiles(const FewFiles&) = delete;
+    FewFiles& operator=(const FewFiles&) = delete;
+
+  private:
+    rlimit before_ = {};
+};
+
+TEST_F(TranscriptWriter, saysSoWhenAFileCannotBeOpenedForWriting) {
+    const FewFiles oneIsEnoughToMakeThem(1);
+    EXPECT_FALSE(open());
+    EXPECT_TRUE(
+        log.contains(u"❌ DirectEngineTranscriptWriter: FileHandle konnte nicht geöffnet werden"_s));
+}
+
 TEST_F(TranscriptWriter, costsOneLineWhileTheDiskIsFull) {
     ASSERT_TRUE(QDir().mkpath(folder));
     ASSERT_TRUE(QFile::link(u"/dev/full"_s, folder + u"/subtitles_20250301_143005.srt"_s));

@@ -3,6 +3,7 @@
 #include "AssemblyAIMessages.h"
 #include "AzureMessages.h"
 #include "DeepgramMessages.h"
+#include "EngineTimings.h"
 #include "GoogleCloudMessages.h"
 #include "ServiceEndpoints.h"
 #include "ServiceLocales.h"
@@ -22,10 +23,10 @@ namespace {
 
 TEST(ServiceEndpoints, areThePublicHostsWithTls) {
     const ServiceEndpoints hosts;
-    for (const QString& host : {hosts.googleTranslate, hosts.googleSpeech, hosts.azureSpeechToText,
-                                hosts.azureSpeechTranslation}) {
-        EXPECT_TRUE(host.startsWith(u"https://"_s)) << host.toStdString();
-    }
+    EXPECT_EQ(hosts.googleTranslate, u"https://translation.googleapis.com"_s);
+    EXPECT_EQ(hosts.googleSpeech, u"https://speech.googleapis.com"_s);
+    EXPECT_EQ(hosts.azureSpeechToText, u"https://{region}.stt.speech.microsoft.com"_s);
+    EXPECT_EQ(hosts.azureSpeechTranslation, u"https://{region}.s2s.speech.microsoft.com"_s);
     EXPECT_EQ(hosts.deepgram, u"wss://api.deepgram.com"_s);
     EXPECT_EQ(hosts.assemblyai, u"wss://api.assemblyai.com"_s);
 }
@@ -185,6 +186,16 @@ TEST(Azure, yieldsNothingWhenNothingWasRecognised) {
     }
 }
 
+TEST(Azure, yieldsNothingWhenHalfOfATranslationIsMissing) {
+    for (const char* body :
+         {R"({"RecognitionStatus":"Success","DisplayText":"x"})",
+          R"({"RecognitionStatus":"Success","DisplayText":"x","Translations":[]})",
+          R"({"RecognitionStatus":"Success","DisplayText":"x","Translations":[{"Text":5}]})",
+          R"({"RecognitionStatus":"Success","Translations":[{"Text":"y"}]})"}) {
+        EXPECT_EQ(parseAzureTranslation(body), AzureResult()) << body;
+    }
+}
+
 TEST(Azure, tellsWhatIsNotJson) {
     for (const char* body : {"", "<html></html>", R"({"RecognitionStatus":"Succ)"}) {
         EXPECT_FALSE(parseAzureTranslation(body)) << body;
@@ -275,15 +286,67 @@ TEST(Locales, compareTheirFirstTwoCharacters) {
     EXPECT_FALSE(isLanguageOf(u"de-DE"_s, u"de-DE"_s));
 }
 
-TEST(Regions, standInTheirOrder) {
-    ASSERT_EQ(azureRegions().size(), 28U);
-    EXPECT_EQ(azureRegions().front().displayName, u"East US (Virginia)"_s);
-    EXPECT_EQ(azureRegions()[10].identifier, u"westeurope"_s);
-    EXPECT_EQ(azureRegions().back().identifier, u"brazilsouth"_s);
-    ASSERT_EQ(googleLocations().size(), 10U);
-    EXPECT_EQ(googleLocations().front().identifier, u"global"_s);
-    EXPECT_EQ(googleLocations()[6].displayName, u"Europe West 3 (Frankfurt)"_s);
-    EXPECT_EQ(googleLocations().back().displayName, u"Asia South (Mumbai)"_s);
+/// One line for each: "identifier=display name".
+QString listed(std::span<const ServiceRegion> regions) {
+    QString lines;
+    for (const ServiceRegion& region : regions) {
+        lines += region.identifier + u'=' + region.displayName + u'\n';
+    }
+    return lines;
+}
+
+TEST(Regions, areTheOnesOfAzureInTheirOrder) {
+    EXPECT_EQ(listed(azureRegions()), u"eastus=East US (Virginia)\n"
+                                      u"eastus2=East US 2\n"
+                                      u"centralus=Central US\n"
+                                      u"northcentralus=North Central US\n"
+                                      u"southcentralus=South Central US\n"
+                                      u"westus=West US\n"
+                                      u"westus2=West US 2\n"
+                                      u"westus3=West US 3\n"
+                                      u"canadacentral=Canada Central\n"
+                                      u"northeurope=North Europe (Ireland)\n"
+                                      u"westeurope=West Europe (Netherlands)\n"
+                                      u"uksouth=UK South\n"
+                                      u"francecentral=France Central\n"
+                                      u"germanywestcentral=Germany West Central\n"
+                                      u"switzerlandnorth=Switzerland North\n"
+                                      u"norwayeast=Norway East\n"
+                                      u"swedencentral=Sweden Central\n"
+                                      u"eastasia=East Asia (Hong Kong)\n"
+                                      u"southeastasia=Southeast Asia (Singapore)\n"
+                                      u"japaneast=Japan East\n"
+                                      u"japanwest=Japan West\n"
+                                      u"koreacentral=Korea Central\n"
+                                      u"australiaeast=Australia East\n"
+                                      u"centralindia=Central India\n"
+                                      u"southindia=South India\n"
+                                      u"uaenorth=UAE North\n"
+                                      u"southafricanorth=South Africa North\n"
+                                      u"brazilsouth=Brazil South\n"_s);
+}
+
+TEST(Regions, areTheOnesOfGoogleInTheirOrder) {
+    EXPECT_EQ(listed(googleLocations()), u"global=Global\n"
+                                         u"us-central1=US Central (Iowa)\n"
+                                         u"us-east1=US East (South Carolina)\n"
+                                         u"us-west1=US West (Oregon)\n"
+                                         u"europe-west1=Europe West (Belgium)\n"
+                                         u"europe-west4=Europe West 4 (Netherlands)\n"
+                                         u"europe-west3=Europe West 3 (Frankfurt)\n"
+                                         u"asia-southeast1=Asia Southeast (Singapore)\n"
+                                         u"asia-northeast1=Asia Northeast (Tokyo)\n"
+                                         u"asia-south1=Asia South (Mumbai)\n"_s);
+}
+
+TEST(EngineTimings, areTheProgramsOwn) {
+    using namespace std::chrono_literals;
+    const EngineTimings timings;
+    EXPECT_EQ(timings.streamRequest, 60s);
+    EXPECT_EQ(timings.keepAlive, 5s);
+    EXPECT_EQ(timings.streamFarewell, 1s);
+    EXPECT_EQ(timings.recognition, 15s);
+    EXPECT_EQ(timings.translation, 10s);
 }
 
 } // namespace

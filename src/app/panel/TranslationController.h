@@ -50,6 +50,9 @@ class TranslationController : public QObject {
     /// True while the last audio of a stopped run is still being processed.
     bool isStopping() const { return isStopping_; }
 
+    /// True from the panel's Quit on: the program is about to end.
+    bool isQuitting() const { return quitting_; }
+
     /// Starts a run with what the settings say. Refused, with an alert, when the backend does not
     /// run, or when one application is to be captured and none is chosen; nothing changes then.
     /// Does nothing while translating.

@@ -38,7 +38,7 @@ DecodedUpdateInfo decodeUpdateInfo(const QByteArray& body) {
     const QJsonValue url = object[u"url"_s];
     const QJsonValue notes = object[u"notes"_s];
     if (!version.isString() || !isPresentable(version.toString())) {
-        return {{}, u"\"version\" fehlt oder ist kein Text"_s};
+        return {{}, u"\"version\" fehlt oder ist kein brauchbarer Text"_s};
     }
     if (!url.isString()) {
         return {{}, u"\"url\" fehlt oder ist kein Text"_s};

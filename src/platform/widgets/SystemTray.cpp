@@ -30,7 +30,9 @@ constexpr std::chrono::seconds availabilityInterval{3};
 /// Between the item and its menu, in pixels.
 constexpr int menuGap = 5;
 
-QString shapeOf(TrayIcon icon) {
+} // namespace
+
+QString traySymbol(TrayIcon icon) {
     switch (icon) {
     case TrayIcon::Translating:
         return u":/orvane/tray/translating.svg"_s;
@@ -41,8 +43,6 @@ QString shapeOf(TrayIcon icon) {
     }
     return u":/orvane/tray/idle.svg"_s;
 }
-
-} // namespace
 
 SystemTray::SystemTray() {
     registerTrayIcons();
@@ -72,7 +72,7 @@ void SystemTray::setIcon(TrayIcon icon, const QString& description) {
 
 void SystemTray::drawIcon() {
     ink_ = inkOn(QGuiApplication::palette().color(QPalette::Window));
-    icon_.setIcon(templateIcon(shapeOf(shown_), ink_));
+    icon_.setIcon(templateIcon(traySymbol(shown_), ink_));
 }
 
 bool SystemTray::eventFilter(QObject* watched, QEvent* event) {

@@ -5,10 +5,14 @@
 
 #include <QColor>
 #include <QObject>
+#include <QString>
 #include <QSystemTrayIcon>
 #include <QTimer>
 
 namespace orv {
+
+/// The resource with the icon's drawing, whose shape alone counts.
+QString traySymbol(TrayIcon icon);
 
 /// The desktop's notification area.
 class SystemTray : public QObject, public Tray {
