@@ -109,8 +109,11 @@ void HttpGet::finishIfRead() {
 void HttpGet::finish(const QString& error) {
     socket_.disconnect(this);
     socket_.abort();
-    // Not from inside the socket's own signal: whoever is told may go on to other requests.
-    orv::post(this, [this, error] { done_(error); });
+    // Not from inside the socket's own signal: whoever is told may destroy this object.
+    orv::post(this, [this, error] {
+        const Done done = std::move(done_);
+        done(error);
+    });
 }
 
 } // namespace orv

@@ -27,13 +27,13 @@ class HttpGet : public QObject {
 
   public:
     /// Told once, never within `start`, with the reason of a failure; empty for a whole answer. May
-    /// destroy the request by `deleteLater`.
+    /// destroy the request.
     using Done = std::function<void(const QString& error)>;
 
     /// Addresses are tried in the system's order until one takes the connection.
     HttpGet(QUrl url, Done done);
 
-    /// Closes the connection. `done` is not told.
+    /// Closes the connection at once. `done` is not told, not even of an end that has come already.
     ~HttpGet() override;
 
     /// To be called once. `lookups` are used within the call only.

@@ -15,12 +15,6 @@ VmixRequests::VmixRequests(const VmixLimits& limits, LookUpHost lookUp)
     limit_.callOnTimeout(&limit_, [this] { endOverdue(); });
 }
 
-VmixRequests::~VmixRequests() {
-    for (const Request& request : requests_) {
-        delete request.connection;
-    }
-}
-
 void VmixRequests::add(const QUrl& url, VmixSession::Done done,
                        std::chrono::steady_clock::time_point deadline) {
     requests_.push_back({url, std::move(done), deadline});
@@ -46,8 +40,8 @@ void VmixRequests::startNext() {
 }
 
 void VmixRequests::start(Requests::iterator request) {
-    request->connection =
-        new HttpGet(request->url, [this, request](const QString& error) { end(request, error); });
+    request->connection = std::make_unique<HttpGet>(
+        request->url, [this, request](const QString& error) { end(request, error); });
     request->connection->start(lookups_);
 }
 
@@ -59,10 +53,9 @@ void VmixRequests::dropOldest() {
 }
 
 void VmixRequests::end(Requests::iterator request, const QString& error) {
-    if (request->connection != nullptr) {
-        request->connection->deleteLater();
-    }
     const VmixSession::Done done = std::move(request->done);
+    // The connection goes with it: an answer that it has read but not told is forgotten, and the
+    // next one to this host finds room.
     requests_.erase(request);
     if (done) {
         done(error);

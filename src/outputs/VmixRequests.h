@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <list>
+#include <memory>
 
 namespace orv {
 
@@ -19,12 +20,13 @@ class VmixRequests {
     VmixRequests(const VmixLimits& limits, LookUpHost lookUp);
 
     /// Ends what is under way, unanswered.
-    ~VmixRequests();
+    ~VmixRequests() = default;
 
     VmixRequests(const VmixRequests&) = delete;
     VmixRequests& operator=(const VmixRequests&) = delete;
 
-    /// Sends the request as soon as its host has a connection to spare.
+    /// Sends the request as soon as its host has a connection to spare. `done` is told of the first
+    /// that comes, the answer or the deadline, and finds the request's own connection closed.
     void add(const QUrl& url, VmixSession::Done done,
              std::chrono::steady_clock::time_point deadline);
 
@@ -33,7 +35,7 @@ class VmixRequests {
         QUrl url;
         VmixSession::Done done;
         std::chrono::steady_clock::time_point deadline;
-        HttpGet* connection = nullptr; ///< None while it waits.
+        std::unique_ptr<HttpGet> connection = {}; ///< None while it waits.
     };
 
     using Requests = std::list<Request>; // Oldest first; the first one's time is up first.

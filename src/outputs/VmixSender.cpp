@@ -49,13 +49,10 @@ void VmixSender::sendText(const QString& text, const QString& fieldName, VmixSes
 
 void VmixSender::translationDone(const QString& translation, const QString& error) {
     logLine(error.isEmpty() ? vmixUpdatedLine(translation) : u"❌ vMix: " + error);
-    // What was still under way when the user gave the output up must not warn him again.
-    if (!settings_.vmixEnabled.get()) {
-        return;
-    }
     if (error.isEmpty()) {
         tracking_.trackVmixSuccess();
-    } else {
+    } else if (settings_.vmixEnabled.get()) {
+        // What was still under way when the user gave the output up must not warn him again.
         tracking_.trackVmixFailure();
     }
 }

@@ -28,7 +28,8 @@ class VmixSender {
     VmixSender& operator=(const VmixSender&) = delete;
 
     /// Sends what the settings want of a result. A text that is empty, has no field, or whose
-    /// address cannot be formed is left out. Only the translation's request is logged and counted.
+    /// address cannot be formed is left out. Only the translation's request is logged and counted;
+    /// a failure that comes once the output is off is logged alone.
     void sendToVmix(const QString& original, const QString& translation);
 
   private:

@@ -108,6 +108,7 @@ class ThreadedSpeech::Worker {
             makeEngine();
             if (engine_ && !engine_->say(text)) {
                 engine_.reset();
+                complain();
             }
         }
     }
@@ -117,7 +118,14 @@ class ThreadedSpeech::Worker {
             return;
         }
         engine_ = maker_();
-        if (!engine_ && !std::exchange(complained_, true)) {
+        if (!engine_) {
+            complain();
+        }
+    }
+
+    /// Says that nothing will be heard until the next attempt; the first time only.
+    void complain() {
+        if (!std::exchange(complained_, true)) {
             logLine(
                 u"⚠️ Keine Sprachausgabe verfügbar - Übersetzungen werden nicht vorgelesen");
         }

@@ -23,7 +23,8 @@ struct SpeechTimings {
 class ThreadedSpeech : public SpeechSynthesizer {
   public:
     /// Makes an engine, or null where there is none. Runs on the speech thread. Asked again by each
-    /// `prepare` until it succeeds, and when the engine has failed.
+    /// `prepare` until it succeeds, and when the engine has failed; when the one made then fails as
+    /// well, the log says that there is no speech, and the next `prepare` asks again.
     using EngineMaker = std::function<std::unique_ptr<SpeechEngine>()>;
 
     explicit ThreadedSpeech(EngineMaker maker, SpeechTimings timings = {});

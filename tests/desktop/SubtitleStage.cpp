@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMouseEvent>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QWindow>
 
@@ -118,7 +119,15 @@ int runBackdrop(bool fullScreen) {
     backdrop.setPalette(palette);
     backdrop.resize(1000, 600);
     const auto show = [&](bool full) { full ? backdrop.showFullScreen() : backdrop.showNormal(); };
+    QWidget cover(nullptr, Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
+    cover.setPalette(palette);
     const Lines lines([&](const QJsonObject& line) {
+        if (line.contains("cover"_L1)) {
+            cover.setGeometry(QGuiApplication::primaryScreen()->geometry());
+            cover.show();
+            cover.raise();
+            return;
+        }
         show(line.value("fullScreen"_L1).toBool());
         backdrop.activateWindow();
     });

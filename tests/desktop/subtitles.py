@@ -102,5 +102,13 @@ class Backdrop:
         wait_until(lambda: line in self.lines(), f"{line!r} of the backdrop: {self.lines()}")
 
     def full_screen(self, on=True):
-        self.process.stdin.write(json.dumps({"fullScreen": on}).encode() + b"\n")
+        self._tell(fullScreen=on)
+
+    def cover(self):
+        """Covers the whole screen, subtitles too, by a window that is no concern of the window
+        manager, as theirs is none."""
+        self._tell(cover=True)
+
+    def _tell(self, **message):
+        self.process.stdin.write(json.dumps(message).encode() + b"\n")
         self.process.stdin.flush()

@@ -89,7 +89,8 @@ class Subtitles(unittest.TestCase):
         border = (0x2E, 0x7D, 0x32)
         self.assert_color(self.pixel(x + 400, y + 1), border)
         self.assert_color(self.pixel(x + 1, y + height / 2), border)
-        self.assert_color(self.pixel(x + 1, y + 1), _BACKDROP, 20)
+        self.assert_color(self.pixel(x + 3, y + 3), _BACKDROP, 20)  # Outside of a circle of 16,
+        self.assert_color(self.pixel(x + 5, y + 5), border)         # and inside of it.
 
     def test_is_blended_with_what_is_below(self):
         self.open()
@@ -160,6 +161,16 @@ class Subtitles(unittest.TestCase):
         x, y, width, height = self.frame()
         wait_until(lambda: self.pixel(3, 3) == _BACKDROP, "the window to fill the screen")
         self.wait_for_color(x + 10, y + height / 2, self.blended())
+
+    def test_the_next_result_comes_in_front_of_what_has_covered_the_last(self):
+        self.open(compositor=False)
+        self.show()
+        x, y, width, height = self.frame()
+        self.wait_for_color(x + 10, y + height - 25, _BACKGROUND)
+        self.backdrop.cover()
+        self.wait_for_color(x + 10, y + height - 25, _BACKDROP)
+        self.show("wrapping")
+        self.wait_for_color(x + 10, y + height - 25, _BACKGROUND)
 
     def test_is_on_every_virtual_desktop(self):
         self.open()

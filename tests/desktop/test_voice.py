@@ -3,6 +3,7 @@
 import contextlib
 import os
 import signal
+import statistics
 import subprocess
 import time
 import unittest
@@ -16,6 +17,9 @@ end_on_signals()
 
 _LONG = "This is a long sentence which takes quite some time to be read aloud. " * 6
 _SHORT = "Yes."
+
+# Seconds that nobody blames on the speech service. Instrumented builds are slower than users'.
+_HARDLY_NOTICED = 0.1 * float(os.environ.get("ORVANE_SLOWDOWN", "1"))
 
 
 class Voice(unittest.TestCase):
@@ -93,16 +97,27 @@ class Voice(unittest.TestCase):
         self.open()
         self.speak_first(_SHORT)
         self.listener.wait_for_silence(0.5)
+        healthy = self.time_to_show(20)
         service, = self.dispatchers()
         os.kill(service, signal.SIGSTOP)
         try:
-            for number in range(20):
-                moment = self.speak(f"Result {number}.")
-                self.assertLess(time.monotonic() - moment, 1.0)
+            hung = self.time_to_show(20)
+            print(f"to show a result: {1000 * healthy:.0f} ms, and {1000 * hung:.0f} ms while the "
+                  "service hangs")
+            self.assertLess(hung, 2 * healthy + _HARDLY_NOTICED)
             self.stage.process.stdin.close()
             self.assertEqual(self.stage.process.wait(5), 0)
         finally:
             os.kill(service, signal.SIGCONT)
+
+    def time_to_show(self, count):
+        """Seconds from a result to its picture, the middle one of `count` times: a machine that is
+        busy for a moment does not change it."""
+        times = []
+        for number in range(count):
+            moment = self.speak(f"Result {number}.")
+            times.append(time.monotonic() - moment)
+        return statistics.median(times)
 
     def dispatchers(self):
         """The processes of the speech dispatcher on this desktop."""

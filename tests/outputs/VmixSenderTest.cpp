@@ -14,7 +14,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -319,6 +322,16 @@ TEST_F(VmixSenderTest, failuresAfterTheOutputWasGivenUpDoNotWarn) {
     EXPECT_FALSE(settings.vmixShowWarningBanner.get());
 }
 
+TEST_F(VmixSenderTest, aSuccessAfterTheOutputWasSwitchedOffStillHidesTheBanner) {
+    settings.vmixFailureCount = 3;
+    settings.vmixShowWarningBanner.set(true);
+    sender->sendToVmix({}, u"b"_s);
+    settings.vmixEnabled.set(false);
+    ASSERT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: b..."_s); }));
+    EXPECT_FALSE(settings.vmixShowWarningBanner.get());
+    EXPECT_EQ(settings.vmixFailureCount, 0);
+}
+
 TEST_F(VmixSenderTest, goesAtOnceWhileARequestIsUnderWay) {
     replaceSender({.request = 60s});
     tell(u"hang"_s);
@@ -330,22 +343,34 @@ TEST_F(VmixSenderTest, goesAtOnceWhileARequestIsUnderWay) {
     EXPECT_EQ(settings.vmixFailureCount, 0);
 }
 
-TEST_F(VmixSenderTest, tenThousandResultsWhileVmixHangsStayFewRequests) {
+TEST_F(VmixSenderTest, tenThousandResultsWhileVmixHangsStayFewRequestsAndTwoConnections) {
     tell(u"hang"_s);
     const VmixLimits limits;
     VmixSession session(limits);
     const auto alive = std::make_shared<int>();
     const QUrl url(vmix.url(u"http"_s) + u"/API/?Value=x"_s);
+    const auto ended = std::make_shared<std::atomic<int>>(0);
     for (int i = 0; i < 10000; ++i) {
-        session.get(url, [alive](const QString&) {});
+        session.get(url, [alive, ended](const QString&) { ++*ended; });
     }
     const auto atMost = static_cast<long>(3 * limits.waiting) + limits.connectionsPerHost;
     EXPECT_LE(alive.use_count() - 1, atMost);
     ASSERT_TRUE(waitForRequests(2));
+    // From the first whose time is up on, others take over the connections.
+    ASSERT_TRUE(waitUntil([&] { return *ended > 0; }));
+    const QUrl last(vmix.url(u"http"_s) + u"/API/?Value=last"_s);
+    session.get(last, [alive](const QString&) {});
+    session.get(last, [alive](const QString&) {});
+    const auto lastOnes = [this] {
+        return std::ranges::count_if(vmix.events(u"request"_s), [](const QJsonObject& request) {
+            return request[u"target"_s].toString().endsWith(u"last"_s);
+        });
+    };
+    ASSERT_TRUE(waitUntil([&] { return lastOnes() == 2; }));
+    EXPECT_TRUE(waitUntil([&] { return alive.use_count() == 1; })) << "all end with their limit";
     for (const QJsonObject& request : vmix.events(u"request"_s)) {
         EXPECT_LE(request[u"open"_s].toInt(), 2);
     }
-    EXPECT_TRUE(waitUntil([&] { return alive.use_count() == 1; })) << "all end with their limit";
 }
 
 TEST_F(VmixSenderTest, ofTooManyResultsTheNewestArrives) {

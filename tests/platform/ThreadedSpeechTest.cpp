@@ -270,6 +270,21 @@ TEST_F(ThreadedSpeechTest, makesAnotherEngineForOneThatWentAway) {
     EXPECT_EQ(stage->calls().count(u"made"_s), 2);
 }
 
+TEST_F(ThreadedSpeechTest, saysThatThereIsNoSpeechWhenTheOtherEngineFailsAsWell) {
+    make();
+    stage->failingSays = 2;
+    speech->speak(u"one"_s);
+    ASSERT_TRUE(waitUntil([this] { return stage->calls().count(u"gone"_s) == 2; }));
+    speech->speak(u"two"_s);
+    speech->prepare();
+    ASSERT_TRUE(waitUntil([this] { return stage->calls().count(u"made"_s) == 3; }))
+        << "the next run tries again";
+    speech->speak(u"three"_s);
+    ASSERT_TRUE(waitForCall(u"say three"_s));
+    speech.reset();
+    EXPECT_EQ(log.lines().count(complaint), 1);
+}
+
 TEST(NullSpeechSynthesizer, takesEverythingAndSaysNothing) {
     const LogCapture log;
     NullSpeechSynthesizer speech;

@@ -5,6 +5,7 @@
 #include "OverlayLayout.h"
 #include "SpeechSynthesizer.h"
 #include "SubtitleLabel.h"
+#include "SubtitleText.h"
 
 #include <QGuiApplication>
 #include <QPaintEvent>
@@ -102,7 +103,7 @@ void OverlayWindow::present(const Result& result) {
     const DefaultsStore& store = environment_.store;
     SubtitleLines lines = subtitleLines(result.original, result.translation,
                                         store.boolean(u"showOriginal"_s).value_or(false));
-    if (lines.translation.trimmed().isEmpty()) {
+    if (readableText(lines.translation).isEmpty()) {
         return;
     }
     lines_ = std::move(lines);

@@ -58,8 +58,10 @@ class OverlayWindow : public QWidget {
 
     /// Shows a result, and speaks it if the user wants that. Callable from any thread while the
     /// window lives; the work is done on the main thread, later. Of results that come faster than
-    /// the main thread takes them only the latest is shown and spoken. A result without any text
-    /// changes nothing.
+    /// the main thread takes them only the latest is shown and spoken. A translation without
+    /// anything to read counts as empty, so that the source text becomes the large line; when that
+    /// has nothing to read either, the result changes nothing. What there is to read `readableText`
+    /// decides: neither blanks nor control characters.
     void showTranslation(const QString& original, const QString& translation);
 
     /// Takes over the colours that the store holds now, also while the window is shown.

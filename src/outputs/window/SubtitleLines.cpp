@@ -1,5 +1,7 @@
 #include "SubtitleLines.h"
 
+#include "SubtitleText.h"
+
 namespace orv {
 
 using namespace Qt::StringLiterals;
@@ -7,15 +9,15 @@ using namespace Qt::StringLiterals;
 SubtitleLines subtitleLines(const QString& original, const QString& translation,
                             bool showOriginal) {
     // The mark in brackets, as the backend writes it, holds these words too.
-    const bool fallsBack = translation.contains("Translation Error"_L1) || translation.isEmpty() ||
-                           translation == original;
+    const bool fallsBack = translation.contains("Translation Error"_L1) ||
+                           readableText(translation).isEmpty() || translation == original;
     SubtitleLines lines;
     lines.translation = fallsBack ? original : translation;
     if (!fallsBack && showOriginal) {
         lines.original = original;
     }
     const bool failed = translation.contains("Error"_L1) || lines.translation.contains("Error"_L1);
-    if (!failed && !lines.translation.trimmed().isEmpty()) {
+    if (!failed && !readableText(lines.translation).isEmpty()) {
         lines.spoken = lines.translation;
     }
     return lines;

@@ -16,8 +16,9 @@ struct SubtitleLines {
 };
 
 /// Decides the lines of a result. A translation that is missing, that failed or that says the same
-/// as the source text leaves the source text alone, in the large line. Failures are never spoken,
-/// neither as they stand nor by their source text.
+/// as the source text leaves the source text alone, in the large line; one in which `readableText`
+/// finds nothing counts as missing. Failures are never spoken, neither as they stand nor by their
+/// source text, and neither is a large line without anything to read.
 SubtitleLines subtitleLines(const QString& original, const QString& translation, bool showOriginal);
 
 } // namespace orv

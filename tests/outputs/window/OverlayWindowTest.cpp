@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -57,6 +58,18 @@ class OverlayWindowTest : public ::testing::Test {
     QColor colorAt(int x, int y) {
         const int margin = (window->width() - window->frames().window.width()) / 2;
         return window->grab().toImage().pixelColor(margin + x, margin + y);
+    }
+
+    /// The darkest there is in a line, 0 to 255.
+    int darkestIn(const SubtitleLabel& field) {
+        const QImage image = window->grab(field.geometry()).toImage();
+        int darkest = 255;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                darkest = std::min(darkest, qGray(image.pixel(x, y)));
+            }
+        }
+        return darkest;
     }
 
     QString large() const { return window->textField().text(); }
@@ -242,12 +255,34 @@ TEST_F(OverlayWindowTest, aResultOnItsWayToAWindowThatGoesIsHarmless) {
     drainEvents();
 }
 
-TEST_F(OverlayWindowTest, aResultWithoutAnyTextChangesNothing) {
-    show(QString(), QString());
-    EXPECT_FALSE(window->isVisible());
+TEST_F(OverlayWindowTest, aTranslationWithoutAnythingToReadLeavesTheSourceText) {
+    store.setBool(u"showOriginal"_s, true);
+    for (const QString& blank : {u" "_s, u"\n"_s, u"\u0007"_s}) {
+        show(u"hello"_s, u"hola"_s);
+        show(u"Hallo"_s, blank);
+        EXPECT_EQ(large(), u"Hallo"_s);
+        EXPECT_TRUE(window->originalField().isHidden());
+    }
+}
+
+TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadChangesNothing) {
+    store.setBool(u"speakTranslations"_s, true);
+    const QList<std::pair<QString, QString>> results = {
+        {QString(), QString()},
+        {u" "_s, u"\n"_s},
+        {u"\u0001"_s, u"\u0007"_s},
+        {u" "_s, u"[Translation Error]"_s},
+    };
+    for (const auto& [original, translation] : results) {
+        show(original, translation);
+        EXPECT_FALSE(window->isVisible()) << qPrintable(original + u'/' + translation);
+    }
     show(u"hello"_s, u"hola"_s);
-    show(u" "_s, u"\n"_s);
-    EXPECT_EQ(large(), u"hola"_s);
+    for (const auto& [original, translation] : results) {
+        show(original, translation);
+        EXPECT_EQ(large(), u"hola"_s) << qPrintable(original + u'/' + translation);
+    }
+    EXPECT_EQ(speech.calls, QStringList{u"speak hola"_s});
 }
 
 TEST_F(OverlayWindowTest, saysWhenAResultHasBeenPainted) {
@@ -297,6 +332,46 @@ TEST_F(OverlayWindowTest, drawsTheSourceTextFainter) {
     QColor fainter(0xFF, 0, 0);
     fainter.setAlphaF(0.7F);
     EXPECT_EQ(appearance.original, fainter);
+}
+
+TEST_F(OverlayWindowTest, theLettersOfTheSourceTextLetTheBackgroundThrough) {
+    store.setBool(u"showOriginal"_s, true);
+    store.setDouble(u"overlayOpacity"_s, 1.0);
+    store.setString(u"overlayBgColor"_s, u"#FFFFFF"_s);
+    store.setString(u"overlayTextColor"_s, u"#000000"_s);
+    window->applyAppearance();
+    // Each one letter that fills pixels whole: neighbours would cover some of them twice.
+    show(u"█"_s, u"▇"_s);
+    EXPECT_EQ(darkestIn(window->textField()), 0);
+    EXPECT_NEAR(darkestIn(window->originalField()), 0.3 * 255, 2);
+}
+
+TEST_F(OverlayWindowTest, hasRoundCorners) {
+    store.setDouble(u"overlayOpacity"_s, 1.0);
+    store.setString(u"overlayBgColor"_s, u"#102030"_s);
+    store.setBool(u"overlayBorderEnabled"_s, false);
+    window->applyAppearance();
+    show(u"hello"_s, u"hola"_s);
+    const int right = window->frames().window.width() - 1;
+    const int bottom = window->frames().window.height() - 1;
+    // From the middle of a corner's circle of 16 it is 17.7 to the first pixel, 14.8 to the second.
+    for (const bool atRight : {false, true}) {
+        for (const bool atBottom : {false, true}) {
+            const auto cornerColor = [&](int inset) {
+                return colorAt(atRight ? right - inset : inset, atBottom ? bottom - inset : inset);
+            };
+            EXPECT_LT(cornerColor(3).alpha(), 128) << "nothing but the shadow";
+            EXPECT_EQ(cornerColor(3).blue(), 0);
+            EXPECT_EQ(cornerColor(5), QColor(0x10, 0x20, 0x30));
+        }
+    }
+}
+
+TEST_F(OverlayWindowTest, hasTheSameCornersWhereTheDesktopBlendsNothing) {
+    composited = false;
+    show(u"hello"_s, u"hola"_s);
+    EXPECT_FALSE(window->mask().contains(QPoint(3, 3)));
+    EXPECT_TRUE(window->mask().contains(QPoint(5, 5)));
 }
 
 TEST_F(OverlayWindowTest, isOpaqueAndShapedWhereTheDesktopBlendsNothing) {

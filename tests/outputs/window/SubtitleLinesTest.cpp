@@ -51,9 +51,18 @@ TEST(SubtitleLines, tellErrorsByTheirCapitalLetter) {
               u"translation error"_s);
 }
 
+TEST(SubtitleLines, fallBackToTheSourceTextWithoutAnythingToReadInTheTranslation) {
+    for (const QString& blank : {u" "_s, u"\n\t"_s, u"\u0001\u0007"_s, u"\u001b \u2028"_s}) {
+        EXPECT_EQ(subtitleLines(u"hello"_s, blank, true),
+                  (SubtitleLines{.original = {}, .translation = u"hello"_s, .spoken = u"hello"_s}))
+            << qPrintable(blank);
+    }
+}
+
 TEST(SubtitleLines, speakNothingWhenThereIsNothingToSay) {
     EXPECT_EQ(subtitleLines(QString(), QString(), true).spoken, std::nullopt);
-    EXPECT_EQ(subtitleLines(u"x"_s, u"  "_s, true).spoken, std::nullopt);
+    EXPECT_EQ(subtitleLines(u"\n"_s, u"  "_s, true).spoken, std::nullopt);
+    EXPECT_EQ(subtitleLines(u"\u0001"_s, u"\u0007"_s, true).spoken, std::nullopt);
 }
 
 } // namespace

@@ -1,7 +1,8 @@
 """Plays vMix's web API, well or badly, on Python's own HTTP server.
 
 Says: listening {port}, request {path, query: [[name, value]...] decoded, headers, open} when one has
-come, ended when its connection is closed; "open" is the number of connections at that moment.
+come, ended when its connection is closed; "open" is the number of connections that the client has
+not closed at that moment.
 Does with all requests from now on what it was told last, by {"mode": ...}:
   "answer" a plain answer; "error" one of status 500; "redirect" to "location"; "chunked", "bare" (no
   length, then closed), "interim" (100 Continue first): other whole answers;
@@ -23,33 +24,41 @@ from service_peer import say
 
 lock = threading.Lock()
 told = {"mode": "answer"}
-open_connections = 0
+connections = set()  # Those that somebody here still deals with.
 
 ANSWER = b"HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 35\r\n\r\n"
 BODY = b"Function SetText completed correctly"[:35]
 PIECE = b"x" * 65536
 
 
+def is_open(connection) -> bool:
+    """What the system knows; whoever deals with the connection may not have noticed yet."""
+    try:
+        return connection.recv(1, socket.MSG_PEEK | socket.MSG_DONTWAIT) != b""
+    except BlockingIOError:
+        return True
+    except OSError:
+        return False
+
+
 class Handler(http.server.BaseHTTPRequestHandler):
     def setup(self) -> None:
-        global open_connections
         super().setup()
         with lock:
-            open_connections += 1
+            connections.add(self.connection)
 
     def finish(self) -> None:
-        global open_connections
         try:
             super().finish()
         except OSError:
             pass  # The client has given up.
         with lock:
-            open_connections -= 1
+            connections.discard(self.connection)
         say(event="ended")
 
     def do_GET(self) -> None:
         with lock:
-            command, now_open = told, open_connections
+            command, now_open = told, sum(map(is_open, connections))
         parts = urllib.parse.urlsplit(self.path)
         query = urllib.parse.parse_qsl(parts.query, keep_blank_values=True, strict_parsing=True)
         say(event="request", path=parts.path, target=self.path, query=query, open=now_open,
