@@ -108,7 +108,7 @@ std::shared_ptr<DirectEngineTranscriptWriter>
 DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceLang,
                                    const QString& targetLang, const QDateTime& opened) {
     std::error_code error;
-    std::filesystem::create_directories(folder.toStdU16String(), error);
+    std::filesystem::create_directories(QFile::encodeName(folder).toStdString(), error);
     if (error) {
         logLine(u"❌ DirectEngineTranscriptWriter: outputDir konnte nicht erstellt werden: "_s +
                 QString::fromStdString(error.message()));

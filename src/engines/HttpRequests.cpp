@@ -67,11 +67,18 @@ struct HttpRequests::State : std::enable_shared_from_this<State> {
         return call->answer;
     }
 
-    /// Not from inside the reply's own signal: whoever waits may destroy everything here.
+    /// Not from inside the reply's own signal: whoever waits may destroy everything here. The event
+    /// owns nothing: one whose turn never comes, at the program's end, is destroyed where no object
+    /// of Qt can be.
     void endLater(const CallPtr& call, Answer answer) {
         call->reply->disconnect();
-        orv::post(call->reply, [self = shared_from_this(), call, answer = std::move(answer)] {
-            self->end(call, answer);
+        orv::post(call->reply, [state = weak_from_this(), waiting = std::weak_ptr(call),
+                                answer = std::move(answer)] {
+            const auto self = state.lock();
+            const CallPtr ended = waiting.lock();
+            if (self && ended) {
+                self->end(ended, answer);
+            }
         });
     }
 

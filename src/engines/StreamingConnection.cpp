@@ -184,9 +184,13 @@ void StreamingSocket::Connection::close() {
 
 void StreamingSocket::Connection::deliverLater() {
     if (!std::exchange(delivering_, true)) {
-        post(&context_, [self = shared_from_this()] {
-            self->delivering_ = false;
-            self->deliver();
+        // Not as an owner: an event whose turn never comes, at the program's end, is destroyed
+        // where no object of Qt can be.
+        post(&context_, [connection = weak_from_this()] {
+            if (const auto self = connection.lock()) {
+                self->delivering_ = false;
+                self->deliver();
+            }
         });
     }
 }
