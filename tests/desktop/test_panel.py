@@ -36,6 +36,9 @@ class Panel(DesktopTest):
         self.start_program()
         self.desktop.click_tray(button=3)
         self.wait_for_menu()
+        icon = min(self.desktop.windows("orvane"), key=lambda place: place[2])
+        wait_until(lambda: self.menus()[0][1] == icon[1] + icon[3] + 5,
+                   "the menu to stand a little below the icon")
         self.desktop.key("q")
         self.program.wait_for_line("🛑 App wird beendet...")
         self.assertEqual(self.program.wait_for_end(), 0)

@@ -8,6 +8,7 @@ from harness.processes import wait_until
 from harness.program import read_settings
 from harness.texts import Texts
 from harness.witnesses import Chatbox
+from subtitles import Backdrop
 
 TABS = ["general", "engines", "whisper", "languages", "storage", "info"]
 
@@ -219,12 +220,30 @@ class Settings(DesktopTest):
         self.open_settings()
         self.wait_for("ORV Settings")
         self.show_tab(4)
+        self.wait_until_active()
         self.desktop.key("Escape")
         self.wait_until_gone("ORV Settings")
         self.desktop.click_tray()
         self.press("Settings")
         self.wait_for("ORV Settings")
         self.wait_for("Clear Logs: Delete", "push button")
+
+    def wait_until_active(self):
+        wait_until(lambda: self.accessibility.is_active(self.wait_for("ORV Settings")),
+                   "the settings window to be active")
+
+    def test_asking_again_brings_the_window_to_the_front(self):
+        self.open_settings()
+        self.wait_until_active()
+        Backdrop(self.desktop)
+        wait_until(lambda: not self.accessibility.is_active(self.wait_for("ORV Settings")),
+                   "another window to be active")
+        self.desktop.click_tray()
+        self.press("Settings")
+        self.wait_until_active()
+        settings, _ = max(self.desktop.numbered_windows("orvane"), key=lambda window: window[1][2])
+        other, _ = self.desktop.numbered_windows("orvane_backdrop")[0]
+        wait_until(lambda: self.desktop.is_above(settings, other), "the window to be in front")
 
     def test_another_language_changes_everything_at_once(self):
         self.open_settings()

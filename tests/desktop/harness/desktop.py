@@ -174,6 +174,12 @@ class Desktop:
         window = self.tray_window()
         return window if window and window[2] > EMPTY_TRAY_WIDTH else None
 
+    def is_above(self, window, other):
+        """Whether a managed window, by its number, stands in front of another one."""
+        said = self._run(["xprop", "-root", "-notype", "_NET_CLIENT_LIST_STACKING"])
+        stacked = [int(number.strip(" ,"), 16) for number in said.split("#")[-1].split(",")]
+        return stacked.index(int(window)) > stacked.index(int(other))
+
     def windows(self, name):
         """The (x, y, width, height) of every visible window whose class is called `name`. Finds
         also what the accessibility services do not list: a tray's item and menu."""
