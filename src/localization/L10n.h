@@ -31,8 +31,8 @@ class L10n : public QObject {
     /// is not written back.
     L10n(DefaultsStore& store, const QString& systemLanguage, QObject* parent = nullptr);
 
-    /// The process-wide instance, made on first use (on the main thread) by what `installShared` was
-    /// given. Nothing inside the libraries asks for it.
+    /// The process-wide instance, made on first use (on the main thread) by what `installShared`
+    /// was given. Nothing inside the libraries asks for it.
     static L10n& shared();
 
     /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.

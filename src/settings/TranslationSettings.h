@@ -33,8 +33,8 @@ class TranslationSettings : public QObject {
                                  const std::function<void()>& applyOverlaySettings = {},
                                  QObject* parent = nullptr);
 
-    /// The process-wide instance, made on first use (on the main thread) by what `installShared` was
-    /// given. Nothing inside the libraries asks for it.
+    /// The process-wide instance, made on first use (on the main thread) by what `installShared`
+    /// was given. Nothing inside the libraries asks for it.
     static TranslationSettings& shared();
 
     /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.

@@ -45,8 +45,8 @@ class UpdateChecker : public QObject {
     /// A check that is under way ends without a result.
     ~UpdateChecker() override;
 
-    /// The process-wide instance, made on first use (on the main thread) by what `installShared` was
-    /// given. Nothing inside the libraries asks for it.
+    /// The process-wide instance, made on first use (on the main thread) by what `installShared`
+    /// was given. Nothing inside the libraries asks for it.
     static UpdateChecker& shared();
 
     /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.

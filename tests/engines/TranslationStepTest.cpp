@@ -1,0 +1,96 @@
+// How the streaming engines translate.
+
+#include "DeepgramSession.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv {
+namespace {
+
+using namespace test;
+
+struct TranslatedSession : DeepgramSession {
+    TranslatedSession() {
+        engine = std::make_unique<DeepgramDirectEngine>(ServiceEndpoints{
+            .googleTranslate = google.url(u"http"_s), .deepgram = service.url(u"ws"_s)});
+        engine->onTranslation = [this](const QString& original, const QString& translation) {
+            reports.results.append(original + u"|"_s + translation);
+        };
+        engine->setTranslationKey(u"GOOGLE"_s);
+        finish(engine->connect(config));
+        EXPECT_TRUE(waitForOpen());
+    }
+
+    bool waitForRequests(int count) {
+        return waitUntil([this, count] { return google.count(u"request"_s) == count; });
+    }
+
+    void answer(int id, const QString& text) {
+        google.command(
+            {{u"answer"_s, id},
+             {u"body"_s, uR"({"data":{"translations":[{"translatedText":"%1"}]}})"_s.arg(text)}});
+    }
+
+    ServicePeer google{u"http_service.py"_s};
+};
+
+TEST(TranslationStep, translatesWithTheKeyOfTheHost) {
+    TranslatedSession session;
+    session.service.send(deepgramResult(u"Hallo"_s));
+    ASSERT_TRUE(session.waitForRequests(1));
+    const QJsonObject request = session.google.events(u"request"_s).first();
+    EXPECT_EQ(request[u"path"_s].toString(), u"/language/translate/v2?key=GOOGLE"_s);
+    EXPECT_EQ(QByteArray::fromBase64(request[u"body"_s].toString().toLatin1()),
+              R"({"format":"text","q":"Hallo","target":"en"})");
+    session.answer(0, u"Hello"_s);
+    ASSERT_TRUE(waitUntil([&] { return session.reports.results.size() == 1; }));
+    EXPECT_EQ(session.reports.results.first(), u"Hallo|Hello"_s);
+}
+
+TEST(TranslationStep, deliversAnEmptyTranslationForARejectedKey) {
+    TranslatedSession session;
+    session.service.send(deepgramResult(u"Hallo"_s));
+    session.google.command({{u"always"_s, true},
+                            {u"status"_s, 400},
+                            {u"body"_s, uR"({"error":{"code":400,"message":"API key"}})"_s}});
+    ASSERT_TRUE(waitUntil([&] { return session.reports.results.size() == 1; }));
+    EXPECT_EQ(session.reports.results.first(), u"Hallo|"_s);
+}
+
+TEST(TranslationStep, letsALaterResultOvertake) {
+    TranslatedSession session;
+    session.service.send(deepgramResult(u"eins"_s));
+    ASSERT_TRUE(session.waitForRequests(1));
+    session.service.send(deepgramResult(u"zwei"_s));
+    ASSERT_TRUE(session.waitForRequests(2));
+    session.answer(1, u"two"_s);
+    ASSERT_TRUE(waitUntil([&] { return session.reports.results.size() == 1; }));
+    session.answer(0, u"one"_s);
+    ASSERT_TRUE(waitUntil([&] { return session.reports.results.size() == 2; }));
+    EXPECT_EQ(session.reports.results, (QStringList{u"zwei|two"_s, u"eins|one"_s}));
+}
+
+TEST(TranslationStep, endsSilentlyWhenTheEngineIsReleased) {
+    TranslatedSession session;
+    session.service.send(deepgramResult(u"eins"_s));
+    ASSERT_TRUE(session.waitForRequests(1));
+    session.engine.reset();
+    test::drainEvents();
+    EXPECT_TRUE(session.reports.results.isEmpty());
+}
+
+TEST(TranslationStep, letsTheResultReleaseTheEngine) {
+    TranslatedSession session;
+    session.engine->onTranslation = [&](const QString&, const QString&) { session.engine.reset(); };
+    session.service.send(deepgramResult(u"eins"_s));
+    session.service.send(deepgramResult(u"zwei"_s));
+    ASSERT_TRUE(session.waitForRequests(2));
+    session.answer(0, u"one"_s);
+    EXPECT_TRUE(waitUntil([&] { return !session.engine; }));
+}
+
+} // namespace
+} // namespace orv
