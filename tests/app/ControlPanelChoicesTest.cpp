@@ -2,6 +2,7 @@
 
 #include "ControlPanelFixture.h"
 
+#include <QAbstractItemView>
 #include <QCompleter>
 
 using namespace Qt::StringLiterals;
