@@ -17,7 +17,12 @@ class QtSpeechEngine : public SpeechEngine {
     static std::unique_ptr<SpeechEngine> create(const QStringList& names);
 
     explicit QtSpeechEngine(const QString& name)
-        : speech_(name) {}
+        : speech_(std::make_unique<QTextToSpeech>(name)) {}
+
+    ~QtSpeechEngine() override;
+
+    QtSpeechEngine(const QtSpeechEngine&) = delete;
+    QtSpeechEngine& operator=(const QtSpeechEngine&) = delete;
 
     bool say(const QString& text) override;
     void stop() override;
@@ -25,7 +30,7 @@ class QtSpeechEngine : public SpeechEngine {
   private:
     bool works() const;
 
-    QTextToSpeech speech_;
+    std::unique_ptr<QTextToSpeech> speech_;
 };
 
 /// The installed engines in the order of preference: services that follow the user's choice of

@@ -85,8 +85,8 @@ class Stretches:
 
 def share_found(pcm, file):
     """How much of a recording (16 kHz) is in sound of 48 kHz: the share of its half seconds that
-    are there, each where the others say it belongs. A sound server that is short of time inserts
-    or leaves out some milliseconds, so the recording as a whole need not fit."""
+    are there, all at the same distance from where they were. A sound server that is short of time
+    inserts or leaves out some milliseconds, so the recording as a whole need not fit."""
     with wave.open(str(file)) as sound:
         recording = samples_of(sound.readframes(sound.getnframes()))
     heard = samples_of(pcm)
@@ -94,10 +94,9 @@ def share_found(pcm, file):
     heard = numpy.pad(heard, _HALF_SECOND)
     starts = range(0, len(recording) - _HALF_SECOND + 1, _HALF_SECOND)
     fits = [_best_fit(heard, recording[start:start + _HALF_SECOND]) for start in starts]
-    lag = numpy.median([place - start for start, (place, _) in zip(starts, fits)])
-    found = [likeness > _LEAST_LIKENESS and abs(place - start - lag) < _LARGEST_SHIFT
-             for start, (place, likeness) in zip(starts, fits)]
-    return sum(found) / len(found)
+    lags = numpy.array([place - start for start, (place, likeness) in zip(starts, fits)
+                        if likeness > _LEAST_LIKENESS])
+    return max((int((abs(lags - lag) < _LARGEST_SHIFT).sum()) for lag in lags), default=0) / len(fits)
 
 
 def _best_fit(heard, piece):
