@@ -57,6 +57,17 @@ class CloudEngineRun : public test::AudioManagerFixture {
         return all;
     }
 
+    /// Starts a run whose first chunk is with the service, which has not answered yet.
+    void askForAChunk(ServicePeer& service) {
+        use(u"azure"_s, service);
+        timings.fixedChunk = 1ms;
+        makeManager();
+        manager->setVadEnabled(false);
+        startRun();
+        deliver(20001);
+        ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    }
+
     QString onlyFile(const QString& pattern) const {
         const QDir output(folder.filePath(u"output"_s));
         const QStringList names = output.entryList({pattern});
@@ -151,13 +162,7 @@ TEST_F(CloudEngineRun, stopsAtOnceWhenTheServiceIsSilent) {
 
 TEST_F(CloudEngineRun, stopsAtOnceDuringARequest) {
     ServicePeer service(u"http_service.py"_s);
-    use(u"azure"_s, service);
-    timings.fixedChunk = 1ms;
-    makeManager();
-    manager->setVadEnabled(false);
-    startRun();
-    deliver(20001);
-    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    askForAChunk(service);
     manager->stopCaptureSync();
     service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"late"_s)}});
     test::drainEvents();
@@ -167,13 +172,7 @@ TEST_F(CloudEngineRun, stopsAtOnceDuringARequest) {
 
 TEST_F(CloudEngineRun, bringsTheResultOfARequestThatAGracefulStopInterrupts) {
     ServicePeer service(u"http_service.py"_s);
-    use(u"azure"_s, service);
-    timings.fixedChunk = 1ms;
-    makeManager();
-    manager->setVadEnabled(false);
-    startRun();
-    deliver(20001);
-    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    askForAChunk(service);
     stopAndWait();
     EXPECT_TRUE(fannedOut.isEmpty());
     service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
@@ -183,13 +182,7 @@ TEST_F(CloudEngineRun, bringsTheResultOfARequestThatAGracefulStopInterrupts) {
 
 TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
     ServicePeer service(u"http_service.py"_s);
-    use(u"azure"_s, service);
-    timings.fixedChunk = 1ms;
-    makeManager();
-    manager->setVadEnabled(false);
-    startRun();
-    deliver(20001, 0.25F);
-    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
+    askForAChunk(service);
     deliver(20002, 0.5F);
     ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
     test::drainEvents();
