@@ -68,8 +68,7 @@ void requirePacket(const QString& message, bool playSound) {
     const qsizetype end = text.indexOf('\0');
     require(end >= 0 && text.size() - end <= 4);
     require(text.sliced(end) == QByteArray(text.size() - end, '\0'));
-    // A byte order mark at the front was said like any other character; the decoder must not eat
-    // it.
+    // A byte order mark at the front is a character like any other: the decoder must keep it.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
                                                      QStringDecoder::Flag::ConvertInitialBom);
     const QString decoded = decoder.decode(text.first(end));

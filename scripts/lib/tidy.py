@@ -34,6 +34,7 @@ def digest(path):
 def made_of(build):
     """The files that each object was made of at its last build, by the object's name."""
     objects = {}
+    files = []
     for line in output("ninja", "-C", str(build), "-t", "deps").splitlines():
         if line.startswith("    "):
             files.append(line.strip())

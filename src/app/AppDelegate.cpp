@@ -17,18 +17,10 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-namespace {
-
-constexpr QSize settingsSize{500, 420};
-
-} // namespace
-
 AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
     : QObject(parent)
     , environment_(std::move(environment))
-    , settingsWindow_(
-          environment_.makeSettings, [this] { return environment_.text(u"settings.title"_s); },
-          settingsSize) {}
+    , settingsWindow_(environment_.makeSettings) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
     updateMenuBarIcon(false, false);
@@ -178,10 +170,6 @@ void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
 
 void AppDelegate::openUpdateDownload() {
     environment_.updates.openDownload();
-}
-
-void AppDelegate::retranslate() {
-    settingsWindow_.retitle();
 }
 
 void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {

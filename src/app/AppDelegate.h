@@ -87,9 +87,6 @@ class AppDelegate : public QObject {
     /// Opens the found release's address in the browser.
     void openUpdateDownload();
 
-    /// The language of the interface has changed.
-    void retranslate();
-
     /// The menu's Quit: always stops the backend. Asking again changes nothing.
     void quitApp();
 

@@ -6,11 +6,8 @@
 
 namespace orv {
 
-KeptWindow::KeptWindow(std::function<std::unique_ptr<QWidget>()> make,
-                       std::function<QString()> title, QSize size)
-    : make_(std::move(make))
-    , title_(std::move(title))
-    , size_(size) {}
+KeptWindow::KeptWindow(std::function<std::unique_ptr<QWidget>()> make)
+    : make_(std::move(make)) {}
 
 void KeptWindow::show() {
     if (!make_) {
@@ -31,17 +28,9 @@ void KeptWindow::create() {
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     window_->setAttribute(Qt::WA_DeleteOnClose, false);
     window_->setAttribute(Qt::WA_QuitOnClose, false);
-    window_->setFixedSize(size_);
     QRect place(QPoint(), window_->size());
     place.moveCenter(window_->screen()->availableGeometry().center());
     window_->move(place.topLeft());
-    retitle();
-}
-
-void KeptWindow::retitle() {
-    if (window_) {
-        window_->setWindowTitle(title_());
-    }
 }
 
 } // namespace orv

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QSize>
-#include <QString>
 #include <QWidget>
 
 #include <functional>
@@ -10,26 +8,19 @@
 namespace orv {
 
 /// An ordinary window that is made when it is first asked for, and kept when it is closed. Its
-/// title bar can close it but not make it small, and its size is fixed. Main thread only.
+/// title bar can close it but not make it small. Main thread only.
 class KeptWindow {
   public:
-    /// `make` makes the content, once (without it there is no window); `title` gives the title in
-    /// the interface's language.
-    KeptWindow(std::function<std::unique_ptr<QWidget>()> make, std::function<QString()> title,
-               QSize size);
+    /// `make` makes the window, once, in its size and with its title; without it there is none.
+    explicit KeptWindow(std::function<std::unique_ptr<QWidget>()> make);
 
     /// Brings the window to the front, with the focus; the first time, in the middle of the screen.
     void show();
-
-    /// The language of the interface has changed.
-    void retitle();
 
   private:
     void create();
 
     const std::function<std::unique_ptr<QWidget>()> make_;
-    const std::function<QString()> title_;
-    const QSize size_; ///< Of the content.
     std::unique_ptr<QWidget> window_;
 };
 

@@ -196,8 +196,6 @@ void Shell::connectObjects() {
     QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
-    QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(),
-                     &AppDelegate::retranslate);
     // Also at the start of a run, which assigns these settings.
     QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
                      [this](const QString& key) {

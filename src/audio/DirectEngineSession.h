@@ -31,7 +31,7 @@ class DirectEngineSession {
     DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
                         std::shared_ptr<DirectEngineTranscriptWriter> writer, Handlers handlers);
 
-    /// Ends. What the engine is still asked or asks for is given up.
+    /// Ends, and gives up whatever the engine is still working on.
     ~DirectEngineSession();
 
     DirectEngineSession(const DirectEngineSession&) = delete;

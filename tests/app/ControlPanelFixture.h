@@ -34,7 +34,7 @@
 
 namespace orv::test {
 
-class FreePort : public PortProbe {
+class FakePortProbe : public PortProbe {
   public:
     bool isPortInUse(quint16 /*port*/) override { return inUse; }
 
@@ -124,7 +124,7 @@ class ControlPanelFixture : public ::testing::Test {
     TranslationSettings settings{store};
     NotificationCentre centre;
     NullAudioCapture sound;
-    FreePort probe;
+    FakePortProbe probe;
     FakeDialogs dialogs;
     FakeCapture capture;
     TranslationEngine engine{

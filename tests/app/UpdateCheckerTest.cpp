@@ -4,10 +4,10 @@
 #include "LogCapture.h"
 #include "ManifestFetcher.h"
 #include "ServicePeer.h"
+#include "TrustedCertificate.h"
 #include "WaitUntil.h"
 
 #include <QElapsedTimer>
-#include <QSslConfiguration>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -281,24 +281,6 @@ TEST_F(UpdateCheckerTest, doesNotTrustACertificateThatNobodyVouchesFor) {
     EXPECT_EQ(secure.count(u"request"_s), 0);
 }
 
-/// Lets the connections of this process trust a certificate while it exists.
-class Trust {
-  public:
-    explicit Trust(const QString& certificateFile) {
-        QSslConfiguration trusting = before_;
-        trusting.addCaCertificates(certificateFile);
-        QSslConfiguration::setDefaultConfiguration(trusting);
-    }
-
-    ~Trust() { QSslConfiguration::setDefaultConfiguration(before_); }
-
-    Trust(const Trust&) = delete;
-    Trust& operator=(const Trust&) = delete;
-
-  private:
-    const QSslConfiguration before_ = QSslConfiguration::defaultConfiguration();
-};
-
 TEST_F(UpdateCheckerTest, isNotLedFromAnEncryptedPlaceToAnOpenOne) {
     serve(u"/open"_s, manifest41);
     ServicePeer secure(u"manifest_service.py"_s, {u"--tls"_s});
@@ -306,7 +288,7 @@ TEST_F(UpdateCheckerTest, isNotLedFromAnEncryptedPlaceToAnOpenOne) {
                   {u"status"_s, 302},
                   {u"headers"_s, QJsonObject{{u"Location"_s, at(u"/open"_s)}}}});
     tell(secure, {{u"path"_s, u"/b"_s}, {u"body"_s, manifest41}});
-    const Trust trust(secure.certificate());
+    const TrustedCertificate trusted(secure.certificate());
     checker({secure.url(u"https"_s) + u"/a"_s, secure.url(u"https"_s) + u"/b"_s});
     EXPECT_EQ(firstOutcome(), UpdateOutcome::Available);
     EXPECT_FALSE(failure(secure.url(u"https"_s) + u"/a"_s).isEmpty());

@@ -20,6 +20,25 @@ INSTALL_BACKEND = os.environ["ORVANE_INSTALL_BACKEND"]
 end_on_signals()
 
 
+class EveryLanguage:
+    """To be mixed into a test that has `walk(language)`: does it in each language of the program."""
+
+    def test_everything_in_german(self):
+        self.walk("de")
+
+    def test_everything_in_english(self):
+        self.walk("en")
+
+    def test_everything_in_spanish(self):
+        self.walk("es")
+
+    def test_everything_in_french(self):
+        self.walk("fr")
+
+    def test_everything_in_italian(self):
+        self.walk("it")
+
+
 class DesktopTest(unittest.TestCase):
     """A test that works on a private desktop. One to a process: see harness.accessibility."""
 

@@ -2,7 +2,7 @@
 
 import unittest
 
-from support import DesktopTest
+from support import DesktopTest, EveryLanguage
 
 from harness.processes import wait_until
 from harness.program import read_settings
@@ -44,7 +44,7 @@ ENGINES = {"whisper": "settings.engine.whisper.name", "deepgram": "Deepgram",
            "vosk": "Vosk"}
 
 
-class Settings(DesktopTest):
+class Settings(EveryLanguage, DesktopTest):
     def open_settings(self, language="en", **settings):
         self.text = Texts(language)
         self.open_desktop(uiLanguage=language, **settings)
@@ -200,21 +200,6 @@ class Settings(DesktopTest):
                             (5, self.use_update_check)):
             self.show_tab(number)
             use()
-
-    def test_everything_in_german(self):
-        self.walk("de")
-
-    def test_everything_in_english(self):
-        self.walk("en")
-
-    def test_everything_in_spanish(self):
-        self.walk("es")
-
-    def test_everything_in_french(self):
-        self.walk("fr")
-
-    def test_everything_in_italian(self):
-        self.walk("it")
 
     def test_the_window_closes_and_comes_back(self):
         self.open_settings()

@@ -6,7 +6,7 @@ import json
 import threading
 import unittest
 
-from support import DesktopTest
+from support import DesktopTest, EveryLanguage
 
 from harness.processes import wait_until
 from harness.program import free_port, read_settings
@@ -39,7 +39,7 @@ class _Releases(http.server.BaseHTTPRequestHandler):
         pass
 
 
-class Walk(DesktopTest):
+class Walk(EveryLanguage, DesktopTest):
     def open_in(self, language, tray=True, **settings):
         self.text = Texts(language)
         self.open_desktop(uiLanguage=language, tray=tray, **settings)
@@ -281,21 +281,6 @@ class Walk(DesktopTest):
         self.close_settings()
         self.use_menu()
         self.quit_by_the_panel()
-
-    def test_everything_in_german(self):
-        self.walk("de")
-
-    def test_everything_in_english(self):
-        self.walk("en")
-
-    def test_everything_in_spanish(self):
-        self.walk("es")
-
-    def test_everything_in_french(self):
-        self.walk("fr")
-
-    def test_everything_in_italian(self):
-        self.walk("it")
 
     # By the keys alone, in the window of a desktop without a tray.
 

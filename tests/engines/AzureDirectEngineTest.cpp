@@ -4,8 +4,6 @@
 
 #include <QFile>
 #include <QProcess>
-#include <QSslCertificate>
-#include <QSslConfiguration>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -17,13 +15,6 @@ namespace {
 using namespace test;
 
 using Azure = RestSession<AzureDirectEngine>;
-
-TEST(AzureDirectEngine, isWhatItSays) {
-    const AzureDirectEngine engine;
-    EXPECT_FALSE(engine.isStreaming());
-    EXPECT_TRUE(engine.supportsTranslation());
-    EXPECT_FALSE(engine.isActive());
-}
 
 TEST(AzureDirectEngine, wantsAKeyAndARegion) {
     AzureDirectEngine engine;
@@ -98,36 +89,12 @@ TEST(AzureDirectEngine, onlyRecognisesForTheSameLanguage) {
               u"?language=de-DE&format=detailed"_s);
 }
 
-TEST(AzureDirectEngine, sendsNothingForAnEmptyChunk) {
-    Azure session;
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_FALSE(finish(session.engine->sendAudio({})).error);
-    EXPECT_EQ(session.service.count(u"request"_s), 0);
-}
-
-TEST(AzureDirectEngine, sendsNothingWhileNotActive) {
-    Azure session;
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    session.connect(u"en"_s, u"de"_s);
-    finish(session.engine->disconnect());
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_EQ(session.service.count(u"request"_s), 0);
-}
-
 TEST(AzureDirectEngine, deliversTheTextInPlaceOfAnEmptyTranslation) {
     Azure session;
     session.always(200, azureTranslation(u"Hello."_s, QString()));
     session.connect(u"en"_s, u"de"_s);
     finish(session.engine->sendAudio(chunk));
     EXPECT_EQ(session.reports.results, QStringList(u"Hello.|Hello."_s));
-}
-
-TEST(AzureDirectEngine, takesAResultWhateverTheStatus) {
-    Azure session;
-    session.always(500, azureTranslation(u"Hello."_s, u"Hallo."_s));
-    session.connect(u"en"_s, u"de"_s);
-    finish(session.engine->sendAudio(chunk));
-    EXPECT_EQ(session.reports.results, QStringList(u"Hello.|Hallo."_s));
 }
 
 TEST(AzureDirectEngine, throwsForAPageInsteadOfJsonAndGoesOn) {
@@ -142,72 +109,6 @@ TEST(AzureDirectEngine, throwsForAPageInsteadOfJsonAndGoesOn) {
     EXPECT_EQ(session.reports.results, QStringList(u"Hello.|Hallo."_s));
 }
 
-TEST(AzureDirectEngine, throwsForABodyCutInTheMiddle) {
-    Azure session;
-    session.service.command({{u"always"_s, true},
-                             {u"body"_s, azureTranslation(u"Hello."_s, u"Hallo."_s)},
-                             {u"cut"_s, 30}});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_TRUE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_TRUE(session.reports.results.isEmpty());
-}
-
-TEST(AzureDirectEngine, throwsForAnAnswerThatNeverComes) {
-    Azure session({.recognition = 100ms});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_TRUE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_TRUE(session.engine->isActive());
-}
-
-TEST(AzureDirectEngine, throwsForAConnectionThatBreaks) {
-    Azure session;
-    session.service.command({{u"always"_s, true}, {u"abort"_s, true}});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_TRUE(finish(session.engine->sendAudio(chunk)).error);
-}
-
-TEST(AzureDirectEngine, takesAnAnswerOf16Mebibytes) {
-    Azure session;
-    const QString body = azureTranslation(u"Hello."_s, u"Hallo."_s);
-    session.service.command(
-        {{u"always"_s, true}, {u"body"_s, body}, {u"fill"_s, 16'777'216 - body.toUtf8().size()}});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_EQ(session.reports.results.size(), 1);
-}
-
-TEST(AzureDirectEngine, throwsForAnAnswerBeyond16Mebibytes) {
-    Azure session;
-    const QString body = azureTranslation(u"Hello."_s, u"Hallo."_s);
-    session.service.command({{u"always"_s, true}, {u"body"_s, body}, {u"fill"_s, 16'777'216}});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_EQ(finish(session.engine->sendAudio(chunk)).error, u"Antwort zu groß"_s);
-    EXPECT_TRUE(session.reports.results.isEmpty());
-}
-
-TEST(AzureDirectEngine, throwsForTextThatIsNotUtf8) {
-    Azure session;
-    session.service.command(
-        {{u"always"_s, true},
-         {u"bodyBase64"_s,
-          QString::fromLatin1(QByteArray("{\"RecognitionStatus\":\"\xff\xfe\"}").toBase64())}});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_TRUE(finish(session.engine->sendAudio(chunk)).error);
-}
-
-TEST(AzureDirectEngine, doesNotCarryTheKeyToAnotherAddress) {
-    Azure session;
-    session.service.command(
-        {{u"always"_s, true},
-         {u"status"_s, 307},
-         {u"body"_s, u"{}"_s},
-         {u"headers"_s,
-          QJsonObject{{u"Location"_s, QString(session.service.url(u"http"_s) + u"/x"_s)}}}});
-    session.connect(u"en"_s, u"de"_s);
-    finish(session.engine->sendAudio(chunk));
-    EXPECT_EQ(session.service.count(u"request"_s), 1);
-}
-
 TEST(AzureDirectEngine, refusesARegionThatIsNone) {
     Azure session;
     CloudEngineConfig config = languages(u"en"_s, u"de"_s);
@@ -215,62 +116,6 @@ TEST(AzureDirectEngine, refusesARegionThatIsNone) {
     finish(session.engine->connect(config));
     EXPECT_TRUE(finish(session.engine->sendAudio(chunk)).error);
     EXPECT_EQ(session.service.count(u"request"_s), 0);
-}
-
-TEST(AzureDirectEngine, stillDeliversTheRequestUnderWayAtItsEnd) {
-    Azure session;
-    session.connect(u"en"_s, u"de"_s);
-    const auto sending = start(session.engine->sendAudio(chunk));
-    ASSERT_TRUE(session.waitForRequests(1));
-    EXPECT_FALSE(finish(session.engine->disconnect()).error);
-    EXPECT_FALSE(sending->done);
-    session.answer(0, azureTranslation(u"Hello."_s, u"Hallo."_s));
-    ASSERT_TRUE(waitUntil([&] { return sending->done; }));
-    EXPECT_FALSE(sending->error);
-    EXPECT_EQ(session.reports.results, QStringList{u"Hello.|Hallo."_s});
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_EQ(session.service.count(u"request"_s), 1) << "nothing new is asked";
-}
-
-TEST(AzureDirectEngine, endsSilentlyWhenReleasedDuringARequest) {
-    Azure session;
-    session.connect(u"en"_s, u"de"_s);
-    const auto sending = start(session.engine->sendAudio(chunk));
-    ASSERT_TRUE(session.waitForRequests(1));
-    session.engine.reset();
-    EXPECT_TRUE(sending->done);
-    EXPECT_FALSE(sending->error);
-}
-
-TEST(AzureDirectEngine, mayBeReleasedByItsOwnResult) {
-    Azure session;
-    session.always(200, azureTranslation(u"Hello."_s, u"Hallo."_s));
-    session.connect(u"en"_s, u"de"_s);
-    session.engine->onTranslation = [&](const QString&, const QString&) { session.engine.reset(); };
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_FALSE(session.engine);
-}
-
-TEST(AzureDirectEngine, doesNotTrustACertificateOfNobody) {
-    Azure session({}, {u"--tls"_s}, u"https"_s);
-    session.connect(u"en"_s, u"de"_s);
-    const auto outcome = finish(session.engine->sendAudio(chunk));
-    ASSERT_TRUE(outcome.error);
-    EXPECT_TRUE(outcome.error->contains(u"self-signed"_s)) << outcome.error->toStdString();
-    EXPECT_EQ(session.service.count(u"request"_s), 0);
-}
-
-TEST(AzureDirectEngine, speaksTlsToAServiceItTrusts) {
-    Azure session({}, {u"--tls"_s}, u"https"_s);
-    const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
-    QSslConfiguration trusting = before;
-    trusting.addCaCertificates(session.service.certificate());
-    QSslConfiguration::setDefaultConfiguration(trusting);
-    session.always(200, azureTranslation(u"Hello."_s, u"Hallo."_s));
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    QSslConfiguration::setDefaultConfiguration(before);
-    EXPECT_EQ(session.reports.results.size(), 1);
 }
 
 } // namespace

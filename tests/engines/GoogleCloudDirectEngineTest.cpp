@@ -14,13 +14,6 @@ using namespace test;
 
 using Google = RestSession<GoogleCloudDirectEngine>;
 
-TEST(GoogleCloudDirectEngine, isWhatItSays) {
-    const GoogleCloudDirectEngine engine;
-    EXPECT_FALSE(engine.isStreaming());
-    EXPECT_TRUE(engine.supportsTranslation());
-    EXPECT_FALSE(engine.isActive());
-}
-
 TEST(GoogleCloudDirectEngine, wantsAKey) {
     GoogleCloudDirectEngine engine;
     EngineReports reports(engine);
@@ -91,14 +84,6 @@ TEST(GoogleCloudDirectEngine, losesAChunkWhoseTranslationFails) {
     EXPECT_TRUE(session.reports.results.isEmpty());
 }
 
-TEST(GoogleCloudDirectEngine, throwsForABodyCutInTheMiddle) {
-    Google session;
-    session.service.command(
-        {{u"always"_s, true}, {u"body"_s, googleRecognition(u"Hi"_s)}, {u"cut"_s, 20}});
-    session.connect(u"de"_s, u"en"_s);
-    EXPECT_TRUE(finish(session.engine->sendAudio(chunk)).error);
-}
-
 TEST(GoogleCloudDirectEngine, throwsForATranslationThatNeverComes) {
     Google session({.translation = 100ms});
     session.answer(0, googleRecognition(u"Guten Tag."_s));
@@ -136,25 +121,6 @@ TEST(GoogleCloudDirectEngine, stillDeliversTheTranslationUnderWayAtItsEnd) {
     ASSERT_TRUE(waitUntil([&] { return sending->done; }));
     EXPECT_FALSE(sending->error);
     EXPECT_EQ(session.reports.results, QStringList{u"Guten Tag.|Good day."_s});
-}
-
-TEST(GoogleCloudDirectEngine, endsSilentlyWhenReleasedDuringARequest) {
-    Google session;
-    session.connect(u"de"_s, u"en"_s);
-    const auto sending = start(session.engine->sendAudio(chunk));
-    ASSERT_TRUE(session.waitForRequests(1));
-    session.engine.reset();
-    EXPECT_TRUE(sending->done);
-    EXPECT_FALSE(sending->error);
-}
-
-TEST(GoogleCloudDirectEngine, mayBeReleasedByItsOwnResult) {
-    Google session;
-    session.always(200, googleRecognition(u"Guten Tag."_s));
-    session.connect(u"de"_s, u"de"_s);
-    session.engine->onTranslation = [&](const QString&, const QString&) { session.engine.reset(); };
-    EXPECT_FALSE(finish(session.engine->sendAudio(chunk)).error);
-    EXPECT_FALSE(session.engine);
 }
 
 } // namespace

@@ -26,7 +26,8 @@ TEST_F(SettingsWindowTest, hasSixTabsInTheirOrder) {
 }
 
 TEST_F(SettingsWindowTest, isFiveHundredByFourHundredAndTwentyAndCanBeClosedAndShownAgain) {
-    EXPECT_EQ(window->size(), QSize(500, 420));
+    window->resize(600, 600);
+    EXPECT_EQ(window->size(), QSize(500, 420)) << "whoever pulls at it";
     EXPECT_EQ(window->windowTitle(), u"ORV Settings"_s);
     EXPECT_FALSE(window->testAttribute(Qt::WA_DeleteOnClose));
     showTab(3);

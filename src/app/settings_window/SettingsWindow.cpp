@@ -17,8 +17,7 @@ std::unique_ptr<QWidget> makeSettingsWindow(SettingsEnvironment environment) {
     L10n& l10n = environment.l10n;
     auto view = std::make_unique<SettingsView>(std::move(environment));
     SettingsView* shown = view.get();
-    view->setMinimumSize(contentSize);
-    view->resize(contentSize);
+    view->setFixedSize(contentSize);
     view->setWindowTitle(view->title());
     QObject::connect(&l10n, &L10n::currentChanged, shown,
                      [shown] { shown->setWindowTitle(shown->title()); });
