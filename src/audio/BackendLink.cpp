@@ -47,8 +47,9 @@ BackendLink::BackendLink(EventLoopThread& thread, const QUrl& url, Handlers hand
                 });
             },
     };
-    thread_.post([remote = remote_, url, events = std::move(events), timings]() mutable {
-        remote->socket = new BackendSocket(url, std::move(events), timings);
+    thread_.post([remote = remote_, parent = thread_.context(), url, events = std::move(events),
+                  timings]() mutable {
+        remote->socket = new BackendSocket(url, std::move(events), timings, parent);
     });
 }
 

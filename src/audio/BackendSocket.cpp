@@ -1,7 +1,6 @@
 #include "BackendSocket.h"
 
 #include <QNetworkProxy>
-#include <QThread>
 
 #include <utility>
 
@@ -19,8 +18,10 @@ void tell(const BackendLink::Sent& sent, const QString& error) {
 
 } // namespace
 
-BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timings timings)
-    : events_(std::move(events))
+BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timings timings,
+                             QObject* parent)
+    : QObject(parent)
+    , events_(std::move(events))
     , timings_(timings) {
     socket_.setProxy(QNetworkProxy::NoProxy);
     socket_.setMaxAllowedIncomingFrameSize(maximumMessageSize);
@@ -45,7 +46,6 @@ BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timing
             fail(u"Zeitüberschreitung beim Verbinden"_s);
         }
     });
-    connect(QThread::currentThread(), &QThread::finished, this, &QObject::deleteLater);
 
     timer_.start(timings_.handshake);
     socket_.open(url);

@@ -12,7 +12,7 @@
 namespace orv {
 
 /// The WebSocket behind a `BackendLink`. Lives on the link thread and is touched only there. It
-/// destroys itself once `close` is through, and when its thread ends.
+/// destroys itself once `close` is through, and ends with its parent.
 class BackendSocket : public QObject {
   public:
     /// Run on the link thread.
@@ -21,7 +21,7 @@ class BackendSocket : public QObject {
         std::function<void(QString error)> failed;
     };
 
-    BackendSocket(const QUrl& url, Events events, BackendLink::Timings timings);
+    BackendSocket(const QUrl& url, Events events, BackendLink::Timings timings, QObject* parent);
     ~BackendSocket() override;
 
     void send(QByteArray message, BackendLink::Sent sent);

@@ -124,6 +124,46 @@ TEST(EventLoopThread, hasAnEventLoopForTimers) {
     thread.sync([&] { timer.reset(); });
 }
 
+TEST(EventLoopThread, isGoneWithWhatItsLibrariesCleanUpLast) {
+    // As libraries in C keep what belongs to a thread; run after everything that Qt does.
+    static std::atomic<int> cleanedUp = 0;
+    pthread_key_t key = {};
+    ASSERT_EQ(pthread_key_create(&key,
+                                 [](void*) {
+                                     std::this_thread::sleep_for(20ms);
+                                     ++cleanedUp;
+                                 }),
+              0);
+    {
+        EventLoopThread thread(u"test"_s);
+        thread.post([&] { pthread_setspecific(key, &key); });
+    }
+    EXPECT_EQ(cleanedUp, 1);
+    pthread_key_delete(key);
+}
+
+TEST(EventLoopThread, itsEndDestroysTheContextsChildrenOnIt) {
+    std::vector<std::thread::id> destroyedOn;
+    std::thread::id own;
+    {
+        EventLoopThread thread(u"test"_s);
+        thread.post([&] {
+            own = std::this_thread::get_id();
+            auto* deferred = new QObject;
+            for (QObject* object : {new QObject(thread.context()), deferred}) {
+                QObject::connect(object, &QObject::destroyed, object, [&] {
+                    destroyedOn.push_back(std::this_thread::get_id());
+                    thread.post([] { ADD_FAILURE() << "ran after the end"; });
+                });
+            }
+            QObject::connect(thread.context(), &QObject::destroyed, deferred,
+                             [] { ADD_FAILURE() << "the context went first"; });
+            deferred->deleteLater();
+        });
+    }
+    EXPECT_EQ(destroyedOn, (std::vector{own, own}));
+}
+
 TEST(EventLoopThread, namesItsThreadByTheLabelsEnd) {
     EventLoopThread thread(u"io.tavrin.orv.overlayserver"_s);
     std::array<char, 16> name = {};
