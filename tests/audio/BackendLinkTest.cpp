@@ -1,6 +1,7 @@
 #include "BackendLink.h"
 
 #include "EventLoopThread.h"
+#include "Ports.h"
 #include "WaitUntil.h"
 #include "WebSocketPeer.h"
 
@@ -155,13 +156,8 @@ TEST_F(BackendLinkTest, failsOnInvalidUtf8InATextFrame) {
 }
 
 TEST_F(BackendLinkTest, tellsThatNobodyListens) {
-    quint16 freePort = 0;
-    {
-        QTcpServer server;
-        ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
-        freePort = server.serverPort();
-    }
-    open(freePort);
+    const test::RefusingPort nobody;
+    open(nobody.port());
     link->sender().send("{}", remember());
     ASSERT_TRUE(waitUntil([&] { return failures.size() == 1 && sent().size() == 1; }));
     EXPECT_FALSE(failures[0].isEmpty());

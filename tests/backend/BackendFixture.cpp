@@ -10,10 +10,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -141,19 +137,6 @@ void letPass(std::chrono::milliseconds time) {
     bool passed = false;
     QTimer::singleShot(time, Qt::PreciseTimer, qApp, [&] { passed = true; });
     waitUntil([&] { return passed; });
-}
-
-quint16 freePort() {
-    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof(address);
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    const bool bound =
-        ::bind(listener, generic, length) == 0 && ::getsockname(listener, generic, &length) == 0;
-    ::close(listener);
-    return bound ? ntohs(address.sin_port) : 0;
 }
 
 } // namespace orv::test

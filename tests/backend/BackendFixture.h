@@ -108,9 +108,6 @@ class BackendFixture : public ::testing::Test {
 /// Runs the event loop for a while, to show that something does not happen in it.
 void letPass(std::chrono::milliseconds time);
 
-/// A TCP port of the loopback interface that was free a moment ago.
-quint16 freePort();
-
 /// Programs for `installBackend`.
 namespace programs {
 extern const QString waitForSignal; ///< Obeys SIGTERM, by dying of it.

@@ -1,4 +1,5 @@
 #include "BackendFixture.h"
+#include "Ports.h"
 #include "ProcessTable.h"
 #include "SystemPortProbe.h"
 #include "WaitUntil.h"

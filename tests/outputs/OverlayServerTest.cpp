@@ -2,6 +2,7 @@
 
 #include "LoopbackClient.h"
 #include "OverlayServerFixture.h"
+#include "Ports.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -19,6 +20,7 @@ namespace orv {
 
 using namespace Qt::StringLiterals;
 using test::bodyOf;
+using test::freePort;
 using test::get;
 using test::LoopbackClient;
 using test::waitUntil;
@@ -33,12 +35,6 @@ QString runningLine(std::uint16_t port) {
 
 QJsonObject document(std::uint16_t port) {
     return QJsonDocument::fromJson(bodyOf(get(port, "/text"))).object();
-}
-
-/// A port that was free a moment ago.
-std::uint16_t freePort() {
-    const auto opened = OverlayListener::open(0, {});
-    return std::get<OverlayListener>(opened).port();
 }
 
 /// The socket of this process that listens on `port`; negative when there is none.

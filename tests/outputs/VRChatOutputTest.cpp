@@ -3,6 +3,7 @@
 #include "DatagramSender.h"
 #include "LogCapture.h"
 #include "NameServer.h"
+#include "Ports.h"
 #include "PrivatePulse.h"
 #include "TranslationSettings.h"
 #include "VRChatMessage.h"
@@ -142,7 +143,8 @@ TEST_F(VRChatOutputTest, mayBeCalledFromAnyThread) {
 }
 
 TEST_F(VRChatOutputTest, aClosedPortGoesUnnoticed) {
-    const quint16 port = chatbox.localPort();
+    const quint16 port = freePort();
+    settings.vrchatPort.set(port);
     chatbox.close();
     VRChatOutput output(settings);
     for (int i = 0; i < 3; ++i) {

@@ -2,6 +2,7 @@
 
 #include "LogCapture.h"
 #include "NameServer.h"
+#include "Ports.h"
 #include "ServicePeer.h"
 #include "TranslationSettings.h"
 #include "VmixTracking.h"
@@ -9,7 +10,6 @@
 
 #include <QJsonArray>
 #include <QRegularExpression>
-#include <QTcpServer>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -25,13 +25,6 @@ using namespace std::chrono_literals;
 namespace orv::test {
 
 namespace {
-
-/// A port that nobody listens on.
-quint16 closedPort() {
-    QTcpServer server;
-    EXPECT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost)));
-    return server.serverPort();
-}
 
 class VmixSenderTest : public ::testing::Test {
   protected:
@@ -98,6 +91,7 @@ class VmixSenderTest : public ::testing::Test {
     TranslationSettings settings{store};
     VmixTracking tracking{settings};
     ServicePeer vmix{u"vmix_service.py"_s};
+    RefusingPort nobody;
     NameServer names;
     std::unique_ptr<VmixSender> sender;
 };
@@ -145,7 +139,7 @@ TEST_F(VmixSenderTest, anEmptyTranslationSendsTheSourceTextAndCountsNothing) {
     EXPECT_EQ(queryFor(u"Original"_s).value(3).second, u"Guten Morgen"_s);
     EXPECT_EQ(settings.vmixFailureCount, 2);
     EXPECT_FALSE(log.containsStart(u"✓"_s));
-    settings.vmixPort.set(closedPort());
+    settings.vmixPort.set(nobody.port());
     sender->sendToVmix(u"Guten Morgen"_s, {});
     settings.vmixPort.set(vmix.port());
     sender->sendToVmix(u"Guten Tag"_s, {});
@@ -177,7 +171,7 @@ TEST_F(VmixSenderTest, anAddressThatCannotBeFormedIsSkippedInSilence) {
 }
 
 TEST_F(VmixSenderTest, refusedConnectionsRaiseTheBannerAtTheThird) {
-    settings.vmixPort.set(closedPort());
+    settings.vmixPort.set(nobody.port());
     for (int i = 1; i <= 3; ++i) {
         EXPECT_FALSE(settings.vmixShowWarningBanner.get());
         sender->sendToVmix(u"a"_s, u"b"_s);

@@ -2,6 +2,7 @@
 
 import json
 import pathlib
+import random
 import socket
 import subprocess
 import urllib.request
@@ -12,10 +13,16 @@ BACKEND_PORT = 8765
 
 
 def free_port():
-    """A TCP port that nobody uses right now."""
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """A port that nobody uses right now, below those that Linux gives out by itself."""
+    while True:
+        port = random.randrange(12000, 32000)
+        try:
+            for kind in (socket.SOCK_STREAM, socket.SOCK_DGRAM):
+                with socket.socket(type=kind) as probe:
+                    probe.bind(("127.0.0.1", port))
+            return port
+        except OSError:
+            continue
 
 
 def port_is_open(port):
