@@ -1,5 +1,6 @@
 #include "BackendFixture.h"
 
+#include "ProcessTable.h"
 #include "UserPaths.h"
 #include "WaitUntil.h"
 
@@ -74,6 +75,11 @@ BackendFixture::BackendFixture() {
                               EXPECT_EQ(info.keys(), QStringList{u"isRunning"_s});
                               posted.append(info.value(u"isRunning"_s).toBool());
                           });
+}
+
+void BackendFixture::TearDown() {
+    destroyEngine();
+    EXPECT_TRUE(collectChildren());
 }
 
 void BackendFixture::installBackend(const QString& source) {

@@ -58,6 +58,8 @@ class BackendFixture : public ::testing::Test {
   protected:
     BackendFixture();
 
+    void TearDown() override;
+
     /// Writes the server's program. `source` is Python; `signal`, `os`, `sys`, `time` and `socket`
     /// are imported, `say` prints a line at once, and `home` is a folder of the test's.
     void installBackend(const QString& source);

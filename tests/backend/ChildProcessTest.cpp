@@ -226,6 +226,7 @@ TEST(ChildProcess, destroyingTheObjectEndsTheChildSoonAfter) {
         pid = static_cast<pid_t>(child.process->processIdentifier());
     }
     EXPECT_TRUE(waitUntil([&] { return test::aliveInGroup(pid) == 0; }));
+    EXPECT_TRUE(test::collectChildren());
 }
 
 TEST(ChildProcess, tellsWhyTheProgramCannotRun) {

@@ -1,9 +1,12 @@
 #include "ProcessTable.h"
 
+#include "WaitUntil.h"
+
 #include <QDir>
 #include <QFile>
 
 #include <algorithm>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -47,6 +50,14 @@ int childCount() {
     const QList<ProcessRow> rows = processTable();
     return static_cast<int>(std::count_if(
         rows.begin(), rows.end(), [](const ProcessRow& row) { return row.parent == ::getpid(); }));
+}
+
+bool collectChildren() {
+    return waitUntil([] {
+        while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+        return childCount() == 0;
+    });
 }
 
 int descriptorCount() {

@@ -26,6 +26,10 @@ int aliveInGroup(pid_t group);
 /// Children of this process, ended ones that were not waited for included.
 int childCount();
 
+/// Waits until all children of this process have ended, and takes them out of the process table: a
+/// test leaves none to the next. False if one goes on running.
+bool collectChildren();
+
 /// Open descriptors of this process.
 int descriptorCount();
 
