@@ -37,7 +37,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (environment_.store.boolean(u"autoStartBackend"_s).value_or(false)) {
         logLine(u"Auto-Start Backend aktiviert");
         QTimer::singleShot(environment_.timings.autoStart, this, [this] {
-            if (!quitting_) {
+            if (!isQuitting()) {
                 environment_.backend.startBackend();
             }
         });
@@ -132,7 +132,7 @@ QList<TrayMenuItem> AppDelegate::contextMenu() {
 }
 
 bool AppDelegate::showPanel() {
-    if (quitting_) {
+    if (isQuitting()) {
         return false;
     }
     if (!environment_.tray.isAvailable()) {

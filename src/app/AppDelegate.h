@@ -54,6 +54,8 @@ struct DelegateEnvironment {
     std::function<std::unique_ptr<QWidget>()> makeSettings;
     /// The tray has come or gone, and the panel is about to be shown accordingly.
     std::function<void(bool available)> trayChanged = {};
+    /// True once the panel's Quit is under way.
+    std::function<bool()> panelQuits = [] { return false; };
     DelegateTimings timings = {};
 };
 
@@ -94,6 +96,9 @@ class AppDelegate : public QObject {
     void applicationWillTerminate();
 
   private:
+    /// By the menu or by the panel.
+    bool isQuitting() const { return quitting_ || environment_.panelQuits(); }
+
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeNotifications();

@@ -148,7 +148,8 @@ void Shell::createInterface() {
                                     if (panel_ != nullptr) {
                                         panel_->setHasTray(available);
                                     }
-                                }});
+                                },
+                            .panelQuits = [this] { return controller_->isQuitting(); }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
@@ -212,7 +213,7 @@ void Shell::launch() {
 }
 
 bool Shell::showPanel() {
-    return !controller_->isQuitting() && delegate_->showPanel();
+    return delegate_->showPanel();
 }
 
 void Shell::finish() {

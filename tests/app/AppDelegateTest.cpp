@@ -4,6 +4,7 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -290,6 +291,13 @@ TEST_F(AppDelegateTest, aSecondStartIsNotShownAProgramThatQuits) {
     EXPECT_TRUE(panel.calls.isEmpty());
 }
 
+TEST_F(AppDelegateTest, aSecondStartIsNotShownAProgramThatQuitsByItsPanel) {
+    launch();
+    panelQuits = true;
+    EXPECT_FALSE(delegate->showPanel());
+    EXPECT_TRUE(panel.calls.isEmpty());
+}
+
 TEST_F(AppDelegateTest, theSettingsWindowIsMadeOnFirstUseAndKept) {
     launch();
     EXPECT_TRUE(settingsWindows.isEmpty());
@@ -315,6 +323,17 @@ TEST_F(AppDelegateTest, startsNoBackendOnceItQuits) {
     delegate->quitApp();
     ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
     EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
+}
+
+TEST_F(AppDelegateTest, startsNoBackendOnceItQuitsByItsPanel) {
+    store.setBool(u"autoStartBackend"_s, true);
+    panelQuits = true;
+    launch();
+    // The timer of the launch comes before this one.
+    bool later = false;
+    QTimer::singleShot(2 * soon, Qt::PreciseTimer, delegate.get(), [&] { later = true; });
+    ASSERT_TRUE(waitUntil([&] { return later; }));
+    EXPECT_TRUE(backend.calls.isEmpty());
 }
 
 } // namespace

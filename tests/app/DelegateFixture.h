@@ -69,6 +69,7 @@ class DelegateFixture : public ::testing::Test {
                 [this](bool available) {
                     panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
                 },
+            .panelQuits = [this] { return panelQuits; },
             .timings = timings});
         delegate->applicationDidFinishLaunching();
     }
@@ -96,6 +97,7 @@ class DelegateFixture : public ::testing::Test {
     std::unique_ptr<UpdateChecker> updates;
     QList<QWidget*> settingsWindows; ///< As they were made.
     QStringList overlay;
+    bool panelQuits = false;
     int terminations = 0;
     std::unique_ptr<AppDelegate> delegate;
 };
