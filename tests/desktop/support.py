@@ -97,12 +97,34 @@ class DesktopTest(unittest.TestCase):
         self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
 
     def open_panel(self, name="Quit"):
-        """Opens the panel and waits until the window manager has given it the focus: only a window
-        that has it notices that the user turns elsewhere."""
+        """Opens the panel and waits for the focus: only a window that has it notices that the user
+        turns elsewhere."""
         self.desktop.click_tray()
         self.accessibility.wait_for(self.program.pid, name)
-        wait_until(lambda: self.accessibility.has_active_window(self.program.pid),
-                   "the panel to have the focus")
+        self.wait_until_active()
+
+    def wait_until_active(self, title=None, role=None):
+        """Waits until the window called `title`, or any of the program's, gets the keys: the window
+        manager gives the focus some time after a window has come, or another has gone."""
+
+        def active():
+            return self.accessibility.is_active(self.wait_for(title, role)) if title else (
+                self.accessibility.has_active_window(self.program.pid))
+
+        wait_until(active, f"{title or 'the window'} to have the focus")
+
+    def close_window(self, closed):
+        """Closes the window with the focus by the window manager's key, until `closed()`: the window
+        manager grabs its keys anew when the desktop's first keys come in, and misses what is pressed
+        meanwhile."""
+        self.wait_until_active()
+
+        def tried():
+            if not closed():
+                self.desktop.key("alt+F4")
+            return closed()
+
+        wait_until(tried, "the window to close", interval=1.0)
 
     def press(self, name):
         self.accessibility.press(self.program.pid, name)

@@ -74,8 +74,7 @@ class Endings(DesktopTest):
 
     def close_the_window_and_bring_it_back(self):
         """Small, not gone: the window manager brings it back."""
-        self.desktop.key("alt+F4")
-        wait_until(lambda: not self.desktop.windows("orvane"), "the window to leave the screen")
+        self.close_window(lambda: not self.desktop.windows("orvane"))
         self.assertIsNone(self.program.process.poll())
         self.desktop.key("alt+Tab")
         wait_until(lambda: self.desktop.windows("orvane"), "the window to come back")

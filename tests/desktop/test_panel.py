@@ -48,20 +48,18 @@ class Panel(DesktopTest):
         self.start_program()
         self.wait_for("Start Translation", "push button")
         self.look_into_the_settings()
-        self.desktop.key("alt+F4")
+        self.close_window(lambda: self.program.process.poll() is not None)
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
 
     def look_into_the_settings(self):
         """Opens the settings beside the window, which stays, and closes them."""
         self.press("Settings")
-        wait_until(lambda: self.accessibility.is_active(self.wait_for("ORV Settings")),
-                   "the settings to have the focus")
+        self.wait_until_active("ORV Settings")
         self.wait_for("Start Translation", "push button")
         self.desktop.key("Escape")
         self.wait_until_gone("ORV Settings")
         self.wait_for("Start Translation", "push button")
-        wait_until(lambda: self.accessibility.has_active_window(self.program.pid),
-                   "the window to have the focus")
+        self.wait_until_active()
 
     def test_starting_without_a_backend_is_refused(self):
         self.open_desktop()

@@ -137,8 +137,7 @@ class Settings(EveryLanguage, DesktopTest):
         account.write_text("{}")
         self.use("settings.engine.choose_file")
         title = self.text("settings.engine.choose_file")
-        wait_until(lambda: self.accessibility.is_active(self.wait_for(title, "dialog")),
-                   "the choice of a file to have the focus")
+        self.wait_until_active(title, "dialog")
         self.desktop.type(str(account))
         self.desktop.key("Return")
         self.wait_until_stored("googleServiceAccountPath", str(account))
@@ -205,7 +204,7 @@ class Settings(EveryLanguage, DesktopTest):
         self.open_settings()
         self.wait_for("ORV Settings")
         self.show_tab(4)
-        self.wait_until_active()
+        self.wait_until_active("ORV Settings")
         self.desktop.key("Escape")
         self.wait_until_gone("ORV Settings")
         self.desktop.click_tray()
@@ -213,19 +212,15 @@ class Settings(EveryLanguage, DesktopTest):
         self.wait_for("ORV Settings")
         self.wait_for("Clear Logs: Delete", "push button")
 
-    def wait_until_active(self):
-        wait_until(lambda: self.accessibility.is_active(self.wait_for("ORV Settings")),
-                   "the settings window to be active")
-
     def test_asking_again_brings_the_window_to_the_front(self):
         self.open_settings()
-        self.wait_until_active()
+        self.wait_until_active("ORV Settings")
         Backdrop(self.desktop)
         wait_until(lambda: not self.accessibility.is_active(self.wait_for("ORV Settings")),
                    "another window to be active")
         self.desktop.click_tray()
         self.press("Settings")
-        self.wait_until_active()
+        self.wait_until_active("ORV Settings")
         settings, _ = max(self.desktop.numbered_windows("orvane"), key=lambda window: window[1][2])
         other, _ = self.desktop.numbered_windows("orvane_backdrop")[0]
         wait_until(lambda: self.desktop.is_above(settings, other), "the window to be in front")
@@ -243,6 +238,7 @@ class Settings(EveryLanguage, DesktopTest):
 
     def test_what_is_typed_is_stored(self):
         self.open_settings()
+        self.wait_until_active("ORV Settings")
         # Further down than the window is high, so it gets the focus the way a screen reader gives it.
         host = self.wait_for("VRChat Chatbox (OSC): Host", "text")
         self.assertTrue(host.get_component_iface().grab_focus())

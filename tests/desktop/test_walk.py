@@ -211,8 +211,7 @@ class Walk(EveryLanguage, DesktopTest):
         self.wait_until_gone(self.text("main.quit"))
 
     def close_settings(self):
-        wait_until(lambda: self.accessibility.is_active(self.on_screen("settings.title")),
-                   "the window to be active")
+        self.wait_until_active(self.text("settings.title"))
         self.desktop.key("Escape")
         self.wait_until_gone(self.text("settings.title"))
 
