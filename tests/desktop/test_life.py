@@ -1,5 +1,6 @@
 """Starting twice, being killed, losing the desktop, and what is left of the program afterwards."""
 
+import os
 import pathlib
 import unittest
 
@@ -13,9 +14,18 @@ _PANEL_WIDTH = 300  # At least; the item in the tray is a narrow window.
 
 
 def local_sockets():
-    """The names of the program's sockets on this machine that live in memory."""
+    """The names of the programs' sockets on this machine that live in memory, by their inodes. Other
+    tests may run the program, too."""
     with open("/proc/net/unix") as table:
-        return [line.split()[-1] for line in table if "@orvane-" in line]
+        rows = [line.split() for line in table if "@orvane-" in line]
+    return {row[6]: row[7] for row in rows}
+
+
+def local_sockets_of(pid):
+    """The names of those that this process has open."""
+    named = local_sockets()
+    opened = [os.readlink(entry) for entry in pathlib.Path(f"/proc/{pid}/fd").iterdir()]
+    return [name for inode, name in named.items() if f"socket:[{inode}]" in opened]
 
 
 class Life(DesktopTest):
@@ -149,7 +159,8 @@ class Life(DesktopTest):
         before = files()
         self.start_automatically()
         wait_until(lambda: port_is_open(port), "the browser overlay")
-        self.assertEqual(len(local_sockets()), 1)
+        own_sockets = local_sockets_of(self.program.pid)
+        self.assertEqual(len(own_sockets), 1)
         self.open_panel()
         self.press("Start Translation")
         wait_until(self.sound.recording_streams, "the program to listen")
@@ -158,7 +169,7 @@ class Life(DesktopTest):
         self.program.wait_until_nothing_is_left()
         self.assertFalse(port_is_open(port))
         self.assertFalse(port_is_open(BACKEND_PORT))
-        self.assertEqual(local_sockets(), [])
+        self.assertNotIn(own_sockets[0], local_sockets().values())
         left = {file for file in files() - before if "/__pycache__/" not in file}
         kept = str(self.desktop.home / "Library" / "Application Support" / "Orvane")
         self.assertEqual({file for file in left if not file.startswith(kept)}, set())
