@@ -8,7 +8,7 @@ import unittest
 from harness.accessibility import Accessibility
 from harness.desktop import SCREEN, Desktop
 from harness.portal import Portal
-from harness.processes import end_on_signals, wait_until
+from harness.processes import Timeout, end_on_signals, wait_until
 from harness.program import (BACKEND_PORT, Program, port_is_open, read_settings,
                              write_settings)
 from harness.sound import Sound
@@ -127,7 +127,11 @@ class DesktopTest(unittest.TestCase):
         wait_until(tried, "the window to close", interval=1.0)
 
     def press(self, name):
-        self.accessibility.press(self.program.pid, name)
+        try:
+            self.accessibility.press(self.program.pid, name)
+        except Timeout as error:
+            raise Timeout(f"{error}; the program's status: {self.program.process.poll()}, "
+                          f"its log's end:\n{self.program.tail()}") from None
 
     def is_on_screen(self, name, role=None):
         return self.accessibility.find(self.program.pid, name, role) is not None
