@@ -6,8 +6,11 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScreen>
+#include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -100,6 +103,28 @@ TEST_F(PanelWindowTest, opensAtOnceAfterItWasToggledAway) {
     window.close();
     window.showBeside(QRect(100, 0, 24, 24));
     EXPECT_TRUE(window.isShown());
+}
+
+TEST_F(PanelWindowTest, whatIsPendingWhenItClosesDoesNotCloseItTheNextTime) {
+    const auto looksPending = [this] {
+        return std::ranges::count_if(window.findChildren<QTimer*>(), &QTimer::isActive);
+    };
+    window.showBeside(QRect(100, 0, 24, 24));
+    ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    QApplication::setActiveWindow(nullptr);
+    ASSERT_EQ(looksPending(), 1);
+    window.close();
+    EXPECT_EQ(looksPending(), 0);
+}
+
+TEST_F(PanelWindowTest, hearingOfTheLostActivationWhileItIsClosedStartsNothing) {
+    window.showBeside(QRect(100, 0, 24, 24));
+    window.close();
+    QEvent lost(QEvent::ActivationChange);
+    QApplication::sendEvent(&window, &lost);
+    for (const QTimer* timer : window.findChildren<QTimer*>()) {
+        EXPECT_FALSE(timer->isActive());
+    }
 }
 
 TEST_F(PanelWindowTest, aWindowStaysWhenAnotherOneIsUsed) {

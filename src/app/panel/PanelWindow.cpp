@@ -8,7 +8,6 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScreen>
-#include <QTimer>
 #include <QVBoxLayout>
 
 #include <chrono>
@@ -38,6 +37,9 @@ PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
     layout->setContentsMargins(1, 1, 1, 1);
     layout->addWidget(content);
     setAttribute(Qt::WA_QuitOnClose, false);
+    lookIfLeft_.setSingleShot(true);
+    lookIfLeft_.setInterval(handOver);
+    connect(&lookIfLeft_, &QTimer::timeout, this, &PanelWindow::closeIfLeft);
 }
 
 bool PanelWindow::isShown() const {
@@ -122,9 +124,15 @@ void PanelWindow::paintEvent(QPaintEvent* event) {
 
 void PanelWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && !isActiveWindow()) {
-        QTimer::singleShot(handOver, this, &PanelWindow::closeIfLeft);
+    if (event->type() == QEvent::ActivationChange && !isActiveWindow() && isVisible()) {
+        lookIfLeft_.start();
     }
+}
+
+void PanelWindow::hideEvent(QHideEvent* event) {
+    // Shown again at once, it has no activation yet; the look of before must not close it for that.
+    lookIfLeft_.stop();
+    QWidget::hideEvent(event);
 }
 
 void PanelWindow::closeIfLeft() {

@@ -4,6 +4,7 @@
 #include "PanelState.h"
 
 #include <QElapsedTimer>
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -31,6 +32,7 @@ class PanelWindow : public QWidget, public Panel {
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
@@ -46,6 +48,7 @@ class PanelWindow : public QWidget, public Panel {
     std::function<void()> endProgram_;
     Style style_ = Style::Window;
     QRect button_;            ///< What the popover stands beside.
+    QTimer lookIfLeft_{this}; ///< Runs from the loss of the activation to the look at who has it.
     QElapsedTimer leftSince_; ///< When the popover closed by itself.
 };
 
