@@ -127,8 +127,14 @@ class DesktopTest(unittest.TestCase):
         wait_until(tried, "the window to close", interval=1.0)
 
     def press(self, name):
-        try:
+        with self.telling_of_the_program():
             self.accessibility.press(self.program.pid, name)
+
+    @contextlib.contextmanager
+    def telling_of_the_program(self):
+        """Adds to a wait in vain whether the program still runs, and what it logged last."""
+        try:
+            yield
         except Timeout as error:
             raise Timeout(f"{error}; the program's status: {self.program.process.poll()}, "
                           f"its log's end:\n{self.program.tail()}") from None
@@ -137,7 +143,8 @@ class DesktopTest(unittest.TestCase):
         return self.accessibility.find(self.program.pid, name, role) is not None
 
     def wait_for(self, name, role=None):
-        return self.accessibility.wait_for(self.program.pid, name, role)
+        with self.telling_of_the_program():
+            return self.accessibility.wait_for(self.program.pid, name, role)
 
     def wait_until_stored(self, key, value):
         wait_until(lambda: read_settings(self.desktop).get(key) == value,
