@@ -70,7 +70,7 @@ TEST_F(PulseScreenCaptureTest, silentBlocksComeAtThePaceOfTheClockWhileTheSinkSl
     ASSERT_TRUE(hearsMore(channelFloats * 50));
     const auto took = std::chrono::steady_clock::now() - begin;
     EXPECT_GE(took, 900ms);
-    EXPECT_LE(took, 2s);
+    EXPECT_LE(took, 5s);
     EXPECT_THAT(blocks.all(), Each(0.0F));
 }
 
