@@ -111,7 +111,7 @@ void TranslationEngine::launchBackend() {
         logLine(QString(u"Failed to start backend: " % launched.error));
         return;
     }
-    child_ = {launch, std::move(launched.process)};
+    child_ = {.launch = launch, .process = std::move(launched.process), .nextSignal = {}};
     refreshMayOutlive();
     logLine(u"✓ Backend-Prozess gestartet, warte 6 Sekunden auf Modell-Laden...");
     checkLater(environment_.timings.modelLoading);
@@ -179,7 +179,10 @@ void TranslationEngine::stopBackend() {
     logLine(u"🛑 Stoppe Backend...");
     setStatus(u"engine.stopping"_s);
     if (child_.process) {
-        stoppedLaunch_ = child_.launch;
+        if (!isBeingStopped()) {
+            stoppedLaunch_ = child_.launch;
+            child_.nextSignal = QDeadlineTimer(environment_.timings.stopPause);
+        }
         refreshMayOutlive();
         child_.process->terminate();
     }
@@ -213,6 +216,8 @@ void TranslationEngine::interruptIfRunning() {
     if (child_.isRunning()) {
         logLine(u"⚠️ Backend reagiert nicht auf SIGTERM, sende SIGINT...");
         child_.process->interrupt();
+        child_.interrupted = true;
+        child_.nextSignal = QDeadlineTimer(environment_.timings.stopPause);
     }
 }
 
@@ -224,18 +229,21 @@ void TranslationEngine::killIfRunning() {
 }
 
 void TranslationEngine::endChildNow() {
-    const auto pause = environment_.timings.stopPause;
-    if (child_.process && !child_.process->waitForEnd(pause)) {
+    if (child_.process && !child_.interrupted && !endsBeforeNextSignal()) {
         interruptIfRunning();
-        if (!child_.process->waitForEnd(pause)) {
-            killIfRunning();
-        }
+    }
+    if (child_.process && !endsBeforeNextSignal()) {
+        killIfRunning();
     }
     retireChild();
     // Only killed ones can still be running.
     for (const Child& child : retired_) {
-        child.process->waitForEnd(pause);
+        child.process->waitForEnd(environment_.timings.stopPause);
     }
+}
+
+bool TranslationEngine::endsBeforeNextSignal() const {
+    return child_.process->waitForEnd(std::chrono::milliseconds(child_.nextSignal.remainingTime()));
 }
 
 void TranslationEngine::retireChild() {

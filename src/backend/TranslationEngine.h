@@ -3,6 +3,7 @@
 #include "BackendInstaller.h"
 #include "ChildProcess.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -66,8 +67,8 @@ class TranslationEngine : public QObject {
     explicit TranslationEngine(BackendEnvironment environment, QObject* parent = nullptr);
 
     /// Stops the backend and, since nothing will run afterwards, waits for it to obey: SIGTERM,
-    /// SIGINT and SIGKILL with the pauses of `stopBackend`, so up to two of them. After
-    /// `leaveRunning` it does neither.
+    /// SIGINT and SIGKILL with the pauses of `stopBackend`, so up to two of them. A stop that is
+    /// under way is only brought to its end. After `leaveRunning` it does neither.
     ~TranslationEngine() override;
 
     /// True once the port has been seen open.
@@ -106,6 +107,8 @@ class TranslationEngine : public QObject {
     struct Child {
         quint64 launch = 0; ///< Number of the launch; 0 for no child.
         std::unique_ptr<ChildProcess> process;
+        bool interrupted = false;  ///< SIGINT has been sent.
+        QDeadlineTimer nextSignal; ///< Of a stop that is under way.
 
         bool isRunning() const { return process && process->isRunning(); }
     };
@@ -121,6 +124,7 @@ class TranslationEngine : public QObject {
     void interruptIfRunning();
     void killIfRunning();
     void endChildNow();
+    bool endsBeforeNextSignal() const;
     void retireChild();
     bool isPortInUse() const;
 

@@ -74,6 +74,21 @@ TEST_F(TranslationEngineLifetime, destroyingItWhileItStopsEndsTheBackend) {
     EXPECT_EQ(childCount(), 0);
 }
 
+TEST_F(TranslationEngineLifetime, destroyingItGoesOnWhereAStopIs) {
+    installBackend(programs::ignoresTermAndInt);
+    environment().timings.stopPause = 500ms;
+    ASSERT_TRUE(startAndWaitUntilReady());
+    const pid_t pid = backendPid();
+    engine().stopBackend();
+    const QString interrupting = u"⚠️ Backend reagiert nicht auf SIGTERM, sende SIGINT..."_s;
+    ASSERT_TRUE(waitUntil([&] { return log.contains(interrupting); }));
+    destroyEngine();
+    EXPECT_FALSE(isAlive(pid));
+    EXPECT_EQ(log.count(interrupting), 1) << "what has been sent is not waited for anew";
+    EXPECT_EQ(log.count(u"⚠️ Backend reagiert nicht, sende SIGKILL..."_s), 1);
+    EXPECT_EQ(childCount(), 0);
+}
+
 TEST_F(TranslationEngineLifetime, destroyingItRightAfterTheKillLeavesNothingBehind) {
     installBackend(programs::ignoresTermAndInt);
     ASSERT_TRUE(startAndWaitUntilReady());
