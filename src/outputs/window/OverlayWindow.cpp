@@ -77,6 +77,10 @@ void OverlayWindow::prepare() {
 }
 
 void OverlayWindow::showTranslation(const QString& original, const QString& translation) {
+    // Decided here: it must not take the place of a result that is still on its way.
+    if (readableText(subtitleLines(original, translation, false).translation).isEmpty()) {
+        return;
+    }
     {
         const std::lock_guard lock(mutex_);
         const bool underWay = waiting_.has_value();
@@ -101,12 +105,8 @@ void OverlayWindow::takeResult() {
 
 void OverlayWindow::present(const Result& result) {
     const DefaultsStore& store = environment_.store;
-    SubtitleLines lines = subtitleLines(result.original, result.translation,
-                                        store.boolean(u"showOriginal"_s).value_or(false));
-    if (readableText(lines.translation).isEmpty()) {
-        return;
-    }
-    lines_ = std::move(lines);
+    lines_ = subtitleLines(result.original, result.translation,
+                           store.boolean(u"showOriginal"_s).value_or(false));
     composited_ = environment_.isComposited();
     unpainted_ = true;
     arrange();

@@ -285,6 +285,15 @@ TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadChangesNothing) {
     EXPECT_EQ(speech.calls, QStringList{u"speak hola"_s});
 }
 
+TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadLeavesTheOneBeforeItsTurn) {
+    store.setBool(u"speakTranslations"_s, true);
+    window->showTranslation(u"hello"_s, u"hola"_s);
+    window->showTranslation(u" "_s, u"\n"_s);
+    drainEvents();
+    EXPECT_EQ(large(), u"hola"_s);
+    EXPECT_EQ(speech.calls, QStringList{u"speak hola"_s});
+}
+
 TEST_F(OverlayWindowTest, saysWhenAResultHasBeenPainted) {
     int painted = 0;
     QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
