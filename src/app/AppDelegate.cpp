@@ -154,11 +154,11 @@ void AppDelegate::showSettingsWindow() {
 void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
                                   const QString& downloadURL) {
     const auto& text = environment_.text;
-    const QString message = notes.isEmpty() ? text(u"info.update.available"_s) : alertNotes(notes);
+    const QString shownNotes = alertNotes(notes);
     environment_.dialogs.showAlert(
         {.style = AlertStyle::Informational,
          .title = u"ORV Update v"_s + version,
-         .message = message,
+         .message = shownNotes.isEmpty() ? text(u"info.update.available"_s) : shownNotes,
          .buttons = {text(u"info.update.download"_s), text(u"info.update.later"_s)},
          .icon = AlertIcon::Update},
         [this, downloadURL](int chosen) {

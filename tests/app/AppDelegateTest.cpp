@@ -265,7 +265,9 @@ TEST_F(AppDelegateTest, anUpdateIsOfferedAndOpenedWhenTheUserSaysSo) {
 TEST_F(AppDelegateTest, anUpdateWithoutNotesSaysThatThereIsOne) {
     launch();
     delegate->showUpdateAlert(u"4.10"_s, QString(), u"https://example.org/orv"_s);
+    delegate->showUpdateAlert(u"4.10"_s, u" \n "_s, u"https://example.org/orv"_s);
     EXPECT_EQ(dialogs.alerts.first().message, u"<info.update.available>"_s);
+    EXPECT_EQ(dialogs.alerts.last().message, u"<info.update.available>"_s) << "blanks are no notes";
 }
 
 TEST_F(AppDelegateTest, aSecondStartShowsThePanelAtTheItem) {
