@@ -130,8 +130,8 @@ void AudioManager::Private::startDirectEngine() {
     sender_.setPcmSink(
         [this, session = directEngine_.get(), target = target_.handle()](const QByteArray& pcm) {
             target.post([this, session, pcm] {
-                if (directEngine_.get() == session) {
-                    directEngine_->sendAudio(pcm);
+                if (directEngine_.get() == session || endedDirectEngine_.get() == session) {
+                    session->sendAudio(pcm);
                 }
             });
         });
@@ -147,7 +147,7 @@ void AudioManager::Private::startDirectEngine() {
 void AudioManager::Private::abandonDirectEngine() {
     ingest.endStreaming();
     chunker.setRoute(ChunkRoute::Backend);
-    sender_.setPcmSink({});
+    sender_.endPcmSink();
     directEngine_.reset();
 }
 

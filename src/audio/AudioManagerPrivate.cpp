@@ -33,6 +33,9 @@ AudioManager::Private::Private(AudioManager& manager, AudioEnvironment environme
     , sender_([this](std::vector<float>&& samples) { chunker.recycle(std::move(samples)); }) {
     loadPauseDetection();
 
+    // Others may come early.
+    readyTimer_.setTimerType(Qt::PreciseTimer);
+    sendTimer_.setTimerType(Qt::PreciseTimer);
     readyTimer_.setSingleShot(true);
     QObject::connect(&readyTimer_, &QTimer::timeout, &q, [this] { linkReady(); });
     QObject::connect(&sendTimer_, &QTimer::timeout, &q, [this] {

@@ -76,7 +76,8 @@ class AudioManager::Private {
     void startSource();
     void stopTimers();
     void stopSources();
-    void endDirectEngine(QStringView line);
+    void finishDirectEngine();
+    void endDirectEngine();
     void beginGracefulStop();
     void endGracefulStop();
     void finishRun();

@@ -23,6 +23,15 @@ void AudioSender::setPcmSink(PcmSink sink) {
     queue_.post([this, sink = std::move(sink)] { pcmSink_ = sink; });
 }
 
+void AudioSender::endPcmSink(std::function<void()> done) {
+    queue_.post([this, done = std::move(done)] {
+        pcmSink_ = {};
+        if (done) {
+            done();
+        }
+    });
+}
+
 void AudioSender::sendChunk(Chunk&& chunk) {
     // Jobs are copyable functions; a chunk is not something to copy.
     auto shared = std::make_shared<Chunk>(std::move(chunk));

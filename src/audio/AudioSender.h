@@ -27,6 +27,10 @@ class AudioSender {
     void setLink(BackendLink::Sender link);
     void setPcmSink(PcmSink sink);
 
+    /// No sink for what is posted from now on; `done` is called on the queue, behind everything
+    /// that was posted before.
+    void endPcmSink(std::function<void()> done = {});
+
     /// Sends a chunk the way its route says; a chunk for a link that is gone is dropped.
     void sendChunk(Chunk&& chunk);
 

@@ -16,6 +16,7 @@ void AudioManager::Private::startCapture(AudioSourceType source, const QString& 
     if (capturing || gracefulStop_) {
         stopCaptureSync();
     }
+    endedDirectEngine_.reset();
     currentSource_ = source;
     currentDeviceId_ = deviceId;
     currentAppBundleId_ = appBundleId;
@@ -78,8 +79,9 @@ void AudioManager::Private::stopCapture(std::function<void()> done) {
         return; // Already on its way; everyone is told at its end.
     }
     stopTimers();
-    endDirectEngine(u"🔌 Direct Engine disconnected");
+    finishDirectEngine();
     stopSources();
+    endDirectEngine();
     if (chunker.isConnected()) {
         beginGracefulStop();
     } else {
@@ -91,7 +93,12 @@ void AudioManager::Private::stopCaptureSync() {
     logLine(u"🛑 Stoppe Audio-Capture (sync)");
     stopTimers();
     gracefulStop_.reset();
-    endDirectEngine(u"🔌 Direct Engine disconnected (sync)");
+    if (directEngine_) {
+        directEngine_.reset();
+        sender_.endPcmSink();
+        chunker.setRoute(ChunkRoute::Backend);
+        logLine(u"🔌 Direct Engine disconnected (sync)");
+    }
     endedDirectEngine_.reset();
     stopSources();
     finishRun();
@@ -109,15 +116,28 @@ void AudioManager::Private::stopSources() {
     ingest.setStreamTap({});
 }
 
-void AudioManager::Private::endDirectEngine(QStringView line) {
+void AudioManager::Private::finishDirectEngine() {
     if (!directEngine_) {
         return;
     }
-    directEngine_->end();
+    directEngine_->finish();
     endedDirectEngine_ = std::move(directEngine_);
-    sender_.setPcmSink({});
     chunker.setRoute(ChunkRoute::Backend);
-    logLine(line);
+    logLine(u"🔌 Direct Engine disconnected");
+}
+
+void AudioManager::Private::endDirectEngine() {
+    if (!endedDirectEngine_) {
+        return;
+    }
+    // Behind the last chunk, which may still be on its way through the sender.
+    sender_.endPcmSink([this, session = endedDirectEngine_.get(), target = target_.handle()] {
+        target.post([this, session] {
+            if (endedDirectEngine_.get() == session) {
+                session->end();
+            }
+        });
+    });
 }
 
 void AudioManager::Private::beginGracefulStop() {

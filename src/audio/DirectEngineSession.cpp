@@ -11,15 +11,42 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// Bytes that wait for the engine: over five minutes of sound at 48 kHz. A service that is slower
+/// than speech must not fill the memory.
+constexpr qsizetype mostWaiting = qsizetype(32) << 20;
+
+} // namespace
+
 /// What the coroutines hold on to: they may outlive the session, the engine may not go before them.
 struct DirectEngineSession::State {
     std::shared_ptr<CloudSTTEngine> engine;
     std::deque<QByteArray> waiting;
+    qsizetype waitingBytes = 0;
     bool connected = false;
     bool sending = false;
     bool ended = false;
+    bool drains = false; ///< Ended; disconnects once nothing waits any more.
     bool disconnected = false;
     bool abandoned = false; ///< The engine goes as soon as it is disconnected.
+
+    void enqueue(QByteArray pcm) {
+        waitingBytes += pcm.size();
+        waiting.push_back(std::move(pcm));
+    }
+
+    QByteArray dequeue() {
+        QByteArray pcm = std::move(waiting.front());
+        waiting.pop_front();
+        waitingBytes -= pcm.size();
+        return pcm;
+    }
+
+    void dropWaiting() {
+        waiting.clear();
+        waitingBytes = 0;
+    }
 };
 
 namespace {
@@ -37,16 +64,23 @@ void logEngineError(const CloudSTTEngine& engine, const std::exception& error) {
 
 /// Coroutines take what they need by value: a lambda's captures die with the lambda.
 template <typename StatePtr>
+QCoro::Task<> disconnectEngine(StatePtr state) {
+    co_await state->engine->disconnect();
+    state->disconnected = true;
+    if (state->abandoned) {
+        state->engine.reset(); // Gives up what is under way.
+    }
+}
+
+template <typename StatePtr>
 QCoro::Task<> sendWaiting(StatePtr state) {
     if (!state->connected || state->sending) {
         co_return;
     }
     state->sending = true;
-    while (!state->waiting.empty() && !state->ended) {
-        QByteArray pcm = std::move(state->waiting.front());
-        state->waiting.pop_front();
+    while (!state->waiting.empty()) {
         try {
-            co_await state->engine->sendAudio(std::move(pcm));
+            co_await state->engine->sendAudio(state->dequeue());
         } catch (const std::exception& error) {
             if (!state->abandoned) {
                 logEngineError(*state->engine, error);
@@ -54,6 +88,9 @@ QCoro::Task<> sendWaiting(StatePtr state) {
         }
     }
     state->sending = false;
+    if (std::exchange(state->drains, false)) {
+        disconnectEngine(state);
+    }
 }
 
 template <typename StatePtr>
@@ -73,15 +110,6 @@ QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
         }
         logEngineError(*state->engine, error);
         failed();
-    }
-}
-
-template <typename StatePtr>
-QCoro::Task<> disconnectEngine(StatePtr state) {
-    co_await state->engine->disconnect();
-    state->disconnected = true;
-    if (state->abandoned) {
-        state->engine.reset(); // Gives up what is under way.
     }
 }
 
@@ -119,8 +147,13 @@ DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
 
 DirectEngineSession::~DirectEngineSession() {
     target_.reset();
+    finish();
     end();
     state_->abandoned = true;
+    state_->dropWaiting();
+    if (std::exchange(state_->drains, false)) {
+        disconnectEngine(state_);
+    }
     if (state_->disconnected) {
         state_->engine.reset();
     }
@@ -139,22 +172,37 @@ void DirectEngineSession::sendAudio(QByteArray pcm) {
     if (state_->ended) {
         return;
     }
-    state_->waiting.push_back(std::move(pcm));
+    state_->enqueue(std::move(pcm));
+    if (state_->waitingBytes > mostWaiting) {
+        state_->dequeue();
+        logLine(u"⚠️ Direct Engine "_s + state_->engine->name() +
+                u": Rückstau, ältester Block verworfen"_s);
+    }
     sendWaiting(state_);
 }
 
-void DirectEngineSession::end() {
-    if (state_->ended) {
-        return;
-    }
-    state_->ended = true;
-    state_->waiting.clear();
+void DirectEngineSession::finish() {
     // That its connection is over now is no news.
     state_->engine->onStatus = {};
-    disconnectEngine(state_);
     if (writer_) {
         writer_->close();
         writer_.reset();
+    }
+    if (isStreaming()) {
+        end();
+    }
+}
+
+void DirectEngineSession::end() {
+    if (std::exchange(state_->ended, true)) {
+        return;
+    }
+    if (isStreaming() || !state_->connected) {
+        state_->dropWaiting();
+    }
+    state_->drains = !state_->waiting.empty();
+    if (!state_->drains) {
+        disconnectEngine(state_);
     }
 }
 

@@ -41,12 +41,18 @@ class DirectEngineSession {
     void connect(const CloudEngineConfig& config);
 
     /// Queues one block of 16-bit PCM. Blocks go to the engine one after the other, once it is
-    /// connected, each when the one before has been accepted. What fails is lost, with a log line.
+    /// connected, each when the one before has been accepted. What fails is lost, with a log line,
+    /// and so is the oldest of more than 32 MiB that wait.
     void sendAudio(QByteArray pcm);
 
-    /// Disconnects the engine in the background, closes the transcript at once. What had been
-    /// handed to the engine before may still bring a result while the session exists; blocks that
-    /// wait are dropped.
+    /// The run is over, but for chunks that are on their way: closes the transcript at once and
+    /// reports no status any more. A streaming engine takes nothing more: this is its `end`.
+    void finish();
+
+    /// Takes nothing more and disconnects the engine in the background, after the chunks that wait
+    /// for the answer to another: they are somebody's last words. Dropped is what waits for a
+    /// connection, and what waits for a streaming engine. What the engine has may still bring a
+    /// result while the session exists.
     void end();
 
     bool isStreaming() const;

@@ -29,7 +29,7 @@ class AzureDirectEngine : public CloudSTTEngine {
 
     QCoro::Task<> connect(CloudEngineConfig config) override;
 
-    /// Gives up the request under way; nothing more is delivered.
+    /// A request under way may still bring its result.
     QCoro::Task<> disconnect() override;
 
     /// Throws `ServiceError` when there is no answer, or none that can be read.

@@ -31,7 +31,7 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
 
     QCoro::Task<> connect(CloudEngineConfig config) override;
 
-    /// Gives up the request under way; nothing more is delivered.
+    /// A request under way may still bring its result.
     QCoro::Task<> disconnect() override;
 
     /// Throws `ServiceError` when there is no answer, or none that can be read; then nothing is

@@ -209,6 +209,7 @@ TEST_F(AudioManagerTest, switchesTheModeAtOnceWhileConnected) {
     EXPECT_TRUE(log.contains(u"⏱️ VAD Chunker aktiv (Pause: 600ms, Threshold: -35dB)"_s));
     manager->setVadEnabled(false);
     EXPECT_TRUE(log.contains(u"🎚 vadEnabled.didSet: true → false (isConnected=true)"_s));
+    EXPECT_TRUE(log.contains(u"⏱️ Audio-Send-Timer gestartet (alle 3 Sekunden)"_s));
     ASSERT_TRUE(waitUntil([&] { return log.contains(u"⏰ 3s-Timer feuert → sendAudioChunk"_s); }));
     manager->setVadEnabled(true);
     log.clear();

@@ -180,6 +180,34 @@ TEST_F(CloudEngineRun, bringsTheResultOfARequestThatAGracefulStopInterrupts) {
     EXPECT_EQ(fannedOut.value(0), u"published: last words|last words"_s);
 }
 
+TEST_F(CloudEngineRun, sendsTheChunksThatWaitAtAGracefulStop) {
+    ServicePeer service(u"http_service.py"_s);
+    askForAChunk(service);
+    deliver(20002, 0.5F);
+    ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
+    test::drainEvents();
+    stopAndWait();
+    EXPECT_EQ(service.count(u"request"_s), 1);
+    service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 6; }));
+    EXPECT_EQ(service.count(u"request"_s), 2);
+}
+
+TEST_F(CloudEngineRun, dropsTheChunksThatWaitAtAnImmediateStop) {
+    ServicePeer service(u"http_service.py"_s);
+    askForAChunk(service);
+    deliver(20002, 0.5F);
+    ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
+    test::drainEvents();
+    stopAndWait();              // Would still send it,
+    manager->stopCaptureSync(); // were it not for this.
+    service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"late"_s)}});
+    ServicePeer next(u"http_service.py"_s);
+    askForAChunk(next);
+    EXPECT_EQ(service.count(u"request"_s), 1);
+    EXPECT_TRUE(fannedOut.isEmpty());
+}
+
 TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
     ServicePeer service(u"http_service.py"_s);
     askForAChunk(service);

@@ -2,6 +2,7 @@
 
 #include "AudioManagerFixture.h"
 
+#include "DirectEngineSession.h"
 #include "Pcm16.h"
 
 #include <QDir>
@@ -244,10 +245,50 @@ TEST_F(DirectEngineRun, bringsTheLastResultOfAGracefulStopButNotIntoTheClosedTra
     ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 3; }));
     EXPECT_EQ(fannedOut.value(0), u"published: last|último"_s);
     EXPECT_TRUE(onlyFile(u"transcript_*.txt"_s).endsWith(u"=\n\n"_s));
-    manager->stopCaptureSync(); // As before every start.
-    engine->onTranslation(u"late"_s, u"tarde"_s);
+}
+
+TEST_F(DirectEngineRun, bringsNoResultOfARunIntoTheNext) {
+    useChunked();
+    startRun();
+    stopAndWait();
+    const std::shared_ptr<FakeEngine> first = std::exchange(engine, nullptr);
+    useChunked();
+    startRun();
+    EXPECT_EQ(first.use_count(), 1) << "given up";
+    first->onTranslation(u"late"_s, u"tarde"_s);
     test::drainEvents();
-    EXPECT_EQ(fannedOut.size(), 3);
+    EXPECT_TRUE(fannedOut.isEmpty());
+}
+
+TEST_F(DirectEngineRun, fallsBackToTheBackendsChunksWhenAChunkedEngineCannotConnect) {
+    useChunked();
+    engine->connectError = u"Azure Key fehlt"_s;
+    startRun();
+    ASSERT_TRUE(waitUntil([&] {
+        return log.contains(u"❌ Direct Engine AzureDirectEngine Fehler: Azure Key fehlt"_s);
+    }));
+    test::drainEvents();
+    deliver(30000);
+    stopAndWait();
+    EXPECT_EQ(receivedAudio().size(), 1);
+    EXPECT_TRUE(engine->audio.isEmpty());
+}
+
+TEST_F(DirectEngineRun, losesTheOldestOfMoreThanFitsTheMemoryAndSaysSo) {
+    useChunked();
+    DirectEngineSession session(engine, nullptr,
+                                {.result = {}, .status = [](auto&...) {}, .connectFailed = {}});
+    for (char block = 1; block <= 34; ++block) {
+        session.sendAudio(QByteArray(1 << 20, block)); // Waits for the connection.
+    }
+    session.connect({});
+    ASSERT_EQ(engine->audio.size(), 32);
+    EXPECT_EQ(engine->audio.first().front(), 3);
+    EXPECT_EQ(engine->audio.last().front(), 34);
+    EXPECT_EQ(
+        log.count(
+            u"⚠️ Direct Engine AzureDirectEngine: Rückstau, ältester Block verworfen"_s),
+        2);
 }
 
 TEST_F(DirectEngineRun, dropsResultsThatComeAfterAnImmediateStop) {

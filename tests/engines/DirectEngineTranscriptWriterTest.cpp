@@ -33,6 +33,31 @@ QString contentOf(const QString& path) {
     return QString::fromUtf8(file.readAll());
 }
 
+/// The local time of another place while it lives.
+class TimeZone {
+  public:
+    explicit TimeZone(const QByteArray& name)
+        : before_(qgetenv("TZ")) {
+        qputenv("TZ", name);
+        tzset();
+    }
+
+    ~TimeZone() {
+        if (before_.isNull()) {
+            qunsetenv("TZ");
+        } else {
+            qputenv("TZ", before_);
+        }
+        tzset();
+    }
+
+    TimeZone(const TimeZone&) = delete;
+    TimeZone& operator=(const TimeZone&) = delete;
+
+  private:
+    const QByteArray before_;
+};
+
 class TranscriptWriter : public testing::Test {
   protected:
     QString txt() const { return contentOf(folder + u"/transcript_20250301_143005.txt"_s); }
@@ -97,6 +122,37 @@ TEST_F(TranscriptWriter, writesAnEmptyTranslationAsAnEmptyLine) {
     writer->close();
     EXPECT_TRUE(txt().endsWith(u"Original: Hello\nTranslation: \n\n"_s));
     EXPECT_TRUE(srt().endsWith(u"\nHello\n\n\n"_s));
+}
+
+TEST_F(TranscriptWriter, stampsAnEntryMoreThanAnHourAfterOpening) {
+    const auto writer = open();
+    writer->append(u"Hello"_s, u"Hallo"_s, opened.addMSecs(3'725'500));
+    writer->close();
+    EXPECT_EQ(srt(), u"1\n01:02:05,500 --> 01:02:08,500\nHello\nHallo\n\n"_s);
+}
+
+TEST_F(TranscriptWriter, namesFilesAndSessionByLocalTimeAndStampsEntriesInUtc) {
+    const TimeZone zone("EAST-9"); // Nine hours before UTC, the whole year.
+    const QDateTime moment(QDate(2025, 3, 1), QTime(5, 30, 5), Qt::UTC);
+    const auto writer = DirectEngineTranscriptWriter::open(folder, u"en"_s, u"de"_s, moment);
+    writer->append(u"Hello"_s, u"Hallo"_s, moment.addMSecs(250));
+    writer->close();
+    EXPECT_TRUE(txt().contains(u"\nSession: 2025-03-01 14:30:05\n"_s));
+    EXPECT_TRUE(txt().contains(u"[2025-03-01T05:30:05.250Z]\n"_s));
+    EXPECT_EQ(srt(), u"1\n00:00:00,250 --> 00:00:03,250\nHello\nHallo\n\n"_s);
+}
+
+TEST_F(TranscriptWriter, replacesTheFilesOfASessionOpenedInTheSameSecond) {
+    const auto first = open();
+    first->append(u"first"_s, u"erste"_s, opened);
+    first->close();
+    const auto second = open();
+    second->append(u"second"_s, u"zweite"_s, opened);
+    second->close();
+    EXPECT_FALSE(txt().contains(u"first"_s));
+    EXPECT_EQ(txt().count(u"Session: "_s), 1);
+    EXPECT_TRUE(txt().endsWith(u"Original: second\nTranslation: zweite\n\n"_s));
+    EXPECT_EQ(srt(), u"1\n00:00:00,000 --> 00:00:03,000\nsecond\nzweite\n\n"_s);
 }
 
 TEST_F(TranscriptWriter, writesEverythingAppendedBeforeItIsClosed) {
