@@ -9,6 +9,16 @@ from support import PROGRAM, DesktopTest
 from harness.processes import wait_until
 from harness.program import BACKEND_PORT, Program, port_is_open
 
+# Listens where the speech server does, and ends by force only.
+_STUBBORN_SERVER = f"""
+import signal, socket
+for ignored in (signal.SIGTERM, signal.SIGINT):
+    signal.signal(ignored, signal.SIG_IGN)
+server = socket.create_server(("localhost", {BACKEND_PORT}))
+while True:
+    server.accept()
+"""
+
 
 class Endings(DesktopTest):
     def test_terminating_while_it_translates_ends_everything(self):
@@ -66,6 +76,26 @@ class Endings(DesktopTest):
         self.desktop.key("q")
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()
+
+    def test_the_menus_quit_ends_a_backend_that_obeys_nothing(self):
+        self.open_desktop_for_backend(autoStartBackend=True)
+        self.backend_program().write_text(_STUBBORN_SERVER)
+        self.start_automatically()
+        self.desktop.click_tray(button=3)
+        self.wait_for_menu()
+        self.desktop.key("q")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        # In the second that follows each: the signals of one stop, not of two.
+        for line in ("⚠️ Backend noch aktiv, force stop...",
+                     "⚠️ Backend reagiert nicht auf SIGTERM, sende SIGINT...",
+                     "⚠️ Backend reagiert nicht, sende SIGKILL..."):
+            self.assertEqual(self.program.lines().count(line), 1, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def backend_program(self):
+        support = self.desktop.home / "Library" / "Application Support" / "Orvane"
+        return support / "backend" / "server.py"
 
     def test_closing_the_only_window_keeps_a_program_with_a_backend_in_reach(self):
         self.start_with_backend(tray=False)
