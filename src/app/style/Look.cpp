@@ -1,6 +1,7 @@
 #include "Look.h"
 
 #include "OrvaneStyle.h"
+#include "ScrollAreaAccessible.h"
 
 #include <QApplication>
 
@@ -10,6 +11,7 @@ Look::Look(DesktopAppearance& appearance)
     : appearance_(appearance)
     , style_(new OrvaneStyle) {
     QApplication::setStyle(style_);
+    installScrollAreaAccessibility();
     appearance_.setHandler([this](ColourScheme scheme) {
         style_->setScheme(scheme);
         // Lets the style see the desktop's own palette again and turn it into the theme's.

@@ -6,8 +6,8 @@ namespace orv {
 
 class OrvaneStyle;
 
-/// Gives the application its style and keeps it as light or dark as the desktop. Made once, after
-/// the application object and before any widget.
+/// Gives the application its style, keeps it as light or dark as the desktop, and mends what Qt
+/// tells assistive programs. Made once, after the application object and before any widget.
 class Look {
   public:
     /// `appearance` outlives it.
