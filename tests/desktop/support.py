@@ -3,12 +3,13 @@
 import contextlib
 import os
 import subprocess
+import sys
 import unittest
 
 from harness.accessibility import Accessibility
 from harness.desktop import SCREEN, Desktop
 from harness.portal import Portal
-from harness.processes import Timeout, end_on_signals, wait_until
+from harness.processes import end_on_signals, wait_until
 from harness.program import (BACKEND_PORT, Program, port_is_open, read_settings,
                              write_settings)
 from harness.sound import Sound
@@ -41,6 +42,16 @@ class EveryLanguage:
 
 class DesktopTest(unittest.TestCase):
     """A test that works on a private desktop. One to a process: see harness.accessibility."""
+
+    def _callTestMethod(self, method):
+        """Adds to a failure how each program of the test is, and what it logged last."""
+        try:
+            super()._callTestMethod(method)
+        except Exception:
+            for program in Program.started:
+                print(f"{program.log_file.name}, status {program.process.poll()}, ends with:\n"
+                      f"{program.tail(60)}", file=sys.stderr)
+            raise
 
     def open_desktop(self, tray=True, sound=True, portal=None, screen=SCREEN, **settings):
         context = contextlib.ExitStack()
@@ -127,24 +138,13 @@ class DesktopTest(unittest.TestCase):
         wait_until(tried, "the window to close", interval=1.0)
 
     def press(self, name):
-        with self.telling_of_the_program():
-            self.accessibility.press(self.program.pid, name)
-
-    @contextlib.contextmanager
-    def telling_of_the_program(self):
-        """Adds to a wait in vain whether the program still runs, and what it logged last."""
-        try:
-            yield
-        except Timeout as error:
-            raise Timeout(f"{error}; the program's status: {self.program.process.poll()}, "
-                          f"its log's end:\n{self.program.tail()}") from None
+        self.accessibility.press(self.program.pid, name)
 
     def is_on_screen(self, name, role=None):
         return self.accessibility.find(self.program.pid, name, role) is not None
 
     def wait_for(self, name, role=None):
-        with self.telling_of_the_program():
-            return self.accessibility.wait_for(self.program.pid, name, role)
+        return self.accessibility.wait_for(self.program.pid, name, role)
 
     def wait_until_stored(self, key, value):
         wait_until(lambda: read_settings(self.desktop).get(key) == value,
@@ -158,6 +158,21 @@ class DesktopTest(unittest.TestCase):
 
     def wait_for_menu(self):
         wait_until(self.menus, "the menu")
+
+    def quit_by_the_menu(self):
+        self.desktop.click_tray(button=3)
+        self.wait_for_menu()
+        self.press_quit_in_the_menu()
+
+    def press_quit_in_the_menu(self):
+        """Presses the key of Quit, again if the menu, which has just come, misses the first."""
+
+        def tried():
+            if self.menus():
+                self.desktop.key("q")
+            return "🛑 App wird beendet..." in self.program.lines()
+
+        wait_until(tried, "the program to quit", interval=1.0)
 
     def wait_until_the_menu_is_gone(self):
         wait_until(lambda: not self.menus(), "the menu to close")

@@ -71,9 +71,7 @@ class Endings(DesktopTest):
 
     def test_the_menus_quit_stops_the_backend_whatever_the_setting_says(self):
         self.start_with_backend(autoStopBackend=False)
-        self.desktop.click_tray(button=3)
-        self.wait_for_menu()
-        self.desktop.key("q")
+        self.quit_by_the_menu()
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()
 
@@ -81,9 +79,7 @@ class Endings(DesktopTest):
         self.open_desktop_for_backend(autoStartBackend=True)
         self.backend_program().write_text(_STUBBORN_SERVER)
         self.start_automatically()
-        self.desktop.click_tray(button=3)
-        self.wait_for_menu()
-        self.desktop.key("q")
+        self.quit_by_the_menu()
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         # In the second that follows each: the signals of one stop, not of two.
         for line in ("⚠️ Backend noch aktiv, force stop...",

@@ -71,10 +71,7 @@ class Life(DesktopTest):
     def test_a_start_while_the_first_one_quits_takes_its_place(self):
         self.open_desktop()
         self.start_program()
-        self.desktop.click_tray(button=3)
-        self.wait_for_menu()
-        self.desktop.key("q")
-        self.program.wait_for_line("🛑 App wird beendet...")
+        self.quit_by_the_menu()
         second = self.start_again()
         second.wait_for_line("App gestartet")
         self.assertEqual(self.program.wait_for_end(), 0)

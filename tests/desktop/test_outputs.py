@@ -17,7 +17,7 @@ from harness.witnesses import LogReader, OscDump, Page, Paint, Vmix
 _ORIGINAL, _TRANSLATION = "📥 Original: ", "📥 Übersetzung: "
 
 # The log is looked at once a millisecond, and on a busy machine later: the window may be faster.
-_LOG_LAG = 0.05
+_LOG_LAG = 0.05 * float(os.environ.get("ORVANE_SLOWDOWN", "1"))
 
 _CHATBOX_LIMIT = 144
 

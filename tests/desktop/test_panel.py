@@ -39,8 +39,7 @@ class Panel(DesktopTest):
         icon = min(self.desktop.windows("orvane"), key=lambda place: place[2])
         wait_until(lambda: self.menus()[0][1] == icon[1] + icon[3] + 5,
                    "the menu to stand a little below the icon")
-        self.desktop.key("q")
-        self.program.wait_for_line("🛑 App wird beendet...")
+        self.press_quit_in_the_menu()
         self.assertEqual(self.program.wait_for_end(), 0)
 
     def test_without_a_tray_the_panel_is_a_window_and_closing_it_ends_an_idle_program(self):

@@ -1,5 +1,6 @@
 """Uses the program the way an assistive program does: by what its controls are called."""
 
+import contextlib
 import os
 
 from .processes import Timeout, wait_until
@@ -118,7 +119,8 @@ class Accessibility:
 
     def menu_items(self, move):
         """The items of the menu in which `move()` moves the focus, top to bottom. Menus stand beside
-        the tree of windows, so the way to them is the news of the focus."""
+        the tree of windows, so the way to them is the news of the focus. A menu that has just come
+        may miss the first move, which is then made again."""
         from gi.repository import GLib
         found = []
         listener = self._atspi.EventListener.new(
@@ -130,9 +132,14 @@ class Accessibility:
                 pass
             return next((node for node in found if node.get_role_name() == "menu item"), None)
 
-        try:
+        def moved():
             move()
-            menu = wait_until(item, "an item of a menu to get the focus").get_parent()
+            with contextlib.suppress(Timeout):
+                return wait_until(item, "", limit=2.0)
+            return None
+
+        try:
+            menu = wait_until(moved, "an item of a menu to get the focus").get_parent()
         finally:
             listener.deregister("object:state-changed:focused")
         return [menu.get_child_at_index(index) for index in range(menu.get_child_count())]

@@ -48,22 +48,24 @@ def settings_file(desktop):
 
 
 class Program:
-    """`executable`, started on `desktop`. Everything it prints goes to a file."""
+    """`executable`, started on `desktop`. Everything it prints goes to a file.
 
-    _count = 0
+    `started` holds all of this process's, oldest first."""
+
+    started = []
     _MARK = "ORVANE_HARNESS_PROGRAM"
 
     def __init__(self, desktop, executable, arguments=(), environment=None):
-        Program._count += 1
         self._desktop = desktop
-        self.log_file = pathlib.Path(desktop.folder) / f"program-{Program._count}.log"
-        self._mark = f"{desktop.folder.name}-{Program._count}"
+        self.log_file = pathlib.Path(desktop.folder) / f"program-{len(Program.started) + 1}.log"
+        self._mark = f"{desktop.folder.name}-{len(Program.started) + 1}"
         with self.log_file.open("wb") as log:
             self.process = desktop.children.start(
                 [str(executable), *arguments],
                 env={**desktop.environment, **(environment or {}), self._MARK: self._mark},
                 stdout=log, stderr=subprocess.STDOUT)
         self.pid = self.process.pid
+        Program.started.append(self)
 
     def lines(self):
         return self.log_file.read_text(encoding="utf-8", errors="replace").splitlines()
