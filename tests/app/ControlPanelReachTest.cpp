@@ -1,5 +1,6 @@
 // Whether everybody can read and reach what is on the panel.
 
+#include "AccessibleTree.h"
 #include "ControlPanelFixture.h"
 #include "ReadingText.h"
 
@@ -24,6 +25,10 @@ TEST_F(ControlPanelReach, assistiveProgramsSwitchWithoutAClick) {
     EXPECT_TRUE(settings.showOriginal.get());
     EXPECT_FALSE(audio.vadEnabled());
     EXPECT_TRUE(shows(text(u"vad.fixed"_s)));
+}
+
+TEST_F(ControlPanelReach, noQuestionOfAnAssistiveProgramIsTooMuch) {
+    EXPECT_GT(askForMissingChildren(QAccessible::queryAccessibleInterface(&panel)), 40);
 }
 
 TEST_F(ControlPanelReach, everyTextFollowsTheLanguageAtOnce) {

@@ -1,5 +1,6 @@
 // The settings window as a whole: tabs, language, names, keys.
 
+#include "AccessibleTree.h"
 #include "SettingsWindowFixture.h"
 
 #include <QApplication>
@@ -117,6 +118,13 @@ TEST_F(SettingsWindowTest, everyControlHasANameOfItsOwn) {
         names.insert(name);
     }
     EXPECT_GT(names.size(), 60);
+}
+
+TEST_F(SettingsWindowTest, noQuestionOfAnAssistiveProgramIsTooMuch) {
+    for (int tab = 0; tab < tabs()->count(); ++tab) {
+        showTab(tab);
+        EXPECT_GT(askForMissingChildren(QAccessible::queryAccessibleInterface(window.get())), 10);
+    }
 }
 
 TEST_F(SettingsWindowTest, everyControlIsReachedByTheTabKey) {
