@@ -68,6 +68,16 @@ class CloudEngineRun : public test::AudioManagerFixture {
         ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
     }
 
+    /// Starts a run whose first chunk is with the service, which has not answered yet, and whose
+    /// second is complete.
+    void letAChunkWaitBehindAnother(ServicePeer& service) {
+        askForAChunk(service);
+        deliver(20002, 0.5F);
+        ASSERT_TRUE(
+            waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
+        test::drainEvents();
+    }
+
     QString onlyFile(const QString& pattern) const {
         const QDir output(folder.filePath(u"output"_s));
         const QStringList names = output.entryList({pattern});
@@ -182,10 +192,7 @@ TEST_F(CloudEngineRun, bringsTheResultOfARequestThatAGracefulStopInterrupts) {
 
 TEST_F(CloudEngineRun, sendsTheChunksThatWaitAtAGracefulStop) {
     ServicePeer service(u"http_service.py"_s);
-    askForAChunk(service);
-    deliver(20002, 0.5F);
-    ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
-    test::drainEvents();
+    letAChunkWaitBehindAnother(service);
     stopAndWait();
     EXPECT_EQ(service.count(u"request"_s), 1);
     service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
@@ -195,10 +202,7 @@ TEST_F(CloudEngineRun, sendsTheChunksThatWaitAtAGracefulStop) {
 
 TEST_F(CloudEngineRun, dropsTheChunksThatWaitAtAnImmediateStop) {
     ServicePeer service(u"http_service.py"_s);
-    askForAChunk(service);
-    deliver(20002, 0.5F);
-    ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
-    test::drainEvents();
+    letAChunkWaitBehindAnother(service);
     stopAndWait();              // Would still send it,
     manager->stopCaptureSync(); // were it not for this.
     service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"late"_s)}});
@@ -210,10 +214,7 @@ TEST_F(CloudEngineRun, dropsTheChunksThatWaitAtAnImmediateStop) {
 
 TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
     ServicePeer service(u"http_service.py"_s);
-    askForAChunk(service);
-    deliver(20002, 0.5F);
-    ASSERT_TRUE(waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
-    test::drainEvents();
+    letAChunkWaitBehindAnother(service);
     EXPECT_EQ(service.count(u"request"_s), 1);
     const auto answer = [](int id, const QString& text) {
         return QJsonObject{{u"answer"_s, id}, {u"body"_s, azureResult(text)}};

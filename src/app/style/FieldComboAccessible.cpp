@@ -75,11 +75,7 @@ QAccessibleInterface* createFieldComboAccessible(const QString& className, QObje
 } // namespace
 
 void installFieldComboAccessibility() {
-    static const bool installed = [] {
-        QAccessible::installFactory(createFieldComboAccessible);
-        return true;
-    }();
-    (void)installed;
+    QAccessible::installFactory(createFieldComboAccessible); // Takes each one once.
 }
 
 } // namespace orv

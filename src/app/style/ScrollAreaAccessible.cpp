@@ -19,11 +19,7 @@ QAccessibleInterface* createScrollAreaAccessible(const QString& className, QObje
 } // namespace
 
 void installScrollAreaAccessibility() {
-    static const bool installed = [] {
-        QAccessible::installFactory(createScrollAreaAccessible);
-        return true;
-    }();
-    (void)installed;
+    QAccessible::installFactory(createScrollAreaAccessible); // Takes each one once.
 }
 
 } // namespace orv
