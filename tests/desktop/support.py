@@ -152,7 +152,7 @@ class DesktopTest(unittest.TestCase):
 
     def menus(self):
         """Where the menu is that stands below the tray's item, while the panel is closed."""
-        x, y, width, height = self.desktop.tray_item()
+        x, y, width, height = self.desktop.tray_window()
         return [place for place in self.desktop.windows("orvane")
                 if place[1] >= y + height and place[2] > width]
 

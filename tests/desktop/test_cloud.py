@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import re
+import statistics
 import subprocess
 import time
 import unittest
@@ -18,14 +19,16 @@ from harness.voice import share_found, voice_seconds_in
 
 PROGRAM = os.environ["ORVANE_ON_LOOPBACK"]
 
-# Of each sentence. A wrong rate or blocks out of order leave nothing; a sound server that is short
-# of time on a busy machine has left three quarters.
-_LEAST_SHARE = 0.5
+# Of each sentence. Blocks out of order, one left out of six and a rate that is 2 % wrong leave 0.28
+# at most; a sound server that was short of time on a very busy machine has left 0.86.
+_LEAST_SHARE = 0.6
 
 _SLOWDOWN = float(os.environ.get("ORVANE_SLOWDOWN", "1"))
 
-# From pressing a switch to seeing it changed, through the accessibility bus and on a busy machine.
+# From pressing a switch to seeing it changed, through the accessibility bus and on a busy machine:
+# most times, and ever. What must not be waited for takes 15 seconds and more.
 _RESPONSIVE_SECONDS = 1.0 * _SLOWDOWN
+_LONGEST_SECONDS = 5.0
 _STOP_SECONDS = 1.0 * _SLOWDOWN
 
 # Of a sentence's voice: the services leave out scraps.
@@ -47,11 +50,17 @@ class Cloud(unittest.TestCase):
         """Plays a sentence and waits until the service has answered all of it."""
         expected = self.service.voice_seconds + _ANSWERED_SHARE * voice_seconds_in(sentence.file)
         self.road.sound.speak(sentence.file).wait()
-        wait_until(lambda: self.service.voice_seconds >= expected
-                   and self.shown() == self.service.results, "every result on the overlay")
+        wait_until(lambda: self.service.voice_seconds >= expected and self.is_shown(),
+                   "every result on the overlay")
 
     def shown(self):
         return [(subtitle.original, subtitle.translation) for subtitle in self.road.subtitles()]
+
+    def is_shown(self):
+        """Whether the overlay shows the latest result and has shown nothing but results, in their
+        order. Who looks at it late may miss one: the transcripts must hold them all."""
+        shown, left = self.shown(), iter(self.service.results)
+        return shown[-1:] == self.service.results[-1:] and all(pair in left for pair in shown)
 
     def test_deepgram(self):
         self.run_through(Deepgram())
@@ -106,7 +115,7 @@ class Cloud(unittest.TestCase):
         service.service.unplug()
         line = f"📋 Direct Engine Status: [error] {service.disconnected}"
         self.road.program.wait_for_line(line)
-        self.road.accessibility.wait_for(self.road.program.pid, service.disconnected, limit=5)
+        self.road.accessibility.wait_for(self.road.program.pid, service.disconnected)
         self.check_delivered()
         self.check_window_answers(player)
         self.check_quick_stop()
@@ -121,9 +130,10 @@ class Cloud(unittest.TestCase):
         service = Azure()
         self.open(service)
         self.speak(recorded_sentences()[1])
-        service.service.unplug()
         sent, failed = "🎵 Direct Engine: Sende", "❌ Direct Engine AzureDirectEngine Fehler: "
+        wait_until(lambda: self.count_lines(sent) == len(service.waves), "every chunk's answer")
         before = self.count_lines(sent)
+        service.service.unplug()
         player = self.road.sound.speak(recorded_sentences()[3].file)
         self.road.program.wait_for_line(failed)
         self.check_window_answers(player)
@@ -142,29 +152,35 @@ class Cloud(unittest.TestCase):
         """Everything that was shown stands in both files already."""
         shown = self.shown()
         self.assertGreaterEqual(len(shown), 1)
-        self.assertEqual(shown, self.service.results[:len(shown)])
+        delivered = self.service.results[:self.service.results.index(shown[-1]) + 1]
         txt, srt = self.transcripts()
         entries = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")[2]
-        self.assertEqual(_entries(entries), shown)
-        self.assertEqual([cue[2:] for cue in _cues(srt.read_text(encoding="utf-8"))], shown)
+        self.assertEqual(_entries(entries), delivered)
+        self.assertEqual([cue[2:] for cue in _cues(srt.read_text(encoding="utf-8"))], delivered)
 
     def check_window_answers(self, player):
         """Uses a switch of the panel again and again while sound goes on coming in."""
         pid, access, name = self.road.program.pid, self.road.accessibility, "Show Original Text"
-        longest, times = 0.0, 0
-        while player.poll() is None or times < 5:
-            wanted = not access.is_checked(pid, name)
+        switch, press = access.wait_for(pid, name), access.press_when_told(pid, name)
+        times = []
+        while player.poll() is None or len(times) < 5:
+            wanted = not access.shows_checked(switch)
             begun = time.monotonic()
-            access.press(pid, name)
-            wait_until(lambda: access.is_checked(pid, name) == wanted, "the switch")
-            longest = max(longest, time.monotonic() - begun)
-            times += 1
-        self.assertLess(longest, _RESPONSIVE_SECONDS)
+            press()
+            wait_until(lambda: access.shows_checked(switch) == wanted, "the switch")
+            times.append(time.monotonic() - begun)
+        self.assertLess(statistics.median(times), _RESPONSIVE_SECONDS)
+        self.assertLess(max(times), _LONGEST_SECONDS)
 
     def check_quick_stop(self):
+        pid, access = self.road.program.pid, self.road.accessibility
+        press = access.press_when_told(pid, "Stop Translation")
         begun = time.monotonic()
-        self.road.stop_translation()
-        self.assertLess(time.monotonic() - begun, _STOP_SECONDS, self.road.program.tail())
+        press()
+        access.wait_for(pid, "Start Translation")
+        took = time.monotonic() - begun
+        self.road.wait_for_end_of_run()
+        self.assertLess(took, _STOP_SECONDS, self.road.program.tail())
 
     def run_through(self, service):
         """A whole run, with everything that is demanded of every service."""
@@ -172,13 +188,16 @@ class Cloud(unittest.TestCase):
         sentences = recorded_sentences()[1:4]
         for sentence in sentences:
             self.speak(sentence)
+        wait_until(lambda: not service.is_listening() and self.is_shown(), "the last answer")
+        before = len(service.results)
         self.road.stop_translation()
+        wait_until(self.is_shown, "what the stop brought in")
         self.check_quit()
         self.assertIsNone(service.service.failure)
         self.assertEqual(service.misuses, [])
         self.assertGreaterEqual(len(service.results), len(sentences))
-        self.assertEqual(self.shown(), service.results)
-        self.check_transcripts()
+        self.assertTrue(self.is_shown(), f"{self.shown()} of {service.results}")
+        self.check_transcripts(before)
         for sentence in sentences:
             self.assertGreaterEqual(share_found(service.heard(), sentence.file),
                                     _LEAST_SHARE)
@@ -194,7 +213,8 @@ class Cloud(unittest.TestCase):
         self.assertEqual((len(txt), len(srt)), (1, 1))
         return txt[0], srt[0]
 
-    def check_transcripts(self):
+    def check_transcripts(self, least):
+        """The files hold every result but what came when they had been closed: `least` at least."""
         txt, srt = self.transcripts()
         self.assertRegex(txt.name, r"^transcript_\d{8}_\d{6}\.txt$")
         self.assertEqual(srt.name, txt.name.replace("transcript", "subtitles")
@@ -202,9 +222,11 @@ class Cloud(unittest.TestCase):
         head, _, entries = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")
         self.assertRegex(head, r"\ALive Audio Translation\nSession: \d{4}-\d\d-\d\d \d\d:\d\d:\d\d\n"
                                r"Source: en\nTarget: es\n\Z")
-        self.assertEqual(_entries(entries), self.service.results)
+        written = _entries(entries)
+        self.assertGreaterEqual(len(written), least)
+        self.assertEqual(written, self.service.results[:len(written)])
         cues = _cues(srt.read_text(encoding="utf-8"))
-        self.assertEqual([cue[2:] for cue in cues], self.service.results)
+        self.assertEqual([cue[2:] for cue in cues], written)
         self.assertEqual([cue[0] for cue in cues], list(range(1, len(cues) + 1)))
         packets = _probe(srt, "-show_packets")["packets"]
         self.assertEqual(len(packets), len(cues))

@@ -1,5 +1,6 @@
 """However the program ends, it leaves nothing behind that nobody wants."""
 
+import contextlib
 import os
 import signal
 import unittest
@@ -60,13 +61,14 @@ class Endings(DesktopTest):
     def start_again_and_adopt(self):
         """Another start adopts the backend, and does not end what it did not start."""
         self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("✓ Backend läuft bereits auf Port 8765")
+        self.program.wait_for_line("✓ Backend läuft bereits auf Port 8765", limit=60)
         self.assertEqual(self.program.terminate(), 0)
         self.assertTrue(port_is_open(BACKEND_PORT))
 
     def end(self, program):
         for pid in program.processes():
-            os.kill(pid, signal.SIGTERM)
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(pid, signal.SIGTERM)
         program.wait_until_nothing_is_left()
 
     def test_the_menus_quit_stops_the_backend_whatever_the_setting_says(self):
@@ -111,7 +113,7 @@ class Endings(DesktopTest):
         self.press("Start Backend")
         self.program.wait_for_line("✓ Backend-Prozess gestartet")
         self.close_the_window_and_bring_it_back()
-        self.wait_for("Stop Backend", "push button")
+        self.accessibility.wait_for(self.program.pid, "Stop Backend", "push button", limit=90)
 
     def test_closing_the_only_window_does_not_break_off_an_installation(self):
         wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)

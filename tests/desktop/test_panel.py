@@ -145,6 +145,7 @@ class Panel(DesktopTest):
                 pause = self.accessibility.extents(self.wait_for(_LAST_SWITCH[language]))
                 self.assertLess(pause[1] + pause[3], y)
                 self.program.terminate()
+                self.desktop.wait_until_tray_is_empty()
 
     def test_choices_last_beyond_a_restart(self):
         self.open_desktop()
@@ -156,9 +157,11 @@ class Panel(DesktopTest):
         self.choose_language("To", "espa")
         self.choose_with_keys("Microphone", "Microphone")
         self.press("🔊 System Audio")
-        wait_until(lambda: read_settings(self.desktop).get("audioSourceType") == 1,
-                   "the last choice to be written")
+        for key, value in (("showOriginal", True), ("sourceLang", "fi"), ("targetLang", "es"),
+                           ("audioSourceType", 1)):
+            self.wait_until_stored(key, value)
         self.program.terminate()
+        self.desktop.wait_until_tray_is_empty()
 
         self.start_program()
         self.open_panel()

@@ -227,6 +227,7 @@ class Settings(EveryLanguage, DesktopTest):
 
     def test_another_language_changes_everything_at_once(self):
         self.open_settings()
+        self.wait_until_active("ORV Settings")
         self.click_on("Interface Language", "combo box")
         self.wait_for("🇫🇷 Français", "list item")
         self.desktop.key("Down", "Down", "Return")

@@ -6,6 +6,11 @@ import os
 from .processes import Timeout, wait_until
 
 
+# How long the program may be busy before a question counts as failed, also at its start. The
+# library's own 0.8 s is less than a busy machine needs.
+_PATIENCE_MILLISECONDS = 20_000
+
+
 class Accessibility:
     """The accessible programs of `desktop`. One per process: the library keeps its connection."""
 
@@ -22,6 +27,7 @@ class Accessibility:
         gi.require_version("Atspi", "2.0")
         from gi.repository import Atspi
         Atspi.init()
+        Atspi.set_timeout(_PATIENCE_MILLISECONDS, _PATIENCE_MILLISECONDS)
         # Nobody runs the event loop here, so a cache would never hear of changes.
         self._atspi = Atspi
 
@@ -34,20 +40,27 @@ class Accessibility:
         return None
 
     def nodes(self, pid):
-        """Every node of the program's windows that is on screen, in reading order."""
-        try:
-            application = self._application(pid)
-            stack = [application] if application is not None else []
-            while stack:
-                node = stack.pop()
-                node.clear_cache()
-                if node is not application and not self._is_showing(node):
-                    continue
+        """Every node of the program's windows that is on screen, in reading order. One that goes
+        meanwhile is left out with what is in it."""
+        application = self._ask(lambda: self._application(pid))
+        stack = [application] if application is not None else []
+        while stack:
+            node = stack.pop()
+            self._ask(node.clear_cache)
+            if node is application or self._ask(lambda: self._is_showing(node)):
                 yield node
-                children = [node.get_child_at_index(i) for i in range(node.get_child_count())]
-                stack.extend(child for child in reversed(children) if child is not None)
+                stack += reversed(self._ask(lambda: self._children_of(node)) or [])
+
+    def _children_of(self, node):
+        children = [node.get_child_at_index(i) for i in range(node.get_child_count())]
+        return [child for child in children if child is not None]
+
+    def _ask(self, question):
+        """The answer, or None when whom it is about has gone."""
+        try:
+            return question()
         except self._errors():
-            return
+            return None
 
     def _errors(self):
         from gi.repository import GLib
@@ -59,11 +72,8 @@ class Accessibility:
     def find(self, pid, name, role=None):
         """The first node on screen called `name` (of `role`, if given), or None."""
         for node in self.nodes(pid):
-            try:
-                if node.get_name() == name and role in (None, node.get_role_name()):
-                    return node
-            except self._errors():
-                continue
+            if self._ask(lambda: node.get_name() == name and role in (None, node.get_role_name())):
+                return node
         return None
 
     def wait_for(self, pid, name, role=None, limit=20.0):
@@ -71,22 +81,18 @@ class Accessibility:
 
     def names(self, pid):
         """What is on screen: (role, name) of every node."""
-        return [(node.get_role_name(), node.get_name()) for node in self.nodes(pid)]
+        found = [self._ask(lambda: (node.get_role_name(), node.get_name()))
+                 for node in self.nodes(pid)]
+        return [names for names in found if names]
 
     def press(self, pid, name, limit=20.0):
         """Presses the button (or switch) called `name` as soon as it can be pressed."""
 
         def pressed():
             for node in self.nodes(pid):
-                if node.get_name() != name or not node.get_state_set().contains(
-                        self._atspi.StateType.ENABLED):
-                    continue
-                action = node.get_action_iface()
-                if action is None:
-                    continue
-                for index in range(action.get_n_actions()):
-                    if action.get_action_name(index).lower() in ("press", "toggle", "click"):
-                        return action.do_action(index)
+                if self._ask(lambda: node.get_name() == name and self._is_enabled(node)) and (
+                        action := self._ask(lambda: self._press_of(node))):
+                    return action()
             return False
 
         try:
@@ -94,16 +100,31 @@ class Accessibility:
         except Timeout as error:
             raise Timeout(f"{error}; on screen: {self.names(pid)}") from None
 
+    def _is_enabled(self, node):
+        return node.get_state_set().contains(self._atspi.StateType.ENABLED)
+
+    def _press_of(self, node):
+        """What presses `node`, or None."""
+        action = node.get_action_iface()
+        for index in range(action.get_n_actions() if action else 0):
+            if action.get_action_name(index).lower() in ("press", "toggle", "click"):
+                return lambda: action.do_action(index)
+        return None
+
+    def press_when_told(self, pid, name):
+        """Finds the button called `name`; returns what presses it, without any further search."""
+        return self._press_of(self.wait_for(pid, name))
+
     def focused(self, pid):
         """The node on screen that has the focus, or None."""
         for node in self.nodes(pid):
-            if node.get_state_set().contains(self._atspi.StateType.FOCUSED):
+            if self._ask(lambda: node.get_state_set().contains(self._atspi.StateType.FOCUSED)):
                 return node
         return None
 
     def has_active_window(self, pid):
         """Whether one of the program's windows has the keyboard's focus."""
-        return any(self.is_active(node) for node in self.nodes(pid))
+        return any(self._ask(lambda: self.is_active(node)) for node in self.nodes(pid))
 
     def is_active(self, window):
         """Whether `window` is the one that gets the keys."""
@@ -130,7 +151,9 @@ class Accessibility:
         def item():
             while GLib.MainContext.default().iteration(False):
                 pass
-            return next((node for node in found if node.get_role_name() == "menu item"), None)
+            # News of another menu's items may still be on its way when they have gone.
+            return next((node for node in found
+                         if self._ask(node.get_role_name) == "menu item"), None)
 
         def moved():
             move()
@@ -145,7 +168,10 @@ class Accessibility:
         return [menu.get_child_at_index(index) for index in range(menu.get_child_count())]
 
     def is_checked(self, pid, name):
-        node = self.wait_for(pid, name)
+        return self.shows_checked(self.wait_for(pid, name))
+
+    def shows_checked(self, node):
+        node.clear_cache()
         return node.get_state_set().contains(self._atspi.StateType.CHECKED)
 
     def value_text(self, pid, name):

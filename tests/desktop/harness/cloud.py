@@ -102,6 +102,10 @@ class CloudService:
         """All sound that came in, 16-bit PCM."""
         raise NotImplementedError
 
+    def is_listening(self):
+        """Whether somebody speaks, or has just spoken, whose result is still to come."""
+        raise NotImplementedError
+
 
 class _Translation:
     """The translation service that the streaming providers' users need."""
@@ -166,6 +170,9 @@ class StreamingService(CloudService):
 
     def heard(self):
         return b"".join(self._sound)
+
+    def is_listening(self):
+        return self._stretches.is_open()
 
     def event(self, name):
         return next((event for event in self.events if event["event"] == name), None)
@@ -234,6 +241,9 @@ class ChunkedService(CloudService):
 
     def heard(self):
         return b"".join(self._chunks)
+
+    def is_listening(self):
+        return False
 
     def answer(self, event, body, status=200):
         self.service.command(answer=event["id"], status=status, body=body,

@@ -88,6 +88,8 @@ class Desktop:
         self.environment["DISPLAY"] = f":{number}"
         # A plain ground, neither black nor white, on which windows and subtitles can be seen.
         x11.set_wallpaper(self.environment["DISPLAY"], WALLPAPER)
+        # A key whose release is late on a busy machine is still pressed only once.
+        x11.stop_key_repeat(self.environment["DISPLAY"])
         # A window that appears while the window manager takes over the screen can get lost.
         ready = self.folder / "openbox.ready"
         self._start(["openbox", "--sm-disable", "--startup", f"touch '{ready}'"])
@@ -170,9 +172,17 @@ class Desktop:
                    .split()[0])
 
     def tray_item(self):
-        """The (x, y, width, height) of the tray once it holds an item, else None."""
+        """The (x, y, width, height) of the tray once it holds an item, else None. It grows first and
+        moves to the edge of the screen then."""
         window = self.tray_window()
-        return window if window and window[2] > EMPTY_TRAY_WIDTH else None
+        if window and window[2] > EMPTY_TRAY_WIDTH and (
+                window[0] + window[2] == int(self._screen.split("x")[0])):
+            return window
+        return None
+
+    def wait_until_tray_is_empty(self):
+        """An ended program's item goes a little later than the program."""
+        wait_until(lambda: self.tray_window()[2] <= EMPTY_TRAY_WIDTH, "the tray to be empty")
 
     def is_above(self, window, other):
         """Whether a managed window, by its number, stands in front of another one."""

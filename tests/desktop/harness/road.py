@@ -161,7 +161,10 @@ class Road:
 
     def start_translation(self):
         self.press("Start Translation")
-        self.program.wait_for_line("✓ Config gesendet", limit=20)
+        self.program.wait_for_line("✓ Config gesendet", limit=60)
+        # Before it opens the stream that stays, the program may try out another.
+        self.program.wait_for_line("✅ Mikrofon-Engine gestartet" if self._source == MICROPHONE_ROAD
+                                   else "✅ ScreenCaptureKit Audio gestartet")
         wait_until(self.sound.recording_streams, "the program to listen")
         self._say("the program listens")
 
@@ -169,6 +172,9 @@ class Road:
         """Stops the run and waits until the last words have been processed."""
         self.press("Stop Translation")
         self.accessibility.wait_for(self.program.pid, "Start Translation")
+        self.wait_for_end_of_run(limit)
+
+    def wait_for_end_of_run(self, limit=60):
         wait_until(lambda: not self.accessibility.find(
             self.program.pid, "Processing last translation..."), "the end of the run", limit)
 

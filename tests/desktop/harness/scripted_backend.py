@@ -8,7 +8,8 @@ import subprocess
 import sys
 import time
 
-from .program import BACKEND_PORT
+from .processes import wait_until
+from .program import BACKEND_PORT, port_is_open
 
 
 class ScriptedBackend:
@@ -16,6 +17,7 @@ class ScriptedBackend:
     has started. Whoever configures a run is sent every message of `script`."""
 
     def __init__(self, desktop, script=()):
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the speech server's port to be free", 60)
         self._process = desktop.children.start(
             [sys.executable, "-m", "harness.scripted_backend"],
             env={**desktop.environment, "PYTHONDONTWRITEBYTECODE": "1"},

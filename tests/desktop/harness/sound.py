@@ -1,6 +1,7 @@
 """The private sound server: loudspeakers nobody hears and a microphone one can play into."""
 
 import array
+import math
 import os
 import subprocess
 import threading
@@ -91,43 +92,50 @@ class Sound:
 
 
 class Listener:
-    """Remembers when something could be heard."""
+    """Remembers when something could be heard, by its place in the recording: sound that is read
+    late was not late."""
 
     _RATE = 16000
     _BLOCK = _RATE // 100  # Samples: 10 ms.
+    _BLOCK_SECONDS = _BLOCK / _RATE
     _AUDIBLE = 300         # Of 32767.
 
     def __init__(self, desktop, source):
         self._process = desktop.children.start(
             ["parec", "--raw", f"--device={source}", "--format=s16le", f"--rate={self._RATE}",
              "--channels=1", "--latency-msec=10"], env=desktop.environment, stdout=subprocess.PIPE)
-        self._loud = []
-        self._heard_until = None
+        self._loud = []            # Blocks, by their number.
+        self._count = 0            # Of all blocks so far.
+        self._begun = math.inf     # The moment of the recording's begin, as far as is known.
         self._thread = threading.Thread(target=self._run, daemon=True)
         self._thread.start()
-        wait_until(lambda: self._heard_until, "the first sound of the recorder, or silence")
+        wait_until(lambda: self._count, "the first sound of the recorder, or silence")
 
     def _run(self):
         while block := self._process.stdout.read(2 * self._BLOCK):
-            now = time.monotonic()
-            samples = array.array("h", block)
-            if max(samples) > self._AUDIBLE:
-                self._loud.append(now)
-            self._heard_until = now
+            self._count += 1
+            # No block comes before its time, so the earliest one tells most.
+            self._begun = min(self._begun, time.monotonic() - self._count * self._BLOCK_SECONDS)
+            if max(array.array("h", block)) > self._AUDIBLE:
+                self._loud.append(self._count)
 
     def wait_for_sound(self, since, limit=20.0):
         """Seconds from the moment `since` (of the monotonic clock) to the first sound after it."""
-        return wait_until(lambda: next((t for t in list(self._loud) if t > since), None),
-                          "a sound", limit) - since
+        return wait_until(lambda: next((t for t in map(self._moment, list(self._loud))
+                                        if t > since), None), "a sound", limit) - since
 
     def wait_for_silence(self, seconds, limit=60.0):
         """Waits until nothing was heard for so long; returns when the last sound was."""
 
         def quiet():
-            last = self._loud[-1] if self._loud else self._heard_until - seconds
-            return last if self._heard_until - last >= seconds else None
+            last = self._moment(self._loud[-1] if self._loud else 0)
+            return last if self.heard_until() - last >= seconds else None
 
         return wait_until(quiet, f"{seconds:g} s of silence", limit)
 
     def heard_until(self):
-        return self._heard_until
+        return self._moment(self._count)
+
+    def _moment(self, count):
+        """Of the monotonic clock, when so many blocks had been recorded."""
+        return self._begun + count * self._BLOCK_SECONDS

@@ -11,9 +11,10 @@ _PAUSE_SECONDS = 0.5           # Ends a stretch.
 _INTERIM_SECONDS = 0.8         # Of voice, between two interim results.
 SHORTEST_VOICE_SECONDS = 0.2
 
-# Of the comparison with a recording, at its 16 kHz.
-_HALF_SECOND = 8000
-_LARGEST_SHIFT = 800
+# Of the comparison with a recording, in samples at its 16 kHz.
+_PIECE = 1600
+_LARGEST_GAP = 16000           # That a late player leaves before a piece.
+_LARGEST_LOSS = 800
 _LEAST_LIKENESS = 0.9          # The sound server's way there and back leaves 0.97 and more.
 
 
@@ -60,6 +61,10 @@ class Stretches:
             due += self._frame(voiced)
         return due
 
+    def is_open(self):
+        """Whether a stretch has begun that is not over yet."""
+        return self._voice > 0
+
     def _frame(self, voiced):
         if voiced:
             self._voice += 1
@@ -84,26 +89,40 @@ class Stretches:
 
 
 def share_found(pcm, file):
-    """How much of a recording (16 kHz) is in sound of 48 kHz: the share of its half seconds that
-    are there, all at the same distance from where they were. A sound server that is short of time
-    inserts or leaves out some milliseconds, so the recording as a whole need not fit."""
+    """How much of a recording (16 kHz) is in sound of 48 kHz: the share of its tenths of a second
+    with voice that are there, in their order. A player that is short of time leaves gaps between
+    them; a tenth with a gap in it is not found, and what follows comes later."""
     with wave.open(str(file)) as sound:
         recording = samples_of(sound.readframes(sound.getnframes()))
     heard = samples_of(pcm)
     heard = heard[:len(heard) // 3 * 3].reshape(-1, 3).mean(axis=1)
-    heard = numpy.pad(heard, _HALF_SECOND)
-    starts = range(0, len(recording) - _HALF_SECOND + 1, _HALF_SECOND)
-    fits = [_best_fit(heard, recording[start:start + _HALF_SECOND]) for start in starts]
-    lags = numpy.array([place - start for start, (place, likeness) in zip(starts, fits)
-                        if likeness > _LEAST_LIKENESS])
-    return max((int((abs(lags - lag) < _LARGEST_SHIFT).sum()) for lag in lags), default=0) / len(fits)
+    heard = numpy.pad(heard, _PIECE)
+    starts = numpy.flatnonzero(_voiced(recording, _PIECE)) * _PIECE
+    fits = _best_fits(heard, [recording[start:start + _PIECE] for start in starts])
+    lags = [place - start for start, (place, likeness) in zip(starts, fits)
+            if likeness > _LEAST_LIKENESS]
+    return _longest_chain(lags) / len(fits)
 
 
-def _best_fit(heard, piece):
-    """Where a piece fits best, and its correlation there."""
-    size = 1 << (len(heard) + len(piece)).bit_length()
-    spectrum = numpy.fft.rfft(heard, size) * numpy.conj(numpy.fft.rfft(piece, size))
-    products = numpy.fft.irfft(spectrum, size)[:len(heard) - len(piece) + 1]
-    place = int(products.argmax())
-    energy = (heard[place:place + len(piece)] ** 2).sum() * (piece ** 2).sum()
-    return place, products[place] / numpy.sqrt(max(energy, 1.0))
+def _longest_chain(lags):
+    """How many pieces follow each other as in the recording, but for gaps."""
+    lengths = []
+    for index, lag in enumerate(lags):
+        lengths.append(1 + max((lengths[before] for before in range(index)
+                                if -_LARGEST_LOSS < lag - lags[before] < _LARGEST_GAP), default=0))
+    return max(lengths, default=0)
+
+
+def _best_fits(heard, pieces):
+    """For each piece, where it fits best, and its correlation there."""
+    size = 1 << (len(heard) + _PIECE).bit_length()
+    spectrum = numpy.fft.rfft(heard, size)
+    sums = numpy.concatenate([[0], (heard ** 2).cumsum()])
+    energies = numpy.maximum(sums[_PIECE:] - sums[:-_PIECE], 1.0)
+    fits = []
+    for piece in pieces:
+        products = numpy.fft.irfft(spectrum * numpy.conj(numpy.fft.rfft(piece, size)), size)
+        likenesses = products[:len(energies)] / numpy.sqrt(energies * (piece ** 2).sum())
+        place = int(likenesses.argmax())
+        fits.append((place, likenesses[place]))
+    return fits

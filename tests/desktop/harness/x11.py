@@ -36,6 +36,11 @@ def has_compositor(display_name):
         return x11.XGetSelectionOwner(display, _atom(x11, display, "_NET_WM_CM_S0")) != 0
 
 
+def stop_key_repeat(display_name):
+    with _connection(display_name) as (x11, display):
+        x11.XAutoRepeatOff(display)
+
+
 def set_wallpaper(display_name, color):
     """Covers the ground with `color` (0xRRGGBB), in the way that compositors know."""
     with _connection(display_name) as (x11, display):
