@@ -16,6 +16,13 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// For a killed child to go, which is a matter of the system alone.
+constexpr std::chrono::seconds killedChild{5};
+
+} // namespace
+
 TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* parent)
     : QObject(parent)
     , environment_(std::move(environment))
@@ -238,7 +245,7 @@ void TranslationEngine::endChildNow() {
     retireChild();
     // Only killed ones can still be running.
     for (const Child& child : retired_) {
-        child.process->waitForEnd(environment_.timings.stopPause);
+        child.process->waitForEnd(killedChild);
     }
 }
 

@@ -13,6 +13,7 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orv::test {
 
@@ -28,7 +29,8 @@ class PanelWindowTest : public ::testing::Test {
     QLabel* content = new QLabel(u"content"_s);
     CloseAction closing = CloseAction::Hide;
     int ends = 0;
-    PanelWindow window{content, [this] { return closing; }, [this] { ++ends; }};
+    /// A click counts as the one that closed it however long it takes to come.
+    PanelWindow window{content, [this] { return closing; }, [this] { ++ends; }, 1h};
 };
 
 TEST_F(PanelWindowTest, isHiddenUntilItIsAskedFor) {

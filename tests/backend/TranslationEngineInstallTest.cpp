@@ -148,6 +148,7 @@ TEST_F(TranslationEngineInstall, anInstallationThatBringsNothingAsksAgainRatherT
 TEST_F(TranslationEngineInstall, theEndOfTheProgramEndsItWithAllThatItStarted) {
     offerInstaller(u"sleep 1000 & echo $! > $home/child.part\n"
                    "mv $home/child.part $home/child; wait"_s);
+    environment().timings.stopPause = 10s; // It ends at SIGTERM; nobody waits that long.
     startAndInstall();
     ASSERT_TRUE(writesSoon(u"child"_s));
     const pid_t child = readHomeFile(u"child"_s).toInt();

@@ -125,6 +125,9 @@ TEST_F(TranslationEngineLifetime, leavesNoProcessAndNoDescriptorBehind) {
         ASSERT_TRUE(startAndWaitUntilReady());
         engine().stopBackend();
         ASSERT_TRUE(waitUntil([this] { return log.contains(u"✓ Backend gestoppt"_s); }));
+        // Once its end has been told, before the last step or after it, nothing is left of it.
+        ASSERT_TRUE(
+            waitUntil([this] { return log.containsStart(u"Backend beendet mit Code: "_s); }));
         EXPECT_EQ(childCount(), 0);
     }
     destroyEngine();

@@ -78,7 +78,7 @@ TEST(AssemblyAIDirectEngine, goesOnAfterAnotherFirstMessage) {
 }
 
 TEST(AssemblyAIDirectEngine, goesOnWithoutAnyFirstMessage) {
-    AssemblyAISession session({u"--wait"_s}, {.streamRequest = 1500ms});
+    AssemblyAISession session({u"--wait"_s}, {.streamRequest = 5s});
     EXPECT_FALSE(finish(session.engine->connect(config)).error);
     EXPECT_TRUE(session.engine->isConnected());
     EXPECT_FALSE(finish(session.engine->sendAudio(block(1))).error);

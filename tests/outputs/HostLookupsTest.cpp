@@ -8,6 +8,7 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orv::test {
 
@@ -44,7 +45,8 @@ TEST(HostLookups, aNameThatCannotExistIsAnError) {
                                 QString(u"127.0.0.1"_s + QChar(QChar::Null) + u"x"_s)}) {
         std::optional<HostAnswer> found;
         lookups.resolve(host, [&](const HostAnswer& answer) { found = answer; });
-        ASSERT_TRUE(waitUntil([&] { return found.has_value(); })) << qPrintable(host);
+        // The system may ask others, and wait long for those that are silent.
+        ASSERT_TRUE(waitUntil([&] { return found.has_value(); }, 100s)) << qPrintable(host);
         EXPECT_TRUE(found->addresses.isEmpty()) << qPrintable(host);
         EXPECT_FALSE(found->error.isEmpty()) << qPrintable(host);
     }

@@ -59,8 +59,8 @@ int listeningSocket(std::uint16_t port) {
 
 class OverlayServerTest : public test::OverlayServerFixture {
   protected:
-    /// Has the settings ask for `stored` until the server runs: another program may hold the port
-    /// for a while.
+    /// Has the settings ask for `stored` until the server runs there: another program may hold the
+    /// port for a while.
     bool runBySettings(std::int64_t stored) {
         store.setInteger(u"obsOverlayPort"_s, stored);
         store.setBool(u"obsOverlayEnabled"_s, true);
@@ -71,8 +71,13 @@ class OverlayServerTest : public test::OverlayServerFixture {
                 answered = log.lines().size();
                 server->applySettings();
             }
-            return server->isRunning();
+            return server->activePort() == overlayPort(stored) && server->isRunning();
         });
+    }
+
+    /// The line comes a moment after the server runs.
+    bool tellsThatItRunsOn(std::uint16_t port) {
+        return waitUntil([&] { return log.contains(runningLine(port)); });
     }
 
     /// Runs by settings on some port.
@@ -101,7 +106,7 @@ TEST(OverlayPort, replacesPortsThatCannotBe) {
 TEST_F(OverlayServerTest, startsOn65535ForASettingOf70000) {
     ASSERT_TRUE(runBySettings(70000));
     EXPECT_EQ(server->activePort(), 65535);
-    EXPECT_TRUE(log.contains(runningLine(65535)));
+    EXPECT_TRUE(tellsThatItRunsOn(65535));
     EXPECT_EQ(bodyOf(get(65535, "/x")), "Not Found");
 }
 
@@ -115,12 +120,13 @@ TEST_F(OverlayServerTest, staysStoppedWithAnEmptyStore) {
     server->applySettings();
     server->start(0); // The line of this start is the first one when the settings started nothing.
     ASSERT_TRUE(waitUntil([this] { return server->isRunning(); }));
+    ASSERT_TRUE(tellsThatItRunsOn(server->activePort()));
     EXPECT_EQ(log.lines(), QStringList(runningLine(server->activePort())));
 }
 
 TEST_F(OverlayServerTest, runsAndStopsAsTheSettingsSay) {
     const std::uint16_t port = runBySettingsAnywhere();
-    EXPECT_TRUE(log.contains(runningLine(port)));
+    EXPECT_TRUE(tellsThatItRunsOn(port));
 
     store.setBool(u"obsOverlayEnabled"_s, false);
     server->applySettings();
@@ -138,10 +144,8 @@ TEST_F(OverlayServerTest, keepsRunningWhenNothingChanged) {
 
 TEST_F(OverlayServerTest, movesToAnotherPort) {
     const std::uint16_t before = runBySettingsAnywhere();
-    std::uint16_t after = freePort();
-    store.setInteger(u"obsOverlayPort"_s, after);
-    server->applySettings();
-    ASSERT_TRUE(waitUntil([&] { return server->activePort() == after && server->isRunning(); }));
+    const std::uint16_t after = freePort();
+    ASSERT_TRUE(runBySettings(after));
     EXPECT_FALSE(LoopbackClient().connect(before));
     EXPECT_EQ(bodyOf(get(after, "/x")), "Not Found");
 }

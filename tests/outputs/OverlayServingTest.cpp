@@ -13,6 +13,7 @@
 namespace orv {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using test::bodyOf;
 using test::get;
 using test::LoopbackClient;
@@ -30,7 +31,17 @@ class OverlayServingTest : public test::OverlayServerFixture {
         return answer;
     }
 
-    const std::uint16_t port = startAnywhere();
+    /// A server that gives no client up, however slow the machine.
+    std::uint16_t startPatiently() {
+        OverlayLimits limits;
+        limits.silentClient = 1min;
+        limits.slowReader = 1min;
+        limits.lingering = 1min;
+        replaceServer(limits);
+        return startAnywhere();
+    }
+
+    const std::uint16_t port = startPatiently();
     const QByteArray page = server->response("/").bytes();
     const QByteArray text = server->response("/text").bytes();
 };

@@ -249,10 +249,6 @@ TEST_F(VRChatOutputTest, whatWasHandedOverLeavesBeforeItGoes) {
 class OscDump {
   public:
     OscDump() {
-        QUdpSocket probe;
-        EXPECT_TRUE(probe.bind(QHostAddress(QHostAddress::AnyIPv4), 0));
-        port_ = probe.localPort();
-        probe.close();
         program_ = std::make_unique<Program>(
             u"oscdump"_s, QStringList{u"-L"_s, QString::number(port_)},
             QProcessEnvironment::systemEnvironment(), folder_.filePath(u"output"_s));
@@ -284,7 +280,7 @@ class OscDump {
     }
 
     QTemporaryDir folder_;
-    quint16 port_ = 0;
+    const quint16 port_ = freePort();
     std::unique_ptr<Program> program_;
 };
 

@@ -61,7 +61,7 @@ TEST_F(VmixRequestsTest, anAnswerThatComesTogetherWithTheDeadlineEndsNoOtherRequ
     QStringList ends;
     QStringList endsOfOthers;
     QEventLoop loop;
-    const auto deadline = Clock::now() + 1s;
+    const auto deadline = Clock::now() + 5s;
     add(deadline, [&](const QString& error) {
         ends.append(error);
         post(&loop, [&] { loop.quit(); });
@@ -89,7 +89,7 @@ TEST_F(VmixRequestsTest, theConnectionOfARequestThatIsOverdueIsClosedBeforeTheNe
     QTcpSocket* connection = nullptr;
     bool closed = false;
     bool ended = false;
-    add(Clock::now() + 1s, [&](const QString& error) {
+    add(Clock::now() + 5s, [&](const QString& error) {
         EXPECT_EQ(error, u"Zeitüberschreitung der Anfrage"_s);
         closed = connection != nullptr && isClosed(*connection);
         ended = true;

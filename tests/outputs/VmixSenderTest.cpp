@@ -28,10 +28,13 @@ namespace {
 
 class VmixSenderTest : public ::testing::Test {
   protected:
+    /// For requests that get their answer, however long it takes.
+    static constexpr VmixLimits patient{.request = 1min};
+
     VmixSenderTest() {
         settings.vmixEnabled.set(true);
         settings.vmixPort.set(vmix.port());
-        replaceSender({});
+        replaceSender(patient);
     }
 
     void replaceSender(VmixLimits limits, LookUpHost lookUp = systemLookUp) {
@@ -226,6 +229,7 @@ TEST_F(VmixSenderTest, whoeverNeverEndsAnAnswerIsGivenUpAfterTheLimit) {
 }
 
 TEST_F(VmixSenderTest, theRealLimitIsTwoSecondsForTheWholeRequest) {
+    replaceSender({});
     tell(u"drip"_s);
     const auto start = std::chrono::steady_clock::now();
     expectFailure();
@@ -236,7 +240,7 @@ TEST_F(VmixSenderTest, theRealLimitIsTwoSecondsForTheWholeRequest) {
 }
 
 TEST_F(VmixSenderTest, aHostThatHangsGetsTwoConnectionsAndDelaysTheNextByNoMoreThanTheLimit) {
-    replaceSender({.request = 1s});
+    replaceSender({.request = 3s});
     tell(u"hang"_s);
     for (int i = 0; i < 5; ++i) {
         sender->sendToVmix(u"alt"_s, u"old"_s);
@@ -273,7 +277,7 @@ TEST_F(VmixSenderTest, aNameThatIsNeverFoundFailsAfterTheLimit) {
 
 TEST_F(VmixSenderTest, aNameThatIsNotFoundFails) {
     names.answer({{}, u"Name or service not known"_s});
-    replaceSender({}, names.lookUp());
+    replaceSender(patient, names.lookUp());
     settings.vmixHost.set(u"vmix"_s);
     expectFailure();
     EXPECT_TRUE(log.contains(u"❌ vMix: Name or service not known"_s));
@@ -282,7 +286,7 @@ TEST_F(VmixSenderTest, aNameThatIsNotFoundFails) {
 TEST_F(VmixSenderTest, everyAddressOfANameIsTried) {
     names.answer(
         {{QHostAddress(u"127.0.0.2"_s), QHostAddress(u"::1"_s), QHostAddress(u"127.0.0.1"_s)}, {}});
-    replaceSender({}, names.lookUp());
+    replaceSender(patient, names.lookUp());
     settings.vmixHost.set(u"vmix"_s);
     expectSuccess();
 }

@@ -101,7 +101,8 @@ class ThreadedSpeechTest : public ::testing::Test {
   protected:
     ~ThreadedSpeechTest() override { stage->open(); }
 
-    void make(SpeechTimings timings = {}) {
+    /// The end waits for the engine unless a test is about one that hangs.
+    void make(SpeechTimings timings = {.farewell = 1h}) {
         speech = std::make_unique<ThreadedSpeech>(
             [stage = stage]() -> std::unique_ptr<SpeechEngine> {
                 if (!stage->works) {

@@ -139,7 +139,8 @@ QString PrivatePulse::pactl(const QStringList& arguments) const {
 }
 
 PulsePlayer::PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& samples,
-                         const QString& application, const QString& sink) {
+                         const QString& application, const QString& sink,
+                         std::chrono::milliseconds ahead) {
     const QString path =
         pulse.folder() + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u".raw";
     QFile file(path);
@@ -154,7 +155,7 @@ PulsePlayer::PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& s
                              u"--format=s16le"_s,
                              u"--rate=48000"_s,
                              u"--channels=1"_s,
-                             u"--latency-msec=60"_s,
+                             u"--latency-msec="_s + QString::number(ahead.count()),
                              u"--client-name="_s + application,
                              u"--property=application.id="_s + application,
                              u"--server="_s + QString::fromUtf8(pulse.server())};

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <chrono>
 #include <memory>
 #include <sys/types.h>
 #include <vector>
@@ -76,8 +77,11 @@ class PrivatePulse {
 class PulsePlayer {
   public:
     /// `application` becomes the identifier and the name of the application; `sink` may be empty.
+    /// `ahead` is how much sound is handed over before it is heard: so long may the player be late
+    /// without a gap.
     PulsePlayer(const PrivatePulse& pulse, const std::vector<qint16>& samples,
-                const QString& application, const QString& sink = {});
+                const QString& application, const QString& sink = {},
+                std::chrono::milliseconds ahead = std::chrono::milliseconds(60));
     ~PulsePlayer();
     PulsePlayer(const PulsePlayer&) = delete;
     PulsePlayer& operator=(const PulsePlayer&) = delete;

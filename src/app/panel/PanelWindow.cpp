@@ -10,7 +10,6 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
-#include <chrono>
 #include <utility>
 
 namespace orv {
@@ -20,19 +19,16 @@ namespace {
 /// Between the tray's item and the popover, in pixels.
 constexpr int popoverGap = 4;
 
-/// A click on the tray's item first takes the focus away, which closes the popover, and then asks
-/// to toggle it: within this time the click counts as the one that closed it.
-constexpr std::chrono::milliseconds sameClick{250};
-
 /// A list or an alert that closes gives the activation back a moment after it has gone.
 constexpr std::chrono::milliseconds handOver{80};
 
 } // namespace
 
 PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
-                         std::function<void()> endProgram)
+                         std::function<void()> endProgram, std::chrono::milliseconds sameClick)
     : closing_(std::move(closing))
-    , endProgram_(std::move(endProgram)) {
+    , endProgram_(std::move(endProgram))
+    , sameClick_(sameClick) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
     layout->addWidget(content);
@@ -47,7 +43,7 @@ bool PanelWindow::isShown() const {
 }
 
 void PanelWindow::showBeside(const QRect& button) {
-    if (leftSince_.isValid() && !leftSince_.hasExpired(sameClick.count())) {
+    if (leftSince_.isValid() && !leftSince_.hasExpired(sameClick_.count())) {
         leftSince_.invalidate();
         return;
     }

@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <chrono>
 #include <functional>
 
 namespace orv {
@@ -20,8 +21,12 @@ class PanelWindow : public QWidget, public Panel {
   public:
     /// Takes over `content`. `closing` decides what closing the ordinary window does; the window
     /// itself hides or becomes small, and for the end of the program calls `endProgram`.
+    ///
+    /// A click on the tray's item first takes the focus away, which closes the popover, and then
+    /// asks to toggle it: within `sameClick` the click counts as the one that closed it.
     PanelWindow(QWidget* content, std::function<CloseAction()> closing,
-                std::function<void()> endProgram);
+                std::function<void()> endProgram,
+                std::chrono::milliseconds sameClick = std::chrono::milliseconds(250));
 
     bool isShown() const override;
     void showBeside(const QRect& button) override;
@@ -46,6 +51,7 @@ class PanelWindow : public QWidget, public Panel {
 
     std::function<CloseAction()> closing_;
     std::function<void()> endProgram_;
+    const std::chrono::milliseconds sameClick_;
     Style style_ = Style::Window;
     QRect button_;            ///< What the popover stands beside.
     QTimer lookIfLeft_{this}; ///< Runs from the loss of the activation to the look at who has it.
