@@ -139,7 +139,7 @@ TEST_F(CloudEngineRun, stopsWhileItIsStillConnecting) {
 
 TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
-    use(u"deepgram"_s, service, service, {.streamFarewell = 1h});
+    use(u"deepgram"_s, service, service, {.streamRequest = 1h, .streamFarewell = 1h});
     startRun();
     play(1);
     ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
@@ -148,7 +148,7 @@ TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
     service.command({{u"abort"_s, true}});
     ASSERT_TRUE(waitUntil([&] { return manager->hasEngineError(); }));
     play(1);
-    stopAndWait(); // Waits for no farewell.
+    stopAndWait(); // Waits for no answer and no farewell.
     EXPECT_EQ(log.count(u"📋 Direct Engine Status: [error] Deepgram disconnected"_s), 1);
     EXPECT_TRUE(
         onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: eins\nTranslation: eins\n\n"_s));
@@ -156,13 +156,13 @@ TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
 
 TEST_F(CloudEngineRun, stopsAtOnceWhenTheServiceIsSilent) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
-    use(u"deepgram"_s, service, service, {.streamFarewell = 1h});
+    use(u"deepgram"_s, service, service, {.streamRequest = 1h, .streamFarewell = 1h});
     startRun();
     play(1);
     ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
     service.freeze();
     play(60);
-    stopAndWait(); // Waits for no farewell.
+    stopAndWait(); // Waits for no answer and no farewell.
 }
 
 TEST_F(CloudEngineRun, stopsAtOnceDuringARequest) {

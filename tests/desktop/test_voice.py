@@ -17,6 +17,7 @@ end_on_signals()
 
 _LONG = "This is a long sentence which takes quite some time to be read aloud. " * 6
 _SHORT = "Yes."
+_LONGER = "This is the second sentence, and it takes a few seconds, too."
 
 _SLOWDOWN = float(os.environ.get("ORVANE_SLOWDOWN", "1"))
 
@@ -60,16 +61,17 @@ class Voice(unittest.TestCase):
     def test_the_next_result_ends_the_utterance(self):
         self.open()
         self.speak_first(_LONG)
-        second = self.speak(_SHORT)
+        second = self.speak(_LONGER)
         last = self.listener.wait_for_silence(2.0)
         self.assertLess(last - second, 10.0, "the first utterance would go on for half a minute")
-        self.listener.wait_for_sound(second + 0.1)  # The second one.
+        # The second one: nothing else is left to be heard by then.
+        self.listener.wait_for_sound(second + 1.0)
 
     def test_an_error_ends_nothing(self):
         self.open()
         self.speak_first(_LONG)
         moment = self.speak("[Translation Error]")
-        self.listener.wait_for_sound(moment + 2.0)
+        self.listener.wait_for_sound(moment + 5.0)  # The error itself would be over by then.
 
     def test_the_end_of_a_run_silences_at_once(self):
         self.open()

@@ -273,7 +273,7 @@ class OverlayPageTest(unittest.IsolatedAsyncioTestCase):
         stayed = await self.browser.evaluate("times.hidden - times.changed")
         # The page's own clock starts a little before the picture changes.
         self.assertGreater(stayed, 7900)
-        self.assertLess(stayed, 20000)
+        self.assertLess(stayed, 14000)
         await until(lambda: self.browser.evaluate("getComputedStyle(box).opacity === '0'"))
         self.host.broadcast("Wieder", "Again")
         await until(lambda: self.shows("Again"))
