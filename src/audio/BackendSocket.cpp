@@ -1,5 +1,7 @@
 #include "BackendSocket.h"
 
+#include "WebSocketFailure.h"
+
 #include <QNetworkProxy>
 
 #include <utility>
@@ -32,7 +34,7 @@ BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timing
     connect(&socket_, &QWebSocket::connected, this, &BackendSocket::onConnected);
     connect(&socket_, &QWebSocket::disconnected, this, &BackendSocket::onDisconnected);
     connect(&socket_, &QWebSocket::bytesWritten, this, &BackendSocket::onBytesWritten);
-    connect(&socket_, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error), this,
+    connect(&socket_, webSocketFailure<QWebSocket>(), this,
             [this] { fail(socket_.errorString()); });
     connect(&socket_, &QWebSocket::textMessageReceived, this,
             [this](const QString& text) { events_.message(parseDownstream(text.toUtf8())); });

@@ -2,6 +2,7 @@
 
 #include "Post.h"
 #include "ServiceRequests.h"
+#include "WebSocketFailure.h"
 
 #include <QSslError>
 
@@ -44,8 +45,8 @@ void StreamingSocket::Connection::connectSignals() {
                              tlsErrors_ += u" "_s + error.errorString() + u"."_s;
                          }
                      });
-    QObject::connect(&socket_, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error),
-                     &context_, [this] { fail(socket_.errorString() + tlsErrors_); });
+    QObject::connect(&socket_, webSocketFailure<QWebSocket>(), &context_,
+                     [this] { fail(socket_.errorString() + tlsErrors_); });
     QObject::connect(&socket_, &QWebSocket::disconnected, &context_, [this] {
         fail(u"Vom Dienst beendet (Code %1) %2"_s.arg(static_cast<int>(socket_.closeCode()))
                  .arg(socket_.closeReason())
