@@ -173,14 +173,14 @@ TEST(EventLoopThread, itsEndDestroysWhatIsToBeDeletedLaterBeforeTheContext) {
         {
             EventLoopThread thread(u"test"_s);
             thread.sync([&] {
-                QObject::connect(thread.context(), &QObject::destroyed,
+                QObject::connect(thread.context(), &QObject::destroyed, thread.context(),
                                  [&] { contextIsThere = false; });
                 auto* notifier =
                     new QSocketNotifier(readable, QSocketNotifier::Read, thread.context());
                 QObject::connect(notifier, &QSocketNotifier::activated, notifier, [&] {
                     auto* deferred = new QObject;
                     ++made;
-                    QObject::connect(deferred, &QObject::destroyed,
+                    QObject::connect(deferred, &QObject::destroyed, deferred,
                                      [&] { destroyedInTime += contextIsThere ? 1 : 0; });
                     deferred->deleteLater();
                 });
