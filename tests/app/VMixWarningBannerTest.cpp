@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -55,7 +56,7 @@ class VMixWarningBannerTest : public ::testing::Test {
     DefaultsStore store{folder.path() + u"/defaults.json"_s};
     L10n l10n{store, u"en"_s};
     TranslationSettings settings{store};
-    QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc());
     VmixTracking tracking{settings, [this] { return now; }};
     QWidget window;
     VMixWarningBanner* banner = new VMixWarningBanner(settings, tracking, l10n, &window);

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -25,7 +26,7 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
-const QDateTime opened(QDate(2025, 3, 1), QTime(14, 30, 5), Qt::LocalTime);
+const QDateTime opened(QDate(2025, 3, 1), QTime(14, 30, 5));
 
 QString contentOf(const QString& path) {
     QFile file(path);
@@ -133,7 +134,7 @@ TEST_F(TranscriptWriter, stampsAnEntryMoreThanAnHourAfterOpening) {
 
 TEST_F(TranscriptWriter, namesFilesAndSessionByLocalTimeAndStampsEntriesInUtc) {
     const TimeZone zone("EAST-9"); // Nine hours before UTC, the whole year.
-    const QDateTime moment(QDate(2025, 3, 1), QTime(5, 30, 5), Qt::UTC);
+    const QDateTime moment(QDate(2025, 3, 1), QTime(5, 30, 5), QTimeZone::utc());
     const auto writer = DirectEngineTranscriptWriter::open(folder, u"en"_s, u"de"_s, moment);
     writer->append(u"Hello"_s, u"Hallo"_s, moment.addMSecs(250));
     writer->close();

@@ -4,6 +4,7 @@
 #include "TranslationSettings.h"
 
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ class VmixTrackingTest : public ::testing::Test {
     QTemporaryDir folder;
     DefaultsStore store{folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
-    QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc());
     VmixTracking tracking{settings, [this] { return now; }};
 };
 
