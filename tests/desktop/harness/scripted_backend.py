@@ -97,7 +97,7 @@ class _Server:
         return {"moment": moment, "clients": len(self._clients),
                 "configurations": self._configurations}
 
-    async def _talk(self, client, _path=None):
+    async def _talk(self, client):
         self._clients.add(client)
         try:
             async for text in client:

@@ -26,8 +26,7 @@ import uuid
 import websockets
 
 from service_peer import say, tls_context
-
-MAX_SIZE = 64 * 1024 * 1024
+from websocket_service import MAX_SIZE, headers_of, path_of, serve
 
 
 class Deepgram:
@@ -89,7 +88,7 @@ class Service:
         self.provider = {"deepgram": Deepgram, "assemblyai": AssemblyAI}[options.provider]()
         self.client = None
 
-    async def admit(self, path, headers):
+    def admit(self, path, headers):
         status = None
         if path.split("?")[0] != self.provider.path:
             status = http.HTTPStatus.NOT_FOUND
@@ -99,12 +98,12 @@ class Service:
         if status is None:
             return None
         say(event="refused", status=int(status), path=path)
-        return status, [], b'{"error":"refused"}'
+        return status, '{"error":"refused"}'
 
-    async def serve(self, client, path=None) -> None:
+    async def serve(self, client) -> None:
         self.client = client
-        say(event="open", path=client.path,
-            authorization=client.request_headers.get("Authorization"))
+        say(event="open", path=path_of(client),
+            authorization=headers_of(client).get("Authorization"))
         try:
             if not self.options.wait:
                 await self.provider.begin(client)
@@ -141,9 +140,8 @@ class Service:
                 self.client = writer
             server = await asyncio.start_server(hold, "127.0.0.1", 0)
         else:
-            server = await websockets.serve(
-                self.serve, "127.0.0.1", 0, max_size=MAX_SIZE, process_request=self.admit,
-                ssl=context, ping_interval=None, close_timeout=0.5)
+            server = await serve(
+                self.serve, self.admit, ssl=context, ping_interval=None, close_timeout=0.5)
         say(event="listening", port=server.sockets[0].getsockname()[1], certificate=certificate)
         reader = asyncio.StreamReader(limit=MAX_SIZE)
         loop = asyncio.get_running_loop()

@@ -20,7 +20,7 @@ import sys
 
 import websockets
 
-MAX_SIZE = 64 * 1024 * 1024
+from websocket_service import MAX_SIZE, serve
 
 
 class Peer:
@@ -32,7 +32,7 @@ class Peer:
         sys.stdout.write(json.dumps(event) + "\n")
         sys.stdout.flush()
 
-    async def serve(self, client, path=None) -> None:
+    async def serve(self, client) -> None:
         self.client = client
         self.say(event="open")
         try:
@@ -65,7 +65,7 @@ class Peer:
             self.client.transport.abort()
 
     async def run(self) -> None:
-        server = await websockets.serve(self.serve, "127.0.0.1", 0, max_size=MAX_SIZE)
+        server = await serve(self.serve)
         self.say(event="listening", port=server.sockets[0].getsockname()[1])
         reader = asyncio.StreamReader(limit=MAX_SIZE)
         loop = asyncio.get_running_loop()
