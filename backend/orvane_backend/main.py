@@ -1,14 +1,10 @@
 """Starts the server and ends it on a signal."""
 
 import asyncio
-import logging
 import os
 import signal
 from contextlib import AsyncExitStack, asynccontextmanager
-from http import HTTPStatus
-from typing import Any, AsyncIterator, Optional
-
-from websockets.legacy.server import serve
+from typing import Any, AsyncIterator, Mapping
 
 from . import log as log_lines
 from . import protocol
@@ -16,6 +12,7 @@ from .engines import Engines, Workers
 from .listening import describe, is_welcome, keep_alive, listen
 from .log import log
 from .session import Session, Surroundings
+from .websocket import serve, socket_of
 
 _DEFAULT_PORT = 8765
 
@@ -68,7 +65,7 @@ async def serving(
     """Serves clients while the context lasts. Raises OSError when the address cannot be had."""
 
     async def handle(connection: Any) -> None:
-        keep_alive(connection.transport.get_extra_info("socket"))
+        keep_alive(socket_of(connection))
         log("🔌 Client verbunden")
         await Session(connection, surroundings).run()
         log("🔌 Client getrennt")
@@ -77,37 +74,17 @@ async def serving(
         servers = []
         sockets = listen(bind_host, port)
         for listener in sockets:
-            server = serve(
-                handle,
-                sock=listener,
-                process_request=_refuse_strangers,
-                # Bounds what is read ahead of a session that is behind.
-                max_size=_MAX_FRAME_BYTES,
-                max_queue=1,
-                compression=None,
-                ping_interval=None,
-                logger=_quiet_logger(),
-            )
+            server = serve(handle, admit=_admit, sock=listener, max_size=_MAX_FRAME_BYTES)
             servers.append(await stack.enter_async_context(server))
         log("✓ Backend lauscht auf " + ", ".join(map(describe, sockets)))
         yield servers
 
 
-async def _refuse_strangers(
-    _path: str, headers: Any
-) -> Optional[tuple[HTTPStatus, list[tuple[str, str]], bytes]]:
-    if is_welcome(headers.get("Origin"), headers.get("Host")):
-        return None
-    log("🚫 Verbindung von fremder Webseite abgelehnt")
-    return HTTPStatus.FORBIDDEN, [], b""
-
-
-def _quiet_logger() -> logging.Logger:
-    """Silences the library: port probes and clients that vanish are no news, and it logs traces."""
-    logger = logging.getLogger("orvane.websocket")
-    logger.addHandler(logging.NullHandler())
-    logger.propagate = False
-    return logger
+def _admit(headers: Mapping[str, str]) -> bool:
+    welcome = is_welcome(headers.get("Origin"), headers.get("Host"))
+    if not welcome:
+        log("🚫 Verbindung von fremder Webseite abgelehnt")
+    return welcome
 
 
 def _log_exception(_loop: asyncio.AbstractEventLoop, context: dict[str, Any]) -> None:

@@ -7,8 +7,6 @@ from datetime import datetime
 from pathlib import Path
 from typing import Any, Callable, Optional
 
-from websockets.exceptions import ConnectionClosed
-
 from . import protocol
 from .backlog import Backlog
 from .engines import Engines, Workers
@@ -18,6 +16,7 @@ from .protocol import AudioMessage, BadMessage, Config, ConfigMessage, FlushMess
 from .recognisers.selection import is_served_elsewhere
 from .transcripts import TranscriptWriter, output_folder
 from .translators.selection import choose
+from .websocket import ConnectionClosed
 
 
 @dataclass(frozen=True)

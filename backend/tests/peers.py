@@ -11,7 +11,7 @@ import threading
 from pathlib import Path
 from typing import Any, Optional
 
-from websockets.legacy.client import connect
+from orvane_backend.websocket import connect
 
 _SERVER = Path(__file__).resolve().parent.parent / "server.py"
 # The longest recognition among the tests takes seconds, and a busy machine many times as long.
@@ -69,15 +69,7 @@ class Client:
 
     @classmethod
     async def connect(cls, port: int, host: str = "127.0.0.1", **options: Any) -> "Client":
-        return cls(
-            await connect(
-                f"ws://{host}:{port}",
-                max_size=None,
-                compression=None,
-                ping_interval=None,
-                **options,
-            )
-        )
+        return cls(await connect(f"ws://{host}:{port}", max_size=None, **options))
 
     async def __aenter__(self) -> "Client":
         return self

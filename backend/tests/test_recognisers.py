@@ -13,7 +13,6 @@ from typing import Any, Callable, Iterator
 from unittest import mock
 
 import numpy as np
-from websockets.legacy.server import serve
 
 from orvane_backend.audio import decode_pcm, encode_pcm
 from orvane_backend.protocol import Config
@@ -22,6 +21,7 @@ from orvane_backend.recognisers import pocketsphinx, selection
 from orvane_backend.recognisers.google import GoogleRecogniser
 from orvane_backend.recognisers.vosk import VoskRecogniser
 from orvane_backend.recognisers.whisper import WhisperRecogniser
+from orvane_backend.websocket import serve
 from tests.recordings import recordings
 
 SECOND = np.full(16000, 0.25, np.float32)
@@ -287,7 +287,7 @@ class VoskServer:
 
     async def _serve(self) -> None:
         self._loop, self._stop = asyncio.get_running_loop(), asyncio.Event()
-        async with serve(self._handle, "127.0.0.1", 0) as server:
+        async with serve(self._handle, host="127.0.0.1", port=0) as server:
             self.port = server.sockets[0].getsockname()[1]
             self._ready.set()
             await self._stop.wait()

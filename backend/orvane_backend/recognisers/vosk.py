@@ -9,11 +9,9 @@ import asyncio
 import json
 from typing import Any
 
-from websockets.exceptions import WebSocketException
-from websockets.legacy.client import connect
-
 from ..audio import RECOGNITION_RATE, Samples, encode_pcm
 from ..languages import AUTO, short
+from ..websocket import WebSocketException, connect
 from . import Recogniser, RecogniserError, Recognition
 
 _BLOCK_BYTES = RECOGNITION_RATE // 2
@@ -48,9 +46,7 @@ class VoskRecogniser(Recogniser):
             raise RecogniserError(f"Vosk-Server {self._address}: unlesbare Antwort") from error
 
     def _connect(self) -> Any:
-        return connect(
-            self._address, open_timeout=_CONNECT_SECONDS, close_timeout=1, compression=None
-        )
+        return connect(self._address, open_timeout=_CONNECT_SECONDS, close_timeout=1)
 
     async def _greet(self) -> None:
         async with self._connect():
