@@ -20,6 +20,10 @@ _LONGEST_SECONDS = 8.0
 _BUFFER = 4096
 _LEAST_SAMPLES = 20001
 
+# Cuts of one recording, and the bytes of 50 ms between them.
+_CUTS = 50
+_CUT_STEP = 1600
+
 
 @dataclass(frozen=True)
 class Recording:
@@ -44,6 +48,19 @@ def recordings() -> list[Recording]:
             pcm = file.readframes(file.getnframes())
         found.append(Recording(name, pcm, words.removeprefix("<s> ").removesuffix(" </s>")))
     return found
+
+
+def cuts_by_beginning(recording: Recording, seconds: float = 3) -> list[bytes]:
+    """Equally long pieces of a recording, each of which begins 50 ms after the one before."""
+    length = 2 * int(16000 * seconds)
+    starts = range(0, _CUTS * _CUT_STEP, _CUT_STEP)
+    return [recording.pcm[start : start + length] for start in starts]
+
+
+def cuts_by_end(recording: Recording) -> list[bytes]:
+    """The same recording many times, each of which ends 50 ms before the one before."""
+    length = len(recording.pcm)
+    return [recording.pcm[:end] for end in range(length, length - _CUTS * _CUT_STEP, -_CUT_STEP)]
 
 
 def at_48_khz(pcm: bytes) -> bytes:

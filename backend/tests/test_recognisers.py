@@ -1,5 +1,5 @@
 """Each engine by itself: packages that may not be installed through stand-ins with their published
-functions, Vosk through a server on loopback, PocketSphinx for real."""
+functions, Vosk through a server on loopback. PocketSphinx has tests of its own."""
 
 import asyncio
 import json
@@ -14,15 +14,14 @@ from unittest import mock
 
 import numpy as np
 
-from orvane_backend.audio import decode_pcm, encode_pcm
+from orvane_backend.audio import encode_pcm
 from orvane_backend.protocol import Config
 from orvane_backend.recognisers import RecogniserError, Recognition
-from orvane_backend.recognisers import pocketsphinx, selection
+from orvane_backend.recognisers import selection
 from orvane_backend.recognisers.google import GoogleRecogniser
 from orvane_backend.recognisers.vosk import VoskRecogniser
 from orvane_backend.recognisers.whisper import WhisperRecogniser
 from orvane_backend.websocket import serve
-from tests.recordings import recordings
 
 SECOND = np.full(16000, 0.25, np.float32)
 
@@ -54,55 +53,6 @@ class SelectionTest(unittest.TestCase):
         self.assertNotEqual(key(whisperModel="tiny"), key(whisperModel="base"))
         self.assertNotEqual(
             key(sttEngine="vosk", enginePort=1), key(sttEngine="vosk", enginePort=2)
-        )
-
-
-class PocketSphinxTest(unittest.TestCase):
-    def test_a_recorded_sentence_is_understood(self) -> None:
-        recogniser = pocketsphinx.PocketSphinxRecogniser()
-        recogniser.load()
-        sentence = recordings()[4]
-        heard = recogniser.recognise(decode_pcm(sentence.pcm), "en")
-        self.assertEqual(heard, Recognition(sentence.words, "en"))
-
-    def test_noise_hum_and_next_to_nothing_hold_no_words(self) -> None:
-        recogniser = pocketsphinx.PocketSphinxRecogniser()
-        recogniser.load()
-        random = np.random.default_rng(5)
-        hum = 0.1 * np.sin(2 * np.pi * 50 * np.arange(48000) / 16000)
-        for samples in (
-            random.normal(0, 0.05, 48000), random.normal(0, 0.003, 48000), hum,
-            np.zeros(16000), np.full(1, 0.5), np.full(200, 0.5),
-        ):  # fmt: skip
-            self.assertEqual(recogniser.recognise(samples.astype(np.float32), "en").text, "")
-
-    def test_a_sentence_is_heard_the_same_after_another(self) -> None:
-        recogniser = pocketsphinx.PocketSphinxRecogniser()
-        recogniser.load()
-        first, second = (decode_pcm(one.pcm) for one in recordings()[3:5])
-        alone = recogniser.recognise(second, "en")
-        recogniser.recognise(first * np.float32(3), "en")
-        self.assertEqual(recogniser.recognise(second, "en"), alone)
-
-    def test_without_the_package_it_says_so(self) -> None:
-        with mock.patch.dict(sys.modules, {"pocketsphinx": None}):
-            with self.assertRaisesRegex(RecogniserError, "nicht installiert"):
-                pocketsphinx.PocketSphinxRecogniser().load()
-
-    def test_without_the_model_it_says_so(self) -> None:
-        with mock.patch.dict(pocketsphinx._STRINGS, {"-hmm": "/nowhere"}):
-            with self.assertRaisesRegex(RecogniserError, "Modell fehlt"):
-                pocketsphinx.PocketSphinxRecogniser().load()
-
-    def test_a_failure_in_the_middle_is_told(self) -> None:
-        recogniser = pocketsphinx.PocketSphinxRecogniser()
-        recogniser._decoder = mock.Mock(process_raw=mock.Mock(side_effect=RuntimeError("-1")))
-        with self.assertRaises(RecogniserError):
-            recogniser.recognise(SECOND, "en")
-
-    def test_words_are_made_readable(self) -> None:
-        self.assertEqual(
-            pocketsphinx.readable("<s> i was(2) <sil> [NOISE] i'm in it </s>"), "I was I'm in it"
         )
 
 
