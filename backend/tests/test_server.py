@@ -90,17 +90,13 @@ class ServerTest(unittest.IsolatedAsyncioTestCase):
 
     async def test_the_socket_answers_while_speech_is_recognised(self) -> None:
         server, client = await self.ready()
-        await client.audio(at_48_khz(b"".join(one.pcm for one in recordings())))
+        await client.audio(at_48_khz(b"".join(one.pcm for one in recordings()[:2])))
         flushing = asyncio.ensure_future(client.flush())
-        answers = 0
-        while not flushing.done():
+        for _ in range(10):
             async with await Client.connect(server.port) as other:
                 await other.next()
                 await other.flush()
-            answers += 1
-            await asyncio.sleep(0)
-        # Each was answered while the recognition still went on.
-        self.assertGreater(answers, 10)
+        self.assertFalse(flushing.done(), "it answered only after the recognition")
         self.assertEqual(len(results(await flushing)), 1)
         await client.close()
 
@@ -129,7 +125,9 @@ class ServerTest(unittest.IsolatedAsyncioTestCase):
         _, client = await self.ready()
         samples = (protocol.MAX_MESSAGE_BYTES - 200) // 4 * 3 // 2
         await client.audio(bytes(2 * samples))
-        self.assertEqual(await client.flush(), [])
+        # Longer than the sound that may wait, so that it can overload the server for a moment.
+        messages = await client.flush()
+        self.assertLessEqual({message.get("status") for message in messages}, {"overloaded"})
         await client.close()
 
     async def test_probes_and_strangers_leave_no_trace_in_the_log(self) -> None:
