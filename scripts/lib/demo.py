@@ -4,21 +4,26 @@ Started by scripts/demo, which sees to it that everything is installed and built
 """
 
 import argparse
+import contextlib
+import os
 import pathlib
 import shutil
 import subprocess
 import sys
 import tempfile
+import textwrap
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
+from harness.network import enter_private_network  # noqa: E402
 from harness.processes import end_on_signals  # noqa: E402
 from harness.road import (APP_ROAD, MICROPHONE_ROAD, SYSTEM_ROAD, Road, median_delay,  # noqa: E402
                           word_error_rate)
-from harness.speech import recorded_sentences, sclite_error_rate  # noqa: E402
+from harness.speech import align, recorded_sentences, sclite_error_rate  # noqa: E402
 
-PICTURES = ROOT / "build" / "demo"
+LEFT_BEHIND = ROOT / "build" / "demo"
 ENOUGH_SENTENCES = 4
 
 
@@ -40,15 +45,41 @@ def arguments():
     return parser.parse_args()
 
 
+def columns(pairs, width=92):
+    """The words said above those heard, in lines of at most `width` characters. What was heard right
+    is only repeated where it differs: "=" stands for the same word, "-" for one that was missed or
+    made up."""
+    lines = []
+    said_line = heard_line = ""
+    for said, heard in pairs:
+        lower = "=" if said == heard else heard or "-"
+        upper = said or "-"
+        wide = max(len(upper), len(lower)) + 1
+        if len(said_line) + wide > width:
+            lines.append((said_line, heard_line))
+            said_line = heard_line = ""
+        said_line += upper.ljust(wide)
+        heard_line += lower.ljust(wide)
+    return [*lines, (said_line, heard_line)]
+
+
 def show(spoken):
-    print(f"    spoken:     {' '.join(spoken.sentence.words)}")
-    for subtitle in spoken.subtitles:
-        print(f"    recognised: {subtitle.original}")
-        print(f"    translated: {subtitle.translation}")
-        print(f"    delay:      {subtitle.arrived - spoken.ended:.2f} s after the sentence's end")
+    """A sentence, word under word, with what became of it."""
+    pairs = align(spoken.sentence.words, spoken.heard)
+    for said_line, heard_line in columns(pairs):
+        print(f"    said        {said_line.rstrip()}")
+        print(f"    heard       {heard_line.rstrip()}")
     if not spoken.subtitles:
-        print("    nothing came back")
-    print(flush=True)
+        print("    nothing came back\n", flush=True)
+        return
+    right = sum(said == heard for said, heard in pairs)
+    missing = sum(heard is None for _, heard in pairs)
+    added = sum(said is None for said, _ in pairs)
+    wrong = len(pairs) - right - missing - added
+    print(f"    words       {right} right, {wrong} wrong, {missing} missing, {added} made up")
+    for line in textwrap.wrap(spoken.translation, 92):
+        print(f"    subtitle    {line}")
+    print(f"    delay       {spoken.delay:.2f} s after the sentence's end\n", flush=True)
 
 
 def picture_of_page(road, file):
@@ -69,16 +100,37 @@ def picture_of_page(road, file):
 
 
 def pictures(road, last):
-    PICTURES.mkdir(parents=True, exist_ok=True)
-    for old in PICTURES.glob("*.png"):
+    for old in LEFT_BEHIND.glob("*.png"):
         old.unlink()
-    road.desktop.screenshot(PICTURES / "desktop.png")
-    say(f"picture: {(PICTURES / 'desktop.png').relative_to(ROOT)}")
-    page = PICTURES / "overlay.png"
+    road.desktop.screenshot(LEFT_BEHIND / "desktop.png")
+    say(f"picture: {(LEFT_BEHIND / 'desktop.png').relative_to(ROOT)}")
+    page = LEFT_BEHIND / "overlay.png"
     if last and picture_of_page(road, page):
         say(f"picture: {page.relative_to(ROOT)}")
     else:
         say("no picture of the overlay page: no browser, or nothing to show")
+
+
+@contextlib.contextmanager
+def keeping_log(road):
+    """Leaves the log of the program, with what its speech server says in it, in build/demo/."""
+    try:
+        yield
+    finally:
+        kept = LEFT_BEHIND / "program.log"
+        shutil.copyfile(road.program.log_file, kept)
+        say(f"log: {kept.relative_to(ROOT)}")
+
+
+def tell_the_wait(spoken):
+    """How long a person waited from the command to the first subtitle, installation and build
+    included; scripts/demo says when it began."""
+    began = os.environ.get("ORVANE_DEMO_BEGAN")
+    if began and spoken.subtitles:
+        ago = time.monotonic() - spoken.subtitles[0].arrived
+        seconds = round(time.time() - ago - float(began))
+        say(f"first subtitle {seconds // 60}:{seconds % 60:02} min after the command")
+        print(flush=True)
 
 
 def summary(results):
@@ -99,9 +151,14 @@ def summary(results):
 def main():
     options = arguments()
     end_on_signals()
+    LEFT_BEHIND.mkdir(parents=True, exist_ok=True)
+    # Next to a person's own Orvane, whose speech server has the same port. Who wants to look at the
+    # page afterwards has to reach it, though.
+    if not options.keep and (reason := enter_private_network()):
+        say(f"the demonstration shares this machine's network ({reason})")
     sentences = recorded_sentences()
     with Road(options.program, ROOT / "scripts" / "install-backend",
-              source=options.source, say=say) as road:
+              source=options.source, say=say) as road, keeping_log(road):
         road.show_panel()
         road.start_backend()
         road.start_translation()
@@ -110,6 +167,8 @@ def main():
         for sentence in sentences:
             spoken = road.play_sentence(sentence)
             show(spoken)
+            if not results:
+                tell_the_wait(spoken)
             results.append(spoken)
         pictures(road, results[-1].subtitles)
         if options.keep:

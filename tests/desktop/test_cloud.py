@@ -37,6 +37,10 @@ _ANSWERED_SHARE = 0.8
 
 
 class Cloud(unittest.TestCase):
+    TIME_LIMIT = 240
+    USES_PORT = True
+    JOURNEYS = ("deepgram", "assemblyai", "azure", "google_rest")
+
     def open(self, service):
         self.service = self.enterContext(service)
         self.road = self.enterContext(Road(

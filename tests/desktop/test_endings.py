@@ -22,6 +22,20 @@ while True:
 
 
 class Endings(DesktopTest):
+    TIME_LIMIT = 240
+    USES_PORT = True
+    JOURNEYS = (
+        "terminating_while_it_translates_ends_everything",
+        "interrupting_ends_everything",
+        "killing_leaves_the_backend_that_the_user_wants_to_stay",
+        "the_backend_stays_when_the_user_wants_it_to",
+        "the_menus_quit_stops_the_backend_whatever_the_setting_says",
+        "the_menus_quit_ends_a_backend_that_obeys_nothing",
+        "closing_the_only_window_keeps_a_program_with_a_backend_in_reach",
+        "closing_the_only_window_does_not_stop_a_backend_that_starts",
+        "closing_the_only_window_does_not_break_off_an_installation",
+    )
+
     def test_terminating_while_it_translates_ends_everything(self):
         self.start_with_backend()
         self.open_panel()

@@ -11,6 +11,9 @@ from harness.speech import recorded_sentences
 
 
 class FirstMinutes(DesktopTest):
+    TIME_LIMIT = 300
+    USES_PORT = True
+
     def start_in_a_fresh_home(self):
         wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
         self.open_desktop()

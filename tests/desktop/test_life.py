@@ -33,6 +33,9 @@ def local_sockets_of(pid):
 
 
 class Life(DesktopTest):
+    TIME_LIMIT = 300
+    USES_PORT = True
+
     def start_again(self, **environment):
         return Program(self.desktop, PROGRAM, environment=environment)
 

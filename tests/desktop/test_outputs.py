@@ -24,6 +24,9 @@ _CHATBOX_LIMIT = 144
 
 
 class Outputs(unittest.TestCase):
+    TIME_LIMIT = 240
+    USES_PORT = True
+
     def setUp(self):
         context = contextlib.ExitStack()
         self.addCleanup(context.close)

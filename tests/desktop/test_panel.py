@@ -14,6 +14,8 @@ _LAST_SWITCH = {"en": "Smart Pause Detection", "de": "Intelligente Pausenerkennu
 
 
 class Panel(DesktopTest):
+    USES_PORT = True
+
     def test_a_click_on_the_tray_opens_and_closes_the_panel(self):
         self.open_desktop()
         self.start_program()

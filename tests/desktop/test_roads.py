@@ -14,6 +14,10 @@ _HIGHEST_ERROR_RATE = 0.6
 
 
 class Roads(unittest.TestCase):
+    TIME_LIMIT = 300
+    USES_PORT = True
+    JOURNEYS = ("microphone", "system_audio", "one_application_while_another_plays")
+
     def road(self, source):
         road = Road(PROGRAM, INSTALL_BACKEND, source=source)
         self.enterContext(road)

@@ -45,6 +45,8 @@ ENGINES = {"whisper": "settings.engine.whisper.name", "deepgram": "Deepgram",
 
 
 class Settings(EveryLanguage, DesktopTest):
+    TIME_LIMIT = 180
+
     def open_settings(self, language="en", **settings):
         self.text = Texts(language)
         self.open_desktop(uiLanguage=language, **settings)

@@ -26,6 +26,8 @@ _HARDLY_NOTICED = 0.1 * _SLOWDOWN
 
 
 class Voice(unittest.TestCase):
+    TIME_LIMIT = 180
+
     def open(self, **environment):
         context = contextlib.ExitStack()
         self.addCleanup(context.close)

@@ -40,6 +40,10 @@ class _Releases(http.server.BaseHTTPRequestHandler):
 
 
 class Walk(EveryLanguage, DesktopTest):
+    TIME_LIMIT = 240
+    USES_PORT = True
+    JOURNEYS = ("everything_in_german",)
+
     def open_in(self, language, tray=True, **settings):
         self.text = Texts(language)
         self.open_desktop(uiLanguage=language, tray=tray, **settings)

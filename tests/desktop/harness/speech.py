@@ -53,16 +53,34 @@ def words_of(text):
     return re.findall(r"[\w']+", text.lower())
 
 
+def align(reference, heard):
+    """The shortest way from the words that were said to those that were heard: pairs (said, heard),
+    where either is None for a word that was missed or made up."""
+    # costs[i][j]: of the way from the first i words said to the first j heard.
+    costs = [[i + j if i == 0 or j == 0 else 0 for j in range(len(heard) + 1)]
+             for i in range(len(reference) + 1)]
+    for i, said in enumerate(reference, start=1):
+        for j, word in enumerate(heard, start=1):
+            costs[i][j] = min(costs[i - 1][j] + 1, costs[i][j - 1] + 1,
+                              costs[i - 1][j - 1] + (said != word))
+    pairs = []
+    i, j = len(reference), len(heard)
+    while i or j:
+        if i and j and costs[i][j] == costs[i - 1][j - 1] + (reference[i - 1] != heard[j - 1]):
+            i, j = i - 1, j - 1
+            pairs.append((reference[i], heard[j]))
+        elif i and costs[i][j] == costs[i - 1][j] + 1:
+            i -= 1
+            pairs.append((reference[i], None))
+        else:
+            j -= 1
+            pairs.append((None, heard[j]))
+    return pairs[::-1]
+
+
 def word_errors(reference, heard):
     """Substitutions, deletions and insertions that turn `reference` into `heard`, at least."""
-    previous = list(range(len(heard) + 1))
-    for row, word in enumerate(reference, start=1):
-        current = [row]
-        for column, other in enumerate(heard, start=1):
-            current.append(min(previous[column] + 1, current[column - 1] + 1,
-                               previous[column - 1] + (word != other)))
-        previous = current
-    return previous[-1]
+    return sum(said != word for said, word in align(reference, heard))
 
 
 def sclite_error_rate(pairs):
