@@ -117,9 +117,14 @@ def keeping_log(road):
     try:
         yield
     finally:
-        kept = LEFT_BEHIND / "program.log"
-        shutil.copyfile(road.program.log_file, kept)
-        say(f"log: {kept.relative_to(ROOT)}")
+        # The program repeats what its speech server says, with a word in front.
+        lines = road.program.lines()
+        for name, kept in (("program", lines),
+                           ("speech-server", [line.removeprefix("Backend:") for line in lines
+                                              if line.startswith("Backend:")])):
+            file = LEFT_BEHIND / f"{name}.log"
+            file.write_text("\n".join(kept) + "\n", encoding="utf-8")
+            say(f"log: {file.relative_to(ROOT)}")
 
 
 def tell_the_wait(spoken):

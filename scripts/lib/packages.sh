@@ -4,7 +4,7 @@
 
 # The companion speech server: Python, the built-in recogniser and translator.
 packages_backend=(
-  python3 python3-venv python3-websockets python3-numpy pocketsphinx pocketsphinx-en-us
+  python3 python3-venv python3-websockets python3-numpy libpocketsphinx3 pocketsphinx-en-us
   apertium apertium-eng-spa
 )
 

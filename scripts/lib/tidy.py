@@ -43,6 +43,18 @@ def made_of(build):
     return objects
 
 
+def plain_command(entry):
+    """How the file is compiled, without compiler cache and precompiled headers: each file names for
+    itself what it needs, so a header that it forgot to name is missed here."""
+    words = shlex.split(entry["command"])
+    compiler = next(number for number, word in enumerate(words) if word.endswith("++"))
+    words = words[compiler:]
+    if "-Winvalid-pch" in words:
+        place = words.index("-Winvalid-pch")
+        del words[place:place + 3]  # With "-include" and its file.
+    return shlex.join(words)
+
+
 def object_of(entry):
     words = shlex.split(entry["command"])
     return words[words.index("-o") + 1]
@@ -52,7 +64,8 @@ def key(entry, files, build, rules):
     """Names everything a verdict depends on; the same in every checkout."""
     command = entry["command"].replace(str(ROOT), ".")
     parts = [rules, command]
-    for name in sorted(files):
+    # Precompiled headers are other people's, whose version is among the rules.
+    for name in sorted(file for file in files if not file.endswith(".gch")):
         path = build / name
         parts.append(f"{str(path).replace(str(ROOT), '.')} {digest(path)}")
     return hashlib.sha256("\n".join(parts).encode()).hexdigest()
@@ -61,7 +74,7 @@ def key(entry, files, build, rules):
 def look_at(source, build, mark):
     """The findings in `source`; leaves `mark` when there are none."""
     run = subprocess.run(
-        ["clang-tidy", "-p", str(build), "--quiet", "--extra-arg=-Wno-unknown-warning-option", source],
+        ["clang-tidy", "-p", str(build / "lint"), "--quiet", "--extra-arg=-Wno-unknown-warning-option", source],
         capture_output=True, text=True)
     if run.returncode == 0:
         mark.touch()
@@ -73,8 +86,13 @@ def look_at(source, build, mark):
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
     CLEAN.mkdir(parents=True, exist_ok=True)
-    rules = output("clang-tidy", "--version") + (ROOT / ".clang-tidy").read_text()
-    commands = {entry["file"]: entry for entry in json.loads((build / "compile_commands.json").read_text())}
+    rules = (output("clang-tidy", "--version") + output("pkg-config", "--modversion", "Qt6Core")
+             + (ROOT / ".clang-tidy").read_text())
+    commands = {entry["file"]: {**entry, "command": plain_command(entry)}
+                for entry in json.loads((build / "compile_commands.json").read_text())}
+    plain = build / "lint"
+    plain.mkdir(exist_ok=True)
+    (plain / "compile_commands.json").write_text(json.dumps(list(commands.values())))
     objects = made_of(build)
     todo = []
     for source in (str(ROOT / name) for name in sys.argv[2:]):

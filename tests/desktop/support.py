@@ -2,7 +2,6 @@
 
 import contextlib
 import os
-import subprocess
 import sys
 import unittest
 
@@ -13,6 +12,7 @@ from harness.processes import end_on_signals, wait_until
 from harness.program import (BACKEND_PORT, Program, port_is_open, read_settings,
                              write_settings)
 from harness.sound import Sound
+from harness.speech_server import install_speech_server
 
 PROGRAM = os.environ["ORVANE_PROGRAM"]
 ON_LOOPBACK = os.environ["ORVANE_ON_LOOPBACK"]
@@ -95,8 +95,7 @@ class DesktopTest(unittest.TestCase):
         """A desktop whose user has the backend installed, as soon as nobody else uses its port."""
         wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
         self.open_desktop(**settings)
-        subprocess.run([INSTALL_BACKEND], env=self.desktop.environment, check=True,
-                       stdout=subprocess.DEVNULL)
+        install_speech_server(self.desktop, INSTALL_BACKEND)
 
     def start_with_backend(self, **settings):
         self.open_desktop_for_backend(autoStartBackend=True, **settings)

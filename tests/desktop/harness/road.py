@@ -3,7 +3,6 @@
 import contextlib
 import dataclasses
 import statistics
-import subprocess
 import threading
 import time
 
@@ -13,6 +12,7 @@ from .processes import Timeout, wait_until
 from .program import BACKEND_PORT, Overlay, Program, free_port, port_is_open, write_settings
 from .sound import MICROPHONE, Sound
 from .speech import Sentence, word_errors, words_of
+from .speech_server import install_speech_server
 
 MICROPHONE_ROAD, SYSTEM_ROAD, APP_ROAD = "microphone", "system", "app"
 _SOURCE_NUMBERS = {MICROPHONE_ROAD: 0, SYSTEM_ROAD: 1, APP_ROAD: 2}
@@ -126,8 +126,7 @@ class Road:
         self._say("a private desktop stands: " + self.desktop.environment["DISPLAY"])
         self.sound = Sound(self.desktop)
         self._say("a private sound server has a microphone and loudspeakers")
-        subprocess.run([str(self._install_backend)], env=self.desktop.environment, check=True,
-                       stdout=subprocess.DEVNULL)
+        install_speech_server(self.desktop, self._install_backend)
         self._say("the speech server is installed in the private home")
         self.overlay = Overlay(free_port())
         write_settings(self.desktop, {
