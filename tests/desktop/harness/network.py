@@ -26,9 +26,9 @@ def enter_private_network():
     where neither is allowed, and None on success. Must be called before this process has a second
     thread."""
     try:
-        if os.geteuid() == 0:
+        try:
             _unshare(_CLONE_NEWNET)
-        else:
+        except PermissionError:  # Not root, or root in a container.
             _unshare_as_ourselves()
         _switch_loopback_on()
     except OSError as error:
