@@ -17,7 +17,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
-from harness.network import enter_private_network  # noqa: E402
+from harness.isolation import isolate  # noqa: E402
 from harness.processes import end_on_signals  # noqa: E402
 from harness.road import (APP_ROAD, MICROPHONE_ROAD, SYSTEM_ROAD, Road, median_delay,  # noqa: E402
                           word_error_rate)
@@ -159,7 +159,7 @@ def main():
     LEFT_BEHIND.mkdir(parents=True, exist_ok=True)
     # Next to a person's own Orvane, whose speech server has the same port. Who wants to look at the
     # page afterwards has to reach it, though.
-    if not options.keep and (reason := enter_private_network()):
+    if not options.keep and (reason := isolate()):
         say(f"the demonstration shares this machine's network ({reason})")
     sentences = recorded_sentences()
     with Road(options.program, ROOT / "scripts" / "install-backend",

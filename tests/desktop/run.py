@@ -5,7 +5,7 @@ run.py MODULE.CLASS.METHOD   runs one test
 run.py --list                says what there is, a line each, fields parted by "|":
                              name, what to run, seconds it may take, whether sanitizers run it too,
                              whether it uses the speech server's port
-run.py --has-network         succeeds where a process may have a network of its own
+run.py --can-isolate         succeeds where a process may have a network of its own
 """
 
 import os
@@ -16,7 +16,7 @@ import unittest
 FOLDER = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(FOLDER))
 
-from harness.network import enter_private_network  # noqa: E402
+from harness.isolation import isolate  # noqa: E402
 
 _DEFAULT_TIME_LIMIT = 120
 
@@ -57,8 +57,8 @@ def main():
     if sys.argv[1:] == ["--list"]:
         list_tests()
         return
-    reason = enter_private_network()
-    if sys.argv[1:] == ["--has-network"]:
+    reason = isolate()
+    if sys.argv[1:] == ["--can-isolate"]:
         sys.exit(1 if reason else 0)
     if reason:
         print(f"No network of its own for this test ({reason}): it uses the machine's, and tests "

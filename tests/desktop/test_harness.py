@@ -4,7 +4,7 @@ import os
 import socket
 import unittest
 
-from harness.network import enter_private_network
+from harness.isolation import isolate
 from harness.speech import align, word_errors
 
 
@@ -32,8 +32,10 @@ class Harness(unittest.TestCase):
     def look_for(self, port):
         """In a child: 0 when the port cannot be reached from a new network in which others can be,
         7 when the system allows no such network."""
-        if enter_private_network():
+        if isolate():
             return 7
+        if os.listdir("/tmp/.X11-unix"):
+            return 2
         with socket.socket() as caller:
             if caller.connect_ex(("127.0.0.1", port)) == 0:
                 return 1
