@@ -6,12 +6,22 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_AUTOMOC ON)
 
-# One compiler cache serves every checkout: paths below the project are taken as relative. Precompiled
-# headers need what is said of them to be trusted.
+# One compiler cache serves every checkout: paths below the project are taken as relative, and a
+# precompiled header, which is another each time it is made, counts by what it was made from (see
+# orvane_precompile).
 find_program(CCACHE ccache)
 if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
-    CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
+    CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_PCH_EXTSUM=1 ${CCACHE})
+endif()
+
+# What Debian's headers are made of: changes whenever one of them does. Empty elsewhere.
+string(REGEX MATCH "^[0-9]+" compiler_major "${CMAKE_CXX_COMPILER_VERSION}")
+execute_process(
+  COMMAND dpkg-query -W libc6-dev libstdc++-${compiler_major}-dev qt6-base-dev libgtest-dev libgmock-dev
+  OUTPUT_VARIABLE ORVANE_HEADER_VERSIONS ERROR_QUIET RESULT_VARIABLE no_packages)
+if(no_packages AND NOT ORVANE_HEADER_VERSIONS MATCHES "qt6-base-dev\t[0-9]")
+  set(ORVANE_HEADER_VERSIONS "")
 endif()
 
 add_library(orvane_compiler INTERFACE)
@@ -59,6 +69,11 @@ function(orvane_precompile kind links)
     target_compile_options(orvane_precompiled_${kind} PRIVATE ${ORVANE_TEST_OPTIONS})
   endif()
   target_precompile_headers(orvane_precompiled_${kind} PRIVATE ${ARGN})
+  if(ORVANE_HEADER_VERSIONS)
+    file(CONFIGURE @ONLY
+      OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/orvane_precompiled_${kind}.dir/cmake_pch.hxx.gch.sum"
+      CONTENT "@CMAKE_CXX_COMPILER_VERSION@\n@ORVANE_HEADER_VERSIONS@\n@ARGN@\n")
+  endif()
 endfunction()
 
 # Lets a target use them.
