@@ -18,8 +18,7 @@ packages_run=(
   fonts-dejavu-core
   "${packages_backend[@]}"
 )
-# Letters of all the languages that can be chosen.
-extras_run=(fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji)
+extras_run=()
 
 # A desktop with sound for machines that have none, and recorded speech for it.
 packages_demo=(
@@ -29,8 +28,10 @@ packages_demo=(
 # A second opinion on the word error rate.
 extras_demo=(sctk)
 
-# What the tests use beside: another kind of desktop, peers that others wrote, judges.
+# What the tests use beside: letters of all languages, another kind of desktop, peers that others wrote,
+# judges.
 packages_test=(
+  fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji
   git libgtest-dev libgmock-dev picom python3-xlib iproute2 procps openssl curl
   sox ffmpeg liblo-tools chromium
 )
