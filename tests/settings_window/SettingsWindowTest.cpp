@@ -128,7 +128,8 @@ TEST_F(SettingsWindowTest, noQuestionOfAnAssistiveProgramIsTooMuch) {
 }
 
 TEST_F(SettingsWindowTest, everyControlIsReachedByTheTabKey) {
-    QApplication::setActiveWindow(window.get());
+    window->activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return window->isActiveWindow(); }));
     settings.sttEngine.set(u"google_grpc"_s);
     settings.googleServiceAccountPath.set(u"/a.json"_s);
     for (int tab = 0; tab < tabs()->count(); ++tab) {
