@@ -46,9 +46,8 @@ def arguments():
 
 
 def columns(pairs, width=92):
-    """The words said above those heard, in lines of at most `width` characters. What was heard right
-    is only repeated where it differs: "=" stands for the same word, "-" for one that was missed or
-    made up."""
+    """The words said above those heard, in lines of at most `width` characters: "=" stands for the
+    same word below, "-" for none."""
     lines = []
     said_line = heard_line = ""
     for said, heard in pairs:
@@ -167,6 +166,7 @@ def main():
         road.show_panel()
         road.start_backend()
         road.start_translation()
+        say('under each word what was heard: "=" the same word, "-" none')
         print()
         results = []
         for sentence in sentences:

@@ -10,6 +10,7 @@ sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
 from harness.accessibility import Accessibility  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
+from harness.isolation import isolate  # noqa: E402
 from harness.portal import Portal  # noqa: E402
 from harness.processes import end_on_signals, wait_until  # noqa: E402
 from harness.program import Program, write_settings  # noqa: E402
@@ -195,6 +196,8 @@ def make_pictures(options, desktop, backend, portal, accessibility):
 def main():
     options = arguments()
     end_on_signals()
+    if reason := isolate():
+        print(f"the pictures are taken in this machine's network ({reason})", file=sys.stderr)
     options.out.mkdir(parents=True, exist_ok=True)
     screen = "2560x1800x24" if options.scale != "1" else "1280x900x24"
     with contextlib.ExitStack() as stack:
