@@ -164,6 +164,20 @@ TEST_F(BackendLinkTest, tellsThatNobodyListens) {
     EXPECT_EQ(sent()[0], failures[0]);
 }
 
+TEST_F(BackendLinkTest, tellsWhatTheSocketSaysOfAnAnswerThatIsNoHandshake) {
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    QObject::connect(&server, &QTcpServer::newConnection, &server, [&server] {
+        QTcpSocket* socket = server.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead, socket, [socket] {
+            socket->write("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+        });
+    });
+    open(server.serverPort());
+    ASSERT_TRUE(waitUntil([&] { return !failures.isEmpty(); }));
+    EXPECT_TRUE(failures[0].contains(u"404"_s)) << failures[0].toStdString();
+}
+
 TEST_F(BackendLinkTest, givesUpAPeerThatNeverAnswersTheHandshake) {
     QTcpServer mute;
     ASSERT_TRUE(mute.listen(QHostAddress::LocalHost));
