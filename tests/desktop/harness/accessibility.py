@@ -10,6 +10,14 @@ from .processes import Timeout, wait_until
 # library's own 0.8 s is less than a busy machine needs.
 _PATIENCE_MILLISECONDS = 20_000
 
+# What some versions of the library call a role, and how it is called here.
+_ROLES = {"button": "push button"}
+
+
+def _role_of(node):
+    role = node.get_role_name()
+    return _ROLES.get(role, role)
+
 
 class Accessibility:
     """The accessible programs of `desktop`. One per process: the library keeps its connection."""
@@ -72,7 +80,7 @@ class Accessibility:
     def find(self, pid, name, role=None):
         """The first node on screen called `name` (of `role`, if given), or None."""
         for node in self.nodes(pid):
-            if self._ask(lambda: node.get_name() == name and role in (None, node.get_role_name())):
+            if self._ask(lambda: node.get_name() == name and role in (None, _role_of(node))):
                 return node
         return None
 
@@ -81,7 +89,7 @@ class Accessibility:
 
     def names(self, pid):
         """What is on screen: (role, name) of every node."""
-        found = [self._ask(lambda: (node.get_role_name(), node.get_name()))
+        found = [self._ask(lambda: (_role_of(node), node.get_name()))
                  for node in self.nodes(pid)]
         return [names for names in found if names]
 
@@ -180,7 +188,9 @@ class Accessibility:
         for index in range(node.get_child_count()):
             child = node.get_child_at_index(index)
             if child.get_role_name() == "text":
-                return child.get_text(0, child.get_character_count())
+                # By the interface's name: newer versions have another operation of this name.
+                text = self._atspi.Text
+                return text.get_text(child, 0, text.get_character_count(child))
         return ""
 
     def extents(self, node):
