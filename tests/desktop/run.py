@@ -4,7 +4,7 @@
 run.py MODULE.CLASS.METHOD   runs one test
 run.py --list                says what there is, a line each, fields parted by "|":
                              name, what to run, seconds it may take, whether sanitizers run it too,
-                             whether it uses the speech server's port
+                             whether it uses the speech server's port, whether it is in real time
 run.py --can-isolate         succeeds where a process may have a network of its own
 """
 
@@ -50,7 +50,8 @@ def line_of(module, case, method):
     return "|".join((f"{case.__name__}.{name}", f"{module}.{case.__name__}.{method}",
                      str(getattr(case, "TIME_LIMIT", _DEFAULT_TIME_LIMIT)),
                      "journey" if name in journeys else "",
-                     "port" if getattr(case, "USES_PORT", False) else ""))
+                     "port" if getattr(case, "USES_PORT", False) else "",
+                     "real-time" if getattr(case, "REAL_TIME", False) else ""))
 
 
 def main():

@@ -12,6 +12,7 @@ from harness.speech import recorded_sentences
 
 class FirstMinutes(DesktopTest):
     TIME_LIMIT = 300
+    REAL_TIME = True
     USES_PORT = True
 
     def start_in_a_fresh_home(self):

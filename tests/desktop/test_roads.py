@@ -15,6 +15,7 @@ _HIGHEST_ERROR_RATE = 0.6
 
 class Roads(unittest.TestCase):
     TIME_LIMIT = 300
+    REAL_TIME = True
     USES_PORT = True
     JOURNEYS = ("microphone", "system_audio", "one_application_while_another_plays")
 
