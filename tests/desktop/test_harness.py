@@ -1,6 +1,7 @@
 """What the other tests stand on."""
 
 import os
+import pathlib
 import socket
 import unittest
 
@@ -21,6 +22,11 @@ class Harness(unittest.TestCase):
         self.assertEqual(word_errors([], []), 0)
 
     def test_a_network_of_its_own_has_loopback_and_nobody_else(self):
+        displays = pathlib.Path("/tmp/.X11-unix")
+        displays.mkdir(mode=0o1777, exist_ok=True)
+        ours = displays / f"of-process-{os.getpid()}"
+        ours.touch()
+        self.addCleanup(ours.unlink)
         with socket.create_server(("127.0.0.1", 0)) as ours:
             port = ours.getsockname()[1]
             child = os.fork()
@@ -30,8 +36,8 @@ class Harness(unittest.TestCase):
         self.assertIn(os.waitstatus_to_exitcode(status), (0, 7))
 
     def look_for(self, port):
-        """In a child: 0 when the port cannot be reached from a new network in which others can be,
-        7 when the system allows no such network."""
+        """In a child: 0 when neither the port nor a display of ours can be reached from a new network,
+        in which other ports can be; 7 when the system allows no such network."""
         if isolate():
             return 7
         if os.listdir("/tmp/.X11-unix"):
