@@ -18,7 +18,8 @@ packages_run=(
   fonts-dejavu-core
   "${packages_backend[@]}"
 )
-extras_run=()
+# The panel's texts and the languages' flags are drawn with it.
+extras_run=(fonts-noto-color-emoji)
 
 # A desktop with sound for machines that have none, and recorded speech for it.
 packages_demo=(
@@ -31,7 +32,7 @@ extras_demo=(sctk)
 # What the tests use beside: letters of all languages, another kind of desktop, peers that others wrote,
 # judges.
 packages_test=(
-  fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji
+  fonts-noto-core fonts-noto-cjk
   git libgtest-dev libgmock-dev picom python3-xlib iproute2 procps openssl curl
   sox ffmpeg liblo-tools chromium
 )
