@@ -5,7 +5,7 @@
 //
 // Prints one JSON object. All times are of one clock in one process, at both ends.
 
-#include "CloudEngines.h"
+#include "EngineCatalogue.h"
 #include "Log.h"
 #include "Post.h"
 #include "Receiver.h"
@@ -108,7 +108,8 @@ void wait(Condition done) {
 }
 
 std::shared_ptr<orv::CloudSTTEngine> connectedEngine(const QString& id, const Receiver& receiver) {
-    auto engine = orv::makeCloudEngine(orv::bench::endpointsAt(receiver.port()))(id);
+    auto engine =
+        orv::EngineCatalogue().find(id)->make(orv::bench::endpointsAt(receiver.port()), {});
     bool ready = false;
     engine->onStatus = [&](const QString&, const QString&) { ready = true; };
     const std::uint64_t before = receiver.handshakes();

@@ -1,6 +1,7 @@
 #include "StreamingRun.h"
 
-#include "CloudEngines.h"
+#include "AssemblyAIMessages.h"
+#include "DeepgramMessages.h"
 
 using namespace Qt::StringLiterals;
 
@@ -8,7 +9,7 @@ namespace orv::bench {
 
 ServiceEndpoints endpointsAt(std::uint16_t port) {
     const QString url = u"ws://127.0.0.1:%1"_s.arg(port);
-    return {.deepgram = url, .assemblyai = url};
+    return {{deepgramHost, url}, {assemblyaiHost, url}};
 }
 
 StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)
@@ -26,10 +27,11 @@ StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)
                          .store = store_,
                          .capture = capture_,
                          .notifications = notifications_,
-                         .engineFactory = makeCloudEngine(endpointsAt(port)),
+                         .engines = engines_,
                          .sendToVmix = {},
                          .showNotice = {},
                          .transcriptFolder = folder_.filePath(u"output"_s),
+                         .endpoints = endpointsAt(port),
                          .backendPort = port});
 }
 

@@ -2,6 +2,7 @@
 
 #include "AudioManager.h"
 #include "DefaultsStore.h"
+#include "EngineCatalogue.h"
 #include "NotificationCentre.h"
 #include "NullAudioCapture.h"
 #include "ServiceEndpoints.h"
@@ -31,6 +32,7 @@ class StreamingRun {
     void deliver(std::span<const float> samples);
 
   private:
+    const EngineCatalogue engines_;
     QTemporaryDir folder_;
     DefaultsStore store_;
     TranslationSettings settings_;

@@ -4,7 +4,6 @@
 #include "AudioManager.h"
 #include "BackendInstallerPath.h"
 #include "CheckerControl.h"
-#include "CloudEngines.h"
 #include "ControlPanel.h"
 #include "Controls.h"
 #include "DesktopComposition.h"
@@ -84,7 +83,7 @@ void Shell::createServices(const UserPaths& paths) {
                          .store = store_,
                          .capture = *capture_,
                          .notifications = notifications_,
-                         .engineFactory = makeCloudEngine(addresses_.speech),
+                         .engines = engines_,
                          .sendToVmix =
                              [this](const QString& original, const QString& translation) {
                                  vmix_->sendToVmix(original, translation);
@@ -180,6 +179,7 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
 std::unique_ptr<QWidget> Shell::makeSettings() {
     return makeSettingsWindow({.settings = *settings_,
                                .store = store_,
+                               .engines = engines_,
                                .l10n = *l10n_,
                                .dialogs = dialogs_,
                                .chooser = chooser_,

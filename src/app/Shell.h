@@ -5,6 +5,7 @@
 #include "CaptureControl.h"
 #include "DefaultsStore.h"
 #include "DesktopServices.h"
+#include "EngineCatalogue.h"
 #include "FileDialogs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
@@ -72,6 +73,7 @@ class Shell {
     const UserPaths paths_;
     ServiceAddresses addresses_;
     std::function<void()> terminate_;
+    const EngineCatalogue engines_;
     NotificationCentre notifications_;
     DefaultsStore store_;
     std::unique_ptr<L10n> l10n_;

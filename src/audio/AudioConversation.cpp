@@ -3,6 +3,7 @@
 #include "AudioManagerPrivate.h"
 #include "DefaultsStore.h"
 #include "DirectEngineSetup.h"
+#include "EngineCatalogue.h"
 #include "Log.h"
 #include "NotificationCentre.h"
 #include "TranslationSettings.h"
@@ -30,14 +31,9 @@ void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
         return;
     }
     configuration_ = configuration;
-    const EngineChoice engine = EngineChoice::fromSettings(env.settings);
-    if (engine.lacksCredentials()) {
-        logLine(u"❌ Credentials fehlen für "_s + engine.sttEngine + u" — Whisper-Fallback"_s);
-        if (env.showNotice) {
-            target_.handle().post([this, notice = missingCredentialsNotice(engine.sttEngine)] {
-                env.showNotice(notice);
-            });
-        }
+    const EngineChoice engine = EngineChoice::fromSettings(env.settings, env.engines);
+    if (engine.lacksCredentials) {
+        tellMissingCredentials(engine.sttEngine);
     }
     const QString languages = configuration.sourceLang + u" → "_s + configuration.targetLang;
     sender_.sendMessage(configMessage(configuration, engine), [languages](const QString& error) {
@@ -49,6 +45,17 @@ void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
     });
 }
 
+void AudioManager::Private::tellMissingCredentials(const QString& id) {
+    logLine(u"❌ Credentials fehlen für "_s + id + u" — Whisper-Fallback"_s);
+    const EngineDescriptor* engine = env.engines.find(id);
+    if (engine == nullptr || !env.showNotice) {
+        return;
+    }
+    target_.handle().post([this, notice = missingCredentialsNotice(*engine, env.settings)] {
+        env.showNotice(notice);
+    });
+}
+
 std::optional<RunConfiguration> AudioManager::Private::nextConfiguration() const {
     return pendingConfig ? pendingConfig : configuration_;
 }
@@ -57,7 +64,8 @@ BackendMessageHandler::Actions AudioManager::Private::messageActions() {
     return {
         .translatesOnClient =
             [this] {
-                return env.settings.sttEngine.get() == u"google_grpc" &&
+                const EngineDescriptor* engine = env.engines.find(env.settings.sttEngine.get());
+                return engine != nullptr && engine->translatesOnClient &&
                        configuration().sourceLang != configuration().targetLang;
             },
         .translateOnClient = [this](const QString& original) { translateOnClient(original); },
@@ -118,7 +126,12 @@ void AudioManager::Private::publishStatus(const StatusMessage& status) {
 void AudioManager::Private::startDirectEngine() {
     const RunConfiguration run = nextConfiguration().value_or(RunConfiguration());
     directEngine_ = setupDirectEngine(
-        env.settings, env.engineFactory, run, env.transcriptFolder,
+        env.settings,
+        {.engines = env.engines,
+         .endpoints = env.endpoints,
+         .timings = env.engineTimings,
+         .transcriptFolder = env.transcriptFolder},
+        run,
         {.result = [this](const QString& original,
                           const QString& translation) { fanOut(original, translation); },
          .status = [this](const QString& status,
@@ -141,7 +154,7 @@ void AudioManager::Private::startDirectEngine() {
     } else {
         chunker.setRoute(ChunkRoute::DirectEngine);
     }
-    directEngine_->connect(directEngineConfig(env.settings, run));
+    directEngine_->connect(directEngineConfig(env.settings, env.engines, run));
 }
 
 void AudioManager::Private::abandonDirectEngine() {

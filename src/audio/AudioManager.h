@@ -3,7 +3,7 @@
 #include "AudioDevice.h"
 #include "AudioNotice.h"
 #include "AudioSourceType.h"
-#include "CloudSTTEngine.h"
+#include "EngineTimings.h"
 #include "RunningApp.h"
 #include "ServiceEndpoints.h"
 
@@ -19,6 +19,7 @@ namespace orv {
 
 class AudioCapture;
 class DefaultsStore;
+class EngineCatalogue;
 class NotificationCentre;
 class TranslationSettings;
 
@@ -38,13 +39,14 @@ struct AudioEnvironment {
     DefaultsStore& store;
     AudioCapture& capture;
     NotificationCentre& notifications;
-    CloudEngineFactory engineFactory;
+    const EngineCatalogue& engines;
     /// The vMix output; called on the main thread for each result.
     std::function<void(const QString& original, const QString& translation)> sendToVmix;
     /// Shows the user a notice; called on the main thread.
     std::function<void(const AudioNotice& notice)> showNotice;
     QString transcriptFolder; ///< Where runs with a direct engine put their transcripts.
     ServiceEndpoints endpoints = {};
+    EngineTimings engineTimings = {};
     quint16 backendPort = 8765;
     AudioTimings timings = {};
 };

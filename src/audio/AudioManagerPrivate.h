@@ -7,6 +7,7 @@
 #include "BackendMessageHandler.h"
 #include "CaptureSources.h"
 #include "Chunker.h"
+#include "ConfigMessage.h"
 #include "DirectEngineSession.h"
 #include "EventLoopThread.h"
 #include "GracefulStop.h"
@@ -88,6 +89,7 @@ class AudioManager::Private {
     void fanOut(const QString& original, const QString& translation);
     void translateOnClient(const QString& original);
     void publishStatus(const StatusMessage& status);
+    void tellMissingCredentials(const QString& id);
     std::optional<RunConfiguration> nextConfiguration() const;
 
     RunConfiguration configuration() const { return configuration_.value_or(RunConfiguration()); }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "AudioNotice.h"
-
 #include <QByteArray>
 #include <QString>
 
@@ -12,44 +10,8 @@
 
 namespace orv {
 
-class TranslationSettings;
-
 // The messages of the link to the speech server: JSON objects, one for each text frame. Everything
 // here is a function from values to values and may be called from any thread.
-
-/// What a run asks of the backend.
-struct RunConfiguration {
-    QString sourceLang; ///< Language code, or "auto".
-    QString targetLang; ///< Language code.
-    bool saveTranscript = false;
-    bool showOriginal = false;
-
-    friend bool operator==(const RunConfiguration&, const RunConfiguration&) = default;
-};
-
-/// The settings that a configuration message carries.
-struct EngineChoice {
-    QString sttEngine;
-    QString whisperModel;
-    QString apiKey;             ///< Of the chosen engine; empty when it needs none.
-    QString region;             ///< Azure.
-    QString serviceAccountPath; ///< Google's streaming recognition.
-    QString projectId;          ///< Google's streaming recognition.
-    QString location;           ///< Google's streaming recognition.
-    QString host;               ///< Vosk server.
-    std::int64_t port = 0;      ///< Vosk server.
-
-    static EngineChoice fromSettings(const TranslationSettings& settings);
-
-    /// True when the engine is a cloud engine whose key (or service account) is empty.
-    bool lacksCredentials() const;
-};
-
-/// The configuration message. An engine that lacks its credentials is replaced by Whisper.
-QByteArray configMessage(const RunConfiguration& run, const EngineChoice& engine);
-
-/// What the user is told when the engine with this identifier lacks its credentials.
-AudioNotice missingCredentialsNotice(const QString& sttEngine);
 
 /// The audio message: `samples` (mono, [-1, 1]) as base64 of signed 16-bit little-endian PCM.
 QByteArray audioMessage(std::span<const float> samples, int sampleRate);

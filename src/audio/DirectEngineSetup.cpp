@@ -1,6 +1,7 @@
 #include "DirectEngineSetup.h"
 
 #include "DirectEngineTranscriptWriter.h"
+#include "EngineCatalogue.h"
 #include "Log.h"
 #include "TranslationSettings.h"
 
@@ -12,66 +13,64 @@ namespace orv {
 
 namespace {
 
-bool runsOnBackend(const QString& engine) {
-    return engine == u"whisper" || engine == u"vosk" || engine == u"google_grpc";
-}
-
 /// Engines that do not translate get the user's key for Google's translation.
-void handOverTranslationKey(CloudSTTEngine& engine, const QString& key) {
-    if (engine.supportsTranslation() || key.isEmpty()) {
-        return;
+void handOverTranslationKey(CloudSTTEngine& engine, const QString& product, const QString& key) {
+    if (!engine.supportsTranslation() && !key.isEmpty()) {
+        engine.setTranslationKey(key);
+        logLine(u"🔌 "_s + product + u": Google Translate Key gesetzt für Übersetzung"_s);
     }
-    engine.setTranslationKey(key);
-    const QString product = engine.id() == u"deepgram" ? u"Deepgram"_s : u"AssemblyAI"_s;
-    logLine(u"🔌 "_s + product + u": Google Translate Key gesetzt für Übersetzung"_s);
 }
 
-void logChosenEngine(const CloudSTTEngine& engine) {
-    if (engine.id() == u"deepgram") {
-        return; // Told by its connection.
+void logChosenEngine(const EngineDescriptor& chosen, const CloudSTTEngine& engine) {
+    if (chosen.isAnnounced) {
+        logLine(u"🔌 Direct Engine: "_s + engine.name() +
+                (engine.isStreaming() ? u" (streaming)"_s : QString()));
     }
-    logLine(u"🔌 Direct Engine: "_s + engine.name() +
-            (engine.isStreaming() ? u" (streaming)"_s : QString()));
 }
 
 } // namespace
 
 std::unique_ptr<DirectEngineSession> setupDirectEngine(const TranslationSettings& settings,
-                                                       const CloudEngineFactory& factory,
+                                                       const DirectEngineParts& parts,
                                                        const RunConfiguration& run,
-                                                       const QString& transcriptFolder,
                                                        DirectEngineSession::Handlers handlers) {
     const QString id = settings.sttEngine.get();
     logLine(u"🔌 setupDirectEngine: engine="_s + id);
-    if (runsOnBackend(id)) {
-        return nullptr;
-    }
-    std::shared_ptr<CloudSTTEngine> engine = factory ? factory(id) : nullptr;
-    if (!engine) {
+    const EngineDescriptor* chosen = parts.engines.find(id);
+    if (chosen == nullptr) {
         logLine(u"🔌 Direct Engine: NONE — unknown engine "_s + id);
         return nullptr;
     }
-    handOverTranslationKey(*engine, settings.googleApiKey.get());
-    logChosenEngine(*engine);
+    if (!chosen->make) {
+        return nullptr; // The backend recognises.
+    }
+    std::shared_ptr<CloudSTTEngine> engine = chosen->make(parts.endpoints, parts.timings);
+    handOverTranslationKey(*engine, chosen->name, settings.googleApiKey.get());
+    logChosenEngine(*chosen, *engine);
     std::shared_ptr<DirectEngineTranscriptWriter> writer;
     if (settings.saveTranscript.get()) {
-        writer =
-            DirectEngineTranscriptWriter::open(transcriptFolder, run.sourceLang, run.targetLang);
+        writer = DirectEngineTranscriptWriter::open(parts.transcriptFolder, run.sourceLang,
+                                                    run.targetLang);
     }
     return std::make_unique<DirectEngineSession>(std::move(engine), std::move(writer),
                                                  std::move(handlers));
 }
 
 CloudEngineConfig directEngineConfig(const TranslationSettings& settings,
-                                     const RunConfiguration& run) {
-    const EngineChoice choice = EngineChoice::fromSettings(settings);
-    return {
-        .sourceLang = run.sourceLang,
-        .targetLang = run.targetLang,
-        .apiKey = choice.apiKey,
-        .region = choice.sttEngine == u"azure" ? choice.region : QString(),
-        .sampleRate = 48000,
-    };
+                                     const EngineCatalogue& engines, const RunConfiguration& run) {
+    CloudEngineConfig config{.sourceLang = run.sourceLang,
+                             .targetLang = run.targetLang,
+                             .apiKey = {},
+                             .region = {},
+                             .sampleRate = 48000};
+    if (const EngineDescriptor* chosen = engines.find(settings.sttEngine.get())) {
+        for (const EngineField& field : chosen->fields) {
+            if (field.config != nullptr) {
+                config.*field.config = (settings.*field.text).get();
+            }
+        }
+    }
+    return config;
 }
 
 } // namespace orv

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "BackendMessages.h"
 #include "CloudSTTEngine.h"
+#include "ConfigMessage.h"
 #include "DirectEngineSession.h"
+#include "EngineTimings.h"
+#include "ServiceEndpoints.h"
 
 #include <QString>
 
@@ -10,18 +12,23 @@
 
 namespace orv {
 
-class TranslationSettings;
+/// What direct engines are made from.
+struct DirectEngineParts {
+    const EngineCatalogue& engines;
+    const ServiceEndpoints& endpoints;
+    const EngineTimings& timings;
+    const QString& transcriptFolder;
+};
 
-/// Chooses the direct engine by the setting `sttEngine`, saying what it does in the log. Null when
-/// the run goes through the backend. The session is not connected yet.
+/// Makes the direct engine that the setting `sttEngine` names, saying what it does in the log. Null
+/// when the run goes through the backend. The session is not connected yet.
 std::unique_ptr<DirectEngineSession> setupDirectEngine(const TranslationSettings& settings,
-                                                       const CloudEngineFactory& factory,
+                                                       const DirectEngineParts& parts,
                                                        const RunConfiguration& run,
-                                                       const QString& transcriptFolder,
                                                        DirectEngineSession::Handlers handlers);
 
 /// What the chosen engine is connected with.
 CloudEngineConfig directEngineConfig(const TranslationSettings& settings,
-                                     const RunConfiguration& run);
+                                     const EngineCatalogue& engines, const RunConfiguration& run);
 
 } // namespace orv

@@ -2,12 +2,40 @@
 
 #include "AssemblyAIMessages.h"
 #include "Log.h"
+#include "TranslationSettings.h"
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+namespace {
+
+const QString engineId = u"assemblyai"_s;
+
+} // namespace
+
+EngineDescriptor assemblyaiEngine() {
+    return {.id = engineId,
+            .name = u"AssemblyAI"_s,
+            .detailKey = u"settings.engine.assemblyai.detail"_s,
+            .hintKey = u"settings.engine.assemblyai.hint"_s,
+            .icon = u"bolt.fill"_s,
+            .infoText =
+                u"STT: AssemblyAI Echtzeit-Streaming (direkt) · Translation: Google Translate "
+                "(API Key nötig)"_s,
+            .translator = u"Google Translate"_s,
+            .fields = {{.kind = EngineField::Kind::Key,
+                        .text = &TranslationSettings::assemblyaiApiKey,
+                        .isRequired = true,
+                        .message = u"engineApiKey"_s,
+                        .config = &CloudEngineConfig::apiKey},
+                       translationKeyField()},
+            .make = [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
+                return std::make_shared<AssemblyAIDirectEngine>(endpoints, timings);
+            }};
+}
 
 AssemblyAIDirectEngine::AssemblyAIDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
     : StreamingEngine(u"AssemblyAI"_s, std::move(endpoints), timings) {
@@ -18,7 +46,7 @@ AssemblyAIDirectEngine::AssemblyAIDirectEngine(ServiceEndpoints endpoints, Engin
 }
 
 QString AssemblyAIDirectEngine::id() const {
-    return u"assemblyai"_s;
+    return engineId;
 }
 
 QString AssemblyAIDirectEngine::name() const {
@@ -30,7 +58,7 @@ QCoro::Task<> AssemblyAIDirectEngine::connect(CloudEngineConfig config) {
         throw CloudEngineError(CloudEngineError::Kind::MissingApiKey,
                                u"AssemblyAI API Key fehlt"_s);
     }
-    open(assemblyaiUrl(endpoints().assemblyai, config.sampleRate), {}, config);
+    open(assemblyaiUrl(endpoints().at(assemblyaiHost), config.sampleRate), {}, config);
     const Lifetime::Observer life = observe();
     firstMessageTimer_.start();
     const StreamingSocket::Message first = co_await socket()->receive();

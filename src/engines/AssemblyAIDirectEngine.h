@@ -1,10 +1,13 @@
 #pragma once
 
+#include "EngineDescriptor.h"
 #include "StreamingEngine.h"
 
 #include <QTimer>
 
 namespace orv {
+
+EngineDescriptor assemblyaiEngine();
 
 /// AssemblyAI's real-time transcription. The source language is not sent to it.
 class AssemblyAIDirectEngine : public StreamingEngine {

@@ -10,6 +10,8 @@ namespace orv {
 
 // AssemblyAI's real-time transcription, version 2.
 
+inline const QString assemblyaiHost = QStringLiteral("wss://api.assemblyai.com");
+
 /// The address of a stream of 16-bit mono PCM.
 QUrl assemblyaiUrl(const QString& endpoint, std::int64_t sampleRate);
 

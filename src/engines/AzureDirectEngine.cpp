@@ -4,6 +4,7 @@
 #include "ServiceError.h"
 #include "ServiceLocales.h"
 #include "ServiceRequests.h"
+#include "TranslationSettings.h"
 
 #include <utility>
 
@@ -12,6 +13,8 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 namespace {
+
+const QString engineId = u"azure"_s;
 
 template <typename T>
 T readable(std::optional<T> answer) {
@@ -23,6 +26,65 @@ T readable(std::optional<T> answer) {
 
 } // namespace
 
+EngineDescriptor azureEngine() {
+    return {.id = engineId,
+            .name = u"Microsoft Azure"_s,
+            .detailKey = u"settings.engine.azure.detail"_s,
+            .hintKey = u"settings.engine.azure.hint"_s,
+            .icon = u"cloud.fill"_s,
+            .infoText = u"STT + Translation: Azure Speech (direkt, 1 API-Call) · Kein Backend "
+                        "nötig"_s,
+            .translator = u"Azure Speech"_s,
+            .fields = {{.kind = EngineField::Kind::Key,
+                        .text = &TranslationSettings::azureApiKey,
+                        .isRequired = true,
+                        .message = u"engineApiKey"_s,
+                        .config = &CloudEngineConfig::apiKey},
+                       {.kind = EngineField::Kind::Place,
+                        .text = &TranslationSettings::azureRegion,
+                        .labelKey = u"settings.engine.region"_s,
+                        .places = azureRegions(),
+                        .message = u"engineRegion"_s,
+                        .config = &CloudEngineConfig::region}},
+            .make = [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
+                return std::make_shared<AzureDirectEngine>(endpoints, timings);
+            }};
+}
+
+std::span<const ServiceRegion> azureRegions() {
+    static const ServiceRegion regions[] = {
+        {u"eastus"_s, u"East US (Virginia)"_s},
+        {u"eastus2"_s, u"East US 2"_s},
+        {u"centralus"_s, u"Central US"_s},
+        {u"northcentralus"_s, u"North Central US"_s},
+        {u"southcentralus"_s, u"South Central US"_s},
+        {u"westus"_s, u"West US"_s},
+        {u"westus2"_s, u"West US 2"_s},
+        {u"westus3"_s, u"West US 3"_s},
+        {u"canadacentral"_s, u"Canada Central"_s},
+        {u"northeurope"_s, u"North Europe (Ireland)"_s},
+        {u"westeurope"_s, u"West Europe (Netherlands)"_s},
+        {u"uksouth"_s, u"UK South"_s},
+        {u"francecentral"_s, u"France Central"_s},
+        {u"germanywestcentral"_s, u"Germany West Central"_s},
+        {u"switzerlandnorth"_s, u"Switzerland North"_s},
+        {u"norwayeast"_s, u"Norway East"_s},
+        {u"swedencentral"_s, u"Sweden Central"_s},
+        {u"eastasia"_s, u"East Asia (Hong Kong)"_s},
+        {u"southeastasia"_s, u"Southeast Asia (Singapore)"_s},
+        {u"japaneast"_s, u"Japan East"_s},
+        {u"japanwest"_s, u"Japan West"_s},
+        {u"koreacentral"_s, u"Korea Central"_s},
+        {u"australiaeast"_s, u"Australia East"_s},
+        {u"centralindia"_s, u"Central India"_s},
+        {u"southindia"_s, u"South India"_s},
+        {u"uaenorth"_s, u"UAE North"_s},
+        {u"southafricanorth"_s, u"South Africa North"_s},
+        {u"brazilsouth"_s, u"Brazil South"_s},
+    };
+    return regions;
+}
+
 AzureDirectEngine::AzureDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
     : endpoints_(std::move(endpoints))
     , timings_(timings)
@@ -31,7 +93,7 @@ AzureDirectEngine::AzureDirectEngine(ServiceEndpoints endpoints, EngineTimings t
     , targetLang_(u"en"_s) {}
 
 QString AzureDirectEngine::id() const {
-    return u"azure"_s;
+    return engineId;
 }
 
 QString AzureDirectEngine::name() const {
@@ -92,14 +154,15 @@ QCoro::Task<AzureResult> AzureDirectEngine::recognise(QByteArray wav) {
 
 QCoro::Task<AzureResult> AzureDirectEngine::translateSpeech(QByteArray wav) {
     const QByteArray answer = co_await post(
-        azureTranslationUrl(endpoints_.azureSpeechTranslation, region_, sourceLang_, targetLang_),
+        azureTranslationUrl(endpoints_.at(azureTranslationHost), region_, sourceLang_, targetLang_),
         std::move(wav));
     co_return readable(parseAzureTranslation(answer));
 }
 
 QCoro::Task<AzureResult> AzureDirectEngine::recognizeSpeech(QByteArray wav) {
     const QByteArray answer = co_await post(
-        azureRecognitionUrl(endpoints_.azureSpeechToText, region_, sourceLang_), std::move(wav));
+        azureRecognitionUrl(endpoints_.at(azureRecognitionHost), region_, sourceLang_),
+        std::move(wav));
     const QString text = readable(parseAzureRecognition(answer));
     co_return AzureResult{text, text};
 }

@@ -2,12 +2,20 @@
 
 #include "AzureMessages.h"
 #include "CloudSTTEngine.h"
+#include "EngineDescriptor.h"
 #include "EngineTimings.h"
 #include "HttpRequests.h"
 #include "Lifetime.h"
 #include "ServiceEndpoints.h"
 
+#include <span>
+
 namespace orv {
+
+EngineDescriptor azureEngine();
+
+/// The regions of Azure's speech services, in the order in which they are offered.
+std::span<const ServiceRegion> azureRegions();
 
 /// Azure's speech services: one request for each chunk, which recognises and translates.
 class AzureDirectEngine : public CloudSTTEngine {

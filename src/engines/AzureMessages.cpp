@@ -1,5 +1,6 @@
 #include "AzureMessages.h"
 
+#include "ServiceLocales.h"
 #include "ServiceRequests.h"
 
 #include <QJsonArray>
@@ -13,6 +14,16 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 namespace {
+
+ServiceLocales azureLocales() {
+    ServiceLocales locales = commonLocales();
+    locales.insert({{u"sv"_s, u"sv-SE"_s},
+                    {u"da"_s, u"da-DK"_s},
+                    {u"no"_s, u"nb-NO"_s},
+                    {u"fi"_s, u"fi-FI"_s},
+                    {u"el"_s, u"el-GR"_s}});
+    return locales;
+}
 
 /// Whatever else stood in a region would choose the host that gets the key.
 bool isRegionName(const QString& region) {
@@ -38,6 +49,11 @@ std::optional<QJsonObject> successfulAnswer(const QByteArray& body) {
 }
 
 } // namespace
+
+QString azureLocale(const QString& code) {
+    static const ServiceLocales locales = azureLocales();
+    return localeFrom(locales, code);
+}
 
 QUrl azureTranslationUrl(const QString& endpoint, const QString& region,
                          const QString& sourceLocale, const QString& targetLang) {

@@ -11,6 +11,15 @@ namespace orv {
 
 // Azure's speech services over REST: one wave file in, one answer out.
 
+/// The hosts; "{region}" stands for the region's identifier.
+inline const QString azureRecognitionHost =
+    QStringLiteral("https://{region}.stt.speech.microsoft.com");
+inline const QString azureTranslationHost =
+    QStringLiteral("https://{region}.s2s.speech.microsoft.com");
+
+/// The locale that Azure expects for a language code of the settings.
+QString azureLocale(const QString& code);
+
 /// The address for recognising speech and translating it; invalid when `region` is not the name of
 /// a region. `sourceLocale` as in `azureLocale`.
 QUrl azureTranslationUrl(const QString& endpoint, const QString& region,

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <memory>
 
 namespace orv {
 
@@ -87,8 +86,5 @@ class CloudSTTEngine {
     TranslationCallback onTranslation;
     StatusCallback onStatus;
 };
-
-/// Makes the engine with an `id`; null for identifiers without a direct engine.
-using CloudEngineFactory = std::function<std::shared_ptr<CloudSTTEngine>(const QString& id)>;
 
 } // namespace orv

@@ -1,12 +1,42 @@
 #include "DeepgramDirectEngine.h"
 
 #include "DeepgramMessages.h"
+#include "TranslationSettings.h"
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+namespace {
+
+const QString engineId = u"deepgram"_s;
+
+} // namespace
+
+EngineDescriptor deepgramEngine() {
+    return {.id = engineId,
+            .name = u"Deepgram"_s,
+            .detailKey = u"settings.engine.deepgram.detail"_s,
+            .hintKey = u"settings.engine.deepgram.hint"_s,
+            .icon = u"bolt.horizontal"_s,
+            .infoText =
+                u"STT: Deepgram Echtzeit-Streaming (direkt) · Translation: Google Translate "
+                "(API Key nötig)"_s,
+            .translator = u"Google Translate"_s,
+            .fields = {{.kind = EngineField::Kind::Key,
+                        .text = &TranslationSettings::deepgramApiKey,
+                        .isRequired = true,
+                        .message = u"engineApiKey"_s,
+                        .config = &CloudEngineConfig::apiKey},
+                       translationKeyField()},
+            .make =
+                [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
+                    return std::make_shared<DeepgramDirectEngine>(endpoints, timings);
+                },
+            .isAnnounced = false};
+}
 
 DeepgramDirectEngine::DeepgramDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
     : StreamingEngine(u"Deepgram"_s, std::move(endpoints), timings) {
@@ -19,7 +49,7 @@ DeepgramDirectEngine::DeepgramDirectEngine(ServiceEndpoints endpoints, EngineTim
 }
 
 QString DeepgramDirectEngine::id() const {
-    return u"deepgram"_s;
+    return engineId;
 }
 
 QString DeepgramDirectEngine::name() const {
@@ -30,7 +60,8 @@ QCoro::Task<> DeepgramDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
         throw CloudEngineError(CloudEngineError::Kind::MissingApiKey, u"Deepgram API Key fehlt"_s);
     }
-    const QUrl url = deepgramUrl(endpoints().deepgram, config.sampleRate, config.sourceLang);
+    const QUrl url =
+        deepgramUrl(endpoints().at(deepgramHost), config.sampleRate, config.sourceLang);
     if (!url.isValid()) {
         throw CloudEngineError(CloudEngineError::Kind::ConnectionFailed,
                                u"Ungültige Deepgram URL"_s);

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "EngineDescriptor.h"
 #include "StreamingEngine.h"
 
 #include <QTimer>
 
 namespace orv {
+
+EngineDescriptor deepgramEngine();
 
 /// Deepgram's streaming recognition.
 class DeepgramDirectEngine : public StreamingEngine {

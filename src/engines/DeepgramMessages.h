@@ -10,6 +10,8 @@ namespace orv {
 
 // Deepgram's streaming recognition.
 
+inline const QString deepgramHost = QStringLiteral("wss://api.deepgram.com");
+
 /// The address of a stream of 16-bit mono PCM; invalid when `endpoint` spells none. "auto" leaves
 /// the language to the service.
 QUrl deepgramUrl(const QString& endpoint, std::int64_t sampleRate, const QString& sourceLang);

@@ -4,6 +4,7 @@
 #include "ServiceError.h"
 #include "ServiceLocales.h"
 #include "TranslationMessages.h"
+#include "TranslationSettings.h"
 
 #include <optional>
 #include <utility>
@@ -14,6 +15,8 @@ namespace orv {
 
 namespace {
 
+const QString engineId = u"google_rest"_s;
+
 QString readable(const std::optional<QString>& answer) {
     if (!answer) {
         throw ServiceError(u"Google Cloud: Antwort ist kein JSON"_s);
@@ -23,6 +26,25 @@ QString readable(const std::optional<QString>& answer) {
 
 } // namespace
 
+EngineDescriptor googleCloudEngine() {
+    return {.id = engineId,
+            .nameKey = u"settings.engine.google_rest.name"_s,
+            .detailKey = u"settings.engine.google_rest.detail"_s,
+            .hintKey = u"settings.engine.google_rest.hint"_s,
+            .icon = u"cloud"_s,
+            .infoText = u"STT + Translation: Google Cloud (direkt, 2 API-Calls) · Kein Backend "
+                        "nötig"_s,
+            .translator = u"Google Translate"_s,
+            .fields = {{.kind = EngineField::Kind::Key,
+                        .text = &TranslationSettings::googleApiKey,
+                        .isRequired = true,
+                        .message = u"engineApiKey"_s,
+                        .config = &CloudEngineConfig::apiKey}},
+            .make = [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
+                return std::make_shared<GoogleCloudDirectEngine>(endpoints, timings);
+            }};
+}
+
 GoogleCloudDirectEngine::GoogleCloudDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
     : endpoints_(std::move(endpoints))
     , timings_(timings)
@@ -30,7 +52,7 @@ GoogleCloudDirectEngine::GoogleCloudDirectEngine(ServiceEndpoints endpoints, Eng
     , targetLang_(u"en"_s) {}
 
 QString GoogleCloudDirectEngine::id() const {
-    return u"google_rest"_s;
+    return engineId;
 }
 
 QString GoogleCloudDirectEngine::name() const {
@@ -95,14 +117,14 @@ bool GoogleCloudDirectEngine::needsTranslation() const {
 
 QCoro::Task<QString> GoogleCloudDirectEngine::recognizeSpeech(QByteArray audioBase64) {
     const QByteArray answer = co_await post(
-        googleRecognitionUrl(endpoints_.googleSpeech, apiKey_),
+        googleRecognitionUrl(endpoints_.at(googleRecognitionHost), apiKey_),
         googleRecognitionBody(audioBase64, sourceLang_, sampleRate_), timings_.recognition);
     co_return readable(parseGoogleRecognition(answer));
 }
 
 QCoro::Task<QString> GoogleCloudDirectEngine::translateText(QString text, QString targetLang) {
     const QByteArray answer =
-        co_await post(translationUrl(endpoints_.googleTranslate, apiKey_),
+        co_await post(translationUrl(endpoints_.at(translationHost), apiKey_),
                       translationRequestBody(text, targetLang), timings_.translation);
     co_return readable(parseTranslation(answer));
 }

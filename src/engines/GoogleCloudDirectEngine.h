@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CloudSTTEngine.h"
+#include "EngineDescriptor.h"
 #include "EngineTimings.h"
 #include "HttpRequests.h"
 #include "Lifetime.h"
@@ -9,6 +10,8 @@
 #include <QUrl>
 
 namespace orv {
+
+EngineDescriptor googleCloudEngine();
 
 /// Google's synchronous recognition and its translation: two requests for each chunk, one after the
 /// other.

@@ -1,5 +1,6 @@
 #include "GoogleCloudMessages.h"
 
+#include "ServiceLocales.h"
 #include "ServiceRequests.h"
 
 #include <QJsonArray>
@@ -9,6 +10,11 @@
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+QString googleLocale(const QString& code) {
+    static const ServiceLocales locales = commonLocales();
+    return localeFrom(locales, code);
+}
 
 QUrl googleRecognitionUrl(const QString& endpoint, const QString& apiKey) {
     return serviceUrl(endpoint + u"/v1/speech:recognize?key="_s + apiKey);

@@ -11,6 +11,11 @@ namespace orv {
 
 // Google's Cloud Speech-to-Text v1, synchronous recognition.
 
+inline const QString googleRecognitionHost = QStringLiteral("https://speech.googleapis.com");
+
+/// The locale that the service expects for a language code of the settings.
+QString googleLocale(const QString& code);
+
 /// The address with the key as given; invalid when that spells none.
 QUrl googleRecognitionUrl(const QString& endpoint, const QString& apiKey);
 

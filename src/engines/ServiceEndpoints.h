@@ -1,19 +1,30 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
+
+#include <initializer_list>
+#include <utility>
 
 namespace orv {
 
-/// Where the cloud services are reached: scheme, host and port, without a trailing slash. The
-/// defaults are the providers' public hosts, always with TLS; tests hand in servers of their own.
-/// In the hosts of Azure, "{region}" stands for the region's identifier.
-struct ServiceEndpoints {
-    QString googleTranslate = QStringLiteral("https://translation.googleapis.com");
-    QString googleSpeech = QStringLiteral("https://speech.googleapis.com");
-    QString deepgram = QStringLiteral("wss://api.deepgram.com");
-    QString assemblyai = QStringLiteral("wss://api.assemblyai.com");
-    QString azureSpeechToText = QStringLiteral("https://{region}.stt.speech.microsoft.com");
-    QString azureSpeechTranslation = QStringLiteral("https://{region}.s2s.speech.microsoft.com");
+/// Where the cloud services are reached. Each engine knows its provider's public host, always with
+/// TLS; whoever tests hands in servers of their own for them. An address is scheme, host and port,
+/// without a trailing slash.
+class ServiceEndpoints {
+  public:
+    /// Everything at its public host.
+    ServiceEndpoints() = default;
+
+    /// Each pair is a public host and what stands in for it.
+    ServiceEndpoints(std::initializer_list<std::pair<QString, QString>> standIns)
+        : standIns_(standIns) {}
+
+    /// Where to go for `publicHost`.
+    QString at(const QString& publicHost) const { return standIns_.value(publicHost, publicHost); }
+
+  private:
+    QHash<QString, QString> standIns_;
 };
 
 } // namespace orv

@@ -1,20 +1,9 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 
-#include <span>
-
 namespace orv {
-
-/// The locale that Azure expects for a language code of the settings. "auto" is German, because the
-/// interface cannot detect languages; an unknown code becomes "cs" → "cs-CS".
-QString azureLocale(const QString& code);
-
-/// The same for Google's synchronous recognition.
-QString googleLocale(const QString& code);
-
-/// Whether a locale's first two characters are the language `code`.
-bool isLanguageOf(const QString& code, const QString& locale);
 
 /// A place where a service runs, for the settings.
 struct ServiceRegion {
@@ -22,10 +11,17 @@ struct ServiceRegion {
     QString displayName;
 };
 
-/// The regions of Azure's speech services, in the order in which they are offered.
-std::span<const ServiceRegion> azureRegions();
+/// The locales by which a service knows languages: language code of the settings to locale.
+using ServiceLocales = QHash<QString, QString>;
 
-/// The locations of Google's streaming recognition, in the order in which they are offered.
-std::span<const ServiceRegion> googleLocations();
+/// What the services that want locales call the same. "auto" is German, because their interfaces
+/// cannot detect languages.
+ServiceLocales commonLocales();
+
+/// The locale of a language code; one that is not in `locales` becomes "cs" → "cs-CS".
+QString localeFrom(const ServiceLocales& locales, const QString& code);
+
+/// Whether a locale's first two characters are the language `code`.
+bool isLanguageOf(const QString& code, const QString& locale);
 
 } // namespace orv

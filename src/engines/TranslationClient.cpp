@@ -18,7 +18,7 @@ TranslationClient::TranslationClient(ServiceEndpoints endpoints, std::chrono::mi
 
 QCoro::Task<QString> TranslationClient::googleTranslateText(QString text, QString targetLang,
                                                             QString apiKey) {
-    const QUrl url = translationUrl(endpoints_.googleTranslate, apiKey);
+    const QUrl url = translationUrl(endpoints_.at(translationHost), apiKey);
     if (!url.isValid()) {
         co_return QString();
     }

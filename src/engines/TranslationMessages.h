@@ -10,6 +10,8 @@ namespace orv {
 
 // Google's Cloud Translation v2 REST interface.
 
+inline const QString translationHost = QStringLiteral("https://translation.googleapis.com");
+
 /// The address with the key as given; invalid when that spells none.
 QUrl translationUrl(const QString& endpoint, const QString& apiKey);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
 #include <utility>
 
@@ -27,7 +29,13 @@ class Setting {
     /// Attaches what an assignment brings with it. Called once, by the owner.
     void onAssigned(Assigned assigned) { assigned_ = std::move(assigned); }
 
+    /// The field under which a change is told.
+    const QString& field() const { return field_; }
+
+    void setField(const QString& field) { field_ = field; }
+
   private:
+    QString field_;
     T value_;
     Assigned assigned_;
 };

@@ -135,6 +135,7 @@ void TranslationSettings::attach(DefaultsStore& store,
     const auto persist = [this, &store](auto& setting, const QString& field, const QString& key,
                                         std::function<void()> afterwards) {
         persistedKeys_.append(key);
+        setting.setField(field);
         setting.onAssigned(
             [this, &store, field, key, afterwards = std::move(afterwards)](const auto& value) {
                 put(store, key, value);

@@ -4,6 +4,7 @@
 #include "ControlPanel.h"
 #include "Controls.h"
 #include "DefaultsStore.h"
+#include "EngineCatalogue.h"
 #include "Fakes.h"
 #include "FieldCombo.h"
 #include "L10n.h"
@@ -123,6 +124,7 @@ class ControlPanelFixture : public ::testing::Test {
     L10n l10n{store, QStringLiteral("en")};
     TranslationSettings settings{store};
     NotificationCentre centre;
+    const EngineCatalogue engines;
     NullAudioCapture sound;
     FakePortProbe probe;
     FakeDialogs dialogs;
@@ -140,7 +142,7 @@ class ControlPanelFixture : public ::testing::Test {
                                         .store = store,
                                         .capture = sound,
                                         .notifications = centre,
-                                        .engineFactory = {},
+                                        .engines = engines,
                                         .sendToVmix = {},
                                         .showNotice = {},
                                         .transcriptFolder = folder.path()}};

@@ -7,6 +7,22 @@ using namespace std::chrono_literals;
 
 namespace orv::test {
 
+namespace {
+
+/// All engines, the direct ones replaced by whatever `engine` is when a run begins.
+EngineCatalogue catalogueOf(const std::shared_ptr<FakeEngine>& engine) {
+    const EngineCatalogue real;
+    std::vector<EngineDescriptor> all(real.engines().begin(), real.engines().end());
+    for (EngineDescriptor& one : all) {
+        if (one.make) {
+            one.make = [&engine](const ServiceEndpoints&, const EngineTimings&) { return engine; };
+        }
+    }
+    return EngineCatalogue(std::move(all));
+}
+
+} // namespace
+
 AudioManagerFixture::AudioManagerFixture() {
     timings.linkReady = 1ms;
     timings.lastBufferSend = 1h;
@@ -26,18 +42,23 @@ AudioManagerFixture::AudioManagerFixture() {
 }
 
 void AudioManagerFixture::makeManager() {
+    if (engine) {
+        engines = catalogueOf(engine);
+    }
     manager = std::make_unique<AudioManager>(AudioEnvironment{
         .settings = settings,
         .store = store,
         .capture = capture,
         .notifications = notifications,
-        .engineFactory = engineFactory,
+        .engines = engines,
         .sendToVmix =
             [this](const QString& original, const QString& translation) {
                 fannedOut.append(u"vMix: "_s + original + u"|"_s + translation);
             },
         .showNotice = [this](const AudioNotice& notice) { notices.append(notice); },
         .transcriptFolder = folder.filePath(u"output"_s),
+        .endpoints = endpoints,
+        .engineTimings = engineTimings,
         .backendPort = backend.port(),
         .timings = timings});
     QObject::connect(manager.get(), &AudioManager::resultChanged, manager.get(), [this] {

@@ -2,6 +2,7 @@
 
 #include "AudioManager.h"
 #include "DefaultsStore.h"
+#include "EngineCatalogue.h"
 #include "FakeEngine.h"
 #include "LogCapture.h"
 #include "NotificationCentre.h"
@@ -48,8 +49,11 @@ class AudioManagerFixture : public testing::Test {
     NotificationCentre notifications;
     WebSocketPeer backend;
     AudioTimings timings;
-    std::shared_ptr<FakeEngine> engine; ///< What the factory answers, whatever the identifier.
-    CloudEngineFactory engineFactory = [this](const QString&) { return engine; };
+    /// Stands in for every direct engine; without it there are the real ones.
+    std::shared_ptr<FakeEngine> engine;
+    EngineCatalogue engines;
+    ServiceEndpoints endpoints; ///< Of the real ones.
+    EngineTimings engineTimings;
     std::unique_ptr<AudioManager> manager;
 
     QList<AudioNotice> notices;

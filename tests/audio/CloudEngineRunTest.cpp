@@ -1,9 +1,13 @@
 // Whole runs with the real engines, in front of services in processes of their own.
 
+#include "AssemblyAIMessages.h"
 #include "AudioManagerFixture.h"
-#include "CloudEngines.h"
+#include "AzureMessages.h"
+#include "DeepgramMessages.h"
+#include "GoogleCloudMessages.h"
 #include "Pcm16.h"
 #include "ServicePeer.h"
+#include "TranslationMessages.h"
 
 #include <QDir>
 #include <QFile>
@@ -24,14 +28,14 @@ class CloudEngineRun : public test::AudioManagerFixture {
     void use(const QString& id, ServicePeer& service) { use(id, service, service); }
 
     void use(const QString& id, ServicePeer& service, ServicePeer& translation,
-             EngineTimings engineTimings = {}) {
-        engineFactory = makeCloudEngine({.googleTranslate = translation.url(u"http"_s),
-                                         .googleSpeech = service.url(u"http"_s),
-                                         .deepgram = service.url(u"ws"_s),
-                                         .assemblyai = service.url(u"ws"_s),
-                                         .azureSpeechToText = service.url(u"http"_s),
-                                         .azureSpeechTranslation = service.url(u"http"_s)},
-                                        engineTimings);
+             EngineTimings times = {}) {
+        endpoints = {{translationHost, translation.url(u"http"_s)},
+                     {googleRecognitionHost, service.url(u"http"_s)},
+                     {deepgramHost, service.url(u"ws"_s)},
+                     {assemblyaiHost, service.url(u"ws"_s)},
+                     {azureRecognitionHost, service.url(u"http"_s)},
+                     {azureTranslationHost, service.url(u"http"_s)}};
+        engineTimings = times;
         settings.sttEngine.set(id);
         settings.deepgramApiKey.set(u"SECRET"_s);
         settings.assemblyaiApiKey.set(u"SECRET"_s);

@@ -25,7 +25,8 @@ TEST(DeepgramDirectEngine, isWhatItSays) {
 TEST(DeepgramDirectEngine, wantsAKeyBeforeAnyNetwork) {
     QTcpServer listener;
     ASSERT_TRUE(listener.listen(QHostAddress::LocalHost));
-    DeepgramDirectEngine engine({.deepgram = u"ws://127.0.0.1:%1"_s.arg(listener.serverPort())});
+    DeepgramDirectEngine engine(
+        {{deepgramHost, u"ws://127.0.0.1:%1"_s.arg(listener.serverPort())}});
     EngineReports reports(engine);
     const auto outcome = finish(engine.connect({}));
     EXPECT_EQ(outcome.error, u"Deepgram API Key fehlt"_s);
@@ -36,7 +37,7 @@ TEST(DeepgramDirectEngine, wantsAKeyBeforeAnyNetwork) {
 }
 
 TEST(DeepgramDirectEngine, saysWhenThereIsNoAddress) {
-    DeepgramDirectEngine engine({.deepgram = u"no address"_s});
+    DeepgramDirectEngine engine({{deepgramHost, u"no address"_s}});
     const auto outcome = finish(engine.connect(config));
     EXPECT_EQ(outcome.error, u"Ungültige Deepgram URL"_s);
     EXPECT_EQ(outcome.engineError, CloudEngineError::Kind::ConnectionFailed);
@@ -344,7 +345,7 @@ TEST(DeepgramDirectEngine, speaksTlsToAServiceItTrusts) {
 TEST(DeepgramDirectEngine, goesThroughTwentySessionsInARow) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
     for (int round = 1; round <= 20; ++round) {
-        DeepgramDirectEngine engine({.deepgram = service.url(u"ws"_s)});
+        DeepgramDirectEngine engine({{deepgramHost, service.url(u"ws"_s)}});
         EngineReports reports(engine);
         finish(engine.connect(config));
         finish(engine.sendAudio(block(round)));

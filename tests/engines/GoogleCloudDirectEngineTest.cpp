@@ -94,7 +94,7 @@ TEST(GoogleCloudDirectEngine, throwsForATranslationThatNeverComes) {
 }
 
 TEST(GoogleCloudDirectEngine, namesNoKeyInWhatItThrows) {
-    GoogleCloudDirectEngine nowhere({.googleSpeech = u"http://127.0.0.1:1"_s});
+    GoogleCloudDirectEngine nowhere({{googleRecognitionHost, u"http://127.0.0.1:1"_s}});
     finish(nowhere.connect(languages(u"de"_s, u"en"_s)));
     const auto refused = finish(nowhere.sendAudio(chunk));
     ASSERT_TRUE(refused.error);

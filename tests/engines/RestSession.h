@@ -1,8 +1,11 @@
 #pragma once
 
+#include "AzureMessages.h"
 #include "EngineProbe.h"
+#include "GoogleCloudMessages.h"
 #include "LogCapture.h"
 #include "ServicePeer.h"
+#include "TranslationMessages.h"
 
 #include <QJsonObject>
 
@@ -28,10 +31,10 @@ struct RestSession {
         : service(QStringLiteral("http_service.py"), arguments)
         , engine(std::make_unique<Engine>(
               ServiceEndpoints{
-                  .googleTranslate = service.url(scheme) + QStringLiteral("/translate"),
-                  .googleSpeech = service.url(scheme),
-                  .azureSpeechToText = service.url(scheme) + QStringLiteral("/{region}/stt"),
-                  .azureSpeechTranslation = service.url(scheme) + QStringLiteral("/{region}/s2s")},
+                  {translationHost, service.url(scheme) + QStringLiteral("/translate")},
+                  {googleRecognitionHost, service.url(scheme)},
+                  {azureRecognitionHost, service.url(scheme) + QStringLiteral("/{region}/stt")},
+                  {azureTranslationHost, service.url(scheme) + QStringLiteral("/{region}/s2s")}},
               timings))
         , reports(*engine) {}
 

@@ -1,10 +1,12 @@
 // What is said to the services and understood of their answers, without any of them.
 
 #include "AssemblyAIMessages.h"
+#include "AzureDirectEngine.h"
 #include "AzureMessages.h"
 #include "DeepgramMessages.h"
 #include "EngineTimings.h"
 #include "GoogleCloudMessages.h"
+#include "GoogleStreamingEngine.h"
 #include "ServiceEndpoints.h"
 #include "ServiceLocales.h"
 #include "ServiceRequests.h"
@@ -22,13 +24,19 @@ namespace orv {
 namespace {
 
 TEST(ServiceEndpoints, areThePublicHostsWithTls) {
-    const ServiceEndpoints hosts;
-    EXPECT_EQ(hosts.googleTranslate, u"https://translation.googleapis.com"_s);
-    EXPECT_EQ(hosts.googleSpeech, u"https://speech.googleapis.com"_s);
-    EXPECT_EQ(hosts.azureSpeechToText, u"https://{region}.stt.speech.microsoft.com"_s);
-    EXPECT_EQ(hosts.azureSpeechTranslation, u"https://{region}.s2s.speech.microsoft.com"_s);
-    EXPECT_EQ(hosts.deepgram, u"wss://api.deepgram.com"_s);
-    EXPECT_EQ(hosts.assemblyai, u"wss://api.assemblyai.com"_s);
+    EXPECT_EQ(translationHost, u"https://translation.googleapis.com"_s);
+    EXPECT_EQ(googleRecognitionHost, u"https://speech.googleapis.com"_s);
+    EXPECT_EQ(azureRecognitionHost, u"https://{region}.stt.speech.microsoft.com"_s);
+    EXPECT_EQ(azureTranslationHost, u"https://{region}.s2s.speech.microsoft.com"_s);
+    EXPECT_EQ(deepgramHost, u"wss://api.deepgram.com"_s);
+    EXPECT_EQ(assemblyaiHost, u"wss://api.assemblyai.com"_s);
+}
+
+TEST(ServiceEndpoints, leadToAHostOrToWhatStandsInForIt) {
+    EXPECT_EQ(ServiceEndpoints().at(deepgramHost), deepgramHost);
+    const ServiceEndpoints endpoints{{deepgramHost, u"ws://127.0.0.1:1"_s}};
+    EXPECT_EQ(endpoints.at(deepgramHost), u"ws://127.0.0.1:1"_s);
+    EXPECT_EQ(endpoints.at(assemblyaiHost), assemblyaiHost);
 }
 
 TEST(ServiceRequests, refuseAKeyThatWouldEndTheHeader) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AssemblyAIMessages.h"
+#include "DeepgramMessages.h"
 #include "EngineProbe.h"
 #include "LogCapture.h"
 #include "ServicePeer.h"
@@ -27,9 +29,9 @@ struct StreamingSession {
                               EngineTimings timings = {},
                               const QString& scheme = QStringLiteral("ws"))
         : service(QStringLiteral("streaming_service.py"), QStringList{provider} + arguments)
-        , engine(std::make_unique<Engine>(
-              ServiceEndpoints{.deepgram = service.url(scheme), .assemblyai = service.url(scheme)},
-              timings))
+        , engine(std::make_unique<Engine>(ServiceEndpoints{{deepgramHost, service.url(scheme)},
+                                                           {assemblyaiHost, service.url(scheme)}},
+                                          timings))
         , reports(*engine) {}
 
     bool waitForOpen() {

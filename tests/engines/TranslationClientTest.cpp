@@ -1,4 +1,5 @@
 #include "TranslationClient.h"
+#include "TranslationMessages.h"
 
 #include "WaitUntil.h"
 
@@ -36,7 +37,7 @@ class HttpPeer {
     }
 
     ServiceEndpoints endpoints() const {
-        return {.googleTranslate = u"http://127.0.0.1:%1"_s.arg(server_.serverPort())};
+        return {{translationHost, u"http://127.0.0.1:%1"_s.arg(server_.serverPort())}};
     }
 
     QByteArray request;
@@ -98,8 +99,7 @@ TEST(TranslationClient, yieldsNothingWhenNobodyAnswersInTime) {
 }
 
 TEST(TranslationClient, yieldsNothingWhenNobodyListens) {
-    ServiceEndpoints endpoints;
-    endpoints.googleTranslate = u"http://127.0.0.1:1"_s;
+    const ServiceEndpoints endpoints{{translationHost, u"http://127.0.0.1:1"_s}};
     TranslationClient client(endpoints);
     EXPECT_EQ(translate(client), QString());
 }

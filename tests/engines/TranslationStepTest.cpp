@@ -1,6 +1,7 @@
 // How the streaming engines translate.
 
 #include "DeepgramSession.h"
+#include "TranslationMessages.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ using namespace test;
 struct TranslatedSession : DeepgramSession {
     TranslatedSession() {
         engine = std::make_unique<DeepgramDirectEngine>(ServiceEndpoints{
-            .googleTranslate = google.url(u"http"_s), .deepgram = service.url(u"ws"_s)});
+            {translationHost, google.url(u"http"_s)}, {deepgramHost, service.url(u"ws"_s)}});
         engine->onTranslation = [this](const QString& original, const QString& translation) {
             reports.results.append(original + u"|"_s + translation);
         };

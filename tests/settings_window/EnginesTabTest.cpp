@@ -1,7 +1,7 @@
 // The tab of the engines, beyond showing and storing values.
 
 #include "ControlProbe.h"
-#include "EngineOptions.h"
+#include "EngineCatalogue.h"
 #include "SettingsWindowFixture.h"
 
 #include <QLineEdit>
@@ -16,17 +16,17 @@ using EnginesTabTest = SettingsWindowFixture;
 
 TEST_F(EnginesTabTest, theChosenEngineIsExplainedAndAskedForWhatItNeeds) {
     showTab(1);
-    for (const EngineOption& option : engineOptions()) {
-        settings.sttEngine.set(option.id);
-        EXPECT_TRUE(shows(engineInfoText(option.id))) << qPrintable(option.id);
+    for (const EngineDescriptor& engine : engines.engines()) {
+        settings.sttEngine.set(engine.id);
+        EXPECT_TRUE(shows(engineInfoText(engines, engine.id))) << qPrintable(engine.id);
         const auto isAsked = [this](const QString& name) { return control(name)->isVisible(); };
-        EXPECT_EQ(isAsked(u"Deepgram: API Key"_s), option.id == u"deepgram");
-        EXPECT_EQ(isAsked(u"AssemblyAI: API Key"_s), option.id == u"assemblyai");
-        EXPECT_EQ(isAsked(u"Google Cloud (REST): API Key"_s), option.id == u"google_rest");
+        EXPECT_EQ(isAsked(u"Deepgram: API Key"_s), engine.id == u"deepgram");
+        EXPECT_EQ(isAsked(u"AssemblyAI: API Key"_s), engine.id == u"assemblyai");
+        EXPECT_EQ(isAsked(u"Google Cloud (REST): API Key"_s), engine.id == u"google_rest");
         EXPECT_EQ(isAsked(u"Google Cloud (gRPC streaming): Location"_s),
-                  option.id == u"google_grpc");
-        EXPECT_EQ(isAsked(u"Microsoft Azure: Region"_s), option.id == u"azure");
-        EXPECT_EQ(isAsked(u"Vosk: Port"_s), option.id == u"vosk");
+                  engine.id == u"google_grpc");
+        EXPECT_EQ(isAsked(u"Microsoft Azure: Region"_s), engine.id == u"azure");
+        EXPECT_EQ(isAsked(u"Vosk: Port"_s), engine.id == u"vosk");
     }
 }
 
@@ -34,7 +34,7 @@ TEST_F(EnginesTabTest, theExplanationStaysGermanInEveryLanguage) {
     showTab(1);
     for (const UILanguage language : UILanguage::allCases()) {
         l10n.setCurrent(language);
-        EXPECT_TRUE(shows(engineInfoText(u"whisper"_s)));
+        EXPECT_TRUE(shows(engineInfoText(engines, u"whisper"_s)));
     }
 }
 

@@ -2,8 +2,6 @@
 
 #include "SettingsWindowFixture.h"
 
-#include "EngineOptions.h"
-
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -83,9 +81,9 @@ TEST_P(SettingsFitTest, theInformationNeedsNoScrolling) {
 
 TEST_P(SettingsFitTest, theFieldsOfEveryEngineFitTheWindow) {
     tabs()->setCurrentIndex(1);
-    for (const EngineOption& option : engineOptions()) {
-        SCOPED_TRACE(option.id.toStdString());
-        settings.sttEngine.set(option.id);
+    for (const EngineDescriptor& engine : engines.engines()) {
+        SCOPED_TRACE(engine.id.toStdString());
+        settings.sttEngine.set(engine.id);
         drainEvents();
         drainEvents();
         expectAllWhole();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DefaultsStore.h"
+#include "EngineCatalogue.h"
 #include "L10n.h"
 #include "LogCapture.h"
 #include "Look.h"
@@ -44,6 +45,7 @@ class SettingsWindowFixture : public ::testing::Test {
     std::unique_ptr<QWidget> makeWindow() {
         return makeSettingsWindow({.settings = settings,
                                    .store = store,
+                                   .engines = engines,
                                    .l10n = l10n,
                                    .dialogs = dialogs,
                                    .chooser = chooser,
@@ -124,6 +126,7 @@ class SettingsWindowFixture : public ::testing::Test {
     QTemporaryDir home;
     NullAppearance appearance;
     Look look{appearance};
+    const EngineCatalogue engines;
     DefaultsStore store{home.filePath(QStringLiteral("defaults.json"))};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
     L10n l10n{store, QStringLiteral("en")};

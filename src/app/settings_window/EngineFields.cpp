@@ -1,12 +1,11 @@
 #include "EngineFields.h"
 
 #include "ElidedLabel.h"
-#include "EngineOptions.h"
+#include "EngineDescriptor.h"
 #include "FieldCombo.h"
 #include "KeyField.h"
 #include "Pieces.h"
 #include "PortField.h"
-#include "ServiceLocales.h"
 #include "SettingsActions.h"
 #include "TabParts.h"
 #include "Theme.h"
@@ -18,7 +17,6 @@
 #include <QVBoxLayout>
 
 #include <span>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -29,75 +27,86 @@ namespace {
 /// Fills the card of one engine.
 class EngineCard {
   public:
-    EngineCard(Card& card, const TabContext& context, const EngineOption& option)
+    EngineCard(Card& card, const TabContext& context, const EngineDescriptor& engine)
         : card_(card)
         , context_(context)
         , bindings_(context.bindings)
         , settings_(context.environment.settings)
         , section_(
-              [&bindings = context.bindings, option] { return engineName(option, bindings); }) {
+              [&bindings = context.bindings, &engine] { return engineName(engine, bindings); }) {
         QLabel* heading = card.addHeading();
         bindings_.translated(heading,
                              [heading, section = section_] { heading->setText(section()); });
     }
 
-    /// `product` names the service where it is not the engine's own.
-    void addKey(Setting<QString>& key, const QString& field, const QString& product = {}) {
-        auto* edit = new KeyField(&card_);
-        QLabel* label = card_.addField(edit);
-        bindings_.translated(
-            edit, [&bindings = bindings_, label, edit, product, section = section_] {
-                const QString own = bindings.text(u"settings.engine.apikey"_s);
-                const QString text = product.isEmpty() ? own : QString(product + u": "_s + own);
-                const QString reveal = bindings.text(u"settings.engine.apikey.show"_s);
-                nameField(label, edit, text);
-                edit->setNames(section() + u": "_s + text,
-                               section() + u": "_s +
-                                   (product.isEmpty() ? QString() : product + u": "_s) + reveal,
-                               reveal);
-            });
-        bindings_.bind(edit->edit(), bindings_.setting(key, field), Blanks::Trimmed);
+    void add(const EngineField& field) {
+        switch (field.kind) {
+        case EngineField::Kind::Key:
+            return addKey(field);
+        case EngineField::Kind::ServiceAccount:
+            return addServiceAccount(field);
+        case EngineField::Kind::Text:
+            return addText(field);
+        case EngineField::Kind::Port:
+            return addPort(field);
+        case EngineField::Kind::Place:
+            return addPlaces(field);
+        }
     }
 
-    void addText(Setting<QString>& text, const QString& field, const QString& key,
-                 const QString& placeholderKey = {}) {
+  private:
+    void addKey(const EngineField& field) {
+        auto* edit = new KeyField(&card_);
+        QLabel* label = card_.addField(edit);
+        bindings_.translated(edit, [&bindings = bindings_, label, edit, &field,
+                                    section = section_] {
+            const QString before = field.product.isEmpty() ? QString() : field.product + u": "_s;
+            const QString text = before + bindings.text(field.labelKey);
+            const QString reveal = bindings.text(u"settings.engine.apikey.show"_s);
+            nameField(label, edit, text);
+            edit->setNames(section() + u": "_s + text, section() + u": "_s + before + reveal,
+                           reveal);
+        });
+        bindings_.bind(edit->edit(), bound(field.text), Blanks::Trimmed);
+    }
+
+    void addText(const EngineField& field) {
         auto* edit = new QLineEdit(&card_);
-        bindings_.bind(edit, bindings_.setting(text, field), Blanks::Trimmed);
-        addNamedField(card_, bindings_, edit, key, section_);
-        if (!placeholderKey.isEmpty()) {
-            bindings_.translated(edit, [&bindings = bindings_, edit, placeholderKey] {
-                edit->setPlaceholderText(bindings.text(placeholderKey));
+        bindings_.bind(edit, bound(field.text), Blanks::Trimmed);
+        addNamedField(card_, bindings_, edit, field.labelKey, section_);
+        if (!field.placeholderKey.isEmpty()) {
+            bindings_.translated(edit, [&bindings = bindings_, edit, &field] {
+                edit->setPlaceholderText(bindings.text(field.placeholderKey));
             });
         }
     }
 
-    void addPort(Setting<std::int64_t>& port, const QString& field, const QString& key) {
+    void addPort(const EngineField& field) {
         auto* box = new PortField(&card_);
-        bindings_.bind(box, bindings_.setting(port, field));
-        addNamedField(card_, bindings_, box, key, section_);
+        bindings_.bind(box, bound(field.number));
+        addNamedField(card_, bindings_, box, field.labelKey, section_);
     }
 
-    /// A place out of a list. One that is stored but not in the list stays and is offered, too.
-    void addPlaces(Setting<QString>& place, const QString& field, const QString& key,
-                   std::span<const ServiceRegion> places) {
+    /// A place that is stored but not in the list stays and is offered, too.
+    void addPlaces(const EngineField& field) {
         auto* combo = new FieldCombo(FieldCombo::Search::ByTyping, &card_);
-        const auto refresh = [combo, &place, places] {
+        Setting<QString>& place = settings_.*field.text;
+        bindings_.follow(combo, {place.field()}, [combo, &place, places = field.places] {
             const QSignalBlocker blocker(combo);
             combo->setEntries(entries(places, place.get()), place.get());
-        };
-        bindings_.follow(combo, {field}, refresh);
+        });
         QObject::connect(combo, &FieldCombo::chosen, &bindings_,
                          [&place](const QString& id) { place.set(id); });
-        addNamedField(card_, bindings_, combo, key, section_);
+        addNamedField(card_, bindings_, combo, field.labelKey, section_);
     }
 
-    void addServiceAccount() {
+    void addServiceAccount(const EngineField& field) {
         auto* path = new ElidedLabel(&card_);
         auto* choose = makeButton(&card_);
         auto* clear = makeButton(&card_);
         QLabel* name = makeHeading(&card_);
         name->setFont(card_.font());
-        bindings_.translated(name, u"settings.engine.service_account"_s);
+        bindings_.translated(name, field.labelKey);
         card_.rows()->addWidget(name);
         auto* row = new QHBoxLayout;
         row->setSpacing(space::small);
@@ -107,14 +116,15 @@ class EngineCard {
         card_.rows()->addLayout(row);
         bindings_.translated(choose, u"settings.engine.choose_file"_s);
         bindings_.translated(clear, u"settings.engine.clear_file"_s);
-        const auto refresh = [&bindings = bindings_, &settings = settings_, path, clear] {
-            const QString& file = settings.googleServiceAccountPath.get();
-            path->setAccessibleName(bindings.text(u"settings.engine.service_account"_s));
-            path->setText(file.isEmpty() ? bindings.text(u"settings.engine.no_file"_s) : file);
-            clear->setEnabled(!file.isEmpty());
+        Setting<QString>& file = settings_.*field.text;
+        const auto refresh = [&bindings = bindings_, &file, &field, path, clear] {
+            path->setAccessibleName(bindings.text(field.labelKey));
+            path->setText(file.get().isEmpty() ? bindings.text(u"settings.engine.no_file"_s)
+                                               : file.get());
+            clear->setEnabled(!file.get().isEmpty());
         };
         bindings_.translated(static_cast<QObject*>(path), refresh);
-        bindings_.follow(path, {u"googleServiceAccountPath"_s}, refresh);
+        bindings_.follow(path, {file.field()}, refresh);
         SettingsActions& actions = context_.actions;
         QObject::connect(choose, &QPushButton::clicked, &card_,
                          [&actions] { actions.pickServiceAccountJSON(); });
@@ -122,9 +132,12 @@ class EngineCard {
                          [&actions] { actions.clearServiceAccount(); });
     }
 
-    void addHint(const QString& key) { orv::addHint(card_, bindings_, key); }
+    template <typename T>
+    BoundValue<T> bound(Setting<T> TranslationSettings::*member) {
+        Setting<T>& setting = settings_.*member;
+        return bindings_.setting(setting, setting.field());
+    }
 
-  private:
     static QList<FieldEntry> entries(std::span<const ServiceRegion> places, const QString& chosen) {
         QList<FieldEntry> list;
         for (const ServiceRegion& place : places) {
@@ -141,59 +154,28 @@ class EngineCard {
     SectionName section_;
 };
 
-/// Google translates for the engines that do not translate themselves.
-void addTranslationKey(EngineCard& card, TranslationSettings& settings) {
-    card.addKey(settings.googleApiKey, u"googleApiKey"_s, u"Google Translate"_s);
-}
-
-void fill(EngineCard& card, const QString& engine, TranslationSettings& settings) {
-    if (engine == "deepgram"_L1) {
-        card.addKey(settings.deepgramApiKey, u"deepgramApiKey"_s);
-        addTranslationKey(card, settings);
-        card.addHint(u"settings.engine.deepgram.hint"_s);
-    } else if (engine == "assemblyai"_L1) {
-        card.addKey(settings.assemblyaiApiKey, u"assemblyaiApiKey"_s);
-        addTranslationKey(card, settings);
-        card.addHint(u"settings.engine.assemblyai.hint"_s);
-    } else if (engine == "google_rest"_L1) {
-        card.addKey(settings.googleApiKey, u"googleApiKey"_s);
-        card.addHint(u"settings.engine.google_rest.hint"_s);
-    } else if (engine == "google_grpc"_L1) {
-        card.addServiceAccount();
-        card.addText(settings.googleProjectId, u"googleProjectId"_s,
-                     u"settings.engine.project_id"_s, u"settings.engine.project_id.optional"_s);
-        card.addPlaces(settings.googleLocation, u"googleLocation"_s, u"settings.engine.location"_s,
-                       googleLocations());
-        addTranslationKey(card, settings);
-        card.addHint(u"settings.engine.google_grpc.hint"_s);
-    } else if (engine == "azure"_L1) {
-        card.addKey(settings.azureApiKey, u"azureApiKey"_s);
-        card.addPlaces(settings.azureRegion, u"azureRegion"_s, u"settings.engine.region"_s,
-                       azureRegions());
-        card.addHint(u"settings.engine.azure.hint"_s);
-    } else if (engine == "vosk"_L1) {
-        card.addText(settings.voskHost, u"voskHost"_s, u"settings.vrc.host"_s);
-        card.addPort(settings.voskPort, u"voskPort"_s, u"settings.vrc.port"_s);
-        card.addHint(u"settings.engine.vosk.hint"_s);
-    }
-}
-
 } // namespace
 
-QString engineName(const EngineOption& option, const Bindings& bindings) {
-    return option.nameKey.isEmpty() ? option.name : bindings.text(option.nameKey);
+QString engineName(const EngineDescriptor& engine, const Bindings& bindings) {
+    return engine.nameKey.isEmpty() ? engine.name : bindings.text(engine.nameKey);
 }
 
-void addEngineFields(CardColumn& column, const TabContext& context, const EngineOption& option) {
-    if (option.id == "whisper"_L1) {
-        return; // Its models have a tab of their own.
+void addEngineFields(CardColumn& column, const TabContext& context,
+                     const EngineDescriptor& engine) {
+    if (engine.fields.empty()) {
+        return;
     }
-    TranslationSettings& settings = context.environment.settings;
     Card* card = column.addCard();
-    EngineCard fields(*card, context, option);
-    fill(fields, option.id, settings);
-    context.bindings.follow(card, {u"sttEngine"_s}, [card, &settings, id = option.id] {
-        card->setVisible(settings.sttEngine.get() == id);
+    EngineCard fields(*card, context, engine);
+    for (const EngineField& field : engine.fields) {
+        fields.add(field);
+    }
+    if (!engine.hintKey.isEmpty()) {
+        addHint(*card, context.bindings, engine.hintKey);
+    }
+    const Setting<QString>& chosen = context.environment.settings.sttEngine;
+    context.bindings.follow(card, {u"sttEngine"_s}, [card, &chosen, &engine] {
+        card->setVisible(chosen.get() == engine.id);
     });
 }
 

@@ -7,13 +7,13 @@
 namespace orv {
 
 class CardColumn;
-struct EngineOption;
+struct EngineDescriptor;
 
 /// An engine's name in the language of the interface.
-QString engineName(const EngineOption& option, const Bindings& bindings);
+QString engineName(const EngineDescriptor& engine, const Bindings& bindings);
 
 /// A card with what the engine needs to know, which is on screen while the engine is the chosen
 /// one. Engines that need nothing get none.
-void addEngineFields(CardColumn& column, const TabContext& context, const EngineOption& option);
+void addEngineFields(CardColumn& column, const TabContext& context, const EngineDescriptor& engine);
 
 } // namespace orv

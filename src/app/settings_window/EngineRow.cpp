@@ -18,10 +18,10 @@ constexpr int tickSide = 16;
 
 } // namespace
 
-EngineRow::EngineRow(const EngineOption& option, QWidget* parent)
+EngineRow::EngineRow(const EngineDescriptor& engine, QWidget* parent)
     : QAbstractButton(parent)
-    , id_(option.id)
-    , icon_(symbol(option.icon)) {
+    , id_(engine.id)
+    , icon_(symbol(engine.icon)) {
     setCheckable(true);
     setAutoExclusive(true);
     setFocusPolicy(Qt::StrongFocus);

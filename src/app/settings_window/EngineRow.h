@@ -1,6 +1,6 @@
 #pragma once
 
-#include "EngineOptions.h"
+#include "EngineDescriptor.h"
 
 #include <QAbstractButton>
 #include <QIcon>
@@ -13,7 +13,7 @@ class EngineRow : public QAbstractButton {
     Q_OBJECT
 
   public:
-    explicit EngineRow(const EngineOption& option, QWidget* parent = nullptr);
+    explicit EngineRow(const EngineDescriptor& engine, QWidget* parent = nullptr);
 
     const QString& engineId() const { return id_; }
 

@@ -1,7 +1,7 @@
 #include "EnginesTab.h"
 
+#include "EngineCatalogue.h"
 #include "EngineFields.h"
-#include "EngineOptions.h"
 #include "EngineRow.h"
 #include "Pieces.h"
 #include "TabParts.h"
@@ -21,7 +21,7 @@ namespace {
 
 void addRows(Card& card, const TabContext& context) {
     Bindings& bindings = context.bindings;
-    Setting<QString>& engine = context.environment.settings.sttEngine;
+    Setting<QString>& chosen = context.environment.settings.sttEngine;
     auto* rows = new QWidget(&card);
     auto* list = new QVBoxLayout(rows);
     list->setContentsMargins(0, 0, 0, 0);
@@ -30,19 +30,19 @@ void addRows(Card& card, const TabContext& context) {
     bindings.translated(rows, [&bindings, rows] {
         rows->setAccessibleName(bindings.text(u"settings.engine.select"_s));
     });
-    for (const EngineOption& option : engineOptions()) {
-        auto* row = new EngineRow(option, rows);
+    for (const EngineDescriptor& engine : context.environment.engines.engines()) {
+        auto* row = new EngineRow(engine, rows);
         list->addWidget(row);
-        bindings.translated(row, [&bindings, row, option] {
-            row->setTexts(engineName(option, bindings), bindings.text(option.detailKey));
+        bindings.translated(row, [&bindings, row, &engine] {
+            row->setTexts(engineName(engine, bindings), bindings.text(engine.detailKey));
         });
-        bindings.follow(row, {u"sttEngine"_s}, [row, &engine] {
+        bindings.follow(row, {u"sttEngine"_s}, [row, &chosen] {
             const QSignalBlocker blocker(row);
-            row->setChecked(engine.get() == row->engineId());
+            row->setChecked(chosen.get() == row->engineId());
         });
-        QObject::connect(row, &EngineRow::toggled, &bindings, [row, &engine](bool chosen) {
-            if (chosen) {
-                engine.set(row->engineId());
+        QObject::connect(row, &EngineRow::toggled, &bindings, [row, &chosen](bool checked) {
+            if (checked) {
+                chosen.set(row->engineId());
             }
         });
     }
@@ -53,19 +53,20 @@ void addRows(Card& card, const TabContext& context) {
 QWidget* makeEnginesTab(const TabContext& context) {
     Bindings& bindings = context.bindings;
     const TranslationSettings& settings = context.environment.settings;
+    const EngineCatalogue& engines = context.environment.engines;
     auto* column = new CardColumn;
     Card& list = *column->addCard();
     addHeading(list, bindings, u"settings.engine.select"_s);
     addRows(list, context);
     auto* info = new ToneLabel(&list);
     list.rows()->addWidget(info);
-    bindings.follow(info, {u"sttEngine"_s}, [info, &settings] {
-        info->setText(engineInfoText(settings.sttEngine.get()));
+    bindings.follow(info, {u"sttEngine"_s}, [info, &settings, &engines] {
+        info->setText(engineInfoText(engines, settings.sttEngine.get()));
         info->setVisible(!info->text().isEmpty());
     });
     addHint(list, bindings, u"settings.engine.vad.hint"_s);
-    for (const EngineOption& option : engineOptions()) {
-        addEngineFields(*column, context, option);
+    for (const EngineDescriptor& engine : engines.engines()) {
+        addEngineFields(*column, context, engine);
     }
     return column;
 }

@@ -1,7 +1,7 @@
 #include "InfoTab.h"
 
+#include "EngineCatalogue.h"
 #include "EngineFields.h"
-#include "EngineOptions.h"
 #include "LanguageManager.h"
 #include "Pieces.h"
 #include "Symbols.h"
@@ -14,8 +14,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -61,13 +59,6 @@ void addTitle(Card& card, Bindings& bindings) {
     card.rows()->addLayout(row);
 }
 
-QString chosenEngineName(const QString& id, const Bindings& bindings) {
-    const auto options = engineOptions();
-    const auto found =
-        std::ranges::find_if(options, [&](const EngineOption& option) { return option.id == id; });
-    return found == options.end() ? id : engineName(*found, bindings);
-}
-
 void addFacts(Card& card, const TabContext& context) {
     Bindings& bindings = context.bindings;
     const TranslationSettings& settings = context.environment.settings;
@@ -76,10 +67,12 @@ void addFacts(Card& card, const TabContext& context) {
         ->setText(context.environment.updates.currentVersion());
     QLabel* recogniser = addFact(card, bindings, u"info.stt"_s);
     QLabel* translator = addFact(card, bindings, u"info.translation"_s);
-    const auto refresh = [&bindings, &settings, recogniser, translator] {
-        const QString& engine = settings.sttEngine.get();
-        recogniser->setText(chosenEngineName(engine, bindings));
-        translator->setText(translatorName(engine));
+    const EngineCatalogue& engines = context.environment.engines;
+    const auto refresh = [&bindings, &settings, &engines, recogniser, translator] {
+        const QString& id = settings.sttEngine.get();
+        const EngineDescriptor* engine = engines.find(id);
+        recogniser->setText(engine != nullptr ? engineName(*engine, bindings) : id);
+        translator->setText(engine != nullptr ? engine->translator : QString());
     };
     bindings.translated(recogniser, refresh);
     bindings.follow(recogniser, {u"sttEngine"_s}, refresh);

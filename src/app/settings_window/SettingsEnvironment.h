@@ -10,6 +10,7 @@ class Bindings;
 class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
+class EngineCatalogue;
 class FileChooser;
 class L10n;
 class SettingsActions;
@@ -22,6 +23,7 @@ class WhisperModelManager;
 struct SettingsEnvironment {
     TranslationSettings& settings;
     DefaultsStore& store;
+    const EngineCatalogue& engines;
     L10n& l10n;
     Dialogs& dialogs;
     FileChooser& chooser;

@@ -3,6 +3,11 @@
 // reach a real one.
 
 #include "Application.h"
+#include "AssemblyAIMessages.h"
+#include "AzureMessages.h"
+#include "DeepgramMessages.h"
+#include "GoogleCloudMessages.h"
+#include "TranslationMessages.h"
 
 using namespace Qt::StringLiterals;
 
@@ -16,13 +21,14 @@ orv::ServiceAddresses addressesFromEnvironment() {
     const QString http = u"http://127.0.0.1:1"_s;
     const QString ws = u"ws://127.0.0.1:1"_s;
     return {
-        .speech = {.googleTranslate = address("ORVANE_SERVICE_GOOGLE_TRANSLATE", http),
-                   .googleSpeech = address("ORVANE_SERVICE_GOOGLE_SPEECH", http),
-                   .deepgram = address("ORVANE_SERVICE_DEEPGRAM", ws),
-                   .assemblyai = address("ORVANE_SERVICE_ASSEMBLYAI", ws),
-                   .azureSpeechToText = address("ORVANE_SERVICE_AZURE_SPEECH_TO_TEXT", http),
-                   .azureSpeechTranslation =
-                       address("ORVANE_SERVICE_AZURE_SPEECH_TRANSLATION", http)},
+        .speech = {{orv::translationHost, address("ORVANE_SERVICE_GOOGLE_TRANSLATE", http)},
+                   {orv::googleRecognitionHost, address("ORVANE_SERVICE_GOOGLE_SPEECH", http)},
+                   {orv::deepgramHost, address("ORVANE_SERVICE_DEEPGRAM", ws)},
+                   {orv::assemblyaiHost, address("ORVANE_SERVICE_ASSEMBLYAI", ws)},
+                   {orv::azureRecognitionHost,
+                    address("ORVANE_SERVICE_AZURE_SPEECH_TO_TEXT", http)},
+                   {orv::azureTranslationHost,
+                    address("ORVANE_SERVICE_AZURE_SPEECH_TRANSLATION", http)}},
         .updateManifests = {address("ORVANE_SERVICE_UPDATES", http) + u"/updates/orv.json"_s},
     };
 }
