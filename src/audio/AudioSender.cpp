@@ -55,12 +55,16 @@ void AudioSender::sendAudio(std::vector<float>&& samples, double sampleRate,
 }
 
 void AudioSender::streamBuffer(std::span<const float> samples) {
-    auto copy = std::make_shared<std::vector<float>>(samples.begin(), samples.end());
-    queue_.post([this, copy] {
-        if (pcmSink_) {
-            pcmSink_(pcm16(*copy));
-        }
-    });
+    blocks_.add(samples);
+    queue_.post([this] { sendBlock(); });
+}
+
+void AudioSender::sendBlock() {
+    std::vector<float> block = blocks_.take();
+    if (pcmSink_) {
+        pcmSink_(pcm16(block));
+    }
+    blocks_.recycle(std::move(block));
 }
 
 void AudioSender::sendMessage(QByteArray message, std::function<void(const QString&)> sent) {

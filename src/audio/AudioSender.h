@@ -2,6 +2,7 @@
 
 #include "BackendLink.h"
 #include "Chunker.h"
+#include "SampleBlocks.h"
 #include "SerialQueue.h"
 
 #include <QByteArray>
@@ -37,20 +38,23 @@ class AudioSender {
     /// Sends samples as one audio message; `sent` is called once, from any thread.
     void sendAudio(std::vector<float>&& samples, double sampleRate, std::function<void()> sent);
 
-    /// Hands one captured buffer to the direct engine. The samples are copied.
+    /// Hands one captured buffer to the direct engine. The samples are copied; once the usual
+    /// number of buffers has been under way, that needs no memory. From one thread at a time.
     void streamBuffer(std::span<const float> samples);
 
     /// Sends a message behind all sound posted before; `sent` as above, may be empty.
     void sendMessage(QByteArray message, std::function<void(const QString& error)> sent = {});
 
   private:
+    void sendBlock();
     void encodeAndSend(std::vector<float>& samples, double sampleRate,
                        const std::function<void()>& sent);
 
     const Recycle recycle_;
     BackendLink::Sender link_; // Touched on the queue only, like the sink.
     PcmSink pcmSink_;
-    SerialQueue queue_; // Last: its jobs use everything above.
+    SampleBlocks blocks_; ///< On their way to the direct engine.
+    SerialQueue queue_;   // Last: its jobs use everything above.
 };
 
 } // namespace orv

@@ -45,18 +45,19 @@ bool SerialQueue::isCurrent() const {
 
 void SerialQueue::run() {
     pthread_setname_np(pthread_self(), label_.right(15).toUtf8().constData());
+    std::vector<Job> taken; // Its memory and that of `jobs_` change places, so that none is made.
     std::unique_lock lock(mutex_);
     for (;;) {
         wake_.wait(lock, [this] { return finishing_ || !jobs_.empty(); });
         if (jobs_.empty()) {
             return;
         }
-        {
-            const Job job = std::exchange(jobs_.front(), nullptr);
-            jobs_.pop_front();
-            lock.unlock();
-            job();
+        taken.swap(jobs_);
+        lock.unlock();
+        for (Job& job : taken) {
+            std::exchange(job, nullptr)();
         }
+        taken.clear();
         lock.lock();
     }
 }

@@ -3,11 +3,11 @@
 #include <QString>
 
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <future>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace orv {
 
@@ -27,7 +27,8 @@ class SerialQueue {
     SerialQueue(const SerialQueue&) = delete;
     SerialQueue& operator=(const SerialQueue&) = delete;
 
-    /// Appends a job. Callable from any thread, also from a job.
+    /// Appends a job. Callable from any thread, also from a job. Once the queue has had its usual
+    /// number of jobs, a job that fits into a `std::function` needs no memory.
     void post(Job job);
 
     /// Posts `job` and waits until it, and so everything posted before it, has run. Must not be
@@ -45,7 +46,7 @@ class SerialQueue {
     const QString label_;
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::deque<Job> jobs_;
+    std::vector<Job> jobs_;
     bool finishing_ = false;
     std::thread thread_;
 };

@@ -1,17 +1,22 @@
-// The capture path allocates nothing once it runs. A program of its own: the allocator of the whole
-// process is counted.
+// The capture path allocates nothing and calls the system for nothing once it runs. A program of
+// its own: the allocator of the whole process is counted.
 
 #include "AllocationCount.h"
 
 #include "AudioCapture.h"
 #include "AudioIngest.h"
+#include "AudioSender.h"
 #include "LevelMeter.h"
 #include "Log.h"
-#include "Pcm16.h"
 #include "SampleRateConverter.h"
+#include "SystemCallCount.h"
 
 #include <gtest/gtest.h>
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cmath>
 #include <memory>
 #include <numbers>
@@ -25,6 +30,7 @@ using orv::AudioIngest;
 using orv::Chunk;
 using orv::Chunker;
 using orv::test::allocationCount;
+using orv::test::SystemCallCount;
 
 constexpr int buffers = 5000;
 constexpr std::size_t frames = 4096;
@@ -45,62 +51,105 @@ class LineCount {
     int lines = 0;
 };
 
-/// What the allocator was asked for in a run.
+/// What a buffer, or a number of them, asked of allocator and kernel.
+struct Cost {
+    std::size_t allocations = 0;
+    std::size_t calls = 0; ///< Of the system; none that wakes another thread.
+    std::size_t wakes = 0;
+
+    Cost& operator+=(const Cost& other) {
+        allocations += other.allocations;
+        calls += other.calls;
+        wakes += other.wakes;
+        return *this;
+    }
+};
+
+template <typename Work>
+Cost costOf(Work work) {
+    const std::size_t allocations = allocationCount();
+    const SystemCallCount counting;
+    work();
+    return {allocationCount() - allocations, SystemCallCount::calls(), SystemCallCount::wakes()};
+}
+
+/// Where captured sound goes.
+enum class Road { Chunks, Stream };
+
 struct Outcome {
-    std::size_t inSilentBuffers = 0; ///< In buffers that logged nothing and sent nothing.
+    Cost inSilentBuffers; ///< In buffers that logged nothing and sent no chunk.
     int silentBuffers = 0;
     int chunks = 0;
 };
 
-/// A run of sound with pauses, in two channels, of which the first tenth counts as warming up.
-Outcome run(double rate, bool tapped) {
-    LineCount log;
-    Outcome outcome;
-    QByteArray pcm;
-    pcm.reserve(static_cast<qsizetype>(4 * 8 * 48000));
-    Chunker* self = nullptr;
-    Chunker chunker(
-        [&](Chunk&& chunk) {
-            ++outcome.chunks;
-            pcm.resize(0);
-            orv::appendPcm16(pcm, chunk.samples);
-            self->recycle(std::move(chunk.samples));
-        },
-        start);
-    self = &chunker;
-    chunker.setConnected(true);
-    AudioIngest ingest(chunker);
-    ingest.pipeline().setAutoGain(true);
-    ingest.setSampleRateConverter(orv::SampleRateConverter::create(rate).converter);
-    if (tapped) {
-        ingest.setStreamTap([&](std::span<const float> samples) {
-            pcm.resize(0);
-            orv::appendPcm16(pcm, samples);
+/// The capture path with everything that is behind it in a run, but for the services.
+class CapturePath {
+  public:
+    CapturePath(double rate, Road road)
+        : rate_(rate)
+        , road_(road) {
+        chunker_.setConnected(true);
+        chunker_.setRoute(orv::ChunkRoute::DirectEngine);
+        ingest_.pipeline().setAutoGain(true);
+        ingest_.setSampleRateConverter(orv::SampleRateConverter::create(rate).converter);
+        sender_.setPcmSink([this](const QByteArray&) {
+            ++received_;
+            received_.notify_one();
         });
+        if (road == Road::Stream) {
+            ingest_.setStreamTap(
+                [this](std::span<const float> samples) { sender_.streamBuffer(samples); });
+        }
     }
-    orv::LevelMeter meter;
-    std::vector<float> input(2 * frames);
-    Chunker::TimePoint now = start;
-    for (int i = 0; i < buffers; ++i) {
-        const double amplitude = i % 60 < 40 ? 0.3 : 0.001;
+
+    /// Plays sound with pauses, in two channels. The first tenth counts as warming up.
+    Outcome play() {
+        for (int i = 0; i < buffers; ++i) {
+            fillInput(i % 60 < 40 ? 0.3 : 0.001);
+            const int linesBefore = log_.lines;
+            const Cost cost = costOf([this] {
+                ingest_.processAudioBufferWithConversion({input_.data(), frames, 2}, now_);
+            });
+            if (i > buffers / 10 && log_.lines == linesBefore) {
+                ++outcome_.silentBuffers;
+                outcome_.inSilentBuffers += cost;
+            }
+            if (i % 3 == 0) {
+                ingest_.drainMeter(meter_);
+            }
+            if (road_ == Road::Stream) {
+                received_.wait(i); // As many are under way as in a run: one.
+            }
+            now_ += std::chrono::nanoseconds(static_cast<long>(1e9 * frames / rate_));
+        }
+        return outcome_;
+    }
+
+  private:
+    void fillInput(double amplitude) {
         for (std::size_t j = 0; j < frames; ++j) {
-            const double phase = 2 * std::numbers::pi * 440 * static_cast<double>(j) / rate;
-            input[2 * j] = static_cast<float>(amplitude * std::sin(phase));
+            const double phase = 2 * std::numbers::pi * 440 * static_cast<double>(j) / rate_;
+            input_[2 * j] = static_cast<float>(amplitude * std::sin(phase));
         }
-        const int linesBefore = log.lines;
-        const std::size_t before = allocationCount();
-        ingest.processAudioBufferWithConversion({input.data(), frames, 2}, now);
-        if (i % 3 == 0) {
-            ingest.drainMeter(meter);
-        }
-        if (i > buffers / 10 && log.lines == linesBefore) {
-            ++outcome.silentBuffers;
-            outcome.inSilentBuffers += allocationCount() - before;
-        }
-        now += std::chrono::nanoseconds(static_cast<long>(1e9 * frames / rate));
     }
-    return outcome;
-}
+
+    const double rate_;
+    const Road road_;
+    LineCount log_;
+    Outcome outcome_;
+    std::vector<float> input_ = std::vector<float>(2 * frames);
+    Chunker::TimePoint now_ = start;
+    std::atomic<int> received_ = 0; ///< By the service.
+    Chunker chunker_{[this](Chunk&& chunk) {
+                         ++outcome_.chunks;
+                         sender_.sendChunk(std::move(chunk));
+                     },
+                     start};
+    AudioIngest ingest_{chunker_};
+    orv::LevelMeter meter_;
+    orv::AudioSender sender_{
+        [this](std::vector<float>&& samples) { chunker_.recycle(std::move(samples)); }};
+};
 
 TEST(Allocation, theCounterCounts) {
     const std::size_t before = allocationCount();
@@ -114,25 +163,42 @@ TEST(Allocation, theCounterCounts) {
     }
 }
 
+TEST(Allocation, theCounterOfSystemCallsCounts) {
+    if (!SystemCallCount::isPossible()) {
+        GTEST_SKIP() << "System calls are not counted here.";
+    }
+    long process = 0;
+    const Cost cost = costOf([&process] {
+        process = syscall(SYS_getpid);
+        syscall(SYS_getppid);
+    });
+    EXPECT_EQ(process, getpid()) << "A call that is counted is made all the same.";
+    EXPECT_EQ(cost.calls, 2U);
+    EXPECT_EQ(costOf([] {}).calls, 0U);
+}
+
 TEST(Allocation, buffersAt48kHzNeedNone) {
-    const Outcome outcome = run(48000, false);
+    const Outcome outcome = CapturePath(48000, Road::Chunks).play();
     EXPECT_GT(outcome.silentBuffers, buffers / 2);
     EXPECT_GT(outcome.chunks, 50);
-    EXPECT_EQ(outcome.inSilentBuffers, 0U);
+    EXPECT_EQ(outcome.inSilentBuffers.allocations, 0U);
+    EXPECT_EQ(outcome.inSilentBuffers.calls, 0U);
 }
 
 TEST(Allocation, convertedBuffersNeedNone) {
-    const Outcome outcome = run(44100, false);
+    const Outcome outcome = CapturePath(44100, Road::Chunks).play();
     EXPECT_GT(outcome.silentBuffers, buffers / 2);
     EXPECT_GT(outcome.chunks, 50);
-    EXPECT_EQ(outcome.inSilentBuffers, 0U);
+    EXPECT_EQ(outcome.inSilentBuffers.allocations, 0U);
+    EXPECT_EQ(outcome.inSilentBuffers.calls, 0U);
 }
 
-TEST(Allocation, buffersForAStreamingEngineNeedNone) {
-    const Outcome outcome = run(48000, true);
+TEST(Allocation, buffersForAStreamingEngineNeedNothingButTheHandOver) {
+    const Outcome outcome = CapturePath(48000, Road::Stream).play();
     EXPECT_GT(outcome.silentBuffers, buffers * 8 / 10);
     EXPECT_EQ(outcome.chunks, 0);
-    EXPECT_EQ(outcome.inSilentBuffers, 0U);
+    EXPECT_EQ(outcome.inSilentBuffers.allocations, 0U);
+    EXPECT_EQ(outcome.inSilentBuffers.calls, 0U);
 }
 
 TEST(Allocation, takingAndRecyclingChunksNeedsNone) {
