@@ -1,7 +1,5 @@
 #include "L10n.h"
 
-#include "SharedInstance.h"
-
 #include <QLocale>
 
 #include <array>
@@ -33,11 +31,6 @@ std::optional<QString> lookUp(UILanguage language, const QString& key) {
     return L10n::strings().at(language).text(key);
 }
 
-SharedInstance<L10n>& sharedL10n() {
-    static SharedInstance<L10n> instance;
-    return instance;
-}
-
 } // namespace
 
 QString languageCode(const QString& localeName) {
@@ -59,11 +52,7 @@ L10n::L10n(DefaultsStore& store, const QString& systemLanguage, QObject* parent)
     , current_(initialLanguage(store, systemLanguage)) {}
 
 L10n& L10n::shared() {
-    return sharedL10n().get();
-}
-
-void L10n::installShared(std::function<std::unique_ptr<L10n>()> factory) {
-    sharedL10n().install(std::move(factory));
+    return SharedInstance<L10n>::get();
 }
 
 const std::map<UILanguage::Case, StringTable>& L10n::strings() {

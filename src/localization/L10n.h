@@ -1,15 +1,14 @@
 #pragma once
 
 #include "DefaultsStore.h"
+#include "SharedInstance.h"
 #include "StringTable.h"
 #include "UILanguage.h"
 
 #include <QObject>
 #include <QString>
 
-#include <functional>
 #include <map>
-#include <memory>
 
 namespace orv {
 
@@ -31,12 +30,8 @@ class L10n : public QObject {
     /// is not written back.
     L10n(DefaultsStore& store, const QString& systemLanguage, QObject* parent = nullptr);
 
-    /// The process-wide instance, made on first use (on the main thread) by what `installShared`
-    /// was given. Nothing inside the libraries asks for it.
+    /// The process-wide instance: the one there is. Nothing inside the libraries asks for it.
     static L10n& shared();
-
-    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
-    static void installShared(std::function<std::unique_ptr<L10n>()> factory);
 
     /// The tables of all languages, built on first use. Callable from any thread.
     static const std::map<UILanguage::Case, StringTable>& strings();
@@ -61,6 +56,7 @@ class L10n : public QObject {
   private:
     DefaultsStore& store_;
     UILanguage current_;
+    SharedInstance<L10n> sharedInstance_{*this};
 };
 
 } // namespace orv

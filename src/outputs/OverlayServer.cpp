@@ -3,7 +3,6 @@
 #include "DefaultsStore.h"
 #include "Log.h"
 #include "OverlayConnections.h"
-#include "SharedInstance.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,11 +15,6 @@ namespace orv {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-SharedInstance<OverlayServer>& sharedServer() {
-    static SharedInstance<OverlayServer> instance;
-    return instance;
-}
 
 QString text(const std::error_code& error) {
     return QString::fromStdString(error.message());
@@ -53,11 +47,7 @@ OverlayServer::~OverlayServer() {
 }
 
 OverlayServer& OverlayServer::shared() {
-    return sharedServer().get();
-}
-
-void OverlayServer::installShared(std::function<std::unique_ptr<OverlayServer>()> factory) {
-    sharedServer().install(std::move(factory));
+    return SharedInstance<OverlayServer>::get();
 }
 
 void OverlayServer::applySettings() {

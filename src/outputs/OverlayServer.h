@@ -5,6 +5,7 @@
 #include "OverlayLimits.h"
 #include "OverlayListener.h"
 #include "OverlayPage.h"
+#include "SharedInstance.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -12,7 +13,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -43,12 +43,8 @@ class OverlayServer {
     OverlayServer(const OverlayServer&) = delete;
     OverlayServer& operator=(const OverlayServer&) = delete;
 
-    /// The process-wide instance, made on first use by what `installShared` was given. Nothing
-    /// inside the libraries asks for it.
+    /// The process-wide instance: the one there is. Nothing inside the libraries asks for it.
     static OverlayServer& shared();
-
-    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
-    static void installShared(std::function<std::unique_ptr<OverlayServer>()> factory);
 
     /// Makes the server what "obsOverlayEnabled" and "obsOverlayPort" in the store say at the time
     /// the server's thread gets to it: running on that port, or stopped. Does nothing when it
@@ -109,6 +105,7 @@ class OverlayServer {
 
     std::atomic<bool> isRunning_ = false;
     std::atomic<std::uint16_t> activePort_ = 0;
+    SharedInstance<OverlayServer> sharedInstance_{*this};
 };
 
 } // namespace orv

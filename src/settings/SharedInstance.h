@@ -2,47 +2,62 @@
 
 #include <QtGlobal>
 
-#include <functional>
-#include <memory>
 #include <mutex>
-#include <utility>
+#include <vector>
 
 namespace orv {
 
-/// The holder behind a class's `shared()`: one instance, made on first use by what the composition
-/// root has installed. Thread-safe; whoever comes while the instance is being made waits for it, so
-/// the factory must not ask for the same instance.
+/// What makes an object the one that its class's `shared()` gives, for as long as it lives. The
+/// object has it as its last member, so that it is found once its other members are made and no
+/// more when they go.
+///
+/// The running program makes one object of such a class. Where there are several, as in tests, the
+/// newest is found; when that goes, the newest of the others is found again.
+///
+/// All of it may be called from any thread. That the object outlives the use of it is up to whoever
+/// asks.
 template <typename Object>
 class SharedInstance {
   public:
-    using Factory = std::function<std::unique_ptr<Object>()>;
-
-    /// Puts `factory` in place and destroys an instance that an earlier one has made. An empty
-    /// factory leaves nothing to be asked for: the composition root installs it at the end.
-    void install(Factory factory) {
-        std::unique_ptr<Object> earlier; // Outlives the lock: destroyed without it.
-        const std::lock_guard lock(mutex_);
-        factory_ = std::move(factory);
-        earlier = std::move(instance_);
+    explicit SharedInstance(Object& object)
+        : object_(&object) {
+        Places& places = allPlaces();
+        const std::lock_guard lock(places.mutex);
+        places.objects.push_back(object_);
     }
 
-    /// The instance. Asking before a factory is installed is a programming error and ends the
+    ~SharedInstance() {
+        Places& places = allPlaces();
+        const std::lock_guard lock(places.mutex);
+        std::erase(places.objects, object_);
+    }
+
+    SharedInstance(const SharedInstance&) = delete;
+    SharedInstance& operator=(const SharedInstance&) = delete;
+
+    /// The newest object there is. Asking while there is none is a programming error and ends the
     /// program.
-    Object& get() {
-        const std::lock_guard lock(mutex_);
-        if (!instance_) {
-            if (!factory_) {
-                qFatal("A shared instance was asked for before it was installed.");
-            }
-            instance_ = factory_();
+    static Object& get() {
+        Places& places = allPlaces();
+        const std::lock_guard lock(places.mutex);
+        if (places.objects.empty()) {
+            qFatal("A shared instance was asked for while there is none.");
         }
-        return *instance_;
+        return *places.objects.back();
     }
 
   private:
-    std::mutex mutex_;
-    Factory factory_;
-    std::unique_ptr<Object> instance_;
+    struct Places {
+        std::mutex mutex;
+        std::vector<Object*> objects; ///< Under the lock; oldest first.
+    };
+
+    static Places& allPlaces() {
+        static Places places;
+        return places;
+    }
+
+    Object* object_;
 };
 
 } // namespace orv

@@ -1,7 +1,6 @@
 #include "TranslationSettings.h"
 
 #include "Log.h"
-#include "SharedInstance.h"
 
 #include <utility>
 
@@ -70,11 +69,6 @@ void takePort(Setting<std::int64_t>& setting, std::optional<std::int64_t> stored
     if (stored && *stored >= 1) {
         setting.set(*stored);
     }
-}
-
-SharedInstance<TranslationSettings>& sharedSettings() {
-    static SharedInstance<TranslationSettings> instance;
-    return instance;
 }
 
 } // namespace
@@ -243,12 +237,7 @@ void TranslationSettings::load(const DefaultsStore& store) {
 }
 
 TranslationSettings& TranslationSettings::shared() {
-    return sharedSettings().get();
-}
-
-void TranslationSettings::installShared(
-    std::function<std::unique_ptr<TranslationSettings>()> factory) {
-    sharedSettings().install(std::move(factory));
+    return SharedInstance<TranslationSettings>::get();
 }
 
 QList<std::pair<QString, QJsonValue>> defaultSettings() {

@@ -4,6 +4,7 @@
 #include "DefaultsStore.h"
 #include "RunningApp.h"
 #include "Setting.h"
+#include "SharedInstance.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -11,7 +12,6 @@
 #include <QStringList>
 
 #include <functional>
-#include <memory>
 #include <optional>
 
 namespace orv {
@@ -33,12 +33,8 @@ class TranslationSettings : public QObject {
                                  const std::function<void()>& applyOverlaySettings = {},
                                  QObject* parent = nullptr);
 
-    /// The process-wide instance, made on first use (on the main thread) by what `installShared`
-    /// was given. Nothing inside the libraries asks for it.
+    /// The process-wide instance: the one there is. Nothing inside the libraries asks for it.
     static TranslationSettings& shared();
-
-    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
-    static void installShared(std::function<std::unique_ptr<TranslationSettings>()> factory);
 
     /// The key in the store of every field that is persisted, in the order of the fields.
     const QStringList& persistedKeys() const { return persistedKeys_; }
@@ -99,6 +95,7 @@ class TranslationSettings : public QObject {
     void load(const DefaultsStore& store);
 
     QStringList persistedKeys_;
+    SharedInstance<TranslationSettings> sharedInstance_{*this};
 };
 
 /// The values that answer for keys the user never touched, in the order of registration. The shell

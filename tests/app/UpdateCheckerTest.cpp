@@ -376,19 +376,12 @@ TEST_F(UpdateCheckerTest, opensTheDownloadOnlyWhenItIsAWebAddress) {
     }
 }
 
-TEST(UpdateCheckerShared, isMadeOnFirstUse) {
+TEST(UpdateCheckerShared, isTheOneThereIs) {
     const LogCapture log;
     RecordedOpener opener;
-    int made = 0;
-    UpdateChecker::installShared([&] {
-        ++made;
-        return std::make_unique<UpdateChecker>(
-            UpdateEnvironment{.currentVersion = u"1"_s, .updateURLs = {}, .opener = opener});
-    });
-    EXPECT_EQ(made, 0);
-    EXPECT_EQ(&UpdateChecker::shared(), &UpdateChecker::shared());
-    EXPECT_EQ(made, 1);
-    UpdateChecker::installShared({});
+    const UpdateChecker checker(
+        UpdateEnvironment{.currentVersion = u"1"_s, .updateURLs = {}, .opener = opener});
+    EXPECT_EQ(&UpdateChecker::shared(), &checker);
 }
 
 } // namespace

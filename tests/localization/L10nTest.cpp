@@ -157,18 +157,10 @@ TEST_F(L10nTest, theSystemHasALanguageCode) {
     EXPECT_EQ(languageCode(systemLanguageCode()), systemLanguageCode());
 }
 
-TEST_F(L10nTest, sharedIsMadeOnFirstUseByWhatIsInstalled) {
-    int made = 0;
-    L10n::installShared([&] {
-        ++made;
-        return std::make_unique<L10n>(*store_, u"it"_s);
-    });
-    EXPECT_EQ(made, 0);
-    L10n& shared = L10n::shared();
-    EXPECT_EQ(shared.current(), UILanguage::Italian);
-    EXPECT_EQ(&L10n::shared(), &shared);
-    EXPECT_EQ(made, 1);
-    L10n::installShared({});
+TEST_F(L10nTest, sharedIsTheOneThereIs) {
+    const L10n italian(*store_, u"it"_s);
+    EXPECT_EQ(&L10n::shared(), &italian);
+    EXPECT_EQ(L10n::shared().current(), UILanguage::Italian);
 }
 
 } // namespace orv::test

@@ -268,14 +268,13 @@ TEST_F(OverlayServerTest, followsTheColoursWithoutARestart) {
     EXPECT_EQ(log.count(runningLine(port)), 1);
 }
 
-TEST_F(OverlayServerTest, isAskedForByNameOnceInstalled) {
-    OverlayServer::installShared([this] { return std::make_unique<OverlayServer>(store); });
+TEST_F(OverlayServerTest, isAskedForByNameAndClosesWhenItGoes) {
     OverlayServer& shared = OverlayServer::shared();
-    EXPECT_EQ(&shared, &OverlayServer::shared());
+    EXPECT_EQ(&shared, server.get());
     shared.start(0);
     ASSERT_TRUE(waitUntil([&] { return shared.isRunning(); }));
     const std::uint16_t port = shared.activePort();
-    OverlayServer::installShared({});
+    server.reset();
     EXPECT_FALSE(LoopbackClient().connect(port));
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -10,44 +11,81 @@ namespace orv {
 
 namespace {
 
-TEST(SharedInstance, isMadeOnFirstUseAndOnlyOnce) {
-    int made = 0;
-    SharedInstance<int> shared;
-    shared.install([&] { return std::make_unique<int>(++made); });
-    EXPECT_EQ(made, 0);
-    int& first = shared.get();
-    EXPECT_EQ(&shared.get(), &first);
-    EXPECT_EQ(made, 1);
+/// A class with a `shared()`, the way the program's own are written.
+class Lamp {
+  public:
+    static Lamp& shared() { return SharedInstance<Lamp>::get(); }
+
+    int number = 0;
+
+  private:
+    SharedInstance<Lamp> sharedInstance_{*this};
+};
+
+TEST(SharedInstance, isTheObjectThereIs) {
+    Lamp lamp;
+    EXPECT_EQ(&Lamp::shared(), &lamp);
 }
 
-TEST(SharedInstance, isMadeOnceAlsoWhenManyThreadsAskAtTheSameTime) {
-    std::atomic<int> made = 0;
-    SharedInstance<int> shared;
-    shared.install([&] { return std::make_unique<int>(++made); });
+TEST(SharedInstance, isTheNewestOfSeveralAndThenTheOneBefore) {
+    Lamp first;
+    {
+        Lamp second;
+        EXPECT_EQ(&Lamp::shared(), &second);
+    }
+    EXPECT_EQ(&Lamp::shared(), &first);
+}
+
+TEST(SharedInstance, anOlderOneThatGoesChangesNothing) {
+    auto first = std::make_unique<Lamp>();
+    Lamp second;
+    first.reset();
+    EXPECT_EQ(&Lamp::shared(), &second);
+}
+
+TEST(SharedInstance, differentClassesKnowNothingOfEachOther) {
+    class Bell {
+        SharedInstance<Bell> sharedInstance_{*this};
+    };
+
+    Lamp lamp;
+    const Bell bell;
+    EXPECT_EQ(&Lamp::shared(), &lamp);
+    EXPECT_EQ(&SharedInstance<Bell>::get(), &bell);
+}
+
+TEST(SharedInstance, isFoundFromManyThreadsWhileOthersComeAndGo) {
+    Lamp lamp;
+    lamp.number = 7;
+    std::atomic<int> found = 0;
     std::vector<std::thread> threads;
-    threads.reserve(8);
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&shared] { EXPECT_EQ(shared.get(), 1); });
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&found] {
+            for (int turn = 0; turn < 1000; ++turn) {
+                // Only the object that outlives the threads may be looked into.
+                found += &Lamp::shared() != nullptr ? 1 : 0;
+            }
+        });
+        threads.emplace_back([] {
+            for (int turn = 0; turn < 1000; ++turn) {
+                const Lamp brief;
+            }
+        });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(made, 1);
+    EXPECT_EQ(found, 4000);
+    EXPECT_EQ(Lamp::shared().number, 7);
 }
 
-TEST(SharedInstance, isDestroyedAndMadeAnewAfterAnotherFactoryIsInstalled) {
-    const auto alive = std::make_shared<int>(0);
-    SharedInstance<std::shared_ptr<int>> shared;
-    shared.install([alive] { return std::make_unique<std::shared_ptr<int>>(alive); });
-    shared.get();
-    EXPECT_EQ(alive.use_count(), 3); // Here, in the factory, in the instance.
-    shared.install({});
-    EXPECT_EQ(alive.use_count(), 1);
+TEST(SharedInstanceDeathTest, endsTheProgramBeforeThereIsOne) {
+    EXPECT_DEATH(Lamp::shared(), "while there is none");
 }
 
-TEST(SharedInstanceDeathTest, endsTheProgramWhenNothingIsInstalled) {
-    SharedInstance<int> shared;
-    EXPECT_DEATH(shared.get(), "before it was installed");
+TEST(SharedInstanceDeathTest, endsTheProgramWhenTheLastOneIsGone) {
+    { const Lamp lamp; }
+    EXPECT_DEATH(Lamp::shared(), "while there is none");
 }
 
 } // namespace

@@ -413,18 +413,9 @@ TEST_F(TranslationSettingsTest, absentKeysOfOtherReadersAreAbsent) {
     EXPECT_TRUE(store.boolean(u"overlayBorderEnabled"_s).value_or(true));
 }
 
-TEST_F(TranslationSettingsTest, sharedIsMadeOnFirstUseByWhatIsInstalled) {
-    DefaultsStore& store = open();
-    int made = 0;
-    TranslationSettings::installShared([&] {
-        ++made;
-        return std::make_unique<TranslationSettings>(store);
-    });
-    EXPECT_EQ(made, 0);
-    TranslationSettings& shared = TranslationSettings::shared();
-    EXPECT_EQ(&TranslationSettings::shared(), &shared);
-    EXPECT_EQ(made, 1);
-    TranslationSettings::installShared({});
+TEST_F(TranslationSettingsTest, sharedIsTheOneThereIs) {
+    const TranslationSettings& s = load("{}");
+    EXPECT_EQ(&TranslationSettings::shared(), &s);
 }
 
 } // namespace orv::test

@@ -5,7 +5,6 @@
 #include "Log.h"
 #include "ManifestFetcher.h"
 #include "PostTarget.h"
-#include "SharedInstance.h"
 #include "Version.h"
 #include "WebAddress.h"
 
@@ -14,15 +13,6 @@
 using namespace Qt::StringLiterals;
 
 namespace orv {
-
-namespace {
-
-SharedInstance<UpdateChecker>& sharedChecker() {
-    static SharedInstance<UpdateChecker> instance;
-    return instance;
-}
-
-} // namespace
 
 /// The thread with the network on it. Answers come back through `results`.
 struct UpdateChecker::Fetching {
@@ -48,11 +38,7 @@ UpdateChecker::UpdateChecker(UpdateEnvironment environment, QObject* parent)
 UpdateChecker::~UpdateChecker() = default;
 
 UpdateChecker& UpdateChecker::shared() {
-    return sharedChecker().get();
-}
-
-void UpdateChecker::installShared(std::function<std::unique_ptr<UpdateChecker>()> factory) {
-    sharedChecker().install(std::move(factory));
+    return SharedInstance<UpdateChecker>::get();
 }
 
 void UpdateChecker::checkForUpdate(std::function<void(UpdateOutcome outcome)> done) {

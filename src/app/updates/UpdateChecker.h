@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SharedInstance.h"
 #include "UpdateInfo.h"
 
 #include <QObject>
@@ -45,12 +46,8 @@ class UpdateChecker : public QObject {
     /// A check that is under way ends without a result.
     ~UpdateChecker() override;
 
-    /// The process-wide instance, made on first use (on the main thread) by what `installShared`
-    /// was given. Nothing inside the libraries asks for it.
+    /// The process-wide instance: the one there is. Nothing inside the libraries asks for it.
     static UpdateChecker& shared();
-
-    /// Installs what makes `shared()`; destroys the instance that an earlier call has led to.
-    static void installShared(std::function<std::unique_ptr<UpdateChecker>()> factory);
 
     /// True from the first newer release that was found on.
     bool updateAvailable() const { return updateAvailable_; }
@@ -96,6 +93,7 @@ class UpdateChecker : public QObject {
     bool checking_ = false;
     std::vector<std::function<void(UpdateOutcome)>> waiting_;
     std::unique_ptr<Fetching> fetching_; ///< While a check needs the network.
+    SharedInstance<UpdateChecker> sharedInstance_{*this};
 };
 
 } // namespace orv
