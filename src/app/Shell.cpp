@@ -63,6 +63,14 @@ void Shell::createOutputs() {
         .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
 }
 
+std::vector<OutputCard> Shell::outputCards() {
+    return {
+        addBrowserOverlayCard,
+        vrchatCard([this] { vrchat_->sendVRChatTest(); }),
+        addVMixCard,
+    };
+}
+
 void Shell::createServices(const UserPaths& paths) {
     const auto lookUp = [this](const QString& key) { return text(key); };
     capture_ = createSystemAudioCapture();
@@ -186,7 +194,7 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
                                .opener = opener_,
                                .updates = *updateControl_,
                                .paths = paths_,
-                               .sendVRChatTest = [this] { vrchat_->sendVRChatTest(); },
+                               .outputCards = outputCards(),
                                .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },
                                .autoStopChanged = [this] { engine_->refreshMayOutlive(); }});
 }

@@ -10,12 +10,14 @@
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
 #include "NotificationCentre.h"
+#include "OutputCards.h"
 #include "PanelWindow.h"
 #include "ServiceAddresses.h"
 #include "UserPaths.h"
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace orv {
 
@@ -66,6 +68,8 @@ class Shell {
     void createInterface();
     std::unique_ptr<PanelWindow> makePanel();
     std::unique_ptr<QWidget> makeSettings();
+    /// In the order in which the settings window shows them.
+    std::vector<OutputCard> outputCards();
     void connectObjects();
     bool somethingRuns() const;
     QString text(const QString& key) const;

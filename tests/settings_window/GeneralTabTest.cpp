@@ -2,12 +2,15 @@
 
 #include "GeneralTab.h"
 #include "ControlProbe.h"
+#include "Pieces.h"
 #include "SettingsWindowFixture.h"
+#include "TabParts.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSpinBox>
 #include <QToolButton>
@@ -125,6 +128,31 @@ TEST_F(GeneralTabTest, theVRChatTestIsSentWhetherEnabledOrNot) {
     settings.vrchatEnabled.set(true);
     press(text(u"settings.vrc.test"_s));
     EXPECT_EQ(vrchatTests, 2);
+}
+
+TEST_F(GeneralTabTest, aFurtherOutputBringsItsCard) {
+    outputCards.emplace_back([](CardColumn& column, const TabContext& context) {
+        Card& card = *column.addCard();
+        card.addHeading()->setText(u"Teleprompter"_s);
+        addSwitch(card, context.bindings, u"settings.obs.enable"_s,
+                  context.bindings.storedBool(u"teleprompterEnabled"_s, false));
+    });
+    open();
+    showTab(0);
+    ASSERT_TRUE(shows(u"Teleprompter"_s));
+    const auto top = [this](const QString& heading) {
+        for (const QLabel* label : window->findChildren<QLabel*>()) {
+            if (label->text() == heading) {
+                return label->mapTo(window.get(), QPoint()).y();
+            }
+        }
+        return -1;
+    };
+    const QStringList order = {text(u"settings.obs.section"_s), text(u"settings.vrc.section"_s),
+                               u"vMix"_s, u"Teleprompter"_s, text(u"settings.notifications"_s)};
+    for (qsizetype i = 1; i < order.size(); ++i) {
+        EXPECT_LT(top(order[i - 1]), top(order[i])) << qPrintable(order[i]);
+    }
 }
 
 TEST_F(GeneralTabTest, theSubtitlesAreToldOfANewAppearance) {

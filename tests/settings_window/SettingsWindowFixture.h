@@ -6,6 +6,7 @@
 #include "LogCapture.h"
 #include "Look.h"
 #include "NullAppearance.h"
+#include "OutputCards.h"
 #include "SettingsFakes.h"
 #include "SettingsWindow.h"
 #include "TranslationSettings.h"
@@ -23,6 +24,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace orv::test {
 
@@ -52,7 +54,7 @@ class SettingsWindowFixture : public ::testing::Test {
                                    .opener = opener,
                                    .updates = updates,
                                    .paths = paths,
-                                   .sendVRChatTest = [this] { ++vrchatTests; },
+                                   .outputCards = outputCards,
                                    .appearanceChanged = [this] { ++appearanceChanges; },
                                    .autoStopChanged = [this] { ++autoStopChanges; }});
     }
@@ -137,6 +139,8 @@ class SettingsWindowFixture : public ::testing::Test {
     FakeUpdates updates;
     UserPaths paths;
     int vrchatTests = 0;
+    std::vector<OutputCard> outputCards = {addBrowserOverlayCard,
+                                           vrchatCard([this] { ++vrchatTests; }), addVMixCard};
     int appearanceChanges = 0;
     int autoStopChanges = 0;
     std::unique_ptr<QWidget> window;

@@ -19,9 +19,9 @@ QWidget* makeGeneralTab(const TabContext& context) {
     addLanguageCard(*column, context);
     addBackendCard(*column, context);
     addDisplayCard(*column, context);
-    addBrowserOverlayCard(*column, context);
-    addVRChatCard(*column, context);
-    addVMixCard(*column, context);
+    for (const OutputCard& addOutputCard : context.environment.outputCards) {
+        addOutputCard(*column, context);
+    }
     addNotificationsCard(*column, context);
     return column;
 }

@@ -1,6 +1,6 @@
 // The cards of the outputs to other programs: browser overlay, VRChat, vMix.
 
-#include "GeneralTab.h"
+#include "OutputCards.h"
 
 #include "CopyButton.h"
 #include "FieldCombo.h"
@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -105,7 +106,10 @@ void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
     addHint(card, bindings, u"settings.obs.hint"_s);
 }
 
-void addVRChatCard(CardColumn& column, const TabContext& context) {
+namespace {
+
+void addVRChatCard(CardColumn& column, const TabContext& context,
+                   const std::function<void()>& sendTest) {
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
     const auto& [card, section] = addSection(column, bindings, u"settings.vrc.section"_s);
@@ -120,14 +124,17 @@ void addVRChatCard(CardColumn& column, const TabContext& context) {
               bindings.setting(settings.vrchatPlaySound, u"vrchatPlaySound"_s));
     auto* test = makeButton(&card);
     bindings.translated(test, u"settings.vrc.test"_s);
-    QObject::connect(test, &QPushButton::clicked, &card,
-                     [send = context.environment.sendVRChatTest] {
-                         if (send) {
-                             send();
-                         }
-                     });
+    QObject::connect(test, &QPushButton::clicked, &card, sendTest);
     card.rows()->addWidget(test, 0, Qt::AlignLeft);
     addHint(card, bindings, u"settings.vrc.hint"_s);
+}
+
+} // namespace
+
+OutputCard vrchatCard(std::function<void()> sendTest) {
+    return [sendTest = std::move(sendTest)](CardColumn& column, const TabContext& context) {
+        addVRChatCard(column, context, sendTest);
+    };
 }
 
 void addVMixCard(CardColumn& column, const TabContext& context) {

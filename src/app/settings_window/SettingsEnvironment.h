@@ -1,8 +1,10 @@
 #pragma once
 
+#include "OutputCards.h"
 #include "UserPaths.h"
 
 #include <functional>
+#include <vector>
 
 namespace orv {
 
@@ -30,7 +32,7 @@ struct SettingsEnvironment {
     DesktopOpener& opener;
     UpdateControl& updates;
     UserPaths paths;
-    std::function<void()> sendVRChatTest;    ///< Sends the test message, whether enabled or not.
+    std::vector<OutputCard> outputCards;     ///< In the order in which they are shown.
     std::function<void()> appearanceChanged; ///< The subtitles shall look otherwise from now on.
     std::function<void()> autoStopChanged;   ///< Whether the backend ends with the program.
 };
