@@ -4,46 +4,44 @@
 
 #include <QtGlobal>
 
-#include <chrono>
 #include <limits>
 #include <utility>
 
 namespace orv {
 
-VmixTracking::VmixTracking(TranslationSettings& settings, std::function<QDateTime()> now)
+VmixTracking::VmixTracking(TranslationSettings& settings, std::function<QDateTime()> now,
+                           VmixFailures failures)
     : settings_(settings)
-    , now_(std::move(now)) {}
+    , now_(std::move(now))
+    , failures_(std::move(failures)) {}
 
 void VmixTracking::trackVmixSuccess() {
-    if (settings_.vmixFailureCount >= 1 || settings_.vmixShowWarningBanner.get()) {
-        settings_.vmixFailureCount = 0;
-        settings_.vmixShowWarningBanner.set(false);
-    }
+    failures_.vmixFailureCount = 0;
+    showBanner(false);
 }
 
 void VmixTracking::trackVmixFailure() {
-    if (settings_.vmixFailureCount == std::numeric_limits<std::int64_t>::max()) {
+    if (failures_.vmixFailureCount == std::numeric_limits<std::int64_t>::max()) {
         qFatal("vMix: the number of failures does not fit any more");
     }
-    ++settings_.vmixFailureCount;
+    ++failures_.vmixFailureCount;
     if (!settings_.vmixShowConnectionWarnings.get()) {
         return;
     }
-    if (settings_.vmixSuppressedUntil && *settings_.vmixSuppressedUntil > now_()) {
+    if (failures_.vmixSuppressedUntil && *failures_.vmixSuppressedUntil > now_()) {
         return;
     }
-    constexpr std::int64_t threshold = 3;
-    if (settings_.vmixFailureCount >= threshold && !settings_.vmixShowWarningBanner.get()) {
-        settings_.vmixShowWarningBanner.set(true);
+    if (failures_.vmixFailureCount >= failures_.vmixFailureThreshold) {
+        showBanner(true);
     }
 }
 
 void VmixTracking::vmixBannerSnooze() {
-    using namespace std::chrono;
-    const duration<double> length(settings_.vmixSuppressDuration);
-    settings_.vmixShowWarningBanner.set(false);
-    settings_.vmixFailureCount = 0;
-    settings_.vmixSuppressedUntil = now_().addMSecs(round<milliseconds>(length).count());
+    using std::chrono::milliseconds;
+    failures_.vmixFailureCount = 0;
+    failures_.vmixSuppressedUntil =
+        now_().addMSecs(milliseconds(failures_.vmixSuppressDuration).count());
+    showBanner(false);
 }
 
 void VmixTracking::disableVmix() {
@@ -57,9 +55,15 @@ void VmixTracking::turnOffWarnings() {
 }
 
 void VmixTracking::reset() {
-    settings_.vmixShowWarningBanner.set(false);
-    settings_.vmixFailureCount = 0;
-    settings_.vmixSuppressedUntil.reset();
+    failures_.vmixFailureCount = 0;
+    failures_.vmixSuppressedUntil.reset();
+    showBanner(false);
+}
+
+void VmixTracking::showBanner(bool shown) {
+    if (std::exchange(failures_.vmixShowWarningBanner, shown) != shown) {
+        Q_EMIT vmixShowWarningBannerChanged(shown);
+    }
 }
 
 } // namespace orv

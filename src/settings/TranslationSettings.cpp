@@ -105,7 +105,6 @@ TranslationSettings::TranslationSettings(DefaultsStore& store,
     , vmixFieldTranslation(u"Translation"_s)
     , vmixFieldOriginal(u"Original"_s)
     , vmixShowConnectionWarnings(true)
-    , vmixShowWarningBanner(false)
     , sttEngine(u"whisper"_s)
     , deepgramApiKey(QString())
     , assemblyaiApiKey(QString())
@@ -173,7 +172,6 @@ void TranslationSettings::attach(DefaultsStore& store,
     persistAs(vmixFieldTranslation, u"vmixFieldTranslation"_s);
     persistAs(vmixFieldOriginal, u"vmixFieldOriginal"_s);
     persistAs(vmixShowConnectionWarnings, u"vmixShowConnectionWarnings"_s);
-    publish(vmixShowWarningBanner, u"vmixShowWarningBanner"_s);
     persistAs(sttEngine, u"sttEngine"_s);
     persistAs(deepgramApiKey, u"deepgramApiKey"_s);
     persistAs(assemblyaiApiKey, u"assemblyaiApiKey"_s);

@@ -6,7 +6,6 @@
 #include "Setting.h"
 #include "SharedInstance.h"
 
-#include <QDateTime>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -67,8 +66,7 @@ class TranslationSettings : public QObject {
     Setting<QString> vmixFieldTranslation;
     Setting<QString> vmixFieldOriginal;
     Setting<bool> vmixShowConnectionWarnings;
-    Setting<bool> vmixShowWarningBanner; ///< Not persisted.
-    Setting<QString> sttEngine;          ///< Engine identifier.
+    Setting<QString> sttEngine; ///< Engine identifier.
     Setting<QString> deepgramApiKey;
     Setting<QString> assemblyaiApiKey;
     Setting<QString> googleApiKey;
@@ -79,12 +77,6 @@ class TranslationSettings : public QObject {
     Setting<QString> azureRegion;
     Setting<QString> voskHost;
     Setting<std::int64_t> voskPort;
-
-    // Failure tracking of the vMix output; never persisted.
-    std::int64_t vmixFailureCount = 0;            ///< Consecutive failed requests.
-    std::optional<QDateTime> vmixSuppressedUntil; ///< Warnings are snoozed until then.
-    std::int64_t vmixFailureThreshold = 3;        ///< Failures before the banner is raised.
-    double vmixSuppressDuration = 1800.0;         ///< Length of a snooze, seconds.
 
   Q_SIGNALS:
     /// A setting was assigned; `key` is the field's name. Emitted after the write.

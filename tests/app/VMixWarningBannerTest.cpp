@@ -59,10 +59,10 @@ class VMixWarningBannerTest : public ::testing::Test {
     QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc());
     VmixTracking tracking{settings, [this] { return now; }};
     QWidget window;
-    VMixWarningBanner* banner = new VMixWarningBanner(settings, tracking, l10n, &window);
+    VMixWarningBanner* banner = new VMixWarningBanner(tracking, l10n, &window);
 };
 
-TEST_F(VMixWarningBannerTest, isThereOnlyWhileTheSettingSaysSo) {
+TEST_F(VMixWarningBannerTest, isThereOnlyWhileTheTrackingSaysSo) {
     EXPECT_FALSE(banner->isVisible());
     raiseBanner();
     EXPECT_TRUE(banner->isVisible());
@@ -72,7 +72,7 @@ TEST_F(VMixWarningBannerTest, isThereOnlyWhileTheSettingSaysSo) {
 
 TEST_F(VMixWarningBannerTest, isThereFromTheStartWhenItIsMadeLate) {
     raiseBanner();
-    const auto* late = new VMixWarningBanner(settings, tracking, l10n, &window);
+    const auto* late = new VMixWarningBanner(tracking, l10n, &window);
     EXPECT_FALSE(late->isHidden());
 }
 
@@ -86,7 +86,7 @@ TEST_F(VMixWarningBannerTest, saysWhatIsWrong) {
 }
 
 TEST_F(VMixWarningBannerTest, hasATriangleInTheColourOfWhatIsWrong) {
-    settings.vmixShowWarningBanner.set(true);
+    raiseBanner();
     const QImage picture = banner->grab().toImage();
     const QRgb wrong = themeOf(*banner).error.rgb();
     int dots = 0;
@@ -123,7 +123,7 @@ TEST_F(VMixWarningBannerTest, disableSwitchesTheOutputOff) {
     button(u"Disable vMix"_s)->click();
     EXPECT_FALSE(settings.vmixEnabled.get());
     EXPECT_FALSE(banner->isVisible());
-    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
 
 TEST_F(VMixWarningBannerTest, laterSnoozes) {
@@ -132,7 +132,7 @@ TEST_F(VMixWarningBannerTest, laterSnoozes) {
     button(u"Later"_s)->click();
     EXPECT_FALSE(banner->isVisible());
     EXPECT_TRUE(settings.vmixEnabled.get());
-    EXPECT_EQ(settings.vmixSuppressedUntil, now.addSecs(1800));
+    EXPECT_EQ(tracking.failures().vmixSuppressedUntil, now.addSecs(1800));
 }
 
 TEST_F(VMixWarningBannerTest, turningWarningsOffKeepsTheOutput) {

@@ -69,22 +69,27 @@ class VmixSenderTest : public ::testing::Test {
         return log.lines().filter(QRegularExpression(u"^❌ vMix: ."_s)).size();
     }
 
+    void failTwice() {
+        tracking.trackVmixFailure();
+        tracking.trackVmixFailure();
+    }
+
     /// Sends a translation alone and waits until its failure is logged and counted.
     void expectFailure() {
         settings.vmixFieldOriginal.set({});
         sender->sendToVmix({}, u"Hello"_s);
-        EXPECT_TRUE(waitUntil([this] { return settings.vmixFailureCount == 1; }));
+        EXPECT_TRUE(waitUntil([this] { return tracking.failures().vmixFailureCount == 1; }));
         EXPECT_EQ(errors(), 1);
     }
 
     /// Sends a translation alone and waits until its success is logged.
     void expectSuccess() {
-        settings.vmixFailureCount = 2;
+        failTwice();
         settings.vmixFieldOriginal.set({});
         sender->sendToVmix({}, u"Hello"_s);
         EXPECT_TRUE(
             waitUntil([this] { return log.contains(u"✓ vMix title updated: Hello..."_s); }));
-        EXPECT_EQ(settings.vmixFailureCount, 0);
+        EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
         EXPECT_EQ(errors(), 0);
     }
 
@@ -136,27 +141,27 @@ TEST_F(VmixSenderTest, withoutAFieldForTheSourceTextOnlyTheTranslationIsSent) {
 }
 
 TEST_F(VmixSenderTest, anEmptyTranslationSendsTheSourceTextAndCountsNothing) {
-    settings.vmixFailureCount = 2;
+    failTwice();
     sender->sendToVmix(u"Guten Morgen"_s, {});
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 1; }));
     EXPECT_EQ(queryFor(u"Original"_s).value(3).second, u"Guten Morgen"_s);
-    EXPECT_EQ(settings.vmixFailureCount, 2);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 2);
     EXPECT_FALSE(log.containsStart(u"✓"_s));
     settings.vmixPort.set(nobody.port());
     sender->sendToVmix(u"Guten Morgen"_s, {});
     settings.vmixPort.set(vmix.port());
     sender->sendToVmix(u"Guten Tag"_s, {});
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 2; }));
-    EXPECT_EQ(settings.vmixFailureCount, 2);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 2);
     EXPECT_EQ(errors(), 0);
 }
 
 TEST_F(VmixSenderTest, withoutAFieldForTheTranslationNothingIsCounted) {
     settings.vmixFieldTranslation.set({});
-    settings.vmixFailureCount = 1;
+    tracking.trackVmixFailure();
     sender->sendToVmix(u"Guten Morgen"_s, u"Good morning"_s);
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 1; }));
-    EXPECT_EQ(settings.vmixFailureCount, 1);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 1);
 }
 
 TEST_F(VmixSenderTest, anAddressThatCannotBeFormedIsSkippedInSilence) {
@@ -176,16 +181,16 @@ TEST_F(VmixSenderTest, anAddressThatCannotBeFormedIsSkippedInSilence) {
 TEST_F(VmixSenderTest, refusedConnectionsRaiseTheBannerAtTheThird) {
     settings.vmixPort.set(nobody.port());
     for (int i = 1; i <= 3; ++i) {
-        EXPECT_FALSE(settings.vmixShowWarningBanner.get());
+        EXPECT_FALSE(tracking.failures().vmixShowWarningBanner);
         sender->sendToVmix(u"a"_s, u"b"_s);
-        ASSERT_TRUE(waitUntil([&] { return settings.vmixFailureCount == i; }));
+        ASSERT_TRUE(waitUntil([&] { return tracking.failures().vmixFailureCount == i; }));
     }
-    EXPECT_TRUE(settings.vmixShowWarningBanner.get());
+    EXPECT_TRUE(tracking.failures().vmixShowWarningBanner);
     EXPECT_EQ(log.count(u"❌ vMix: Connection refused"_s), 3);
     settings.vmixPort.set(vmix.port());
     sender->sendToVmix(u"a"_s, u"b"_s);
-    EXPECT_TRUE(waitUntil([this] { return !settings.vmixShowWarningBanner.get(); }));
-    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_TRUE(waitUntil([this] { return !tracking.failures().vmixShowWarningBanner; }));
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
 
 TEST_F(VmixSenderTest, anyWholeAnswerIsASuccess) {
@@ -209,7 +214,7 @@ TEST_F(VmixSenderTest, aConnectionThatBreaksIsAFailure) {
     for (const QString& mode : {u"reset"_s, u"close"_s, u"cut"_s, u"garbage"_s, u"endlessHead"_s}) {
         tell(mode);
         log.clear();
-        settings.vmixFailureCount = 0;
+        tracking.trackVmixSuccess();
         SCOPED_TRACE(qPrintable(mode));
         expectFailure();
     }
@@ -220,7 +225,7 @@ TEST_F(VmixSenderTest, whoeverNeverEndsAnAnswerIsGivenUpAfterTheLimit) {
     for (const QString& mode : {u"hang"_s, u"drip"_s, u"endless"_s}) {
         tell(mode);
         log.clear();
-        settings.vmixFailureCount = 0;
+        tracking.trackVmixSuccess();
         const qsizetype ended = vmix.count(u"ended"_s);
         SCOPED_TRACE(qPrintable(mode));
         expectFailure();
@@ -245,14 +250,14 @@ TEST_F(VmixSenderTest, aHostThatHangsGetsTwoConnectionsAndDelaysTheNextByNoMoreT
     for (int i = 0; i < 5; ++i) {
         sender->sendToVmix(u"alt"_s, u"old"_s);
     }
-    ASSERT_TRUE(waitUntil([this] { return settings.vmixFailureCount == 5; }));
+    ASSERT_TRUE(waitUntil([this] { return tracking.failures().vmixFailureCount == 5; }));
     for (const QJsonObject& request : vmix.events(u"request"_s)) {
         EXPECT_LE(request[u"open"_s].toInt(), 2);
     }
     tell(u"answer"_s);
     sender->sendToVmix(u"neu"_s, u"new"_s);
     EXPECT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: new..."_s); }));
-    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
 
 TEST_F(VmixSenderTest, aHostThatHangsDoesNotDelayAnother) {
@@ -316,18 +321,19 @@ TEST_F(VmixSenderTest, failuresAfterTheOutputWasGivenUpDoNotWarn) {
     }
     tracking.disableVmix();
     ASSERT_TRUE(waitUntil([this] { return errors() == 5; }));
-    EXPECT_EQ(settings.vmixFailureCount, 0);
-    EXPECT_FALSE(settings.vmixShowWarningBanner.get());
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
+    EXPECT_FALSE(tracking.failures().vmixShowWarningBanner);
 }
 
 TEST_F(VmixSenderTest, aSuccessAfterTheOutputWasSwitchedOffStillHidesTheBanner) {
-    settings.vmixFailureCount = 3;
-    settings.vmixShowWarningBanner.set(true);
+    failTwice();
+    tracking.trackVmixFailure();
+    ASSERT_TRUE(tracking.failures().vmixShowWarningBanner);
     sender->sendToVmix({}, u"b"_s);
     settings.vmixEnabled.set(false);
     ASSERT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: b..."_s); }));
-    EXPECT_FALSE(settings.vmixShowWarningBanner.get());
-    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_FALSE(tracking.failures().vmixShowWarningBanner);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
 
 TEST_F(VmixSenderTest, goesAtOnceWhileARequestIsUnderWay) {
@@ -338,7 +344,7 @@ TEST_F(VmixSenderTest, goesAtOnceWhileARequestIsUnderWay) {
     sender.reset();
     EXPECT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 2; }));
     drainEvents();
-    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
 
 TEST_F(VmixSenderTest, tenThousandResultsWhileVmixHangsStayFewRequestsAndTwoConnections) {
@@ -379,7 +385,7 @@ TEST_F(VmixSenderTest, ofTooManyResultsTheNewestArrives) {
     }
     EXPECT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: 9999..."_s); }));
     EXPECT_EQ(errors(), 0);
-    EXPECT_EQ(settings.vmixFailureCount, 0);
+    EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
 
 } // namespace

@@ -68,7 +68,6 @@ TEST_F(TranslationSettingsTest, everyFieldHasItsDefaultWhenNothingIsStored) {
     EXPECT_EQ(s.vmixFieldTranslation.get(), u"Translation"_s);
     EXPECT_EQ(s.vmixFieldOriginal.get(), u"Original"_s);
     EXPECT_TRUE(s.vmixShowConnectionWarnings.get());
-    EXPECT_FALSE(s.vmixShowWarningBanner.get());
     EXPECT_EQ(s.sttEngine.get(), u"whisper"_s);
     EXPECT_EQ(s.deepgramApiKey.get(), QString());
     EXPECT_EQ(s.assemblyaiApiKey.get(), QString());
@@ -80,10 +79,6 @@ TEST_F(TranslationSettingsTest, everyFieldHasItsDefaultWhenNothingIsStored) {
     EXPECT_EQ(s.azureRegion.get(), u"eastus"_s);
     EXPECT_EQ(s.voskHost.get(), u"localhost"_s);
     EXPECT_EQ(s.voskPort.get(), 2700);
-    EXPECT_EQ(s.vmixFailureCount, 0);
-    EXPECT_FALSE(s.vmixSuppressedUntil);
-    EXPECT_EQ(s.vmixFailureThreshold, 3);
-    EXPECT_EQ(s.vmixSuppressDuration, 1800.0);
 }
 
 TEST_F(TranslationSettingsTest, loadingFromAnEmptyStoreWritesNothingAndTellsTheOverlayNothing) {
@@ -270,19 +265,15 @@ TEST_F(TranslationSettingsTest, speakTranslationIsStoredUnderItsPluralKey) {
 }
 
 TEST_F(TranslationSettingsTest, whatIsNotPersistedStartsAnew) {
-    TranslationSettings& s = load(R"({"saveTranscript": false, "vmixShowWarningBanner": true})");
+    TranslationSettings& s = load(R"({"saveTranscript": false})");
     EXPECT_TRUE(s.saveTranscript.get());
-    EXPECT_FALSE(s.vmixShowWarningBanner.get());
     s.saveTranscript.set(false);
-    s.vmixShowWarningBanner.set(true);
     s.selectedApp.set(RunningApp{u"org.example"_s, u"Example"_s});
-    s.vmixFailureCount = 2;
     EXPECT_EQ(store_->generation(), 0U);
     EXPECT_FALSE(store_->contains(u"selectedApp"_s));
     const TranslationSettings& again = reload();
     EXPECT_TRUE(again.saveTranscript.get());
     EXPECT_FALSE(again.selectedApp.get());
-    EXPECT_EQ(again.vmixFailureCount, 0);
 }
 
 TEST_F(TranslationSettingsTest, noChoiceOfASourceRemovesTheKey) {

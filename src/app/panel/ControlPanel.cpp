@@ -80,7 +80,7 @@ QWidget* ControlPanel::makeSections() {
     auto* layout = new QVBoxLayout(sections);
     layout->setContentsMargins(space::large, 0, space::large, 0);
     layout->setSpacing(space::small);
-    layout->addWidget(new VMixWarningBanner(settings, environment_.vmix, l10n, sections));
+    layout->addWidget(new VMixWarningBanner(environment_.vmix, l10n, sections));
     notice_ = new NoticeCard(sections);
     layout->addWidget(notice_);
     layout->addWidget(new BackendRow(environment_.engine, l10n, sections));

@@ -4,7 +4,6 @@
 #include "StylePaint.h"
 #include "Symbols.h"
 #include "Theme.h"
-#include "TranslationSettings.h"
 #include "VmixTracking.h"
 
 #include <QAccessible>
@@ -39,10 +38,8 @@ class Triangle : public QWidget {
 
 } // namespace
 
-VMixWarningBanner::VMixWarningBanner(TranslationSettings& settings, VmixTracking& tracking,
-                                     L10n& l10n, QWidget* parent)
+VMixWarningBanner::VMixWarningBanner(VmixTracking& tracking, L10n& l10n, QWidget* parent)
     : Card(parent, Ground::Notice)
-    , settings_(settings)
     , l10n_(l10n)
     , title_(makeHeading(this))
     , detail_(new QLabel(this))
@@ -53,14 +50,11 @@ VMixWarningBanner::VMixWarningBanner(TranslationSettings& settings, VmixTracking
     connect(disable_, &QPushButton::clicked, this, [&tracking] { tracking.disableVmix(); });
     connect(later_, &QPushButton::clicked, this, [&tracking] { tracking.vmixBannerSnooze(); });
     connect(off_, &QPushButton::clicked, this, [&tracking] { tracking.turnOffWarnings(); });
-    connect(&settings_, &TranslationSettings::changed, this, [this](const QString& key) {
-        if (key == u"vmixShowWarningBanner") {
-            follow();
-        }
-    });
+    connect(&tracking, &VmixTracking::vmixShowWarningBannerChanged, this,
+            &VMixWarningBanner::follow);
     connect(&l10n_, &L10n::currentChanged, this, &VMixWarningBanner::translate);
     translate();
-    setVisible(settings_.vmixShowWarningBanner.get());
+    setVisible(tracking.failures().vmixShowWarningBanner);
 }
 
 void VMixWarningBanner::layOut() {
@@ -84,11 +78,7 @@ void VMixWarningBanner::layOut() {
     rows()->addLayout(buttons);
 }
 
-void VMixWarningBanner::follow() {
-    const bool shown = settings_.vmixShowWarningBanner.get();
-    if (shown == !isHidden()) {
-        return;
-    }
+void VMixWarningBanner::follow(bool shown) {
     setVisible(shown);
     if (shown) {
         QAccessibleEvent event(this, QAccessible::Alert);
