@@ -3,6 +3,7 @@
 // translation.
 
 #include "Graphemes.h"
+#include "Result.h"
 #include "VRChatMessage.h"
 
 #include <QStringDecoder>
@@ -91,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QString original = textFrom(split < 0 ? rest : rest.first(split), utf16);
     const QString translation = split < 0 ? QString() : textFrom(rest.sliced(split + 1), utf16);
 
-    const QString message = vrchatMessage(original, translation, mode);
+    const QString message = vrchatMessage({original, translation}, mode);
     const QString& shown = translation.isEmpty() ? original : translation;
     const bool both = mode > 1 && !original.isEmpty() && original != shown;
     const QString bothTexts = original + u'\n' + translation;

@@ -3,7 +3,6 @@
 #include "AudioManager.h"
 #include "DefaultsStore.h"
 #include "EngineCatalogue.h"
-#include "NotificationCentre.h"
 #include "NullAudioCapture.h"
 #include "ServiceEndpoints.h"
 #include "TranslationSettings.h"
@@ -37,7 +36,6 @@ class StreamingRun {
     DefaultsStore store_;
     TranslationSettings settings_;
     NullAudioCapture capture_;
-    NotificationCentre notifications_;
     std::unique_ptr<AudioManager> manager_;
 };
 

@@ -5,7 +5,7 @@
 #include "DesktopOpener.h"
 #include "Dialogs.h"
 #include "Log.h"
-#include "NotificationCentre.h"
+#include "OverlayServer.h"
 #include "UpdateChecker.h"
 #include "UserNotifications.h"
 
@@ -27,8 +27,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
     environment_.tray.setAvailabilityHandler(
         [this](bool available) { trayAvailabilityChanged(available); });
-    environment_.applyOverlaySettings();
-    observeNotifications();
+    environment_.overlayServer.applySettings();
     observeUpdates();
     askForNotifications();
     if (!environment_.tray.isAvailable()) {
@@ -44,28 +43,6 @@ void AppDelegate::applicationDidFinishLaunching() {
     } else {
         logLine(u"App gestartet - Backend muss manuell gestartet werden");
     }
-}
-
-void AppDelegate::observeNotifications() {
-    NotificationCentre& centre = environment_.notifications;
-    centre.observe(notifications::backendStatusChanged, this, [this](const QVariantMap& info) {
-        setBackendRunning(info.value(u"isRunning"_s).toBool());
-    });
-    centre.observe(notifications::showTranslation, this, [this](const QVariantMap& info) {
-        showTranslation(info.value(u"original"_s).toString(),
-                        info.value(u"translation"_s).toString());
-    });
-    centre.observe(notifications::translationStatusChanged, this, [this](const QVariantMap& info) {
-        setTranslating(info.value(u"isTranslating"_s).toBool());
-    });
-}
-
-void AppDelegate::showTranslation(const QString& original, const QString& translation) {
-    if (environment_.store.boolean(u"showOverlay"_s).value_or(true)) {
-        environment_.showSubtitles(original, translation);
-    }
-    environment_.broadcast(original, translation);
-    environment_.sendToVRChat(original, translation);
 }
 
 void AppDelegate::observeUpdates() {
@@ -184,13 +161,13 @@ void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
                     boolText(isTranslating)));
 }
 
-void AppDelegate::setBackendRunning(bool isRunning) {
+void AppDelegate::backendStatusChanged(bool isRunning) {
     logLine(QString(u"📢 Backend Status Changed: " % boolText(isRunning)));
     currentIconState_.backendRunning = isRunning;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
-void AppDelegate::setTranslating(bool isTranslating) {
+void AppDelegate::translationStatusChanged(bool isTranslating) {
     logLine(QString(u"📢 Translation Status Changed: " % boolText(isTranslating)));
     currentIconState_.translating = isTranslating;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
@@ -225,7 +202,7 @@ void AppDelegate::quitApp() {
 }
 
 void AppDelegate::applicationWillTerminate() {
-    environment_.stopOverlayServer();
+    environment_.overlayServer.stop();
     if (environment_.store.boolean(u"autoStopBackend"_s).value_or(true)) {
         logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");
         environment_.backend.stopBackend();

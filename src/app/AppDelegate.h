@@ -18,7 +18,7 @@ namespace orv {
 class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
-class NotificationCentre;
+class OverlayServer;
 class UpdateChecker;
 class UserNotifications;
 
@@ -32,24 +32,16 @@ struct DelegateTimings {
 /// What the delegate is given. The references outlive it.
 struct DelegateEnvironment {
     DefaultsStore& store;
-    NotificationCentre& notifications;
     Tray& tray;
     Panel& panel;
     BackendControl& backend;
     UpdateChecker& updates;
+    OverlayServer& overlayServer;
     UserNotifications& userNotifications;
     Dialogs& dialogs;
     DesktopOpener& opener;
     std::function<QString(const QString& key)> text; ///< A localised text.
-    std::function<void()> applyOverlaySettings;      ///< Of the browser overlay server.
-    std::function<void()> stopOverlayServer;
-    /// Shows a result in the subtitle window.
-    std::function<void(const QString& original, const QString& translation)> showSubtitles;
-    /// Hands a result to the browser overlay server.
-    std::function<void(const QString& original, const QString& translation)> broadcast;
-    /// Hands a result to the VRChat output.
-    std::function<void(const QString& original, const QString& translation)> sendToVRChat;
-    std::function<void()> terminate; ///< Asks the program to end.
+    std::function<void()> terminate;                 ///< Asks the program to end.
     /// Makes the content of the settings window.
     std::function<std::unique_ptr<QWidget>()> makeSettings;
     /// The tray has come or gone, and the panel is about to be shown accordingly.
@@ -59,8 +51,8 @@ struct DelegateEnvironment {
     DelegateTimings timings = {};
 };
 
-/// The life of the application: launch, the item in the tray with its panel and menu, the road of
-/// a result to the outputs, quitting and termination. Lives on the main thread.
+/// The life of the application: launch, the item in the tray with its panel and menu, quitting and
+/// termination. Lives on the main thread.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -75,6 +67,10 @@ class AppDelegate : public QObject {
     void togglePopover();
     void showContextMenu();
     void updateMenuBarIcon(bool isRunning, bool isTranslating);
+
+    // Each changes its own half of what the item shows.
+    void backendStatusChanged(bool isRunning);
+    void translationStatusChanged(bool isTranslating);
 
     /// Shows the panel wherever it belongs; false when the program is about to end. This is how
     /// another start of the program makes itself known.
@@ -101,12 +97,8 @@ class AppDelegate : public QObject {
 
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
-    void observeNotifications();
-    void showTranslation(const QString& original, const QString& translation);
     void observeUpdates();
     void askForNotifications();
-    void setBackendRunning(bool isRunning);
-    void setTranslating(bool isTranslating);
     void trayAvailabilityChanged(bool available);
 
     struct IconState {

@@ -38,6 +38,7 @@ Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<v
     , store_(paths.defaultsFile()) {
     createSettings();
     createOutputs();
+    addOutputs();
     createServices(paths);
     createInterface();
     connectObjects();
@@ -63,6 +64,13 @@ void Shell::createOutputs() {
         .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
 }
 
+void Shell::addOutputs() {
+    results_.add(*overlayWindow_);
+    results_.add(*overlayServer_);
+    results_.add(*vrchat_);
+    results_.add(*vmix_);
+}
+
 std::vector<OutputCard> Shell::outputCards() {
     return {
         addBrowserOverlayCard,
@@ -80,35 +88,28 @@ void Shell::createServices(const UserPaths& paths) {
         .script = paths.backendScript(),
         .probe = *portProbe_,
         .dialogs = dialogs_,
-        .notifications = notifications_,
         .text = lookUp,
         .networkAccess = [this] { return settings_->networkAccess.get(); },
         .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); },
         .installer = backendInstaller()});
     backendControl_ = makeBackendControl(*engine_);
-    audio_ = std::make_unique<AudioManager>(
-        AudioEnvironment{.settings = *settings_,
-                         .store = store_,
-                         .capture = *capture_,
-                         .notifications = notifications_,
-                         .engines = engines_,
-                         .sendToVmix =
-                             [this](const QString& original, const QString& translation) {
-                                 vmix_->sendToVmix(original, translation);
-                             },
-                         .showNotice =
-                             [this](const AudioNotice& notice) {
-                                 window_.get();
-                                 panel_->showNotice(notice);
-                             },
-                         .transcriptFolder = paths.outputFolder(),
-                         .endpoints = addresses_.speech});
+    audio_ =
+        std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
+                                                        .store = store_,
+                                                        .capture = *capture_,
+                                                        .engines = engines_,
+                                                        .showNotice =
+                                                            [this](const AudioNotice& notice) {
+                                                                window_.get();
+                                                                panel_->showNotice(notice);
+                                                            },
+                                                        .transcriptFolder = paths.outputFolder(),
+                                                        .endpoints = addresses_.speech});
     captureControl_ = makeCaptureControl(*audio_);
     controller_ = std::make_unique<TranslationController>(
         ControllerEnvironment{.settings = *settings_,
                               .capture = *captureControl_,
                               .backend = *backendControl_,
-                              .notifications = notifications_,
                               .dialogs = dialogs_,
                               .text = lookUp,
                               .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
@@ -125,29 +126,15 @@ void Shell::createInterface() {
     updateControl_ = makeUpdateControl(*updates_);
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
-                            .notifications = notifications_,
                             .tray = *tray_,
                             .panel = window_,
                             .backend = *backendControl_,
                             .updates = *updates_,
+                            .overlayServer = *overlayServer_,
                             .userNotifications = *userNotifications_,
                             .dialogs = dialogs_,
                             .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
-                            .applyOverlaySettings = [this] { overlayServer_->applySettings(); },
-                            .stopOverlayServer = [this] { overlayServer_->stop(); },
-                            .showSubtitles =
-                                [this](const QString& original, const QString& translation) {
-                                    overlayWindow_->showTranslation(original, translation);
-                                },
-                            .broadcast =
-                                [this](const QString& original, const QString& translation) {
-                                    overlayServer_->broadcast(original, translation);
-                                },
-                            .sendToVRChat =
-                                [this](const QString& original, const QString& translation) {
-                                    vrchat_->sendToVRChat(original, translation);
-                                },
                             .terminate = terminate_,
                             .makeSettings = [this] { return makeSettings(); },
                             .trayChanged =
@@ -200,11 +187,21 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
 }
 
 void Shell::connectObjects() {
+    QObject::connect(audio_.get(), &AudioManager::resultArrived, &results_,
+                     &ResultHub::ShowTranslation);
+    QObject::connect(engine_.get(), &TranslationEngine::BackendStatusChanged, delegate_.get(),
+                     &AppDelegate::backendStatusChanged);
+    QObject::connect(controller_.get(), &TranslationController::TranslationStatusChanged,
+                     delegate_.get(), &AppDelegate::translationStatusChanged);
+    connectSubtitles();
+    QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
+                     &TranslationEngine::retranslate);
+}
+
+void Shell::connectSubtitles() {
     const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
-    QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
-                     &TranslationEngine::retranslate);
     // Also at the start of a run, which assigns these settings.
     QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
                      [this](const QString& key) {

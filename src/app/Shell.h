@@ -9,9 +9,9 @@
 #include "FileDialogs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
-#include "NotificationCentre.h"
 #include "OutputCards.h"
 #include "PanelWindow.h"
+#include "ResultHub.h"
 #include "ServiceAddresses.h"
 #include "UserPaths.h"
 
@@ -68,9 +68,12 @@ class Shell {
     void createInterface();
     std::unique_ptr<PanelWindow> makePanel();
     std::unique_ptr<QWidget> makeSettings();
+    /// In the order in which they take each result.
+    void addOutputs();
     /// In the order in which the settings window shows them.
     std::vector<OutputCard> outputCards();
     void connectObjects();
+    void connectSubtitles();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 
@@ -78,7 +81,6 @@ class Shell {
     ServiceAddresses addresses_;
     std::function<void()> terminate_;
     const EngineCatalogue engines_;
-    NotificationCentre notifications_;
     DefaultsStore store_;
     std::unique_ptr<L10n> l10n_;
     std::unique_ptr<ToolkitTexts> toolkitTexts_;
@@ -87,6 +89,7 @@ class Shell {
     std::unique_ptr<VRChatOutput> vrchat_;
     std::unique_ptr<VmixTracking> vmixTracking_;
     std::unique_ptr<VmixSender> vmix_;
+    ResultHub results_;
     std::unique_ptr<AudioCapture> capture_;
     std::unique_ptr<PortProbe> portProbe_;
     MessageDialogs dialogs_;

@@ -5,9 +5,9 @@
 #include "DirectEngineSetup.h"
 #include "EngineCatalogue.h"
 #include "Log.h"
-#include "NotificationCentre.h"
 #include "TranslationSettings.h"
 
+#include <functional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -17,9 +17,9 @@ namespace orv {
 namespace {
 
 QCoro::Task<> translateAndTell(TranslationClient* client, QString original, QString targetLang,
-                               QString apiKey, std::function<void(QString, QString)> tell) {
+                               QString apiKey, std::function<void(Result)> tell) {
     const QString translation = co_await client->googleTranslateText(original, targetLang, apiKey);
-    tell(original, translation);
+    tell({original, translation});
 }
 
 } // namespace
@@ -69,8 +69,7 @@ BackendMessageHandler::Actions AudioManager::Private::messageActions() {
                        configuration().sourceLang != configuration().targetLang;
             },
         .translateOnClient = [this](const QString& original) { translateOnClient(original); },
-        .fanOut = [this](const QString& original,
-                         const QString& translation) { fanOut(original, translation); },
+        .publishResult = std::bind_front(&Private::publishResult, this),
         .publishStatus = [this](const StatusMessage& status) { publishStatus(status); },
         .showNotice =
             [this](const AudioNotice& notice) {
@@ -87,15 +86,10 @@ BackendMessageHandler::Actions AudioManager::Private::messageActions() {
     };
 }
 
-void AudioManager::Private::fanOut(const QString& original, const QString& translation) {
-    currentOriginal = original;
-    currentTranslation = translation;
+void AudioManager::Private::publishResult(const Result& result) {
+    currentResult = result;
     Q_EMIT q.resultChanged();
-    env.notifications.post(notifications::showTranslation,
-                           {{u"original"_s, original}, {u"translation"_s, translation}});
-    if (env.sendToVmix) {
-        env.sendToVmix(original, translation);
-    }
+    Q_EMIT q.resultArrived(result);
 }
 
 void AudioManager::Private::translateOnClient(const QString& original) {
@@ -104,11 +98,10 @@ void AudioManager::Private::translateOnClient(const QString& original) {
     if (!translation_) {
         translation_ = std::make_unique<TranslationClient>(env.endpoints);
     }
-    translateAndTell(
-        translation_.get(), original, run.targetLang, env.settings.googleApiKey.get(),
-        [this, target = target_.handle()](const QString& text, const QString& translation) {
-            target.post([this, text, translation] { fanOut(text, translation); });
-        });
+    translateAndTell(translation_.get(), original, run.targetLang, env.settings.googleApiKey.get(),
+                     [this, target = target_.handle()](const Result& result) {
+                         target.post([this, result] { publishResult(result); });
+                     });
 }
 
 void AudioManager::Private::publishStatus(const StatusMessage& status) {
@@ -132,8 +125,7 @@ void AudioManager::Private::startDirectEngine() {
          .timings = env.engineTimings,
          .transcriptFolder = env.transcriptFolder},
         run,
-        {.result = [this](const QString& original,
-                          const QString& translation) { fanOut(original, translation); },
+        {.result = std::bind_front(&Private::publishResult, this),
          .status = [this](const QString& status,
                           const QString& message) { publishDirectEngineStatus(status, message); },
          .connectFailed = [this] { abandonDirectEngine(); }});

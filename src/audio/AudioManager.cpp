@@ -33,11 +33,11 @@ bool AudioManager::hasScreenCapturePermission() const {
 }
 
 QString AudioManager::currentOriginal() const {
-    return d_->currentOriginal;
+    return d_->currentResult.original;
 }
 
 QString AudioManager::currentTranslation() const {
-    return d_->currentTranslation;
+    return d_->currentResult.translation;
 }
 
 QString AudioManager::backendStatus() const {

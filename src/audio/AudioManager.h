@@ -4,6 +4,7 @@
 #include "AudioNotice.h"
 #include "AudioSourceType.h"
 #include "EngineTimings.h"
+#include "Result.h"
 #include "RunningApp.h"
 #include "ServiceEndpoints.h"
 
@@ -20,7 +21,6 @@ namespace orv {
 class AudioCapture;
 class DefaultsStore;
 class EngineCatalogue;
-class NotificationCentre;
 class TranslationSettings;
 
 /// The fixed times of a capture run.
@@ -38,10 +38,7 @@ struct AudioEnvironment {
     TranslationSettings& settings;
     DefaultsStore& store;
     AudioCapture& capture;
-    NotificationCentre& notifications;
     const EngineCatalogue& engines;
-    /// The vMix output; called on the main thread for each result.
-    std::function<void(const QString& original, const QString& translation)> sendToVmix;
     /// Shows the user a notice; called on the main thread.
     std::function<void(const AudioNotice& notice)> showNotice;
     QString transcriptFolder; ///< Where runs with a direct engine put their transcripts.
@@ -115,7 +112,9 @@ class AudioManager : public QObject {
 
   Q_SIGNALS:
     void listsChanged();
-    void resultChanged();       ///< `currentOriginal`, `currentTranslation`.
+    void resultChanged(); ///< `currentOriginal`, `currentTranslation`.
+    /// A result for every output, once for each; `resultChanged` has been told of it before.
+    void resultArrived(const Result& result);
     void statusChanged();       ///< `backendStatus`, `isModelLoading`, `hasEngineError`.
     void levelChanged();        ///< `audioLevel`, `peakLevel`.
     void captureStateChanged(); ///< `isCapturing`.

@@ -49,8 +49,7 @@ class AudioManager::Private {
     const AudioEnvironment env;
 
     // Published state.
-    QString currentOriginal;
-    QString currentTranslation;
+    Result currentResult;
     QString backendStatus;
     bool isModelLoading = false;
     bool hasEngineError = false;
@@ -86,7 +85,7 @@ class AudioManager::Private {
     void runStopCallbacks();
 
     BackendMessageHandler::Actions messageActions();
-    void fanOut(const QString& original, const QString& translation);
+    void publishResult(const Result& result);
     void translateOnClient(const QString& original);
     void publishStatus(const StatusMessage& status);
     void tellMissingCredentials(const QString& id);

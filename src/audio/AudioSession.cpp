@@ -5,6 +5,7 @@
 
 #include <QUrl>
 
+#include <functional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -33,9 +34,9 @@ void AudioManager::Private::connectToBackend() {
     const QUrl url(u"ws://127.0.0.1:%1"_s.arg(env.backendPort));
     link_ = std::make_unique<BackendLink>(
         linkThread_, url,
-        BackendLink::Handlers{
-            .message = [this](const DownstreamMessage& message) { messages_.handle(message); },
-            .failed = [this](const QString& error) { linkFailed(error); }},
+        BackendLink::Handlers{.message =
+                                  std::bind_front(&BackendMessageHandler::handle, &messages_),
+                              .failed = [this](const QString& error) { linkFailed(error); }},
         BackendLink::Timings{});
     sender_.setLink(link_->sender());
     logLine(u"🔌 WebSocket zum Backend verbunden (maxMsg=16MB)");

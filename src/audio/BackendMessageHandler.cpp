@@ -12,25 +12,21 @@ BackendMessageHandler::BackendMessageHandler(Actions actions)
     : actions_(std::move(actions)) {}
 
 void BackendMessageHandler::handle(const DownstreamMessage& message) {
-    if (const auto* result = std::get_if<ResultMessage>(&message)) {
-        handleResult(*result);
+    if (const auto* result = std::get_if<Result>(&message)) {
+        if (!result->original.isEmpty()) {
+            logLine(u"📥 Original: "_s + result->original);
+        }
+        if (!result->translation.isEmpty()) {
+            logLine(u"📥 Übersetzung: "_s + result->translation);
+            actions_.publishResult(*result);
+        } else if (actions_.translatesOnClient()) {
+            actions_.translateOnClient(result->original);
+        }
     } else if (const auto* status = std::get_if<StatusMessage>(&message)) {
         handleStatus(*status);
     } else if (std::holds_alternative<FlushedMessage>(message)) {
         logLine(u"✓ Flush-Bestätigung vom Backend empfangen");
         actions_.flushed();
-    }
-}
-
-void BackendMessageHandler::handleResult(const ResultMessage& result) {
-    if (!result.original.isEmpty()) {
-        logLine(u"📥 Original: "_s + result.original);
-    }
-    if (!result.translation.isEmpty()) {
-        logLine(u"📥 Übersetzung: "_s + result.translation);
-        actions_.fanOut(result.original, result.translation);
-    } else if (actions_.translatesOnClient()) {
-        actions_.translateOnClient(result.original);
     }
 }
 

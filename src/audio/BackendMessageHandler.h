@@ -16,9 +16,9 @@ class BackendMessageHandler {
     struct Actions {
         /// Whether an empty translation is to be made on this side, asked for each such result.
         std::function<bool()> translatesOnClient;
-        /// Translates and then fans out by itself.
+        /// Translates and then publishes by itself.
         std::function<void(const QString& original)> translateOnClient;
-        std::function<void(const QString& original, const QString& translation)> fanOut;
+        std::function<void(const Result& result)> publishResult;
         std::function<void(const StatusMessage& status)> publishStatus;
         std::function<void(const AudioNotice& notice)> showNotice;
         std::function<void()> flushed;
@@ -29,7 +29,6 @@ class BackendMessageHandler {
     void handle(const DownstreamMessage& message);
 
   private:
-    void handleResult(const ResultMessage& result);
     void handleStatus(const StatusMessage& status);
 
     Actions actions_;

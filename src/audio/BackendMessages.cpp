@@ -61,7 +61,7 @@ DownstreamMessage parseDownstream(const QByteArray& utf8) {
     const QJsonObject object = document.object();
     const QString type = object[u"type"_s].toString();
     if (type == u"translation") {
-        return ResultMessage{object[u"original"_s].toString(), object[u"translation"_s].toString()};
+        return Result{object[u"original"_s].toString(), object[u"translation"_s].toString()};
     }
     if (type == u"status") {
         return parseStatus(object);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Result.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -19,14 +21,6 @@ QByteArray audioMessage(std::span<const float> samples, int sampleRate);
 QByteArray flushMessage();
 QByteArray stopMessage();
 
-/// A recognised text and its translation; either may be empty.
-struct ResultMessage {
-    QString original;
-    QString translation;
-
-    friend bool operator==(const ResultMessage&, const ResultMessage&) = default;
-};
-
 /// How the backend is.
 struct StatusMessage {
     QString status;
@@ -42,8 +36,7 @@ struct FlushedMessage {
 };
 
 /// `std::monostate` stands for a message that is to be ignored.
-using DownstreamMessage =
-    std::variant<std::monostate, ResultMessage, StatusMessage, FlushedMessage>;
+using DownstreamMessage = std::variant<std::monostate, Result, StatusMessage, FlushedMessage>;
 
 /// Understands one message of the backend. Members that are missing or of the wrong type count as
 /// empty; anything but an object with a known "type" is ignored.

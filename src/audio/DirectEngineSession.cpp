@@ -130,9 +130,9 @@ DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
             if (const auto open = transcript.lock()) {
                 open->append(original, translation, QDateTime::currentDateTime());
             }
-            target.post([this, original, translation] {
+            target.post([this, result = Result{original, translation}] {
                 const auto handler = handlers_.result; // May end the session while it runs.
-                handler(original, translation);
+                handler(result);
             });
         };
     state_->engine->onStatus = [this, target = target_->handle()](const QString& status,

@@ -2,6 +2,7 @@
 
 #include "CloudSTTEngine.h"
 #include "PostTarget.h"
+#include "Result.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -21,7 +22,7 @@ class DirectEngineSession {
     /// Run on the main thread; never after the session was destroyed, and after its end only
     /// `result`, as `end` says.
     struct Handlers {
-        std::function<void(const QString& original, const QString& translation)> result;
+        std::function<void(const Result& result)> result;
         /// "connected" or "error", and what to tell the user.
         std::function<void(const QString& status, const QString& message)> status;
         std::function<void()> connectFailed; ///< The session is of no further use.

@@ -3,7 +3,6 @@
 #include "BackendEcho.h"
 #include "Dialogs.h"
 #include "Log.h"
-#include "NotificationCentre.h"
 #include "PortProbe.h"
 #include "SpawnProgram.h"
 
@@ -61,7 +60,7 @@ void TranslationEngine::startBackend() {
     if (isPortInUse()) {
         logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
         setState(true, u"engine.running"_s);
-        postStatus(true);
+        Q_EMIT BackendStatusChanged(true);
         checkTimer_.start();
         return;
     }
@@ -136,7 +135,7 @@ void TranslationEngine::checkBackendStatus() {
     refreshMayOutlive();
     if (isPortInUse()) {
         setState(true, u"engine.running"_s);
-        QTimer::singleShot(0, this, [this] { postStatus(true); });
+        QTimer::singleShot(0, this, [this] { Q_EMIT BackendStatusChanged(true); });
         checkTimer_.start();
         logLine(QString(u"✓ Backend läuft auf Port " % QString::number(environment_.port)));
     } else if (child_.isRunning()) {
@@ -156,7 +155,7 @@ void TranslationEngine::checkLiveness() {
     }
     setState(false, u"engine.terminated"_s);
     checkTimer_.stop();
-    postStatus(false);
+    Q_EMIT BackendStatusChanged(false);
 }
 
 void TranslationEngine::childFinished(quint64 launch, int status) {
@@ -173,7 +172,7 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
     }
     logLine(QString(u"Backend beendet mit Code: " % QString::number(status)));
     if (isLatest) {
-        postStatus(false);
+        Q_EMIT BackendStatusChanged(false);
     }
 }
 
@@ -216,7 +215,7 @@ void TranslationEngine::stopWithKill() {
     setState(false, u"engine.stopped"_s);
     checkTimer_.stop();
     logLine(u"✓ Backend gestoppt");
-    postStatus(false);
+    Q_EMIT BackendStatusChanged(false);
 }
 
 void TranslationEngine::interruptIfRunning() {
@@ -294,11 +293,6 @@ void TranslationEngine::setStatus(const QString& key) {
     if (std::exchange(statusKey_, key) != key) {
         Q_EMIT statusMessageChanged(statusMessage());
     }
-}
-
-void TranslationEngine::postStatus(bool isRunning) {
-    environment_.notifications.post(notifications::backendStatusChanged,
-                                    {{u"isRunning"_s, isRunning}});
 }
 
 void TranslationEngine::showBackendInstallAlert() {

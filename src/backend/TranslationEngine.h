@@ -16,7 +16,6 @@
 namespace orv {
 
 class Dialogs;
-class NotificationCentre;
 class PortProbe;
 
 /// The supervisor's fixed times.
@@ -35,7 +34,6 @@ struct BackendEnvironment {
     QString script;      ///< Absolute path of the server's program.
     PortProbe& probe;
     Dialogs& dialogs;
-    NotificationCentre& notifications;
     std::function<QString(const QString& key)> text; ///< Looks a text of the interface up.
     std::function<bool()> networkAccess;             ///< Whether others may reach the backend.
 
@@ -55,8 +53,8 @@ struct BackendEnvironment {
 /// uses the port. A server that it finds running already is adopted: reported as running, never
 /// sent a signal.
 ///
-/// Every change of the running state is told by the notification "BackendStatusChanged". Lives on
-/// the main thread, which it blocks while the port is probed.
+/// Every change of the running state is told by `BackendStatusChanged`. Lives on the main thread,
+/// which it blocks while the port is probed.
 ///
 /// Delayed steps and the end of a child concern the launch they belong to: once another child has
 /// been launched they change nothing.
@@ -100,6 +98,10 @@ class TranslationEngine : public QObject {
     void retranslate();
 
   Q_SIGNALS:
+    /// The backend came up or went away. Told at the end of the step that found it out, and also
+    /// where a step confirms what was so before.
+    void BackendStatusChanged(bool isRunning);
+
     void isRunningChanged(bool isRunning);
     void statusMessageChanged(const QString& statusMessage);
 
@@ -132,7 +134,6 @@ class TranslationEngine : public QObject {
 
     void setState(bool isRunning, const QString& statusKey);
     void setStatus(const QString& key);
-    void postStatus(bool isRunning);
     void showBackendInstallAlert();
     void installBackend();
     void installationEnded(bool installed, const QString& reason);

@@ -62,12 +62,11 @@ void OverlayServer::stop() {
     queue_.post([this] { stopNow(); });
 }
 
-void OverlayServer::broadcast(const QString& original, const QString& translation) {
+void OverlayServer::broadcast(const Result& result) {
     const std::chrono::duration<double> sinceEpoch =
         std::chrono::system_clock::now().time_since_epoch();
     const std::lock_guard guard(lock_);
-    currentOriginal_ = original;
-    currentTranslation_ = translation;
+    current_ = result;
     lastUpdate_ = sinceEpoch.count();
 }
 
@@ -102,8 +101,8 @@ HttpResponse OverlayServer::latestResult() const {
     result.showOriginal = store_.boolean(u"showOriginal"_s).value_or(false);
     {
         const std::lock_guard guard(lock_);
-        result.original = currentOriginal_;
-        result.translation = currentTranslation_;
+        result.original = current_.original;
+        result.translation = current_.translation;
         result.lastUpdate = lastUpdate_;
         if (encodedResult_.source == result) {
             return textResponse(encodedResult_.bytes);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "EventLoopThread.h"
+#include "Output.h"
 #include "OverlayContent.h"
 #include "OverlayLimits.h"
 #include "OverlayListener.h"
 #include "OverlayPage.h"
+#include "Result.h"
 #include "SharedInstance.h"
 
 #include <QByteArray>
@@ -32,13 +34,16 @@ std::uint16_t overlayPort(std::int64_t stored);
 /// The listener and its connections live on a thread of their own. `applySettings`, `start` and
 /// `stop` only post to it and return at once; they take effect in the order of the calls, and
 /// `isRunning` follows. They may be called from any thread. The results outlive stop and start.
-class OverlayServer {
+///
+/// Of results only the latest is kept: a page sees the one that is the latest at its poll, and none
+/// of those between two polls.
+class OverlayServer : public Output {
   public:
     /// `store` must outlive the server. Nothing runs until `applySettings` or `start`.
     explicit OverlayServer(DefaultsStore& store, OverlayLimits limits = {});
 
     /// Closes the listener and every connection and joins the thread. No line says so.
-    ~OverlayServer();
+    ~OverlayServer() override;
 
     OverlayServer(const OverlayServer&) = delete;
     OverlayServer& operator=(const OverlayServer&) = delete;
@@ -58,8 +63,11 @@ class OverlayServer {
     /// Closes the listener. Requests that were accepted before are still answered.
     void stop();
 
-    /// Keeps the two texts as the latest result. Callable from any thread.
-    void broadcast(const QString& original, const QString& translation);
+    void take(const Result& result) override { broadcast(result); }
+
+    /// Keeps the result as the latest one, whether the server runs or not. Callable from any
+    /// thread.
+    void broadcast(const Result& result);
 
     /// Whether connections are accepted. Callable from any thread.
     bool isRunning() const { return isRunning_; }
@@ -87,9 +95,8 @@ class OverlayServer {
     std::unique_ptr<OverlayConnections> connections_;
     EventLoopThread queue_; ///< Owns the two above.
 
-    mutable std::mutex lock_; ///< Guards the three fields of the result and the two encodings.
-    QString currentOriginal_;
-    QString currentTranslation_;
+    mutable std::mutex lock_; ///< Guards the latest result, its moment and the two encodings.
+    Result current_;
     double lastUpdate_ = 0; ///< Seconds since 1970.
 
     /// What was served last and what it was made from. Everything is read afresh for each request;

@@ -1,6 +1,7 @@
 #include "VRChatMessage.h"
 
 #include "Graphemes.h"
+#include "Result.h"
 #include "WellFormedText.h"
 
 #include <algorithm>
@@ -25,7 +26,8 @@ QString bothTexts(const QString& original, const QString& shown, const QString& 
     return original + u'\n' + translation;
 }
 
-QString wholeMessage(const QString& original, const QString& translation, std::int64_t sendMode) {
+QString wholeMessage(const Result& result, std::int64_t sendMode) {
+    const auto& [original, translation] = result;
     const QString& shown = translation.isEmpty() ? original : translation;
     switch (sendMode) {
     case sourceTextOnly:
@@ -50,8 +52,8 @@ void appendOscString(QByteArray& packet, const QByteArray& text) {
 
 } // namespace
 
-QString vrchatMessage(const QString& original, const QString& translation, std::int64_t sendMode) {
-    return firstCharacters(wholeMessage(original, translation, sendMode), chatboxCharacters);
+QString vrchatMessage(const Result& result, std::int64_t sendMode) {
+    return firstCharacters(wholeMessage(result, sendMode), chatboxCharacters);
 }
 
 QByteArray chatboxPacket(const QString& message, bool playSound) {

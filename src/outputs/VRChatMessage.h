@@ -7,13 +7,15 @@
 
 namespace orv {
 
+struct Result;
+
 /// How many characters (as a reader counts them) VRChat's chatbox shows.
 inline constexpr qsizetype chatboxCharacters = 144;
 
 /// The text for the chatbox. `sendMode` is the setting of that name: 0 the source text, 1 the
 /// translation (the source text if there is none), anything else both, one below the other, and
 /// once if they are the same. At most `chatboxCharacters` long; no character is split.
-QString vrchatMessage(const QString& original, const QString& translation, std::int64_t sendMode);
+QString vrchatMessage(const Result& result, std::int64_t sendMode);
 
 /// The OSC 1.0 message that puts `message` into the chatbox at once, `playSound` with VRChat's
 /// notification sound: one datagram. The text is always valid UTF-8: half a surrogate pair becomes

@@ -17,15 +17,15 @@ VRChatOutput::VRChatOutput(const TranslationSettings& settings, LookUpHost lookU
 
 VRChatOutput::~VRChatOutput() = default;
 
-QString VRChatOutput::vrchatMessage(const QString& original, const QString& translation) const {
-    return orv::vrchatMessage(original, translation, settings_.vrchatSendMode.get());
+QString VRChatOutput::vrchatMessage(const Result& result) const {
+    return orv::vrchatMessage(result, settings_.vrchatSendMode.get());
 }
 
-void VRChatOutput::sendToVRChat(const QString& original, const QString& translation) {
+void VRChatOutput::sendToVRChat(const Result& result) {
     if (!settings_.vrchatEnabled.get()) {
         return;
     }
-    const QString message = vrchatMessage(original, translation);
+    const QString message = vrchatMessage(result);
     if (!message.isEmpty()) {
         sendWithSettings(message);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HostLookups.h"
+#include "Output.h"
 
 #include <QString>
 
@@ -16,20 +17,22 @@ class TranslationSettings;
 /// Writes results into VRChat's chatbox, over OSC. No call waits for the network; failures only
 /// make a line in the log. What is dropped when results arrive faster than they can leave, or than
 /// the name of the host is found, is said at `DatagramSender`: the oldest.
-class VRChatOutput {
+class VRChatOutput : public Output {
   public:
     /// `settings` outlive the object. `lookUp` finds the addresses of host names.
     explicit VRChatOutput(const TranslationSettings& settings, LookUpHost lookUp = systemLookUp);
-    ~VRChatOutput();
+    ~VRChatOutput() override;
 
     VRChatOutput(const VRChatOutput&) = delete;
     VRChatOutput& operator=(const VRChatOutput&) = delete;
 
     /// The text of a result as the settings want it; empty when there is none. Main thread.
-    QString vrchatMessage(const QString& original, const QString& translation) const;
+    QString vrchatMessage(const Result& result) const;
+
+    void take(const Result& result) override { sendToVRChat(result); }
 
     /// Sends a result where the settings say, if they say so. Main thread.
-    void sendToVRChat(const QString& original, const QString& translation);
+    void sendToVRChat(const Result& result);
 
     /// Sends a fixed text where the settings say, also while the output is off. Main thread.
     void sendVRChatTest();

@@ -18,15 +18,15 @@ VmixSender::VmixSender(const TranslationSettings& settings, VmixTracking& tracki
 
 VmixSender::~VmixSender() = default;
 
-void VmixSender::sendToVmix(const QString& original, const QString& translation) {
+void VmixSender::sendToVmix(const Result& result) {
     if (!settings_.vmixEnabled.get()) {
         return;
     }
-    sendText(translation, settings_.vmixFieldTranslation.get(),
-             [this, translation, main = main_.handle()](const QString& error) {
+    sendText(result.translation, settings_.vmixFieldTranslation.get(),
+             [this, translation = result.translation, main = main_.handle()](const QString& error) {
                  main.post([this, translation, error] { translationDone(translation, error); });
              });
-    sendText(original, settings_.vmixFieldOriginal.get(), {});
+    sendText(result.original, settings_.vmixFieldOriginal.get(), {});
 }
 
 void VmixSender::sendText(const QString& text, const QString& fieldName, VmixSession::Done done) {

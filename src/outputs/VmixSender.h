@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HostLookups.h"
+#include "Output.h"
 #include "PostTarget.h"
 #include "VmixSession.h"
 
@@ -17,20 +18,22 @@ class VmixTracking;
 /// call waits for the network. What is dropped when results arrive faster than vMix takes them is
 /// said at `VmixSession`: the oldest that wait. A dropped text counts neither as success nor as
 /// failure.
-class VmixSender {
+class VmixSender : public Output {
   public:
     /// The references outlive the object. `lookUp` finds the addresses of host names.
     VmixSender(const TranslationSettings& settings, VmixTracking& tracking, VmixLimits limits = {},
                LookUpHost lookUp = systemLookUp);
-    ~VmixSender();
+    ~VmixSender() override;
 
     VmixSender(const VmixSender&) = delete;
     VmixSender& operator=(const VmixSender&) = delete;
 
+    void take(const Result& result) override { sendToVmix(result); }
+
     /// Sends what the settings want of a result. A text that is empty, has no field, or whose
     /// address cannot be formed is left out. Only the translation's request is logged and counted;
     /// a failure that comes once the output is off is logged alone.
-    void sendToVmix(const QString& original, const QString& translation);
+    void sendToVmix(const Result& result);
 
   private:
     void sendText(const QString& text, const QString& fieldName, VmixSession::Done done);

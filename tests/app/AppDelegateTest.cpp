@@ -16,11 +16,12 @@ namespace {
 class AppDelegateTest : public DelegateFixture {};
 
 TEST_F(AppDelegateTest, startsWithTheIdleIconAndAppliesTheOverlayServersSettings) {
+    enableOverlayServer();
     launch();
     EXPECT_EQ(tray.icon, TrayIcon::Idle);
     EXPECT_EQ(tray.description, u"Orvane"_s);
     EXPECT_TRUE(log.contains(u"🎨 Icon aktualisiert: running=false, translating=false"_s));
-    EXPECT_EQ(overlay, QStringList{u"apply"_s});
+    EXPECT_TRUE(waitUntil([this] { return overlayServer.isRunning(); }));
     EXPECT_TRUE(panel.calls.isEmpty()) << "the panel waits for a click";
 }
 
@@ -111,63 +112,38 @@ TEST_F(AppDelegateTest, theMenuIsBuiltAfreshOnEveryClick) {
 
 TEST_F(AppDelegateTest, theBackendsStatusChangesItsHalfOfTheIcon) {
     launch();
-    postBackend({{u"isRunning"_s, true}});
+    delegate->backendStatusChanged(true);
     EXPECT_TRUE(log.contains(u"📢 Backend Status Changed: true"_s));
     EXPECT_TRUE(log.contains(u"🎨 Icon aktualisiert: running=true, translating=false"_s));
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
     EXPECT_EQ(tray.description, u"Backend Running"_s);
 }
 
-TEST_F(AppDelegateTest, aBackendStatusWithoutAValueCountsAsStopped) {
+TEST_F(AppDelegateTest, aBackendThatGoesTakesItsIconAlong) {
     launch();
-    postBackend({{u"isRunning"_s, true}});
-    postBackend({});
+    delegate->backendStatusChanged(true);
+    delegate->backendStatusChanged(false);
     EXPECT_TRUE(log.contains(u"📢 Backend Status Changed: false"_s));
     EXPECT_EQ(tray.icon, TrayIcon::Idle);
 }
 
 TEST_F(AppDelegateTest, translatingShowsAlsoWhileTheBackendIsStopped) {
     launch();
-    postTranslation(true);
+    delegate->translationStatusChanged(true);
     EXPECT_TRUE(log.contains(u"📢 Translation Status Changed: true"_s));
     EXPECT_EQ(tray.icon, TrayIcon::Translating);
     EXPECT_EQ(tray.description, u"Translating"_s);
-    postTranslation(false);
+    delegate->translationStatusChanged(false);
     EXPECT_EQ(tray.icon, TrayIcon::Idle);
 }
 
 TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
     launch();
-    postTranslation(true);
-    postBackend({{u"isRunning"_s, true}});
+    delegate->translationStatusChanged(true);
+    delegate->backendStatusChanged(true);
     EXPECT_EQ(tray.icon, TrayIcon::Translating);
-    postTranslation(false);
+    delegate->translationStatusChanged(false);
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
-}
-
-TEST_F(AppDelegateTest, showsAResultInTheWindowBeforeItIsBroadcast) {
-    launch();
-    overlay.clear();
-    centre.post(notifications::showTranslation,
-                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
-    EXPECT_EQ(overlay, (QStringList{u"window 'hello' 'hola'"_s, u"broadcast 'hello' 'hola'"_s,
-                                    u"VRChat 'hello' 'hola'"_s}));
-}
-
-TEST_F(AppDelegateTest, onlyBroadcastsAResultWhileTheUserWantsNoSubtitlesOnTheScreen) {
-    store.setBool(u"showOverlay"_s, false);
-    launch();
-    overlay.clear();
-    centre.post(notifications::showTranslation,
-                {{u"original"_s, u"hello"_s}, {u"translation"_s, u"hola"_s}});
-    EXPECT_EQ(overlay, (QStringList{u"broadcast 'hello' 'hola'"_s, u"VRChat 'hello' 'hola'"_s}));
-}
-
-TEST_F(AppDelegateTest, aResultWithoutTextsGoesOutEmpty) {
-    launch();
-    overlay.clear();
-    centre.post(notifications::showTranslation, {});
-    EXPECT_EQ(overlay, (QStringList{u"window '' ''"_s, u"broadcast '' ''"_s, u"VRChat '' ''"_s}));
 }
 
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
@@ -211,18 +187,22 @@ TEST_F(AppDelegateTest, quittingTwiceEndsOnce) {
 }
 
 TEST_F(AppDelegateTest, terminationStopsOverlayServerAndBackend) {
+    enableOverlayServer();
     launch();
+    ASSERT_TRUE(waitUntil([this] { return overlayServer.isRunning(); }));
     delegate->applicationWillTerminate();
-    EXPECT_EQ(overlay.last(), u"stop"_s);
+    EXPECT_TRUE(waitUntil([this] { return !overlayServer.isRunning(); }));
     EXPECT_TRUE(log.contains(u"App wird beendet - stoppe Backend (autoStopBackend=true)..."_s));
     EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
 }
 
 TEST_F(AppDelegateTest, terminationLeavesTheBackendWhenTheUserWantsItToStay) {
     store.setBool(u"autoStopBackend"_s, false);
+    enableOverlayServer();
     launch();
+    ASSERT_TRUE(waitUntil([this] { return overlayServer.isRunning(); }));
     delegate->applicationWillTerminate();
-    EXPECT_EQ(overlay.last(), u"stop"_s);
+    EXPECT_TRUE(waitUntil([this] { return !overlayServer.isRunning(); }));
     EXPECT_TRUE(log.contains(u"App wird beendet - Backend läuft weiter (autoStopBackend=false)"_s));
     EXPECT_EQ(backend.calls, QStringList{u"leaveRunning"_s});
 }

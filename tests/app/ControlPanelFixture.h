@@ -10,7 +10,6 @@
 #include "L10n.h"
 #include "LogCapture.h"
 #include "Look.h"
-#include "NotificationCentre.h"
 #include "NullAppearance.h"
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
@@ -123,7 +122,6 @@ class ControlPanelFixture : public ::testing::Test {
     DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
     L10n l10n{store, QStringLiteral("en")};
     TranslationSettings settings{store};
-    NotificationCentre centre;
     const EngineCatalogue engines;
     NullAudioCapture sound;
     FakePortProbe probe;
@@ -134,23 +132,19 @@ class ControlPanelFixture : public ::testing::Test {
                            .script = folder.path() + QStringLiteral("/server.py"),
                            .probe = probe,
                            .dialogs = dialogs,
-                           .notifications = centre,
                            .text = [this](const QString& key) { return text(key); },
                            .networkAccess = [] { return false; }}};
     std::unique_ptr<BackendControl> backend = makeBackendControl(engine);
     AudioManager audio{AudioEnvironment{.settings = settings,
                                         .store = store,
                                         .capture = sound,
-                                        .notifications = centre,
                                         .engines = engines,
-                                        .sendToVmix = {},
                                         .showNotice = {},
                                         .transcriptFolder = folder.path()}};
     TranslationController controller{
         ControllerEnvironment{.settings = settings,
                               .capture = capture,
                               .backend = *backend,
-                              .notifications = centre,
                               .dialogs = dialogs,
                               .text = [this](const QString& key) { return text(key); },
                               .endSubtitles = [] {},

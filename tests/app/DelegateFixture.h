@@ -4,7 +4,8 @@
 #include "DefaultsStore.h"
 #include "Fakes.h"
 #include "LogCapture.h"
-#include "NotificationCentre.h"
+#include "OverlayServer.h"
+#include "Ports.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
 
@@ -35,29 +36,15 @@ class DelegateFixture : public ::testing::Test {
                               .timings = {.answer = std::chrono::seconds(10)}});
         delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
             .store = store,
-            .notifications = centre,
             .tray = tray,
             .panel = panel,
             .backend = backend,
             .updates = *updates,
+            .overlayServer = overlayServer,
             .userNotifications = userNotifications,
             .dialogs = dialogs,
             .opener = opener,
             .text = keyAsText,
-            .applyOverlaySettings = [this] { overlay.append(u"apply"_s); },
-            .stopOverlayServer = [this] { overlay.append(u"stop"_s); },
-            .showSubtitles =
-                [this](const QString& original, const QString& translation) {
-                    overlay.append(u"window '%1' '%2'"_s.arg(original, translation));
-                },
-            .broadcast =
-                [this](const QString& original, const QString& translation) {
-                    overlay.append(u"broadcast '%1' '%2'"_s.arg(original, translation));
-                },
-            .sendToVRChat =
-                [this](const QString& original, const QString& translation) {
-                    overlay.append(u"VRChat '%1' '%2'"_s.arg(original, translation));
-                },
             .terminate = [this] { ++terminations; },
             .makeSettings =
                 [this] {
@@ -74,19 +61,16 @@ class DelegateFixture : public ::testing::Test {
         delegate->applicationDidFinishLaunching();
     }
 
-    void postBackend(const QVariantMap& info) {
-        centre.post(notifications::backendStatusChanged, info);
-    }
-
-    void postTranslation(bool translating) {
-        using namespace Qt::StringLiterals;
-        centre.post(notifications::translationStatusChanged, {{u"isTranslating"_s, translating}});
+    /// Lets the user have switched the browser overlay on, at a port of the test's own.
+    void enableOverlayServer() {
+        store.setBool(QStringLiteral("obsOverlayEnabled"), true);
+        store.setInteger(QStringLiteral("obsOverlayPort"), freePort());
     }
 
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
-    NotificationCentre centre;
+    OverlayServer overlayServer{store};
     FakeTray tray;
     FakePanel panel;
     FakeBackend backend;
@@ -96,7 +80,6 @@ class DelegateFixture : public ::testing::Test {
     QStringList updateURLs; ///< Without one the checker finds nothing.
     std::unique_ptr<UpdateChecker> updates;
     QList<QWidget*> settingsWindows; ///< As they were made.
-    QStringList overlay;
     bool panelQuits = false;
     int terminations = 0;
     std::unique_ptr<AppDelegate> delegate;

@@ -3,7 +3,6 @@
 #include "DefaultsStore.h"
 #include "Fakes.h"
 #include "LogCapture.h"
-#include "NotificationCentre.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 
@@ -25,25 +24,20 @@ namespace {
 
 class TranslationControllerTest : public ::testing::Test {
   protected:
-    TranslationControllerTest() {
-        centre.observe(notifications::translationStatusChanged, &centre,
-                       [this](const QVariantMap& info) {
-                           posted.append(info.value(u"isTranslating"_s).toBool());
-                       });
-        make({.captureStart = 1ms, .terminate = 1ms});
-    }
+    TranslationControllerTest() { make({.captureStart = 1ms, .terminate = 1ms}); }
 
     void make(ControllerTimings timings) {
         controller.emplace(
             ControllerEnvironment{.settings = settings,
                                   .capture = capture,
                                   .backend = backend,
-                                  .notifications = centre,
                                   .dialogs = dialogs,
                                   .text = keyAsText,
                                   .endSubtitles = [this] { subtitlesEnded.append(posted.size()); },
                                   .terminate = [this] { ++terminations; },
                                   .timings = timings});
+        QObject::connect(&*controller, &TranslationController::TranslationStatusChanged,
+                         &*controller, [this](bool translating) { posted.append(translating); });
     }
 
     bool waitForCapture() {
@@ -54,12 +48,11 @@ class TranslationControllerTest : public ::testing::Test {
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + u"/defaults.json"_s};
     TranslationSettings settings{store};
-    NotificationCentre centre;
     FakeCapture capture;
     FakeBackend backend;
     FakeDialogs dialogs;
     QList<bool> posted;
-    QList<qsizetype> subtitlesEnded; ///< After how many notifications.
+    QList<qsizetype> subtitlesEnded; ///< After how many announcements.
     int terminations = 0;
     std::optional<TranslationController> controller;
 };

@@ -34,11 +34,6 @@ AudioManagerFixture::AudioManagerFixture() {
     microphone.initialFormat = {48000, 1};
     microphone.format = {48000, 1};
     capture.answers().preparation = microphone;
-    notifications.observe(
-        notifications::showTranslation, &notifications, [this](const QVariantMap& info) {
-            fannedOut.append(u"notification: "_s + info[u"original"_s].toString() + u"|"_s +
-                             info[u"translation"_s].toString());
-        });
 }
 
 void AudioManagerFixture::makeManager() {
@@ -49,12 +44,7 @@ void AudioManagerFixture::makeManager() {
         .settings = settings,
         .store = store,
         .capture = capture,
-        .notifications = notifications,
         .engines = engines,
-        .sendToVmix =
-            [this](const QString& original, const QString& translation) {
-                fannedOut.append(u"vMix: "_s + original + u"|"_s + translation);
-            },
         .showNotice = [this](const AudioNotice& notice) { notices.append(notice); },
         .transcriptFolder = folder.filePath(u"output"_s),
         .endpoints = endpoints,
@@ -65,6 +55,10 @@ void AudioManagerFixture::makeManager() {
         fannedOut.append(u"published: "_s + manager->currentOriginal() + u"|"_s +
                          manager->currentTranslation());
     });
+    QObject::connect(
+        manager.get(), &AudioManager::resultArrived, manager.get(), [this](const Result& result) {
+            fannedOut.append(u"announced: "_s + result.original + u"|"_s + result.translation);
+        });
 }
 
 void AudioManagerFixture::startRun() {

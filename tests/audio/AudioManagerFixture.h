@@ -5,7 +5,6 @@
 #include "EngineCatalogue.h"
 #include "FakeEngine.h"
 #include "LogCapture.h"
-#include "NotificationCentre.h"
 #include "NullAudioCapture.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
@@ -46,7 +45,6 @@ class AudioManagerFixture : public testing::Test {
     DefaultsStore store{folder.filePath(QStringLiteral("defaults.json"))};
     TranslationSettings settings{store};
     NullAudioCapture capture;
-    NotificationCentre notifications;
     WebSocketPeer backend;
     AudioTimings timings;
     /// Stands in for every direct engine; without it there are the real ones.

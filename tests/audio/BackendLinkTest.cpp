@@ -74,7 +74,7 @@ TEST_F(BackendLinkTest, deliversTextFramesInOrder) {
     peer.send(R"({"type":"translation","original":"ä","translation":"😀"})");
     peer.send(R"({"type":"flushed"})");
     ASSERT_TRUE(waitUntil([&] { return received.size() == 2; }));
-    EXPECT_EQ(received[0], DownstreamMessage(ResultMessage{u"ä"_s, u"😀"_s}));
+    EXPECT_EQ(received[0], DownstreamMessage(Result{u"ä"_s, u"😀"_s}));
     EXPECT_EQ(received[1], DownstreamMessage(FlushedMessage{}));
 }
 
@@ -99,7 +99,7 @@ TEST_F(BackendLinkTest, carriesMessagesOfNearlySixteenMegabytesBothWays) {
     EXPECT_EQ(peer.messages()[0][u"type"_s].toString().size(), text.size());
     peer.send(R"({"type":"translation","original":")" + text + R"("})");
     ASSERT_TRUE(waitUntil([&] { return received.size() == 1; }));
-    EXPECT_EQ(std::get<ResultMessage>(received[0]).original.size(), text.size());
+    EXPECT_EQ(std::get<Result>(received[0]).original.size(), text.size());
 }
 
 TEST_F(BackendLinkTest, refusesAMessageThatIsTooLargeAndStaysUp) {

@@ -37,12 +37,12 @@ TEST(FlushAndStop, areBareTypes) {
 
 TEST(Downstream, understandsAResult) {
     EXPECT_EQ(parseDownstream(R"({"type":"translation","original":"Hi","translation":"Hola"})"),
-              DownstreamMessage(ResultMessage{u"Hi"_s, u"Hola"_s}));
+              DownstreamMessage(Result{u"Hi"_s, u"Hola"_s}));
 }
 
 TEST(Downstream, countsMissingAndMistypedTextsAsEmpty) {
     EXPECT_EQ(parseDownstream(R"({"type":"translation","original":7})"),
-              DownstreamMessage(ResultMessage{}));
+              DownstreamMessage(Result{}));
     EXPECT_EQ(parseDownstream(R"({"type":"status"})"), DownstreamMessage(StatusMessage{}));
 }
 

@@ -4,7 +4,6 @@
 
 #include "Dialogs.h"
 #include "Log.h"
-#include "NotificationCentre.h"
 #include "NullPortProbe.h"
 #include "TranslationEngine.h"
 #include "UserPaths.h"
@@ -33,12 +32,10 @@ int main(int argc, char** argv) {
     bool mayOutlive = mode == u"keep";
     orv::NullPortProbe probe;
     NoDialogs dialogs;
-    orv::NotificationCentre notifications;
     orv::TranslationEngine engine({.interpreter = paths.backendInterpreter(),
                                    .script = paths.backendScript(),
                                    .probe = probe,
                                    .dialogs = dialogs,
-                                   .notifications = notifications,
                                    .text = [](const QString& key) { return key; },
                                    .networkAccess = [] { return false; },
                                    .mayOutlive = [&] { return mayOutlive; },

@@ -64,17 +64,11 @@ BackendFixture::BackendFixture() {
         .script = paths.backendScript(),
         .probe = probe,
         .dialogs = dialogs,
-        .notifications = notifications,
         .text = [](const QString& key) { return key; },
         .networkAccess = [this] { return networkAccess; },
         .mayOutlive = [this] { return mayOutlive; },
         .timings = {.modelLoading = 30ms, .portRecheck = 20ms, .liveness = 25ms, .stopPause = 60ms},
     });
-    notifications.observe(notifications::backendStatusChanged, &notifications,
-                          [this](const QVariantMap& info) {
-                              EXPECT_EQ(info.keys(), QStringList{u"isRunning"_s});
-                              posted.append(info.value(u"isRunning"_s).toBool());
-                          });
 }
 
 void BackendFixture::TearDown() {
@@ -104,8 +98,14 @@ void BackendFixture::offerInstaller(const QString& source) {
 TranslationEngine& BackendFixture::engine() {
     if (!engine_) {
         engine_ = std::make_unique<TranslationEngine>(*environment_);
+        note(*engine_);
     }
     return *engine_;
+}
+
+void BackendFixture::note(TranslationEngine& engine) {
+    QObject::connect(&engine, &TranslationEngine::BackendStatusChanged, &engine,
+                     [this](bool isRunning) { posted.append(isRunning); });
 }
 
 bool BackendFixture::startAndWaitUntilReady() {

@@ -2,7 +2,6 @@
 
 #include "Dialogs.h"
 #include "LogCapture.h"
-#include "NotificationCentre.h"
 #include "PortProbe.h"
 #include "TranslationEngine.h"
 
@@ -74,6 +73,9 @@ class BackendFixture : public ::testing::Test {
 
     void destroyEngine() { engine_.reset(); }
 
+    /// Notes in `posted` what a supervisor tells; done already for `engine()`.
+    void note(TranslationEngine& engine);
+
     /// Starts, and waits until the server's program has said "ready". False if it does not.
     bool startAndWaitUntilReady();
     /// The process identifier the server's program has written down, 0 before it has.
@@ -96,8 +98,7 @@ class BackendFixture : public ::testing::Test {
     LogCapture log;
     ScriptedPortProbe probe;
     RecordedDialogs dialogs;
-    NotificationCentre notifications;
-    QList<bool> posted; ///< "isRunning" of each "BackendStatusChanged".
+    QList<bool> posted; ///< What each `BackendStatusChanged` told.
     bool networkAccess = false;
     bool mayOutlive = false;
 

@@ -93,11 +93,10 @@ TEST_F(TranslationEngineLifetime, destroyingItRightAfterTheKillLeavesNothingBehi
     installBackend(programs::ignoresTermAndInt);
     ASSERT_TRUE(startAndWaitUntilReady());
     const pid_t pid = backendPid();
-    notifications.observe(notifications::backendStatusChanged, &notifications,
-                          [&](const QVariantMap&) {
-                              // Still within the step that killed it: ends the loop below.
-                              writeHomeFile(u"stopped"_s, u"yes"_s);
-                          });
+    QObject::connect(&engine(), &TranslationEngine::BackendStatusChanged, &engine(), [&] {
+        // Still within the step that killed it: ends the loop below.
+        writeHomeFile(u"stopped"_s, u"yes"_s);
+    });
     engine().stopBackend();
     ASSERT_TRUE(waitUntil([this] { return !posted.isEmpty(); }));
     destroyEngine();

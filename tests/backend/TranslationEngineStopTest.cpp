@@ -136,11 +136,11 @@ TEST_F(TranslationEngineStop, anAdoptedBackendIsNeverSentASignal) {
                               .script = base.script,
                               .probe = realProbe,
                               .dialogs = dialogs,
-                              .notifications = notifications,
                               .text = base.text,
                               .networkAccess = base.networkAccess,
                               .timings = base.timings,
                               .port = port});
+    note(engine);
     engine.startBackend();
     ASSERT_TRUE(engine.isRunning());
     engine.stopBackend();
@@ -234,7 +234,7 @@ TEST_F(TranslationEngineStop, theEndOfAKilledBackendDoesNotTouchTheNextOne) {
     ASSERT_TRUE(startAndWaitUntilReady());
     // Starts again in the very step that kills the first one.
     bool startAgain = true;
-    notifications.observe(notifications::backendStatusChanged, &engine(), [&](const QVariantMap&) {
+    QObject::connect(&engine(), &TranslationEngine::BackendStatusChanged, &engine(), [&] {
         if (std::exchange(startAgain, false)) {
             engine().startBackend();
         }

@@ -32,9 +32,8 @@ TEST_F(TranslationEngineWatch, runsOnceThePortIsSeenOpen) {
 TEST_F(TranslationEngineWatch, tellsOfThePortAfterTheStepThatSawIt) {
     installBackend(programs::waitForSignal);
     bool saidBefore = false;
-    notifications.observe(
-        notifications::backendStatusChanged, &notifications,
-        [&](const QVariantMap&) { saidBefore = log.contains(u"✓ Backend läuft auf Port 8765"_s); });
+    QObject::connect(&engine(), &TranslationEngine::BackendStatusChanged, &engine(),
+                     [&] { saidBefore = log.contains(u"✓ Backend läuft auf Port 8765"_s); });
     engine().startBackend();
     probe.inUse = true;
     ASSERT_TRUE(waitUntil([this] { return !posted.isEmpty(); }));
@@ -62,7 +61,6 @@ TEST_F(TranslationEngineWatch, aBackendThatOpensItsPortLateIsSeenByTheRealProbe)
                             .script = base.script,
                             .probe = realProbe,
                             .dialogs = dialogs,
-                            .notifications = notifications,
                             .text = base.text,
                             .networkAccess = base.networkAccess,
                             .mayOutlive = base.mayOutlive,
@@ -75,6 +73,7 @@ TEST_F(TranslationEngineWatch, aBackendThatOpensItsPortLateIsSeenByTheRealProbe)
                    u"listener.listen()\n"_s.arg(port) +
                    programs::waitForSignal);
     TranslationEngine engine(real);
+    note(engine);
     engine.startBackend();
     ASSERT_TRUE(waitUntil([&] { return log.containsStart(u"⏳"_s); }));
     EXPECT_FALSE(engine.isRunning());

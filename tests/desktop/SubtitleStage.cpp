@@ -85,8 +85,8 @@ int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
             orv::logLine(u"ended");
         }
         if (line.contains("translation"_L1)) {
-            window.showTranslation(line.value("original"_L1).toString(),
-                                   line.value("translation"_L1).toString());
+            window.showTranslation(
+                {line.value("original"_L1).toString(), line.value("translation"_L1).toString()});
         }
     });
     orv::logLine(u"ready");

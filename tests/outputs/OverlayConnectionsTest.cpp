@@ -29,7 +29,7 @@ const QByteArray request = "GET /text HTTP/1.1\r\n\r\n";
 class OverlayConnectionsTest : public test::OverlayServerFixture {
   protected:
     /// A result that no socket buffer holds.
-    void broadcastMuch() { server->broadcast(QString(16 << 20, u'x'), {}); }
+    void broadcastMuch() { server->broadcast({QString(16 << 20, u'x'), {}}); }
 
     /// A connected client that has asked for much and takes nothing of it.
     static void askSlowly(LoopbackClient& client, std::uint16_t port) {

@@ -26,7 +26,7 @@ namespace {
 
 void obey(const QJsonObject& command, orv::OverlayServer& server, orv::DefaultsStore& settings) {
     if (const QJsonArray texts = command.value("broadcast"_L1).toArray(); !texts.isEmpty()) {
-        server.broadcast(texts.at(0).toString(), texts.at(1).toString());
+        server.broadcast({texts.at(0).toString(), texts.at(1).toString()});
     }
     orv::test::setInStore(settings, command.value("set"_L1).toObject());
 }

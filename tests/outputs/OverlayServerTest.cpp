@@ -209,9 +209,9 @@ TEST_F(OverlayServerTest, hasEmptyTextsBeforeAnyResult) {
 
 TEST_F(OverlayServerTest, servesTheLatestResultWithItsMoment) {
     const std::uint16_t port = startAnywhere();
-    server->broadcast(u"eins"_s, u"one"_s);
+    server->broadcast({u"eins"_s, u"one"_s});
     const double before = document(port).value(u"ts"_s).toDouble();
-    server->broadcast(u"zwei ü"_s, u"two </script>"_s);
+    server->broadcast({u"zwei ü"_s, u"two </script>"_s});
     const QJsonObject latest = document(port);
     EXPECT_EQ(latest.value(u"original"_s), u"zwei ü"_s);
     EXPECT_EQ(latest.value(u"translation"_s), u"two </script>"_s);
@@ -229,23 +229,23 @@ TEST_F(OverlayServerTest, readsShowOriginalAtEveryRequest) {
 
 TEST_F(OverlayServerTest, keepsItsResultOverStopAndStart) {
     startAnywhere();
-    server->broadcast(u"eins"_s, u"one"_s);
+    server->broadcast({u"eins"_s, u"one"_s});
     stopAndWait();
     EXPECT_EQ(document(startAnywhere()).value(u"translation"_s), u"one"_s);
 }
 
 TEST_F(OverlayServerTest, takesResultsWhileStopped) {
-    server->broadcast(u"eins"_s, u"one"_s);
+    server->broadcast({u"eins"_s, u"one"_s});
     EXPECT_EQ(document(startAnywhere()).value(u"original"_s), u"eins"_s);
 }
 
 TEST_F(OverlayServerTest, neverMixesResultsOfSeveralThreads) {
     const std::uint16_t port = startAnywhere();
-    server->broadcast(u"0"_s, u"0"_s);
+    server->broadcast({u"0"_s, u"0"_s});
     std::atomic<bool> finished = false;
     const auto speak = [&](int first) {
         for (int number = first; !finished; number += 2) {
-            server->broadcast(QString::number(number), QString::number(number));
+            server->broadcast({QString::number(number), QString::number(number)});
         }
     };
     std::thread even(speak, 2);

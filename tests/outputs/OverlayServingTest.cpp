@@ -168,7 +168,7 @@ TEST_F(OverlayServingTest, answersManyThreads) {
 }
 
 TEST_F(OverlayServingTest, sendsAnAnswerThatFitsNoBuffer) {
-    server->broadcast(QString(8 << 20, u'ü'), u"x"_s);
+    server->broadcast({QString(8 << 20, u'ü'), u"x"_s});
     const QByteArray answer = get(port, "/text");
     EXPECT_EQ(answer, server->response("/text").bytes());
     EXPECT_GT(answer.size(), 16 << 20);

@@ -1,5 +1,7 @@
 #include "VRChatMessage.h"
 
+#include "Result.h"
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -13,62 +15,62 @@ constexpr std::int64_t translationOnly = 1;
 constexpr std::int64_t both = 2;
 
 TEST(VRChatMessage, bothTextsStandOneBelowTheOther) {
-    EXPECT_EQ(vrchatMessage(u"Guten Morgen"_s, u"Good morning"_s, both),
+    EXPECT_EQ(vrchatMessage({u"Guten Morgen"_s, u"Good morning"_s}, both),
               u"Guten Morgen\nGood morning"_s);
 }
 
 TEST(VRChatMessage, bothWithoutATranslationIsTheSourceTextOnce) {
-    EXPECT_EQ(vrchatMessage(u"Hallo"_s, QString(), both), u"Hallo"_s);
+    EXPECT_EQ(vrchatMessage({u"Hallo"_s, QString()}, both), u"Hallo"_s);
 }
 
 TEST(VRChatMessage, bothOfTheSameTextIsItOnce) {
-    EXPECT_EQ(vrchatMessage(u"OK"_s, u"OK"_s, both), u"OK"_s);
+    EXPECT_EQ(vrchatMessage({u"OK"_s, u"OK"_s}, both), u"OK"_s);
 }
 
 TEST(VRChatMessage, bothWithoutASourceTextIsTheTranslation) {
-    EXPECT_EQ(vrchatMessage(QString(), u"Hello"_s, both), u"Hello"_s);
+    EXPECT_EQ(vrchatMessage({QString(), u"Hello"_s}, both), u"Hello"_s);
 }
 
 TEST(VRChatMessage, sourceTextOnly) {
-    EXPECT_EQ(vrchatMessage(u"Hallo"_s, u"Hello"_s, sourceText), u"Hallo"_s);
-    EXPECT_EQ(vrchatMessage(QString(), u"Hello"_s, sourceText), QString());
+    EXPECT_EQ(vrchatMessage({u"Hallo"_s, u"Hello"_s}, sourceText), u"Hallo"_s);
+    EXPECT_EQ(vrchatMessage({QString(), u"Hello"_s}, sourceText), QString());
 }
 
 TEST(VRChatMessage, translationOnlyFallsBackToTheSourceText) {
-    EXPECT_EQ(vrchatMessage(u"Hallo"_s, u"Hello"_s, translationOnly), u"Hello"_s);
-    EXPECT_EQ(vrchatMessage(u"Hallo"_s, QString(), translationOnly), u"Hallo"_s);
+    EXPECT_EQ(vrchatMessage({u"Hallo"_s, u"Hello"_s}, translationOnly), u"Hello"_s);
+    EXPECT_EQ(vrchatMessage({u"Hallo"_s, QString()}, translationOnly), u"Hallo"_s);
 }
 
 TEST(VRChatMessage, everyOtherModeIsBoth) {
     for (const std::int64_t mode : {std::int64_t{3}, std::int64_t{99}, std::int64_t{-1}}) {
-        EXPECT_EQ(vrchatMessage(u"a"_s, u"b"_s, mode), u"a\nb"_s) << mode;
+        EXPECT_EQ(vrchatMessage({u"a"_s, u"b"_s}, mode), u"a\nb"_s) << mode;
     }
 }
 
 TEST(VRChatMessage, nothingComesOfNothing) {
     for (const std::int64_t mode : {sourceText, translationOnly, both}) {
-        EXPECT_EQ(vrchatMessage(QString(), QString(), mode), QString());
+        EXPECT_EQ(vrchatMessage({QString(), QString()}, mode), QString());
     }
 }
 
 TEST(VRChatMessage, aTextOf150CharactersIsCutTo144) {
     const QString text = u"0123456789"_s.repeated(15);
-    EXPECT_EQ(vrchatMessage(text, QString(), sourceText), text.first(144));
+    EXPECT_EQ(vrchatMessage({text, QString()}, sourceText), text.first(144));
 }
 
 TEST(VRChatMessage, exactly144CharactersAreSentWhole) {
     const QString text = u"x"_s.repeated(144);
-    EXPECT_EQ(vrchatMessage(text, QString(), sourceText), text);
+    EXPECT_EQ(vrchatMessage({text, QString()}, sourceText), text);
 }
 
 TEST(VRChatMessage, charactersAreCountedAsAReaderDoes) {
     const QString family = u"👨‍👩‍👧"_s;
-    EXPECT_EQ(vrchatMessage(family.repeated(144), QString(), sourceText), family.repeated(144));
-    EXPECT_EQ(vrchatMessage(family.repeated(145), QString(), sourceText), family.repeated(144));
+    EXPECT_EQ(vrchatMessage({family.repeated(144), QString()}, sourceText), family.repeated(144));
+    EXPECT_EQ(vrchatMessage({family.repeated(145), QString()}, sourceText), family.repeated(144));
 }
 
 TEST(VRChatMessage, theLineFeedBetweenTheTextsCounts) {
-    const QString message = vrchatMessage(u"a"_s.repeated(100), u"b"_s.repeated(100), both);
+    const QString message = vrchatMessage({u"a"_s.repeated(100), u"b"_s.repeated(100)}, both);
     EXPECT_EQ(message, QString(u"a"_s.repeated(100) + u'\n' + u"b"_s.repeated(43)));
 }
 

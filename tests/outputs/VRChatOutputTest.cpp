@@ -69,7 +69,7 @@ class VRChatOutputTest : public ::testing::Test {
 
 TEST_F(VRChatOutputTest, aResultIsOneDatagram) {
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Guten Morgen"_s, u"Good morning"_s);
+    output.sendToVRChat({u"Guten Morgen"_s, u"Good morning"_s});
     ASSERT_TRUE(waitForPackets(1));
     EXPECT_EQ(received, QByteArrayList{chatboxPacket(u"Guten Morgen\nGood morning"_s, false)});
 }
@@ -78,7 +78,7 @@ TEST_F(VRChatOutputTest, theSettingsDecideTextAndSound) {
     settings.vrchatSendMode.set(1);
     settings.vrchatPlaySound.set(true);
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Guten Morgen"_s, u"Good morning"_s);
+    output.sendToVRChat({u"Guten Morgen"_s, u"Good morning"_s});
     ASSERT_TRUE(waitForPackets(1));
     EXPECT_EQ(received, QByteArrayList{chatboxPacket(u"Good morning"_s, true)});
 }
@@ -86,7 +86,7 @@ TEST_F(VRChatOutputTest, theSettingsDecideTextAndSound) {
 TEST_F(VRChatOutputTest, eachMessageHasASocketOfItsOwn) {
     VRChatOutput output(settings);
     for (int i = 0; i < 20; ++i) {
-        output.sendToVRChat(QString::number(i), {});
+        output.sendToVRChat({QString::number(i), {}});
     }
     ASSERT_TRUE(waitForPackets(20));
     for (int i = 0; i < 20; ++i) {
@@ -98,7 +98,7 @@ TEST_F(VRChatOutputTest, eachMessageHasASocketOfItsOwn) {
 TEST_F(VRChatOutputTest, sendsNothingWhileItIsOff) {
     settings.vrchatEnabled.set(false);
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Hallo"_s, u"Hello"_s);
+    output.sendToVRChat({u"Hallo"_s, u"Hello"_s});
     output.sendVRChatTest(); // Comes after, so that nothing else can still be on its way.
     ASSERT_TRUE(waitForPackets(1));
     EXPECT_EQ(received, QByteArrayList{chatboxPacket(u"ORV — VRChat OSC ✓"_s, false)});
@@ -106,9 +106,9 @@ TEST_F(VRChatOutputTest, sendsNothingWhileItIsOff) {
 
 TEST_F(VRChatOutputTest, sendsNoEmptyText) {
     VRChatOutput output(settings);
-    output.sendToVRChat({}, {});
+    output.sendToVRChat({{}, {}});
     settings.vrchatSendMode.set(0);
-    output.sendToVRChat({}, u"Hello"_s);
+    output.sendToVRChat({{}, u"Hello"_s});
     output.sendVRChatTest();
     ASSERT_TRUE(waitForPackets(1));
     EXPECT_EQ(textIn(received[0]), u"ORV — VRChat OSC ✓"_s);
@@ -127,7 +127,7 @@ TEST_F(VRChatOutputTest, aPortOf70000Is65535) {
     ASSERT_TRUE(last.bind(QHostAddress(QHostAddress::LocalHost), 65535));
     settings.vrchatPort.set(70000);
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"Hallo"_s, {}});
     EXPECT_TRUE(waitUntil([&] { return last.hasPendingDatagrams(); }));
 }
 
@@ -148,7 +148,7 @@ TEST_F(VRChatOutputTest, aClosedPortGoesUnnoticed) {
     chatbox.close();
     VRChatOutput output(settings);
     for (int i = 0; i < 3; ++i) {
-        output.sendToVRChat(u"Hallo"_s, {});
+        output.sendToVRChat({u"Hallo"_s, {}});
     }
     ASSERT_TRUE(chatbox.bind(QHostAddress(QHostAddress::LocalHost), port));
     output.sendVRChatTest();
@@ -159,7 +159,7 @@ TEST_F(VRChatOutputTest, aClosedPortGoesUnnoticed) {
 TEST_F(VRChatOutputTest, aNameIsLookedUp) {
     settings.vrchatHost.set(u"localhost"_s);
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"Hallo"_s, {}});
     EXPECT_TRUE(waitForPackets(1));
 }
 
@@ -167,7 +167,7 @@ TEST_F(VRChatOutputTest, ofSeveralAddressesTheIpv4OneIsTaken) {
     settings.vrchatHost.set(u"game"_s);
     names.answer({{QHostAddress(u"::1"_s), QHostAddress(u"127.0.0.1"_s)}, {}});
     VRChatOutput output(settings, names.lookUp());
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"Hallo"_s, {}});
     EXPECT_TRUE(waitForPackets(1));
 }
 
@@ -175,7 +175,7 @@ TEST_F(VRChatOutputTest, aNameThatIsNotFoundMakesALine) {
     settings.vrchatHost.set(u"game"_s);
     names.answer({{}, u"Name or service not known"_s});
     VRChatOutput output(settings, names.lookUp());
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"Hallo"_s, {}});
     EXPECT_TRUE(
         waitUntil([this] { return log.contains(u"❌ VRChat OSC: Name or service not known"_s); }));
 }
@@ -183,14 +183,14 @@ TEST_F(VRChatOutputTest, aNameThatIsNotFoundMakesALine) {
 TEST_F(VRChatOutputTest, whatCannotBeSentMakesALine) {
     settings.vrchatPort.set(0);
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"Hallo"_s, {}});
     EXPECT_TRUE(waitUntil([this] { return log.containsStart(u"❌ VRChat OSC: "_s); }));
 }
 
 TEST_F(VRChatOutputTest, aTextTooBigForADatagramMakesALineAndTheNextLeaves) {
     VRChatOutput output(settings);
-    output.sendToVRChat(u"z"_s + QString(70000, QChar(0x0301)), {});
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"z"_s + QString(70000, QChar(0x0301)), {}});
+    output.sendToVRChat({u"Hallo"_s, {}});
     ASSERT_TRUE(waitForPackets(1));
     EXPECT_EQ(textIn(received[0]), u"Hallo"_s);
     EXPECT_TRUE(log.containsStart(u"❌ VRChat OSC: "_s));
@@ -202,12 +202,12 @@ TEST_F(VRChatOutputTest, aNameThatIsNeverFoundHoldsUpNobody) {
     QElapsedTimer clock;
     clock.start();
     for (int i = 0; i < 10000; ++i) {
-        output.sendToVRChat(QString::number(i), {});
+        output.sendToVRChat({QString::number(i), {}});
     }
     const qint64 sending = clock.elapsed();
     RecordProperty("ten_thousand_results_ms", static_cast<int>(sending));
     settings.vrchatHost.set(u"127.0.0.1"_s);
-    output.sendToVRChat(u"Hallo"_s, {});
+    output.sendToVRChat({u"Hallo"_s, {}});
     ASSERT_TRUE(waitForPackets(1));
     EXPECT_EQ(textIn(received[0]), u"Hallo"_s);
     EXPECT_LE(names.asked().size(), 1);
@@ -217,7 +217,7 @@ TEST_F(VRChatOutputTest, ofTooManyMessagesTheOldestAreDropped) {
     VRChatOutput output(settings, names.lookUp());
     settings.vrchatHost.set(u"game"_s);
     for (int i = 0; i < 10000; ++i) {
-        output.sendToVRChat(QString::number(i), {});
+        output.sendToVRChat({QString::number(i), {}});
     }
     ASSERT_TRUE(waitUntil([this] { return names.asked().size() == 1; }));
     names.answer({{QHostAddress(QHostAddress::LocalHost)}, {}});
@@ -231,7 +231,7 @@ TEST_F(VRChatOutputTest, goesWithoutWaitingForAName) {
     settings.vrchatHost.set(u"game"_s);
     {
         VRChatOutput output(settings, names.lookUp());
-        output.sendToVRChat(u"Hallo"_s, {});
+        output.sendToVRChat({u"Hallo"_s, {}});
         ASSERT_TRUE(waitUntil([this] { return names.asked().size() == 1; }));
     }
     SUCCEED() << "it has gone while the name server is still silent";
@@ -240,7 +240,7 @@ TEST_F(VRChatOutputTest, goesWithoutWaitingForAName) {
 TEST_F(VRChatOutputTest, whatWasHandedOverLeavesBeforeItGoes) {
     {
         VRChatOutput output(settings);
-        output.sendToVRChat(u"Hallo"_s, {});
+        output.sendToVRChat({u"Hallo"_s, {}});
     }
     EXPECT_TRUE(waitForPackets(1));
 }
@@ -288,9 +288,9 @@ TEST_F(VRChatOutputTest, aForeignProgramReadsTheMessages) {
     const OscDump peer;
     settings.vrchatPort.set(peer.port());
     VRChatOutput output(settings);
-    output.sendToVRChat(u"Über Größe"_s, u"About size 👨‍👩‍👧🇩🇪"_s);
+    output.sendToVRChat({u"Über Größe"_s, u"About size 👨‍👩‍👧🇩🇪"_s});
     settings.vrchatPlaySound.set(true);
-    output.sendToVRChat(u"日本語"_s, {});
+    output.sendToVRChat({u"日本語"_s, {}});
     output.sendVRChatTest();
     const QString expected =
         u"/chatbox/input sTF \"Über Größe\nAbout size 👨‍👩‍👧🇩🇪\" #T #F\n"

@@ -77,7 +77,7 @@ class VmixSenderTest : public ::testing::Test {
     /// Sends a translation alone and waits until its failure is logged and counted.
     void expectFailure() {
         settings.vmixFieldOriginal.set({});
-        sender->sendToVmix({}, u"Hello"_s);
+        sender->sendToVmix({{}, u"Hello"_s});
         EXPECT_TRUE(waitUntil([this] { return tracking.failures().vmixFailureCount == 1; }));
         EXPECT_EQ(errors(), 1);
     }
@@ -86,7 +86,7 @@ class VmixSenderTest : public ::testing::Test {
     void expectSuccess() {
         failTwice();
         settings.vmixFieldOriginal.set({});
-        sender->sendToVmix({}, u"Hello"_s);
+        sender->sendToVmix({{}, u"Hello"_s});
         EXPECT_TRUE(
             waitUntil([this] { return log.contains(u"✓ vMix title updated: Hello..."_s); }));
         EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
@@ -105,7 +105,7 @@ class VmixSenderTest : public ::testing::Test {
 };
 
 TEST_F(VmixSenderTest, aResultIsTwoRequests) {
-    sender->sendToVmix(u"Guten Morgen & so"_s, u"Good morning = 1+1\n🎉"_s);
+    sender->sendToVmix({u"Guten Morgen & so"_s, u"Good morning = 1+1\n🎉"_s});
     ASSERT_TRUE(waitForRequests(2));
     EXPECT_EQ(queryFor(u"Translation"_s),
               (QList<QPair<QString, QString>>{{u"Function"_s, u"SetText"_s},
@@ -117,7 +117,7 @@ TEST_F(VmixSenderTest, aResultIsTwoRequests) {
 }
 
 TEST_F(VmixSenderTest, onlyTheTranslationIsLogged) {
-    sender->sendToVmix(u"Guten Morgen"_s, u"Good morning"_s);
+    sender->sendToVmix({u"Guten Morgen"_s, u"Good morning"_s});
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 2; }));
     EXPECT_TRUE(
         waitUntil([this] { return log.contains(u"✓ vMix title updated: Good morning..."_s); }));
@@ -126,31 +126,31 @@ TEST_F(VmixSenderTest, onlyTheTranslationIsLogged) {
 
 TEST_F(VmixSenderTest, sendsNothingWhileItIsOff) {
     settings.vmixEnabled.set(false);
-    sender->sendToVmix(u"a"_s, u"b"_s);
+    sender->sendToVmix({u"a"_s, u"b"_s});
     settings.vmixEnabled.set(true);
-    sender->sendToVmix({}, u"c"_s);
+    sender->sendToVmix({{}, u"c"_s});
     ASSERT_TRUE(waitForRequests(1));
     EXPECT_EQ(queryFor(u"Translation"_s).value(3).second, u"c"_s);
 }
 
 TEST_F(VmixSenderTest, withoutAFieldForTheSourceTextOnlyTheTranslationIsSent) {
     settings.vmixFieldOriginal.set({});
-    sender->sendToVmix(u"Guten Morgen"_s, u"Good morning"_s);
+    sender->sendToVmix({u"Guten Morgen"_s, u"Good morning"_s});
     EXPECT_TRUE(waitUntil([this] { return log.containsStart(u"✓ vMix"_s); }));
     EXPECT_EQ(vmix.count(u"request"_s), 1);
 }
 
 TEST_F(VmixSenderTest, anEmptyTranslationSendsTheSourceTextAndCountsNothing) {
     failTwice();
-    sender->sendToVmix(u"Guten Morgen"_s, {});
+    sender->sendToVmix({u"Guten Morgen"_s, {}});
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 1; }));
     EXPECT_EQ(queryFor(u"Original"_s).value(3).second, u"Guten Morgen"_s);
     EXPECT_EQ(tracking.failures().vmixFailureCount, 2);
     EXPECT_FALSE(log.containsStart(u"✓"_s));
     settings.vmixPort.set(nobody.port());
-    sender->sendToVmix(u"Guten Morgen"_s, {});
+    sender->sendToVmix({u"Guten Morgen"_s, {}});
     settings.vmixPort.set(vmix.port());
-    sender->sendToVmix(u"Guten Tag"_s, {});
+    sender->sendToVmix({u"Guten Tag"_s, {}});
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 2; }));
     EXPECT_EQ(tracking.failures().vmixFailureCount, 2);
     EXPECT_EQ(errors(), 0);
@@ -159,7 +159,7 @@ TEST_F(VmixSenderTest, anEmptyTranslationSendsTheSourceTextAndCountsNothing) {
 TEST_F(VmixSenderTest, withoutAFieldForTheTranslationNothingIsCounted) {
     settings.vmixFieldTranslation.set({});
     tracking.trackVmixFailure();
-    sender->sendToVmix(u"Guten Morgen"_s, u"Good morning"_s);
+    sender->sendToVmix({u"Guten Morgen"_s, u"Good morning"_s});
     ASSERT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 1; }));
     EXPECT_EQ(tracking.failures().vmixFailureCount, 1);
 }
@@ -167,11 +167,11 @@ TEST_F(VmixSenderTest, withoutAFieldForTheTranslationNothingIsCounted) {
 TEST_F(VmixSenderTest, anAddressThatCannotBeFormedIsSkippedInSilence) {
     for (const QString& host : {u"my host"_s, QString(), u"[::"_s}) {
         settings.vmixHost.set(host);
-        sender->sendToVmix(u"a"_s, u"b"_s);
+        sender->sendToVmix({u"a"_s, u"b"_s});
     }
     settings.vmixHost.set(u"127.0.0.1"_s);
     settings.vmixPort.set(70000);
-    sender->sendToVmix(u"a"_s, u"b"_s);
+    sender->sendToVmix({u"a"_s, u"b"_s});
     settings.vmixPort.set(vmix.port());
     expectSuccess();
     EXPECT_EQ(vmix.count(u"request"_s), 1);
@@ -182,13 +182,13 @@ TEST_F(VmixSenderTest, refusedConnectionsRaiseTheBannerAtTheThird) {
     settings.vmixPort.set(nobody.port());
     for (int i = 1; i <= 3; ++i) {
         EXPECT_FALSE(tracking.failures().vmixShowWarningBanner);
-        sender->sendToVmix(u"a"_s, u"b"_s);
+        sender->sendToVmix({u"a"_s, u"b"_s});
         ASSERT_TRUE(waitUntil([&] { return tracking.failures().vmixFailureCount == i; }));
     }
     EXPECT_TRUE(tracking.failures().vmixShowWarningBanner);
     EXPECT_EQ(log.count(u"❌ vMix: Connection refused"_s), 3);
     settings.vmixPort.set(vmix.port());
-    sender->sendToVmix(u"a"_s, u"b"_s);
+    sender->sendToVmix({u"a"_s, u"b"_s});
     EXPECT_TRUE(waitUntil([this] { return !tracking.failures().vmixShowWarningBanner; }));
     EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
@@ -248,14 +248,14 @@ TEST_F(VmixSenderTest, aHostThatHangsGetsTwoConnectionsAndDelaysTheNextByNoMoreT
     replaceSender({.request = 3s});
     tell(u"hang"_s);
     for (int i = 0; i < 5; ++i) {
-        sender->sendToVmix(u"alt"_s, u"old"_s);
+        sender->sendToVmix({u"alt"_s, u"old"_s});
     }
     ASSERT_TRUE(waitUntil([this] { return tracking.failures().vmixFailureCount == 5; }));
     for (const QJsonObject& request : vmix.events(u"request"_s)) {
         EXPECT_LE(request[u"open"_s].toInt(), 2);
     }
     tell(u"answer"_s);
-    sender->sendToVmix(u"neu"_s, u"new"_s);
+    sender->sendToVmix({u"neu"_s, u"new"_s});
     EXPECT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: new..."_s); }));
     EXPECT_EQ(tracking.failures().vmixFailureCount, 0);
 }
@@ -265,11 +265,11 @@ TEST_F(VmixSenderTest, aHostThatHangsDoesNotDelayAnother) {
     ServicePeer other(u"vmix_service.py"_s);
     tell(u"hang"_s);
     for (int i = 0; i < 5; ++i) {
-        sender->sendToVmix(u"a"_s, u"b"_s);
+        sender->sendToVmix({u"a"_s, u"b"_s});
     }
     ASSERT_TRUE(waitForRequests(2));
     settings.vmixPort.set(other.port());
-    sender->sendToVmix(u"c"_s, u"d"_s);
+    sender->sendToVmix({u"c"_s, u"d"_s});
     EXPECT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: d..."_s); }));
     EXPECT_EQ(vmix.count(u"request"_s), 2) << "the others still wait for a connection";
 }
@@ -308,7 +308,7 @@ TEST_F(VmixSenderTest, theRequestNamesTheHostAsItWasGiven) {
 TEST_F(VmixSenderTest, aVeryLongTextArrivesWhole) {
     settings.vmixFieldOriginal.set({});
     const QString text = u"ä"_s.repeated(10000); // 60,000 bytes: what the peer takes as one line.
-    sender->sendToVmix({}, text);
+    sender->sendToVmix({{}, text});
     ASSERT_TRUE(waitForRequests(1));
     EXPECT_EQ(queryFor(u"Translation"_s).value(3).second, text);
 }
@@ -317,7 +317,7 @@ TEST_F(VmixSenderTest, failuresAfterTheOutputWasGivenUpDoNotWarn) {
     replaceSender({.request = 200ms});
     tell(u"hang"_s);
     for (int i = 0; i < 5; ++i) {
-        sender->sendToVmix({}, u"b"_s);
+        sender->sendToVmix({{}, u"b"_s});
     }
     tracking.disableVmix();
     ASSERT_TRUE(waitUntil([this] { return errors() == 5; }));
@@ -329,7 +329,7 @@ TEST_F(VmixSenderTest, aSuccessAfterTheOutputWasSwitchedOffStillHidesTheBanner) 
     failTwice();
     tracking.trackVmixFailure();
     ASSERT_TRUE(tracking.failures().vmixShowWarningBanner);
-    sender->sendToVmix({}, u"b"_s);
+    sender->sendToVmix({{}, u"b"_s});
     settings.vmixEnabled.set(false);
     ASSERT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: b..."_s); }));
     EXPECT_FALSE(tracking.failures().vmixShowWarningBanner);
@@ -339,7 +339,7 @@ TEST_F(VmixSenderTest, aSuccessAfterTheOutputWasSwitchedOffStillHidesTheBanner) 
 TEST_F(VmixSenderTest, goesAtOnceWhileARequestIsUnderWay) {
     replaceSender({.request = 60s});
     tell(u"hang"_s);
-    sender->sendToVmix(u"a"_s, u"b"_s);
+    sender->sendToVmix({u"a"_s, u"b"_s});
     ASSERT_TRUE(waitForRequests(2));
     sender.reset();
     EXPECT_TRUE(waitUntil([this] { return vmix.count(u"ended"_s) == 2; }));
@@ -381,7 +381,7 @@ TEST_F(VmixSenderTest, ofTooManyResultsTheNewestArrives) {
     settings.vmixFieldOriginal.set({});
     replaceSender({.request = 20s});
     for (int i = 0; i < 10000; ++i) {
-        sender->sendToVmix({}, QString::number(i));
+        sender->sendToVmix({{}, QString::number(i)});
     }
     EXPECT_TRUE(waitUntil([this] { return log.contains(u"✓ vMix title updated: 9999..."_s); }));
     EXPECT_EQ(errors(), 0);

@@ -2,7 +2,6 @@
 
 #include "Dialogs.h"
 #include "Log.h"
-#include "NotificationCentre.h"
 #include "TranslationSettings.h"
 
 #include <QPointer>
@@ -41,7 +40,7 @@ void TranslationController::startTranslation() {
     }
 
     isTranslating_ = true;
-    publishTranslating(true);
+    Q_EMIT TranslationStatusChanged(true);
     // Assigning writes the key: from here on the store holds the two options as values of its own,
     // also when only registered or built-in defaults answered for them so far.
     settings.speakTranslation.set(bool(settings.speakTranslation.get()));
@@ -82,7 +81,7 @@ void TranslationController::stopTranslation() {
     isTranslating_ = false;
     isStopping_ = true;
     environment_.endSubtitles();
-    publishTranslating(false);
+    Q_EMIT TranslationStatusChanged(false);
     Q_EMIT stateChanged();
     environment_.capture.stopCapture([self = QPointer(this), number = ++stopNumber_] {
         if (self && self->stopNumber_ == number) {
@@ -108,11 +107,6 @@ void TranslationController::showAlert(const QString& titleKey, const QString& me
                                     .title = environment_.text(titleKey),
                                     .message = environment_.text(messageKey),
                                     .buttons = {environment_.text(u"alert.ok"_s)}});
-}
-
-void TranslationController::publishTranslating(bool translating) {
-    environment_.notifications.post(notifications::translationStatusChanged,
-                                    {{u"isTranslating"_s, translating}});
 }
 
 } // namespace orv

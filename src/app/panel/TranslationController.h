@@ -13,7 +13,6 @@
 namespace orv {
 
 class Dialogs;
-class NotificationCentre;
 class TranslationSettings;
 
 /// The fixed times of the control panel's flows.
@@ -29,7 +28,6 @@ struct ControllerEnvironment {
     TranslationSettings& settings;
     CaptureControl& capture;
     BackendControl& backend;
-    NotificationCentre& notifications;
     Dialogs& dialogs;
     std::function<QString(const QString& key)> text; ///< A localised text.
     std::function<void()> endSubtitles = [] {};      ///< Hides and silences the subtitle window.
@@ -66,7 +64,8 @@ class TranslationController : public QObject {
     void quitApp();
 
   Q_SIGNALS:
-    void stateChanged(); ///< `isTranslating`, `isStopping`.
+    void TranslationStatusChanged(bool isTranslating); ///< A run was started or stopped.
+    void stateChanged();                               ///< `isTranslating`, `isStopping`.
 
   private:
     struct Run {
@@ -79,7 +78,6 @@ class TranslationController : public QObject {
     void stopOldCapture();
     void handOver();
     void showAlert(const QString& titleKey, const QString& messageKey);
-    void publishTranslating(bool translating);
 
     ControllerEnvironment environment_;
     QTimer captureStart_;

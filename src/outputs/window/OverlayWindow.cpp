@@ -76,37 +76,39 @@ void OverlayWindow::prepare() {
     }
 }
 
-void OverlayWindow::showTranslation(const QString& original, const QString& translation) {
+void OverlayWindow::take(const Result& result) {
+    if (environment_.store.boolean(u"showOverlay"_s).value_or(true)) {
+        showTranslation(result);
+    }
+}
+
+void OverlayWindow::showTranslation(const Result& result) {
     // Decided here: it must not take the place of a result that is still on its way.
-    if (readableText(subtitleLines(original, translation, false).translation).isEmpty()) {
+    if (readableText(subtitleLines(result, false).translation).isEmpty()) {
         return;
     }
     {
         const std::lock_guard lock(mutex_);
         const bool underWay = waiting_.has_value();
-        waiting_ = Result{original, translation};
+        waiting_ = result;
         if (underWay) {
             return;
         }
     }
-    handle_.post([this] { takeResult(); });
+    handle_.post([this] { present(); });
 }
 
-void OverlayWindow::takeResult() {
+void OverlayWindow::present() {
     std::optional<Result> result;
     {
         const std::lock_guard lock(mutex_);
         result = std::exchange(waiting_, std::nullopt);
     }
-    if (result) {
-        present(*result);
+    if (!result) {
+        return; // Forgotten on its way.
     }
-}
-
-void OverlayWindow::present(const Result& result) {
     const DefaultsStore& store = environment_.store;
-    lines_ = subtitleLines(result.original, result.translation,
-                           store.boolean(u"showOriginal"_s).value_or(false));
+    lines_ = subtitleLines(*result, store.boolean(u"showOriginal"_s).value_or(false));
     composited_ = environment_.isComposited();
     unpainted_ = true;
     arrange();

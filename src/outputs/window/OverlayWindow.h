@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Output.h"
 #include "OverlayFrames.h"
 #include "PostTarget.h"
+#include "Result.h"
 #include "SoftShadow.h"
 #include "SubtitleAppearance.h"
 #include "SubtitleLines.h"
@@ -44,8 +46,11 @@ struct OverlayEnvironment {
 ///
 /// Where the desktop blends no windows, the background is opaque and there is no shadow.
 ///
+/// Of results that come faster than the main thread gets to them only the latest is shown and
+/// spoken.
+///
 /// Lives on the main thread.
-class OverlayWindow : public QWidget {
+class OverlayWindow : public QWidget, public Output {
     Q_OBJECT
 
   public:
@@ -56,13 +61,15 @@ class OverlayWindow : public QWidget {
     /// voice if the user wants one. Called at the start of a run.
     void prepare();
 
+    /// Shows the result if the user wants subtitles on the screen.
+    void take(const Result& result) override;
+
     /// Shows a result, and speaks it if the user wants that. Callable from any thread while the
-    /// window lives; the work is done on the main thread, later. Of results that come faster than
-    /// the main thread takes them only the latest is shown and spoken. A translation without
-    /// anything to read counts as empty, so that the source text becomes the large line; when that
-    /// has nothing to read either, the result changes nothing. What there is to read `readableText`
-    /// decides: neither blanks nor control characters.
-    void showTranslation(const QString& original, const QString& translation);
+    /// window lives; the work is done on the main thread, later. A translation without anything to
+    /// read counts as empty, so that the source text becomes the large line; when that has nothing
+    /// to read either, the result changes nothing. What there is to read `readableText` decides:
+    /// neither blanks nor control characters.
+    void showTranslation(const Result& result);
 
     /// Takes over the colours that the store holds now, also while the window is shown.
     void applyAppearance();
@@ -86,13 +93,7 @@ class OverlayWindow : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    struct Result {
-        QString original;
-        QString translation;
-    };
-
-    void takeResult();
-    void present(const Result& result);
+    void present();
     void arrange();
     void place();
     void bringToFront();

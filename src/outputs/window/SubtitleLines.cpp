@@ -1,13 +1,14 @@
 #include "SubtitleLines.h"
 
+#include "Result.h"
 #include "SubtitleText.h"
 
 namespace orv {
 
 using namespace Qt::StringLiterals;
 
-SubtitleLines subtitleLines(const QString& original, const QString& translation,
-                            bool showOriginal) {
+SubtitleLines subtitleLines(const Result& result, bool showOriginal) {
+    const auto& [original, translation] = result;
     // The mark in brackets, as the backend writes it, holds these words too.
     const bool fallsBack = translation.contains("Translation Error"_L1) ||
                            readableText(translation).isEmpty() || translation == original;

@@ -6,6 +6,8 @@
 
 namespace orv {
 
+struct Result;
+
 /// What a result looks and sounds like.
 struct SubtitleLines {
     QString original;              ///< The small line; may be empty.
@@ -19,6 +21,6 @@ struct SubtitleLines {
 /// as the source text leaves the source text alone, in the large line; one in which `readableText`
 /// finds nothing counts as missing. Failures are never spoken, neither as they stand nor by their
 /// source text, and neither is a large line without anything to read.
-SubtitleLines subtitleLines(const QString& original, const QString& translation, bool showOriginal);
+SubtitleLines subtitleLines(const Result& result, bool showOriginal);
 
 } // namespace orv

@@ -50,7 +50,7 @@ class OverlayWindowTest : public ::testing::Test {
     }
 
     void show(const QString& original, const QString& translation) {
-        window->showTranslation(original, translation);
+        window->showTranslation({original, translation});
         drainEvents();
     }
 
@@ -202,7 +202,7 @@ TEST_F(OverlayWindowTest, theEndOfARunHidesAndSilencesAtOnce) {
 }
 
 TEST_F(OverlayWindowTest, theEndOfARunForgetsAResultOnItsWay) {
-    window->showTranslation(u"hello"_s, u"hola"_s);
+    window->showTranslation({u"hello"_s, u"hola"_s});
     window->endSubtitles();
     drainEvents();
     EXPECT_FALSE(window->isVisible());
@@ -222,8 +222,23 @@ TEST_F(OverlayWindowTest, theEndOfARunCancelsTheTimer) {
     EXPECT_TRUE(window->isVisible());
 }
 
+TEST_F(OverlayWindowTest, asAnOutputItTakesResultsWhileTheUserWantsSubtitlesOnTheScreen) {
+    Output& output = *window;
+    output.take({u"hello"_s, u"hola"_s});
+    drainEvents();
+    EXPECT_TRUE(window->isVisible()) << "the user has not said no";
+    store.setBool(u"showOverlay"_s, false);
+    output.take({u"bye"_s, u"adiós"_s});
+    drainEvents();
+    EXPECT_EQ(large(), u"hola"_s);
+    store.setBool(u"showOverlay"_s, true);
+    output.take({u"again"_s, u"otra vez"_s});
+    drainEvents();
+    EXPECT_EQ(large(), u"otra vez"_s);
+}
+
 TEST_F(OverlayWindowTest, takesResultsFromAnyThread) {
-    std::thread other([this] { window->showTranslation(u"hello"_s, u"hola"_s); });
+    std::thread other([this] { window->showTranslation({u"hello"_s, u"hola"_s}); });
     other.join();
     EXPECT_FALSE(window->isVisible()) << "the work is the main thread's";
     ASSERT_TRUE(waitUntil([this] { return window->isVisible(); }));
@@ -236,7 +251,7 @@ TEST_F(OverlayWindowTest, showsOnlyTheLatestOfResultsThatComeTooFast) {
     QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
     std::thread other([this] {
         for (int i = 0; i < 10'000; ++i) {
-            window->showTranslation(u"source"_s, u"result %1"_s.arg(i));
+            window->showTranslation({u"source"_s, u"result %1"_s.arg(i)});
         }
     });
     other.join();
@@ -247,7 +262,7 @@ TEST_F(OverlayWindowTest, showsOnlyTheLatestOfResultsThatComeTooFast) {
 }
 
 TEST_F(OverlayWindowTest, aResultOnItsWayToAWindowThatGoesIsHarmless) {
-    window->showTranslation(u"hello"_s, u"hola"_s);
+    window->showTranslation({u"hello"_s, u"hola"_s});
     window.reset();
     drainEvents();
 }
@@ -284,8 +299,8 @@ TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadChangesNothing) {
 
 TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadLeavesTheOneBeforeItsTurn) {
     store.setBool(u"speakTranslations"_s, true);
-    window->showTranslation(u"hello"_s, u"hola"_s);
-    window->showTranslation(u" "_s, u"\n"_s);
+    window->showTranslation({u"hello"_s, u"hola"_s});
+    window->showTranslation({u" "_s, u"\n"_s});
     drainEvents();
     EXPECT_EQ(large(), u"hola"_s);
     EXPECT_EQ(speech.calls, QStringList{u"speak hola"_s});
