@@ -45,7 +45,4 @@ DownstreamMessage parseDownstream(const QByteArray& utf8);
 /// The oldest backend the program works with.
 inline constexpr std::int64_t requiredBackendVersion = 4;
 
-/// Largest message in either direction, bytes.
-inline constexpr std::uint64_t maximumMessageSize = 16'777'216;
-
 } // namespace orv

@@ -26,9 +26,6 @@ BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timing
     , events_(std::move(events))
     , timings_(timings) {
     socket_.setProxy(QNetworkProxy::NoProxy);
-    socket_.setMaxAllowedIncomingFrameSize(maximumMessageSize);
-    socket_.setMaxAllowedIncomingMessageSize(maximumMessageSize);
-    socket_.setOutgoingFrameSize(maximumMessageSize);
     timer_.setSingleShot(true);
 
     connect(&socket_, &QWebSocket::connected, this, &BackendSocket::onConnected);
@@ -105,7 +102,7 @@ void BackendSocket::onConnected() {
 }
 
 void BackendSocket::write(const QByteArray& message) {
-    socket_.sendTextMessage(QString::fromUtf8(message));
+    sender_.send(WebSocketFrameKind::Text, message);
 }
 
 void BackendSocket::onBytesWritten() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BackendLink.h"
+#include "WebSocketSender.h"
 
 #include <QObject>
 #include <QTimer>
@@ -36,6 +37,7 @@ class BackendSocket : public QObject {
     void failPending(const QString& error);
 
     QWebSocket socket_;
+    WebSocketSender sender_{socket_};
     QTimer timer_;
     Events events_;
     BackendLink::Timings timings_;

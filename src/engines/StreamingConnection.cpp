@@ -15,9 +15,6 @@ namespace orv {
 
 void StreamingSocket::Connection::open(const QNetworkRequest& request) {
     request_ = request;
-    socket_.setMaxAllowedIncomingFrameSize(maximumStreamMessage);
-    socket_.setMaxAllowedIncomingMessageSize(maximumStreamMessage);
-    socket_.setOutgoingFrameSize(maximumStreamMessage);
     limit_.setSingleShot(true);
     connectSignals();
     if (!request.url().isValid()) {
@@ -96,24 +93,11 @@ Completion<QString> StreamingSocket::Connection::sendText(const QString& text) {
 
 Completion<QString> StreamingSocket::Connection::sendFrame(WebSocketFrameKind kind,
                                                            const QByteArray& payload) {
-    return send([this, kind, payload] { writeFrame(kind, payload); });
-}
-
-/// QWebSocket masks byte by byte and hands header and content to the network apart. It writes its
-/// own frames whole, so ours can go between them to the socket below, in one piece.
-void StreamingSocket::Connection::writeFrame(WebSocketFrameKind kind, const QByteArray& payload) {
-    if (transport_ && static_cast<quint64>(payload.size()) <= maximumStreamMessage) {
-        transport_->write(maskedFrame(kind, payload, maskingKeys_.generate()));
-    } else if (kind == WebSocketFrameKind::Text) {
-        socket_.sendTextMessage(QString::fromUtf8(payload));
-    } else {
-        socket_.sendBinaryMessage(payload);
-    }
+    return send([this, kind, payload] { sender_.send(kind, payload); });
 }
 
 void StreamingSocket::Connection::onConnected() {
     connected_ = true;
-    transport_ = socket_.findChild<QTcpSocket*>({}, Qt::FindDirectChildrenOnly);
     for (Outgoing& outgoing : std::exchange(waitingForConnection_, {})) {
         waitingForNetwork_.push_back(std::move(outgoing.sent));
         outgoing.write();

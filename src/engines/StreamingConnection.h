@@ -1,12 +1,9 @@
 #pragma once
 
 #include "StreamingSocket.h"
-#include "WebSocketFrame.h"
+#include "WebSocketSender.h"
 
 #include <QObject>
-#include <QPointer>
-#include <QRandomGenerator>
-#include <QTcpSocket>
 #include <QTimer>
 #include <QWebSocket>
 
@@ -43,7 +40,6 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     };
 
     Completion<QString> send(std::function<void()> write);
-    void writeFrame(WebSocketFrameKind kind, const QByteArray& payload);
     void connectSignals();
     void onConnected();
     void onBytesWritten();
@@ -59,9 +55,7 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     bool isOver() const { return failure_.has_value(); }
 
     QWebSocket socket_;
-    QPointer<QTcpSocket> transport_; ///< Below the WebSocket, whose child it is; once connected.
-    /// As hard to foresee as the system's own numbers, without the time that each of those takes.
-    QRandomGenerator maskingKeys_ = QRandomGenerator::securelySeeded();
+    WebSocketSender sender_{socket_};
     const EngineTimings timings_;
     QNetworkRequest request_;
     QObject context_;

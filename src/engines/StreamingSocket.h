@@ -8,13 +8,9 @@
 #include <QNetworkRequest>
 #include <QString>
 
-#include <cstdint>
 #include <memory>
 
 namespace orv {
-
-/// The largest message in either direction, bytes.
-inline constexpr std::uint64_t maximumStreamMessage = 16'777'216;
 
 /// A WebSocket to a streaming service, for coroutines. Opens at once; what is sent before the
 /// service has accepted waits for that. Lives on the main thread.
