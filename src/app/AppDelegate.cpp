@@ -6,6 +6,7 @@
 #include "Dialogs.h"
 #include "Log.h"
 #include "OverlayServer.h"
+#include "Quit.h"
 #include "UpdateChecker.h"
 #include "UserNotifications.h"
 
@@ -36,7 +37,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (environment_.store.boolean(u"autoStartBackend"_s).value_or(false)) {
         logLine(u"Auto-Start Backend aktiviert");
         QTimer::singleShot(environment_.timings.autoStart, this, [this] {
-            if (!isQuitting()) {
+            if (!environment_.quit.isUnderWay()) {
                 environment_.backend.startBackend();
             }
         });
@@ -109,7 +110,7 @@ QList<TrayMenuItem> AppDelegate::contextMenu() {
 }
 
 bool AppDelegate::showPanel() {
-    if (isQuitting()) {
+    if (environment_.quit.isUnderWay()) {
         return false;
     }
     if (!environment_.tray.isAvailable()) {
@@ -185,20 +186,7 @@ void AppDelegate::trayAvailabilityChanged(bool available) {
 }
 
 void AppDelegate::quitApp() {
-    if (quitting_) {
-        return;
-    }
-    quitting_ = true;
-    logLine(u"🛑 App wird beendet...");
-    environment_.backend.stopBackend();
-    QTimer::singleShot(environment_.timings.quitSecondStop, this, [this] {
-        if (environment_.backend.isRunning()) {
-            logLine(u"⚠️ Backend noch aktiv, force stop...");
-            environment_.backend.stopBackend();
-        }
-        QTimer::singleShot(environment_.timings.quitTerminate, this,
-                           [this] { environment_.terminate(); });
-    });
+    environment_.quit.fromMenu();
 }
 
 void AppDelegate::applicationWillTerminate() {

@@ -19,14 +19,13 @@ class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
 class OverlayServer;
+class Quit;
 class UpdateChecker;
 class UserNotifications;
 
 /// The fixed times of the application's life.
 struct DelegateTimings {
-    std::chrono::milliseconds autoStart{500};       ///< From the launch to starting the backend.
-    std::chrono::milliseconds quitSecondStop{1500}; ///< From Quit to the second look.
-    std::chrono::milliseconds quitTerminate{500};   ///< From the second look to the end.
+    std::chrono::milliseconds autoStart{500}; ///< From the launch to starting the backend.
 };
 
 /// What the delegate is given. The references outlive it.
@@ -35,19 +34,17 @@ struct DelegateEnvironment {
     Tray& tray;
     Panel& panel;
     BackendControl& backend;
+    Quit& quit;
     UpdateChecker& updates;
     OverlayServer& overlayServer;
     UserNotifications& userNotifications;
     Dialogs& dialogs;
     DesktopOpener& opener;
     std::function<QString(const QString& key)> text; ///< A localised text.
-    std::function<void()> terminate;                 ///< Asks the program to end.
     /// Makes the content of the settings window.
     std::function<std::unique_ptr<QWidget>()> makeSettings;
     /// The tray has come or gone, and the panel is about to be shown accordingly.
     std::function<void(bool available)> trayChanged = {};
-    /// True once the panel's Quit is under way.
-    std::function<bool()> panelQuits = [] { return false; };
     DelegateTimings timings = {};
 };
 
@@ -85,16 +82,13 @@ class AppDelegate : public QObject {
     /// Opens the found release's address in the browser.
     void openUpdateDownload();
 
-    /// The menu's Quit: always stops the backend. Asking again changes nothing.
+    /// The menu's Quit.
     void quitApp();
 
     /// The last act of every way of ending; the backend stays when the user wants it to.
     void applicationWillTerminate();
 
   private:
-    /// By the menu or by the panel.
-    bool isQuitting() const { return quitting_ || environment_.panelQuits(); }
-
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeUpdates();
@@ -109,7 +103,6 @@ class AppDelegate : public QObject {
     DelegateEnvironment environment_;
     KeptWindow settingsWindow_;
     IconState currentIconState_;
-    bool quitting_ = false;
 };
 
 } // namespace orv

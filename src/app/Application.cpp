@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
+int runApplication(int argc, char** argv, const ProgramParts& parts) {
     // A peer or a reader of the log that has gone must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
     const UserPaths paths = UserPaths::fromEnvironment();
@@ -50,7 +50,7 @@ int runApplication(int argc, char** argv, const ServiceAddresses& addresses) {
 
     // `exit` rather than `quit`: the latter asks the windows, and the panel's may refuse to close.
     const auto terminate = [] { QApplication::exit(0); };
-    Shell shell(paths, addresses, terminate);
+    Shell shell(paths, parts, terminate);
     const TerminationSignals signals(terminate);
     const SessionEnd sessionEnd(terminate);
     shell.launch();

@@ -3,9 +3,7 @@
 #include "AudioCapture.h"
 #include "AudioManager.h"
 #include "BackendInstallerPath.h"
-#include "CheckerControl.h"
 #include "ControlPanel.h"
-#include "Controls.h"
 #include "DesktopComposition.h"
 #include "DesktopNotifications.h"
 #include "L10n.h"
@@ -13,6 +11,7 @@
 #include "OverlayWindow.h"
 #include "PanelWindow.h"
 #include "PortProbe.h"
+#include "Quit.h"
 #include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
@@ -31,9 +30,9 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-Shell::Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate)
+Shell::Shell(const UserPaths& paths, ProgramParts parts, std::function<void()> terminate)
     : paths_(paths)
-    , addresses_(std::move(addresses))
+    , parts_(std::move(parts))
     , terminate_(std::move(terminate))
     , store_(paths.defaultsFile()) {
     createSettings();
@@ -69,6 +68,9 @@ void Shell::addOutputs() {
     results_.add(*overlayServer_);
     results_.add(*vrchat_);
     results_.add(*vmix_);
+    for (Output* further : parts_.outputs) {
+        results_.add(*further);
+    }
 }
 
 std::vector<OutputCard> Shell::outputCards() {
@@ -92,28 +94,27 @@ void Shell::createServices(const UserPaths& paths) {
         .networkAccess = [this] { return settings_->networkAccess.get(); },
         .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); },
         .installer = backendInstaller()});
-    backendControl_ = makeBackendControl(*engine_);
+    quit_ = std::make_unique<Quit>(*engine_, terminate_);
     audio_ =
         std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
                                                         .store = store_,
                                                         .capture = *capture_,
-                                                        .engines = engines_,
+                                                        .engines = parts_.engines,
                                                         .showNotice =
                                                             [this](const AudioNotice& notice) {
                                                                 window_.get();
                                                                 panel_->showNotice(notice);
                                                             },
                                                         .transcriptFolder = paths.outputFolder(),
-                                                        .endpoints = addresses_.speech});
-    captureControl_ = makeCaptureControl(*audio_);
+                                                        .endpoints = parts_.addresses.speech});
     controller_ = std::make_unique<TranslationController>(
         ControllerEnvironment{.settings = *settings_,
-                              .capture = *captureControl_,
-                              .backend = *backendControl_,
+                              .capture = *audio_,
+                              .backend = *engine_,
                               .dialogs = dialogs_,
                               .text = lookUp,
                               .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
-                              .terminate = terminate_});
+                              .quit = *quit_});
 }
 
 void Shell::createInterface() {
@@ -121,29 +122,27 @@ void Shell::createInterface() {
     userNotifications_ = std::make_unique<DesktopNotifications>();
     updates_ = std::make_unique<UpdateChecker>(
         UpdateEnvironment{.currentVersion = QStringLiteral(ORVANE_VERSION),
-                          .updateURLs = addresses_.updateManifests,
+                          .updateURLs = parts_.addresses.updateManifests,
                           .opener = opener_});
-    updateControl_ = makeUpdateControl(*updates_);
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.store = store_,
                             .tray = *tray_,
                             .panel = window_,
-                            .backend = *backendControl_,
+                            .backend = *engine_,
+                            .quit = *quit_,
                             .updates = *updates_,
                             .overlayServer = *overlayServer_,
                             .userNotifications = *userNotifications_,
                             .dialogs = dialogs_,
                             .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
-                            .terminate = terminate_,
                             .makeSettings = [this] { return makeSettings(); },
                             .trayChanged =
                                 [this](bool available) {
                                     if (panel_ != nullptr) {
                                         panel_->setHasTray(available);
                                     }
-                                },
-                            .panelQuits = [this] { return controller_->isQuitting(); }});
+                                }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
@@ -174,12 +173,12 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
 std::unique_ptr<QWidget> Shell::makeSettings() {
     return makeSettingsWindow({.settings = *settings_,
                                .store = store_,
-                               .engines = engines_,
+                               .engines = parts_.engines,
                                .l10n = *l10n_,
                                .dialogs = dialogs_,
                                .chooser = chooser_,
                                .opener = opener_,
-                               .updates = *updateControl_,
+                               .updates = *updates_,
                                .paths = paths_,
                                .outputCards = outputCards(),
                                .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },

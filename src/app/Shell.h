@@ -1,18 +1,15 @@
 #pragma once
 
 #include "AppDelegate.h"
-#include "BackendControl.h"
-#include "CaptureControl.h"
 #include "DefaultsStore.h"
 #include "DesktopServices.h"
-#include "EngineCatalogue.h"
 #include "FileDialogs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
 #include "OutputCards.h"
 #include "PanelWindow.h"
+#include "ProgramParts.h"
 #include "ResultHub.h"
-#include "ServiceAddresses.h"
 #include "UserPaths.h"
 
 #include <functional>
@@ -28,13 +25,13 @@ class L10n;
 class OverlayServer;
 class OverlayWindow;
 class PortProbe;
+class Quit;
 class SpeechSynthesizer;
 class ToolkitTexts;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
 class UpdateChecker;
-class UpdateControl;
 class UserNotifications;
 class VRChatOutput;
 class VmixSender;
@@ -46,7 +43,7 @@ class Shell {
   public:
     /// `terminate` asks the program to end. Whoever ran the event loop then calls `finish` and
     /// destroys the shell.
-    Shell(const UserPaths& paths, ServiceAddresses addresses, std::function<void()> terminate);
+    Shell(const UserPaths& paths, ProgramParts parts, std::function<void()> terminate);
     ~Shell();
 
     Shell(const Shell&) = delete;
@@ -78,9 +75,8 @@ class Shell {
     QString text(const QString& key) const;
 
     const UserPaths paths_;
-    ServiceAddresses addresses_;
+    const ProgramParts parts_;
     std::function<void()> terminate_;
-    const EngineCatalogue engines_;
     DefaultsStore store_;
     std::unique_ptr<L10n> l10n_;
     std::unique_ptr<ToolkitTexts> toolkitTexts_;
@@ -94,16 +90,14 @@ class Shell {
     std::unique_ptr<PortProbe> portProbe_;
     MessageDialogs dialogs_;
     std::unique_ptr<TranslationEngine> engine_;
-    std::unique_ptr<BackendControl> backendControl_;
+    std::unique_ptr<Quit> quit_;
     std::unique_ptr<SpeechSynthesizer> speech_;
     std::unique_ptr<OverlayWindow> overlayWindow_;
     std::unique_ptr<AudioManager> audio_;
-    std::unique_ptr<CaptureControl> captureControl_;
     std::unique_ptr<TranslationController> controller_;
     DesktopServices opener_;
     std::unique_ptr<UserNotifications> userNotifications_;
     std::unique_ptr<UpdateChecker> updates_;
-    std::unique_ptr<UpdateControl> updateControl_;
     FileDialogs chooser_;
     std::unique_ptr<Tray> tray_;
     ControlPanel* panel_ = nullptr; ///< Belongs to the window.

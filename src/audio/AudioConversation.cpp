@@ -14,16 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-namespace {
-
-QCoro::Task<> translateAndTell(TranslationClient* client, QString original, QString targetLang,
-                               QString apiKey, std::function<void(Result)> tell) {
-    const QString translation = co_await client->googleTranslateText(original, targetLang, apiKey);
-    tell({original, translation});
-}
-
-} // namespace
-
 void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
     if (!link_ || !chunker.isConnected()) {
         pendingConfig = configuration;
@@ -96,12 +86,10 @@ void AudioManager::Private::translateOnClient(const QString& original) {
     const RunConfiguration run = configuration();
     logLine(u"📥 Client-side Google Translate: "_s + run.sourceLang + u" → "_s + run.targetLang);
     if (!translation_) {
-        translation_ = std::make_unique<TranslationClient>(env.endpoints);
+        translation_ = std::make_unique<ClientTranslation>(
+            env.endpoints, [this](const Result& result) { publishResult(result); });
     }
-    translateAndTell(translation_.get(), original, run.targetLang, env.settings.googleApiKey.get(),
-                     [this, target = target_.handle()](const Result& result) {
-                         target.post([this, result] { publishResult(result); });
-                     });
+    translation_->translate(original, run.targetLang, env.settings.googleApiKey.get());
 }
 
 void AudioManager::Private::publishStatus(const StatusMessage& status) {

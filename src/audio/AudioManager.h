@@ -3,6 +3,7 @@
 #include "AudioDevice.h"
 #include "AudioNotice.h"
 #include "AudioSourceType.h"
+#include "CaptureControl.h"
 #include "EngineTimings.h"
 #include "Result.h"
 #include "RunningApp.h"
@@ -51,7 +52,7 @@ struct AudioEnvironment {
 /// Everything of a capture run: the source, the sample pipeline, the chunker, the link to the
 /// backend or a direct engine. Lives on the main thread; every public operation is called there and
 /// none of them blocks.
-class AudioManager : public QObject {
+class AudioManager : public QObject, public CaptureControl {
     Q_OBJECT
 
   public:
@@ -84,19 +85,20 @@ class AudioManager : public QObject {
     void refreshLists();
 
     /// How the next run scales the signal. With auto-gain it starts from `gain` and follows.
-    void setGain(float gain, bool autoGain);
+    void setGain(float gain, bool autoGain) override;
 
     /// Sends the run's configuration, or parks it until the link is ready.
     void sendConfig(const QString& sourceLang, const QString& targetLang, bool saveTranscript,
-                    bool showOriginal);
+                    bool showOriginal) override;
 
     /// Opens the link to the backend and, once it is ready, starts capturing from `source`.
     /// `deviceId` and `appBundleId` count for their kind of source; empty means the default input
     /// and no application. Whatever ran before is stopped at once.
-    void startCapture(AudioSourceType source, const QString& deviceId, const QString& appBundleId);
+    void startCapture(AudioSourceType source, const QString& deviceId,
+                      const QString& appBundleId) override;
 
     /// True from `startCapture` until a stop.
-    bool isCapturing() const;
+    bool isCapturing() const override;
 
     /// True while chunks can be sent.
     bool isConnected() const;
@@ -104,11 +106,11 @@ class AudioManager : public QObject {
     /// Ends the run so that the last words still get recognised: stops capturing at once, sends
     /// what is left, waits for the backend to finish everything, closes the link. Returns at once;
     /// `done` is called later, once, when all that is over (at most 123 seconds).
-    void stopCapture(std::function<void()> done = {});
+    void stopCapture(std::function<void()> done = {}) override;
 
     /// Ends the run at once; nothing is sent and nothing waited for. Also ends a graceful stop that
     /// is under way, whose `done` is then called.
-    void stopCaptureSync();
+    void stopCaptureSync() override;
 
   Q_SIGNALS:
     void listsChanged();

@@ -33,7 +33,7 @@ AudioManager::Private::Private(AudioManager& manager, AudioEnvironment environme
     , sender_([this](std::vector<float>&& samples) { chunker.recycle(std::move(samples)); }) {
     loadPauseDetection();
 
-    // Others may come early.
+    // Coarse timers may end before their time.
     readyTimer_.setTimerType(Qt::PreciseTimer);
     sendTimer_.setTimerType(Qt::PreciseTimer);
     readyTimer_.setSingleShot(true);

@@ -7,13 +7,13 @@
 #include "BackendMessageHandler.h"
 #include "CaptureSources.h"
 #include "Chunker.h"
+#include "ClientTranslation.h"
 #include "ConfigMessage.h"
 #include "DirectEngineSession.h"
 #include "EventLoopThread.h"
 #include "GracefulStop.h"
 #include "LevelMeter.h"
 #include "PostTarget.h"
-#include "TranslationClient.h"
 
 #include <QTimer>
 
@@ -109,7 +109,9 @@ class AudioManager::Private {
     QTimer readyTimer_;
 
     BackendMessageHandler messages_;
-    std::unique_ptr<TranslationClient> translation_; ///< Made when first needed.
+    /// Made when a run needs it first. The last words of a run that was stopped gracefully may
+    /// still come, until the next run.
+    std::unique_ptr<ClientTranslation> translation_;
     EventLoopThread linkThread_;
     std::unique_ptr<BackendLink> link_;
     std::unique_ptr<DirectEngineSession> directEngine_;

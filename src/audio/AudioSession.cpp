@@ -18,6 +18,7 @@ void AudioManager::Private::startCapture(AudioSourceType source, const QString& 
         stopCaptureSync();
     }
     endedDirectEngine_.reset();
+    translation_.reset();
     currentSource_ = source;
     currentDeviceId_ = deviceId;
     currentAppBundleId_ = appBundleId;
@@ -101,6 +102,7 @@ void AudioManager::Private::stopCaptureSync() {
         logLine(u"🔌 Direct Engine disconnected (sync)");
     }
     endedDirectEngine_.reset();
+    translation_.reset();
     stopSources();
     finishRun();
 }

@@ -70,7 +70,7 @@ void BackendSocket::send(QByteArray message, BackendLink::Sent sent) {
         return;
     }
     waitingForNetwork_.push_back(std::move(sent));
-    write(message);
+    sender_.send(WebSocketFrameKind::Text, message);
 }
 
 void BackendSocket::close() {
@@ -92,17 +92,13 @@ void BackendSocket::onConnected() {
     connected_ = true;
     for (auto& [message, sent] : std::exchange(waitingForConnection_, {})) {
         waitingForNetwork_.push_back(std::move(sent));
-        write(message);
+        sender_.send(WebSocketFrameKind::Text, message);
     }
     if (closing_) {
         socket_.close(QWebSocketProtocol::CloseCodeGoingAway);
     } else {
         timer_.stop();
     }
-}
-
-void BackendSocket::write(const QByteArray& message) {
-    sender_.send(WebSocketFrameKind::Text, message);
 }
 
 void BackendSocket::onBytesWritten() {

@@ -33,7 +33,6 @@ class BackendSocket : public QObject {
     void onBytesWritten();
     void onDisconnected();
     void fail(const QString& error);
-    void write(const QByteArray& message);
     void failPending(const QString& error);
 
     QWebSocket socket_;

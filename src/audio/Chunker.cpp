@@ -73,6 +73,25 @@ bool Chunker::sendAudioChunk() {
         logLine(chunkerLines::notConnected());
         return false;
     }
+    if (!enqueueChunk()) {
+        return false;
+    }
+    std::unique_lock lock(outgoingLock_);
+    if (std::exchange(handingOut_, true)) {
+        return true; // By the other thread.
+    }
+    while (!outgoing_.empty()) {
+        Chunk chunk = std::move(outgoing_.front());
+        outgoing_.pop_front();
+        lock.unlock();
+        onChunk_(std::move(chunk));
+        lock.lock();
+    }
+    handingOut_ = false;
+    return true;
+}
+
+bool Chunker::enqueueChunk() {
     const ChunkRoute route = route_;
     const bool toEngine = route == ChunkRoute::DirectEngine;
     const double sampleRate = currentSampleRate_;
@@ -85,33 +104,16 @@ bool Chunker::sendAudioChunk() {
             outgoing_.push_back(Chunk{std::move(taken.samples), route, sampleRate});
         }
     }
-    if (count <= tooFewSamples) {
-        if (count > 0) {
-            logLine(toEngine ? chunkerLines::tooLittleForEngine(count)
-                             : chunkerLines::tooLittle(count));
-        }
-        return false;
+    if (count > tooFewSamples) {
+        logLine(toEngine ? chunkerLines::dispatchedToEngine(count)
+                         : chunkerLines::dispatched(count, sampleRate));
+        return true;
     }
-    logLine(toEngine ? chunkerLines::dispatchedToEngine(count)
-                     : chunkerLines::dispatched(count, sampleRate));
-    handOut();
-    return true;
-}
-
-void Chunker::handOut() {
-    std::unique_lock lock(outgoingLock_);
-    if (handingOut_) {
-        return;
+    if (count > 0) {
+        logLine(toEngine ? chunkerLines::tooLittleForEngine(count)
+                         : chunkerLines::tooLittle(count));
     }
-    handingOut_ = true;
-    while (!outgoing_.empty()) {
-        Chunk chunk = std::move(outgoing_.front());
-        outgoing_.pop_front();
-        lock.unlock();
-        onChunk_(std::move(chunk));
-        lock.lock();
-    }
-    handingOut_ = false;
+    return false;
 }
 
 void Chunker::reset(TimePoint now) {

@@ -98,7 +98,8 @@ class Chunker {
   private:
     void logState(std::size_t total, const ProcessedBuffer& buffer) const;
     void processVAD(float levelDb, TimePoint now);
-    void handOut();
+    /// Puts everything gathered behind the chunks that wait, if it is enough, and says so.
+    bool enqueueChunk();
 
     const ChunkHandler onChunk_;
     SampleBuffer buffer_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackendControl.h"
 #include "BackendInstaller.h"
 #include "ChildProcess.h"
 
@@ -58,7 +59,7 @@ struct BackendEnvironment {
 ///
 /// Delayed steps and the end of a child concern the launch they belong to: once another child has
 /// been launched they change nothing.
-class TranslationEngine : public QObject {
+class TranslationEngine : public QObject, public BackendControl {
     Q_OBJECT
 
   public:
@@ -70,7 +71,7 @@ class TranslationEngine : public QObject {
     ~TranslationEngine() override;
 
     /// True once the port has been seen open.
-    bool isRunning() const { return isRunning_; }
+    bool isRunning() const override { return isRunning_; }
 
     /// True also while a backend starts or stops, and while one is being installed.
     bool isBusy() const;
@@ -80,16 +81,16 @@ class TranslationEngine : public QObject {
 
     /// Adopts whatever uses the port, or launches the backend and looks at the port later. When no
     /// backend is installed an alert offers to install it; once that is done it is started.
-    void startBackend();
+    void startBackend() override;
 
     /// Sends SIGTERM, after a pause SIGINT, after another one SIGKILL, as long as the child runs;
     /// then the state is "stopped". A backend that is being installed is not started afterwards.
     /// Returns at once.
-    void stopBackend();
+    void stopBackend() override;
 
     /// The program is about to end and the backend shall stay. A backend that is being stopped
     /// does not stay.
-    void leaveRunning();
+    void leaveRunning() override;
 
     /// The answer of `mayOutlive` may have changed. (It is also asked at every look at the port.)
     void refreshMayOutlive();

@@ -61,10 +61,10 @@ TEST_F(AppDelegateTest, startsTheBackendALittleLaterWhenAsked) {
 }
 
 TEST_F(AppDelegateTest, theRealTimesAreThoseOfTheProgram) {
-    const DelegateTimings timings;
-    EXPECT_EQ(timings.autoStart, 500ms);
-    EXPECT_EQ(timings.quitSecondStop, 1500ms);
-    EXPECT_EQ(timings.quitSecondStop + timings.quitTerminate, 2s);
+    EXPECT_EQ(DelegateTimings().autoStart, 500ms);
+    const QuitTimings timings;
+    EXPECT_EQ(timings.secondStop, 1500ms);
+    EXPECT_EQ(timings.secondStop + timings.terminate, 2s);
 }
 
 TEST_F(AppDelegateTest, aPrimaryClickTogglesThePanelAndNeverShowsTheMenu) {
@@ -168,7 +168,7 @@ TEST_F(AppDelegateTest, quitStopsABackendThatStillRunsASecondTime) {
 }
 
 TEST_F(AppDelegateTest, quitEndsTheProgramTwoSecondsLater) {
-    launch({});
+    launch({}, {});
     QElapsedTimer clock;
     clock.start();
     delegate->quitApp();
@@ -184,6 +184,18 @@ TEST_F(AppDelegateTest, quittingTwiceEndsOnce) {
     ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
     drainEvents();
     EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(AppDelegateTest, quittingByThePanelAsWellChangesNothing) {
+    launch();
+    bool runStopped = false;
+    delegate->quitApp();
+    quit->fromPanel([&runStopped] { runStopped = true; });
+    ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
+    drainEvents();
+    EXPECT_EQ(terminations, 1);
+    EXPECT_FALSE(runStopped);
+    EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
 }
 
 TEST_F(AppDelegateTest, terminationStopsOverlayServerAndBackend) {
@@ -275,7 +287,7 @@ TEST_F(AppDelegateTest, aSecondStartIsNotShownAProgramThatQuits) {
 
 TEST_F(AppDelegateTest, aSecondStartIsNotShownAProgramThatQuitsByItsPanel) {
     launch();
-    panelQuits = true;
+    quit->fromPanel([] {});
     EXPECT_FALSE(delegate->showPanel());
     EXPECT_TRUE(panel.calls.isEmpty());
 }
@@ -309,13 +321,13 @@ TEST_F(AppDelegateTest, startsNoBackendOnceItQuits) {
 
 TEST_F(AppDelegateTest, startsNoBackendOnceItQuitsByItsPanel) {
     store.setBool(u"autoStartBackend"_s, true);
-    panelQuits = true;
     launch();
+    quit->fromPanel([] {});
     // The timer of the launch comes before this one.
     bool later = false;
     QTimer::singleShot(2 * soon, Qt::PreciseTimer, delegate.get(), [&] { later = true; });
     ASSERT_TRUE(waitUntil([&] { return later; }));
-    EXPECT_TRUE(backend.calls.isEmpty());
+    EXPECT_EQ(backend.calls, QStringList{u"stopBackend"_s});
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // The delegate with an update checker that finds a release.
 
-#include "CheckerControl.h"
 #include "DelegateFixture.h"
 #include "ServicePeer.h"
 #include "WaitUntil.h"
@@ -62,10 +61,10 @@ TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
 TEST_F(AppDelegateUpdate, theSettingsAreToldOfAReleaseThatNobodyAskedFor) {
     serve(uR"({"version": "4.10", "url": "https://example.org/orv"})"_s);
     launch();
-    const auto settings = makeUpdateControl(*updates);
+    UpdateControl& settings = *updates;
     QObject row;
     QStringList shown;
-    settings->follow(&row, [&] { shown.append(settings->availableVersion()); });
+    settings.follow(&row, [&] { shown.append(settings.availableVersion()); });
     EXPECT_EQ(check(), UpdateOutcome::Available);
     ASSERT_FALSE(shown.isEmpty());
     EXPECT_EQ(shown.last(), u"4.10"_s);

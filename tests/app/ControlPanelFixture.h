@@ -2,7 +2,6 @@
 
 #include "AudioManager.h"
 #include "ControlPanel.h"
-#include "Controls.h"
 #include "DefaultsStore.h"
 #include "EngineCatalogue.h"
 #include "Fakes.h"
@@ -13,6 +12,7 @@
 #include "NullAppearance.h"
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
+#include "Quit.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -134,23 +134,22 @@ class ControlPanelFixture : public ::testing::Test {
                            .dialogs = dialogs,
                            .text = [this](const QString& key) { return text(key); },
                            .networkAccess = [] { return false; }}};
-    std::unique_ptr<BackendControl> backend = makeBackendControl(engine);
     AudioManager audio{AudioEnvironment{.settings = settings,
                                         .store = store,
                                         .capture = sound,
                                         .engines = engines,
                                         .showNotice = {},
                                         .transcriptFolder = folder.path()}};
+    Quit quit{engine, [] {}, {.panel = std::chrono::milliseconds(1)}};
     TranslationController controller{
         ControllerEnvironment{.settings = settings,
                               .capture = capture,
-                              .backend = *backend,
+                              .backend = engine,
                               .dialogs = dialogs,
                               .text = [this](const QString& key) { return text(key); },
                               .endSubtitles = [] {},
-                              .terminate = [] {},
-                              .timings = {.captureStart = std::chrono::milliseconds(1),
-                                          .terminate = std::chrono::milliseconds(1)}}};
+                              .quit = quit,
+                              .timings = {.captureStart = std::chrono::milliseconds(1)}}};
     VmixTracking vmix{settings};
     int settingsShown = 0;
     ControlPanel panel{{.settings = settings,

@@ -6,6 +6,7 @@
 #include "LogCapture.h"
 #include "OverlayServer.h"
 #include "Ports.h"
+#include "Quit.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
 
@@ -26,26 +27,28 @@ class DelegateFixture : public ::testing::Test {
 
     static constexpr std::chrono::milliseconds soon{1};
 
-    void launch(DelegateTimings timings = {
-                    .autoStart = soon, .quitSecondStop = soon, .quitTerminate = soon}) {
+    void launch(DelegateTimings timings = {.autoStart = soon},
+                QuitTimings quitTimings = {.secondStop = soon, .terminate = soon, .panel = soon}) {
         using namespace Qt::StringLiterals;
         updates = std::make_unique<UpdateChecker>(
             UpdateEnvironment{.currentVersion = u"4.9"_s,
                               .updateURLs = updateURLs,
                               .opener = opener,
                               .timings = {.answer = std::chrono::seconds(10)}});
+        quit = std::make_unique<Quit>(
+            backend, [this] { ++terminations; }, quitTimings);
         delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
             .store = store,
             .tray = tray,
             .panel = panel,
             .backend = backend,
+            .quit = *quit,
             .updates = *updates,
             .overlayServer = overlayServer,
             .userNotifications = userNotifications,
             .dialogs = dialogs,
             .opener = opener,
             .text = keyAsText,
-            .terminate = [this] { ++terminations; },
             .makeSettings =
                 [this] {
                     auto window = std::make_unique<QWidget>();
@@ -56,7 +59,6 @@ class DelegateFixture : public ::testing::Test {
                 [this](bool available) {
                     panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
                 },
-            .panelQuits = [this] { return panelQuits; },
             .timings = timings});
         delegate->applicationDidFinishLaunching();
     }
@@ -80,7 +82,7 @@ class DelegateFixture : public ::testing::Test {
     QStringList updateURLs; ///< Without one the checker finds nothing.
     std::unique_ptr<UpdateChecker> updates;
     QList<QWidget*> settingsWindows; ///< As they were made.
-    bool panelQuits = false;
+    std::unique_ptr<Quit> quit;
     int terminations = 0;
     std::unique_ptr<AppDelegate> delegate;
 };

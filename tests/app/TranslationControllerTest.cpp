@@ -3,6 +3,7 @@
 #include "DefaultsStore.h"
 #include "Fakes.h"
 #include "LogCapture.h"
+#include "Quit.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 
@@ -24,7 +25,7 @@ namespace {
 
 class TranslationControllerTest : public ::testing::Test {
   protected:
-    TranslationControllerTest() { make({.captureStart = 1ms, .terminate = 1ms}); }
+    TranslationControllerTest() { make({.captureStart = 1ms}); }
 
     void make(ControllerTimings timings) {
         controller.emplace(
@@ -34,7 +35,7 @@ class TranslationControllerTest : public ::testing::Test {
                                   .dialogs = dialogs,
                                   .text = keyAsText,
                                   .endSubtitles = [this] { subtitlesEnded.append(posted.size()); },
-                                  .terminate = [this] { ++terminations; },
+                                  .quit = quit,
                                   .timings = timings});
         QObject::connect(&*controller, &TranslationController::TranslationStatusChanged,
                          &*controller, [this](bool translating) { posted.append(translating); });
@@ -54,6 +55,8 @@ class TranslationControllerTest : public ::testing::Test {
     QList<bool> posted;
     QList<qsizetype> subtitlesEnded; ///< After how many announcements.
     int terminations = 0;
+    Quit quit{
+        backend, [this] { ++terminations; }, {.secondStop = 1ms, .terminate = 1ms, .panel = 1ms}};
     std::optional<TranslationController> controller;
 };
 
@@ -148,7 +151,7 @@ TEST_F(TranslationControllerTest, writesBothOptionsToTheStore) {
 TEST_F(TranslationControllerTest, stopsAnOldCaptureFirstAndStartsTheNewOneLater) {
     backend.running = true;
     capture.capturing = true;
-    make({.captureStart = 200ms, .terminate = 1ms});
+    make({.captureStart = 200ms});
     QElapsedTimer clock;
     clock.start();
     controller->startTranslation();
@@ -168,7 +171,7 @@ TEST_F(TranslationControllerTest, startsWithoutTheLineWhenNothingIsCapturing) {
 
 TEST_F(TranslationControllerTest, theRealDelayBeforeCapturingIs200Milliseconds) {
     EXPECT_EQ(ControllerTimings().captureStart, 200ms);
-    EXPECT_EQ(ControllerTimings().terminate, 1500ms);
+    EXPECT_EQ(QuitTimings().panel, 1500ms);
 }
 
 TEST_F(TranslationControllerTest, aSecondStartWhileTranslatingDoesNothing) {
@@ -213,7 +216,7 @@ TEST_F(TranslationControllerTest, stoppingWithoutARunDoesNothing) {
 
 TEST_F(TranslationControllerTest, aStopBeforeCapturingHasBegunKeepsItFromBeginning) {
     backend.running = true;
-    make({.captureStart = 20ms, .terminate = 1ms});
+    make({.captureStart = 20ms});
     controller->startTranslation();
     controller->stopTranslation();
     capture.finishStops();

@@ -141,7 +141,7 @@ TEST_F(OtherTabsTest, anUpdateCheckShowsThatItRunsAndThatNothingIsNewer) {
     button->click();
     EXPECT_FALSE(button->isEnabled());
     EXPECT_EQ(updates.checks, 1);
-    updates.pending(UpdateControl::Outcome::UpToDate);
+    updates.pending(UpdateOutcome::UpToDate);
     EXPECT_TRUE(button->isEnabled());
     EXPECT_TRUE(shows(text(u"info.update.uptodate"_s)));
     EXPECT_FALSE(control(text(u"info.update.download"_s))->isVisible());
@@ -151,7 +151,7 @@ TEST_F(OtherTabsTest, aNewerReleaseCanBeDownloaded) {
     showTab(5);
     press(text(u"info.update.check"_s));
     updates.available = u"4.3"_s;
-    updates.pending(UpdateControl::Outcome::Available);
+    updates.pending(UpdateOutcome::Available);
     EXPECT_TRUE(shows(u"A new version is available (v4.3)."_s));
     EXPECT_TRUE(control(text(u"info.update.download"_s))->isVisible());
     press(text(u"info.update.download"_s));
@@ -179,7 +179,7 @@ TEST_F(OtherTabsTest, aReleaseThatIsFoundMeanwhileIsShownAtOnce) {
 TEST_F(OtherTabsTest, aFailedUpdateCheckIsSaid) {
     showTab(5);
     press(text(u"info.update.check"_s));
-    updates.pending(UpdateControl::Outcome::Failed);
+    updates.pending(UpdateOutcome::Failed);
     EXPECT_TRUE(shows(text(u"info.update.failed"_s)));
     press(text(u"info.update.check"_s));
     EXPECT_FALSE(shows(text(u"info.update.failed"_s)));
@@ -188,7 +188,7 @@ TEST_F(OtherTabsTest, aFailedUpdateCheckIsSaid) {
 TEST_F(OtherTabsTest, anAnswerAfterTheEndIsDropped) {
     press(text(u"info.update.check"_s));
     window.reset();
-    updates.pending(UpdateControl::Outcome::UpToDate);
+    updates.pending(UpdateOutcome::UpToDate);
     drainEvents();
 }
 

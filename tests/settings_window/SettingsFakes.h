@@ -59,7 +59,7 @@ class FakeUpdates : public UpdateControl {
 
     QString availableVersion() const override { return available; }
 
-    void check(std::function<void(Outcome outcome)> done) override {
+    void checkForUpdate(std::function<void(UpdateOutcome outcome)> done) override {
         ++checks;
         pending = std::move(done);
     }
@@ -80,7 +80,7 @@ class FakeUpdates : public UpdateControl {
     QString available;
     int checks = 0;
     int downloads = 0;
-    std::function<void(Outcome outcome)> pending;
+    std::function<void(UpdateOutcome outcome)> pending;
 };
 
 /// Gives each key in angle brackets, so that a test sees which text was taken.

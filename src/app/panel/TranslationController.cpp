@@ -2,6 +2,7 @@
 
 #include "Dialogs.h"
 #include "Log.h"
+#include "Quit.h"
 #include "TranslationSettings.h"
 
 #include <QPointer>
@@ -16,7 +17,7 @@ TranslationController::TranslationController(ControllerEnvironment environment, 
     : QObject(parent)
     , environment_(std::move(environment)) {
     captureStart_.setSingleShot(true);
-    captureStart_.setTimerType(Qt::PreciseTimer); // Others may come early.
+    captureStart_.setTimerType(Qt::PreciseTimer); // A coarse timer may end before its time.
     captureStart_.callOnTimeout(this, [this] {
         environment_.capture.startCapture(run_.source, run_.deviceId, run_.appBundleId);
     });
@@ -92,14 +93,7 @@ void TranslationController::stopTranslation() {
 }
 
 void TranslationController::quitApp() {
-    if (quitting_) {
-        return;
-    }
-    quitting_ = true;
-    logLine(u"🛑 Beende App...");
-    stopTranslation();
-    environment_.backend.stopBackend();
-    QTimer::singleShot(environment_.timings.terminate, this, [this] { environment_.terminate(); });
+    environment_.quit.fromPanel([this] { stopTranslation(); });
 }
 
 void TranslationController::showAlert(const QString& titleKey, const QString& messageKey) {

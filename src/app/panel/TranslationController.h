@@ -13,14 +13,13 @@
 namespace orv {
 
 class Dialogs;
+class Quit;
 class TranslationSettings;
 
 /// The fixed times of the control panel's flows.
 struct ControllerTimings {
     /// From clearing away what ran before to capturing.
     std::chrono::milliseconds captureStart{200};
-    /// From stopping the backend to ending the program.
-    std::chrono::milliseconds terminate{1500};
 };
 
 /// What the controller is given. The references outlive it.
@@ -31,7 +30,7 @@ struct ControllerEnvironment {
     Dialogs& dialogs;
     std::function<QString(const QString& key)> text; ///< A localised text.
     std::function<void()> endSubtitles = [] {};      ///< Hides and silences the subtitle window.
-    std::function<void()> terminate;                 ///< Asks the program to end.
+    Quit& quit;
     ControllerTimings timings = {};
 };
 
@@ -48,9 +47,6 @@ class TranslationController : public QObject {
     /// True while the last audio of a stopped run is still being processed.
     bool isStopping() const { return isStopping_; }
 
-    /// True from the panel's Quit on: the program is about to end.
-    bool isQuitting() const { return quitting_; }
-
     /// Starts a run with what the settings say. Refused, with an alert, when the backend does not
     /// run, or when one application is to be captured and none is chosen; nothing changes then.
     /// Does nothing while translating.
@@ -59,8 +55,7 @@ class TranslationController : public QObject {
     /// Ends the run; the last words are still processed. Does nothing when not translating.
     void stopTranslation();
 
-    /// The panel's Quit: ends a run, stops the backend whatever the settings say, and then the
-    /// program. Asking again changes nothing.
+    /// The panel's Quit: ends a run, and then the program as `Quit` says.
     void quitApp();
 
   Q_SIGNALS:
@@ -84,7 +79,6 @@ class TranslationController : public QObject {
     Run run_; ///< What `captureStart_` starts.
     bool isTranslating_ = false;
     bool isStopping_ = false;
-    bool quitting_ = false;
     unsigned stopNumber_ = 0; ///< Tells the end of the latest stop from that of an earlier one.
 };
 

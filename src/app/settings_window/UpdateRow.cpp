@@ -54,10 +54,9 @@ UpdateRow::UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent
 void UpdateRow::check() {
     state_ = State::Checking;
     refresh();
-    updates_.check([self = QPointer(this)](UpdateControl::Outcome outcome) {
+    updates_.checkForUpdate([self = QPointer(this)](UpdateOutcome outcome) {
         if (self) {
-            self->state_ =
-                outcome == UpdateControl::Outcome::Failed ? State::Failed : State::UpToDate;
+            self->state_ = outcome == UpdateOutcome::Failed ? State::Failed : State::UpToDate;
             self->refresh();
         }
     });

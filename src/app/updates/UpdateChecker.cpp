@@ -137,6 +137,11 @@ void UpdateChecker::finish(UpdateOutcome outcome) {
     }
 }
 
+void UpdateChecker::follow(QObject* context, std::function<void()> changed) {
+    connect(this, &UpdateChecker::latestVersionChanged, context, changed);
+    connect(this, &UpdateChecker::updateAvailableChanged, context, changed);
+}
+
 void UpdateChecker::openDownload() {
     if (webAddress(latest_.url)) {
         environment_.opener.openAddress(latest_.url);

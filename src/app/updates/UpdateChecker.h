@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SharedInstance.h"
+#include "UpdateControl.h"
 #include "UpdateInfo.h"
 
 #include <QObject>
@@ -31,13 +32,10 @@ struct UpdateEnvironment {
     UpdateTimings timings = {};
 };
 
-/// What one check found out.
-enum class UpdateOutcome { Available, UpToDate, Failed };
-
 /// Finds out whether a newer release exists: once after it is made, then every 24 hours, and
 /// whenever asked. Lives on the main thread; the network is dealt with on a thread that exists only
 /// while a check runs.
-class UpdateChecker : public QObject {
+class UpdateChecker : public QObject, public UpdateControl {
     Q_OBJECT
 
   public:
@@ -58,17 +56,23 @@ class UpdateChecker : public QObject {
 
     QString releaseNotes() const { return latest_.notes; }
 
-    QString currentVersion() const { return environment_.currentVersion; }
+    QString currentVersion() const override { return environment_.currentVersion; }
+
+    QString availableVersion() const override {
+        return updateAvailable_ ? latest_.version : QString();
+    }
+
+    void follow(QObject* context, std::function<void()> changed) override;
 
     QStringList updateURLs() const { return environment_.updateURLs; }
 
     /// Asks the manifests in order until one answers, and prints what came of it. `done` is called
     /// later, once, unless the checker goes first. A check that is under way serves further
     /// callers, too.
-    void checkForUpdate(std::function<void(UpdateOutcome outcome)> done = {});
+    void checkForUpdate(std::function<void(UpdateOutcome outcome)> done = {}) override;
 
     /// Opens `downloadURL` in the default browser; does nothing unless it is a web address.
-    void openDownload();
+    void openDownload() override;
 
   Q_SIGNALS:
     void updateAvailableChanged(bool updateAvailable);

@@ -8,8 +8,7 @@
 
 namespace orv {
 
-/// What the flows of the control panel need of the audio manager; each operation means what the
-/// audio manager's own means.
+/// The audio manager as the control panel's flows see it, which start and stop runs.
 class CaptureControl {
   public:
     virtual ~CaptureControl() = default;

@@ -8,16 +8,16 @@ class QObject;
 
 namespace orv {
 
+/// What one check for a newer release found out.
+enum class UpdateOutcome {
+    Available, ///< `availableVersion` tells which.
+    UpToDate,
+    Failed, ///< Nobody could be asked.
+};
+
 /// The update check as the settings window sees it. Main thread only.
 class UpdateControl {
   public:
-    /// How a check for a newer release ended.
-    enum class Outcome {
-        UpToDate,
-        Available, ///< `availableVersion` tells which.
-        Failed,    ///< Nobody could be asked.
-    };
-
     virtual ~UpdateControl() = default;
 
     /// The running program's version.
@@ -31,7 +31,7 @@ class UpdateControl {
     virtual void follow(QObject* context, std::function<void()> changed) = 0;
 
     /// Asks now; returns at once. `done` is called once, later, on the main thread.
-    virtual void check(std::function<void(Outcome outcome)> done) = 0;
+    virtual void checkForUpdate(std::function<void(UpdateOutcome outcome)> done) = 0;
 
     /// Opens the newer release's address in the browser.
     virtual void openDownload() = 0;

@@ -2,8 +2,7 @@
 
 namespace orv {
 
-/// What the application shell needs of the backend's supervisor; each operation means what the
-/// supervisor's own means.
+/// The backend's supervisor as those see it who start and stop it: `TranslationEngine`.
 class BackendControl {
   public:
     virtual ~BackendControl() = default;

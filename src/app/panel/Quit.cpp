@@ -1,0 +1,42 @@
+#include "Quit.h"
+
+#include "BackendControl.h"
+#include "Log.h"
+
+#include <QTimer>
+
+#include <utility>
+
+namespace orv {
+
+Quit::Quit(BackendControl& backend, std::function<void()> terminate, QuitTimings timings)
+    : backend_(backend)
+    , terminate_(std::move(terminate))
+    , timings_(timings) {}
+
+void Quit::fromMenu() {
+    if (std::exchange(isUnderWay_, true)) {
+        return;
+    }
+    logLine(u"🛑 App wird beendet...");
+    backend_.stopBackend();
+    QTimer::singleShot(timings_.secondStop, this, [this] {
+        if (backend_.isRunning()) {
+            logLine(u"⚠️ Backend noch aktiv, force stop...");
+            backend_.stopBackend();
+        }
+        QTimer::singleShot(timings_.terminate, this, [this] { terminate_(); });
+    });
+}
+
+void Quit::fromPanel(const std::function<void()>& stopRun) {
+    if (std::exchange(isUnderWay_, true)) {
+        return;
+    }
+    logLine(u"🛑 Beende App...");
+    stopRun();
+    backend_.stopBackend();
+    QTimer::singleShot(timings_.panel, this, [this] { terminate_(); });
+}
+
+} // namespace orv
