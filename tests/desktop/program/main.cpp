@@ -5,7 +5,9 @@
 #include "Application.h"
 #include "AssemblyAIMessages.h"
 #include "AzureMessages.h"
+#include "CountingEngine.h"
 #include "DeepgramMessages.h"
+#include "FileOutput.h"
 #include "GoogleCloudMessages.h"
 #include "TranslationMessages.h"
 
@@ -33,8 +35,22 @@ orv::ServiceAddresses addressesFromEnvironment() {
     };
 }
 
+/// With an engine and an output of the test's own where it says into which file the output writes.
+orv::ProgramParts partsFromEnvironment(orv::test::FileOutput& output) {
+    orv::ProgramParts parts{.addresses = addressesFromEnvironment()};
+    if (output.isWanted()) {
+        const auto all = parts.engines.engines();
+        std::vector<orv::EngineDescriptor> engines(all.begin(), all.end());
+        engines.push_back(orv::test::countingEngine());
+        parts.engines = orv::EngineCatalogue(std::move(engines));
+        parts.outputs = {&output};
+    }
+    return parts;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    return orv::runApplication(argc, argv, addressesFromEnvironment());
+    orv::test::FileOutput output(qEnvironmentVariable("ORVANE_OWN_OUTPUT"));
+    return orv::runApplication(argc, argv, partsFromEnvironment(output));
 }
