@@ -23,7 +23,6 @@ StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)
     settings_.assemblyaiApiKey.set(u"key"_s);
     manager_ = std::make_unique<AudioManager>(
         AudioEnvironment{.settings = settings_,
-                         .store = store_,
                          .capture = capture_,
                          .notifications = notifications_,
                          .engineFactory = makeCloudEngine(endpointsAt(port)),

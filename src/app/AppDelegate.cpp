@@ -1,11 +1,11 @@
 #include "AppDelegate.h"
 
 #include "AlertNotes.h"
-#include "DefaultsStore.h"
 #include "DesktopOpener.h"
 #include "Dialogs.h"
 #include "Log.h"
 #include "NotificationCentre.h"
+#include "TranslationSettings.h"
 #include "UpdateChecker.h"
 #include "UserNotifications.h"
 
@@ -34,7 +34,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (!environment_.tray.isAvailable()) {
         environment_.panel.showAsWindow();
     }
-    if (environment_.store.boolean(u"autoStartBackend"_s).value_or(false)) {
+    if (environment_.settings.autoStartBackend.get()) {
         logLine(u"Auto-Start Backend aktiviert");
         QTimer::singleShot(environment_.timings.autoStart, this, [this] {
             if (!isQuitting()) {
@@ -61,7 +61,7 @@ void AppDelegate::observeNotifications() {
 }
 
 void AppDelegate::showTranslation(const QString& original, const QString& translation) {
-    if (environment_.store.boolean(u"showOverlay"_s).value_or(true)) {
+    if (environment_.settings.showOverlay.get()) {
         environment_.showSubtitles(original, translation);
     }
     environment_.broadcast(original, translation);
@@ -226,7 +226,7 @@ void AppDelegate::quitApp() {
 
 void AppDelegate::applicationWillTerminate() {
     environment_.stopOverlayServer();
-    if (environment_.store.boolean(u"autoStopBackend"_s).value_or(true)) {
+    if (environment_.settings.autoStopBackend.get()) {
         logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");
         environment_.backend.stopBackend();
     } else {

@@ -15,10 +15,10 @@
 
 namespace orv {
 
-class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
 class NotificationCentre;
+class TranslationSettings;
 class UpdateChecker;
 class UserNotifications;
 
@@ -31,7 +31,7 @@ struct DelegateTimings {
 
 /// What the delegate is given. The references outlive it.
 struct DelegateEnvironment {
-    DefaultsStore& store;
+    const TranslationSettings& settings;
     NotificationCentre& notifications;
     Tray& tray;
     Panel& panel;

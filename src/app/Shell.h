@@ -60,6 +60,7 @@ class Shell {
 
   private:
     void createSettings();
+    void serveOverlay(const TranslationSettings& settings);
     void createOutputs();
     void createServices(const UserPaths& paths);
     void createInterface();
@@ -74,10 +75,10 @@ class Shell {
     std::function<void()> terminate_;
     NotificationCentre notifications_;
     DefaultsStore store_;
-    std::unique_ptr<L10n> l10n_;
-    std::unique_ptr<ToolkitTexts> toolkitTexts_;
     std::unique_ptr<OverlayServer> overlayServer_;
     std::unique_ptr<TranslationSettings> settings_;
+    std::unique_ptr<L10n> l10n_;
+    std::unique_ptr<ToolkitTexts> toolkitTexts_;
     std::unique_ptr<VRChatOutput> vrchat_;
     std::unique_ptr<VmixTracking> vmixTracking_;
     std::unique_ptr<VmixSender> vmix_;

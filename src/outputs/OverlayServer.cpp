@@ -1,8 +1,8 @@
 #include "OverlayServer.h"
 
-#include "DefaultsStore.h"
 #include "Log.h"
 #include "OverlayConnections.h"
+#include "SettingsList.h"
 #include "SharedInstance.h"
 
 #include <algorithm>
@@ -34,10 +34,14 @@ std::uint16_t overlayPort(std::int64_t stored) {
     return stored < 1 ? defaultPort : static_cast<std::uint16_t>(std::min(stored, highestPort));
 }
 
-OverlayServer::OverlayServer(DefaultsStore& store, OverlayLimits limits)
-    : store_(store)
-    , limits_(limits)
+OverlayServing OverlayServing::fromSettings(const SettingsList& settings) {
+    return {.enabled = settings.obsOverlayEnabled.get(), .port = settings.obsOverlayPort.get()};
+}
+
+OverlayServer::OverlayServer(OverlayLimits limits)
+    : limits_(limits)
     , queue_(u"io.tavrin.orv.overlayserver"_s) {
+    setAppearance(OverlayAppearance::fromSettings(SettingsList()));
     queue_.post([this] {
         connections_ = std::make_unique<OverlayConnections>(
             limits_, [this](QByteArrayView path) { return response(path).bytes(); },
@@ -60,8 +64,17 @@ void OverlayServer::installShared(std::function<std::unique_ptr<OverlayServer>()
     sharedServer().install(std::move(factory));
 }
 
-void OverlayServer::applySettings() {
+void OverlayServer::applySettings(const OverlayServing& serving) {
+    {
+        const std::lock_guard guard(lock_);
+        serving_ = serving;
+    }
     queue_.post([this] { reconcile(); });
+}
+
+void OverlayServer::setAppearance(const OverlayAppearance& appearance) {
+    const std::lock_guard guard(lock_);
+    result_.appearance = appearance;
 }
 
 void OverlayServer::start(std::uint16_t port) {
@@ -76,9 +89,9 @@ void OverlayServer::broadcast(const QString& original, const QString& translatio
     const std::chrono::duration<double> sinceEpoch =
         std::chrono::system_clock::now().time_since_epoch();
     const std::lock_guard guard(lock_);
-    currentOriginal_ = original;
-    currentTranslation_ = translation;
-    lastUpdate_ = sinceEpoch.count();
+    result_.original = original;
+    result_.translation = translation;
+    result_.lastUpdate = sinceEpoch.count();
 }
 
 HttpResponse OverlayServer::response(QByteArrayView path) const {
@@ -94,9 +107,10 @@ HttpResponse OverlayServer::response(QByteArrayView path) const {
 }
 
 QByteArray OverlayServer::overlayHTML() const {
-    OverlayAppearance appearance = OverlayAppearance::fromStore(store_);
+    OverlayAppearance appearance;
     {
         const std::lock_guard guard(lock_);
+        appearance = result_.appearance;
         if (encodedPage_.source == appearance) {
             return encodedPage_.bytes;
         }
@@ -109,12 +123,9 @@ QByteArray OverlayServer::overlayHTML() const {
 
 HttpResponse OverlayServer::latestResult() const {
     OverlayResult result;
-    result.showOriginal = store_.boolean(u"showOriginal"_s).value_or(false);
     {
         const std::lock_guard guard(lock_);
-        result.original = currentOriginal_;
-        result.translation = currentTranslation_;
-        result.lastUpdate = lastUpdate_;
+        result = result_;
         if (encodedResult_.source == result) {
             return textResponse(encodedResult_.bytes);
         }
@@ -126,11 +137,16 @@ HttpResponse OverlayServer::latestResult() const {
 }
 
 void OverlayServer::reconcile() {
-    if (!store_.boolean(u"obsOverlayEnabled"_s).value_or(false)) {
+    OverlayServing serving;
+    {
+        const std::lock_guard guard(lock_);
+        serving = serving_;
+    }
+    if (!serving.enabled) {
         stopNow();
         return;
     }
-    const std::uint16_t port = overlayPort(store_.integer(u"obsOverlayPort"_s).value_or(0));
+    const std::uint16_t port = overlayPort(serving.port);
     if (!isRunning_ || activePort_ != port) {
         startNow(port);
     }

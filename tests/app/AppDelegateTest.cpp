@@ -52,7 +52,7 @@ TEST_F(AppDelegateTest, doesNotStartTheBackendUnlessAsked) {
 }
 
 TEST_F(AppDelegateTest, startsTheBackendALittleLaterWhenAsked) {
-    store.setBool(u"autoStartBackend"_s, true);
+    settings.autoStartBackend.set(true);
     launch();
     EXPECT_TRUE(log.contains(u"Auto-Start Backend aktiviert"_s));
     EXPECT_TRUE(backend.calls.isEmpty());
@@ -155,7 +155,7 @@ TEST_F(AppDelegateTest, showsAResultInTheWindowBeforeItIsBroadcast) {
 }
 
 TEST_F(AppDelegateTest, onlyBroadcastsAResultWhileTheUserWantsNoSubtitlesOnTheScreen) {
-    store.setBool(u"showOverlay"_s, false);
+    settings.showOverlay.set(false);
     launch();
     overlay.clear();
     centre.post(notifications::showTranslation,
@@ -171,7 +171,7 @@ TEST_F(AppDelegateTest, aResultWithoutTextsGoesOutEmpty) {
 }
 
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
-    store.setBool(u"autoStopBackend"_s, false);
+    settings.autoStopBackend.set(false);
     launch();
     tray.click(TrayClick::Secondary);
     tray.menus.value(0).value(4).action();
@@ -219,7 +219,7 @@ TEST_F(AppDelegateTest, terminationStopsOverlayServerAndBackend) {
 }
 
 TEST_F(AppDelegateTest, terminationLeavesTheBackendWhenTheUserWantsItToStay) {
-    store.setBool(u"autoStopBackend"_s, false);
+    settings.autoStopBackend.set(false);
     launch();
     delegate->applicationWillTerminate();
     EXPECT_EQ(overlay.last(), u"stop"_s);
@@ -320,7 +320,7 @@ TEST_F(AppDelegateTest, theSettingsWindowIsMadeOnFirstUseAndKept) {
 }
 
 TEST_F(AppDelegateTest, startsNoBackendOnceItQuits) {
-    store.setBool(u"autoStartBackend"_s, true);
+    settings.autoStartBackend.set(true);
     launch();
     delegate->quitApp();
     ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
@@ -328,7 +328,7 @@ TEST_F(AppDelegateTest, startsNoBackendOnceItQuits) {
 }
 
 TEST_F(AppDelegateTest, startsNoBackendOnceItQuitsByItsPanel) {
-    store.setBool(u"autoStartBackend"_s, true);
+    settings.autoStartBackend.set(true);
     panelQuits = true;
     launch();
     // The timer of the launch comes before this one.

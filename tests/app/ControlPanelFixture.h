@@ -120,8 +120,8 @@ class ControlPanelFixture : public ::testing::Test {
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
-    L10n l10n{store, QStringLiteral("en")};
     TranslationSettings settings{store};
+    L10n l10n{settings.uiLanguage, QStringLiteral("en")};
     NotificationCentre centre;
     NullAudioCapture sound;
     FakePortProbe probe;
@@ -137,7 +137,6 @@ class ControlPanelFixture : public ::testing::Test {
                            .networkAccess = [] { return false; }}};
     std::unique_ptr<BackendControl> backend = makeBackendControl(engine);
     AudioManager audio{AudioEnvironment{.settings = settings,
-                                        .store = store,
                                         .capture = sound,
                                         .notifications = centre,
                                         .engineFactory = {},

@@ -21,8 +21,6 @@ namespace orv::test {
 /// A delegate among stand-ins that note what it asks of them. It is made by `launch()`.
 class DelegateFixture : public ::testing::Test {
   protected:
-    DelegateFixture() { registerDefaultSettings(store); }
-
     static constexpr std::chrono::milliseconds soon{1};
 
     void launch(DelegateTimings timings = {
@@ -34,7 +32,7 @@ class DelegateFixture : public ::testing::Test {
                               .opener = opener,
                               .timings = {.answer = std::chrono::seconds(10)}});
         delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
-            .store = store,
+            .settings = settings,
             .notifications = centre,
             .tray = tray,
             .panel = panel,
@@ -86,6 +84,8 @@ class DelegateFixture : public ::testing::Test {
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
+    bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
+    TranslationSettings settings{store};
     NotificationCentre centre;
     FakeTray tray;
     FakePanel panel;

@@ -28,7 +28,6 @@ AudioManagerFixture::AudioManagerFixture() {
 void AudioManagerFixture::makeManager() {
     manager = std::make_unique<AudioManager>(AudioEnvironment{
         .settings = settings,
-        .store = store,
         .capture = capture,
         .notifications = notifications,
         .engineFactory = engineFactory,

@@ -30,7 +30,9 @@ TEST(OverlayContent, findsNothingElse) {
 }
 
 TEST(OverlayContent, encodesAResultWithItsFourMembers) {
-    const OverlayResult result{u"Grüße \"\n</script>"_s, u"日本語 🎧"_s, 1700000000.123, true};
+    const OverlayResult result{
+        u"Grüße \"\n</script>"_s, u"日本語 🎧"_s, 1700000000.123,
+        OverlayAppearance{QColor(1, 2, 3), 0.5, u"#FFFFFF"_s, std::nullopt, true}};
     const QJsonObject expected{{u"original"_s, result.original},
                                {u"translation"_s, result.translation},
                                {u"ts"_s, 1700000000.123},
@@ -40,7 +42,7 @@ TEST(OverlayContent, encodesAResultWithItsFourMembers) {
 
 TEST(OverlayContent, tellsResultsOfTheSameMillisecondApart) {
     const auto moment = [](double seconds) {
-        return QJsonDocument::fromJson(OverlayResult{{}, {}, seconds, false}.toJson())
+        return QJsonDocument::fromJson(OverlayResult{{}, {}, seconds, {}}.toJson())
             .object()
             .value(u"ts"_s)
             .toDouble();
@@ -50,7 +52,7 @@ TEST(OverlayContent, tellsResultsOfTheSameMillisecondApart) {
 }
 
 TEST(OverlayContent, staysJsonWithHalfACharacter) {
-    const OverlayResult result{QString(QChar(0xD83D)), u"x"_s, 1, false};
+    const OverlayResult result{QString(QChar(0xD83D)), u"x"_s, 1, {}};
     EXPECT_EQ(QJsonDocument::fromJson(result.toJson()).object().value(u"translation"_s), u"x"_s);
 }
 

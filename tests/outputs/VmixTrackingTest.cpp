@@ -59,7 +59,7 @@ TEST_F(VmixTrackingTest, aSuccessHidesTheBanner) {
 
 TEST_F(VmixTrackingTest, aSuccessAfterASuccessPublishesNothing) {
     int changes = 0;
-    QObject::connect(&settings, &TranslationSettings::changed, &settings, [&] { ++changes; });
+    watchAll({settings.all().begin(), settings.all().end()}, &settings, [&] { ++changes; });
     tracking.trackVmixSuccess();
     EXPECT_EQ(changes, 0);
 }
@@ -67,7 +67,7 @@ TEST_F(VmixTrackingTest, aSuccessAfterASuccessPublishesNothing) {
 TEST_F(VmixTrackingTest, furtherFailuresDoNotShowItAgain) {
     fail(3);
     int changes = 0;
-    QObject::connect(&settings, &TranslationSettings::changed, &settings, [&] { ++changes; });
+    watchAll({settings.all().begin(), settings.all().end()}, &settings, [&] { ++changes; });
     fail(5);
     EXPECT_EQ(changes, 0);
     EXPECT_EQ(settings.vmixFailureCount, 8);

@@ -3,6 +3,7 @@
 #include "GeneralTab.h"
 #include "ControlProbe.h"
 #include "SettingsWindowFixture.h"
+#include "SubtitleChoices.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -128,6 +129,11 @@ TEST_F(GeneralTabTest, theVRChatTestIsSentWhetherEnabledOrNot) {
 }
 
 TEST_F(GeneralTabTest, theSubtitlesAreToldOfANewAppearance) {
+    int appearanceChanges = 0;
+    int autoStopChanges = 0;
+    watchSubtitleChoices(settings, window.get(),
+                         [&](const SubtitleChoices& /*choices*/) { ++appearanceChanges; });
+    settings.autoStopBackend.watch(window.get(), [&](bool /*stops*/) { ++autoStopChanges; });
     press(text(u"settings.overlay.border"_s));
     EXPECT_EQ(appearanceChanges, 1);
     changeAsAPerson(*control(u"Text Color (#RRGGBB)"_s));
@@ -156,7 +162,7 @@ TEST_F(GeneralTabTest, thePreviewShowsTheAppearanceAtOnce) {
 }
 
 TEST_F(GeneralTabTest, theOpacityIsAPercentageAsInTheInterfacesLanguage) {
-    store.setDouble(u"overlayOpacity"_s, 0.4);
+    settings.overlayOpacity.set(0.4);
     open();
     showTab(0);
     EXPECT_TRUE(shows(u"40%"_s));
@@ -189,7 +195,7 @@ TEST_F(GeneralTabTest, aColourIsChosenFromThePalette) {
 }
 
 TEST_F(GeneralTabTest, aColourThatIsNoneInTheStoreIsShownAsTheDefault) {
-    store.setString(u"overlayBgColor"_s, u"green"_s);
+    settings.overlayBgColor.set(u"green"_s);
     open();
     EXPECT_EQ(shownBy(*control(u"Background Color (#RRGGBB)"_s)), u"#90EE90"_s);
     EXPECT_EQ(store.string(u"overlayBgColor"_s), u"green"_s);

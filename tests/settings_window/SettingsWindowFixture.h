@@ -43,16 +43,13 @@ class SettingsWindowFixture : public ::testing::Test {
 
     std::unique_ptr<QWidget> makeWindow() {
         return makeSettingsWindow({.settings = settings,
-                                   .store = store,
                                    .l10n = l10n,
                                    .dialogs = dialogs,
                                    .chooser = chooser,
                                    .opener = opener,
                                    .updates = updates,
                                    .paths = paths,
-                                   .sendVRChatTest = [this] { ++vrchatTests; },
-                                   .appearanceChanged = [this] { ++appearanceChanges; },
-                                   .autoStopChanged = [this] { ++autoStopChanges; }});
+                                   .sendVRChatTest = [this] { ++vrchatTests; }});
     }
 
     static void lookAtEveryTab(QWidget& view) {
@@ -126,16 +123,14 @@ class SettingsWindowFixture : public ::testing::Test {
     Look look{appearance};
     DefaultsStore store{home.filePath(QStringLiteral("defaults.json"))};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
-    L10n l10n{store, QStringLiteral("en")};
     TranslationSettings settings{store};
+    L10n l10n{settings.uiLanguage, QStringLiteral("en")};
     AnsweredDialogs dialogs;
     FakeChooser chooser;
     FakeOpener opener;
     FakeUpdates updates;
     UserPaths paths;
     int vrchatTests = 0;
-    int appearanceChanges = 0;
-    int autoStopChanges = 0;
     std::unique_ptr<QWidget> window;
 };
 

@@ -53,11 +53,7 @@ VMixWarningBanner::VMixWarningBanner(TranslationSettings& settings, VmixTracking
     connect(disable_, &QPushButton::clicked, this, [&tracking] { tracking.disableVmix(); });
     connect(later_, &QPushButton::clicked, this, [&tracking] { tracking.vmixBannerSnooze(); });
     connect(off_, &QPushButton::clicked, this, [&tracking] { tracking.turnOffWarnings(); });
-    connect(&settings_, &TranslationSettings::changed, this, [this](const QString& key) {
-        if (key == u"vmixShowWarningBanner") {
-            follow();
-        }
-    });
+    settings_.vmixShowWarningBanner.watch(this, [this](bool shown) { follow(shown); });
     connect(&l10n_, &L10n::currentChanged, this, &VMixWarningBanner::translate);
     translate();
     setVisible(settings_.vmixShowWarningBanner.get());
@@ -84,8 +80,7 @@ void VMixWarningBanner::layOut() {
     rows()->addLayout(buttons);
 }
 
-void VMixWarningBanner::follow() {
-    const bool shown = settings_.vmixShowWarningBanner.get();
+void VMixWarningBanner::follow(bool shown) {
     if (shown == !isHidden()) {
         return;
     }

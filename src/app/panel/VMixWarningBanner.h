@@ -23,7 +23,7 @@ class VMixWarningBanner : public Card {
 
   private:
     void layOut();
-    void follow();
+    void follow(bool shown);
     void translate();
 
     TranslationSettings& settings_;

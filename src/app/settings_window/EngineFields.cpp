@@ -42,7 +42,7 @@ class EngineCard {
     }
 
     /// `product` names the service where it is not the engine's own.
-    void addKey(Setting<QString>& key, const QString& field, const QString& product = {}) {
+    void addKey(Setting<QString>& key, const QString& product = {}) {
         auto* edit = new KeyField(&card_);
         QLabel* label = card_.addField(edit);
         bindings_.translated(
@@ -56,13 +56,12 @@ class EngineCard {
                                    (product.isEmpty() ? QString() : product + u": "_s) + reveal,
                                reveal);
             });
-        bindings_.bind(edit->edit(), bindings_.setting(key, field), Blanks::Trimmed);
+        bindings_.bind(edit->edit(), key, Blanks::Trimmed);
     }
 
-    void addText(Setting<QString>& text, const QString& field, const QString& key,
-                 const QString& placeholderKey = {}) {
+    void addText(Setting<QString>& text, const QString& key, const QString& placeholderKey = {}) {
         auto* edit = new QLineEdit(&card_);
-        bindings_.bind(edit, bindings_.setting(text, field), Blanks::Trimmed);
+        bindings_.bind(edit, text, Blanks::Trimmed);
         addNamedField(card_, bindings_, edit, key, section_);
         if (!placeholderKey.isEmpty()) {
             bindings_.translated(edit, [&bindings = bindings_, edit, placeholderKey] {
@@ -71,21 +70,21 @@ class EngineCard {
         }
     }
 
-    void addPort(Setting<std::int64_t>& port, const QString& field, const QString& key) {
+    void addPort(Setting<std::int64_t>& port, const QString& key) {
         auto* box = new PortField(&card_);
-        bindings_.bind(box, bindings_.setting(port, field));
+        bindings_.bind(box, port);
         addNamedField(card_, bindings_, box, key, section_);
     }
 
     /// A place out of a list. One that is stored but not in the list stays and is offered, too.
-    void addPlaces(Setting<QString>& place, const QString& field, const QString& key,
+    void addPlaces(Setting<QString>& place, const QString& key,
                    std::span<const ServiceRegion> places) {
         auto* combo = new FieldCombo(FieldCombo::Search::ByTyping, &card_);
         const auto refresh = [combo, &place, places] {
             const QSignalBlocker blocker(combo);
             combo->setEntries(entries(places, place.get()), place.get());
         };
-        bindings_.follow(combo, {field}, refresh);
+        bindings_.follow(combo, {&place}, refresh);
         QObject::connect(combo, &FieldCombo::chosen, &bindings_,
                          [&place](const QString& id) { place.set(id); });
         addNamedField(card_, bindings_, combo, key, section_);
@@ -114,7 +113,7 @@ class EngineCard {
             clear->setEnabled(!file.isEmpty());
         };
         bindings_.translated(static_cast<QObject*>(path), refresh);
-        bindings_.follow(path, {u"googleServiceAccountPath"_s}, refresh);
+        bindings_.follow(path, {&settings_.googleServiceAccountPath}, refresh);
         SettingsActions& actions = context_.actions;
         QObject::connect(choose, &QPushButton::clicked, &card_,
                          [&actions] { actions.pickServiceAccountJSON(); });
@@ -143,37 +142,35 @@ class EngineCard {
 
 /// Google translates for the engines that do not translate themselves.
 void addTranslationKey(EngineCard& card, TranslationSettings& settings) {
-    card.addKey(settings.googleApiKey, u"googleApiKey"_s, u"Google Translate"_s);
+    card.addKey(settings.googleApiKey, u"Google Translate"_s);
 }
 
 void fill(EngineCard& card, const QString& engine, TranslationSettings& settings) {
     if (engine == "deepgram"_L1) {
-        card.addKey(settings.deepgramApiKey, u"deepgramApiKey"_s);
+        card.addKey(settings.deepgramApiKey);
         addTranslationKey(card, settings);
         card.addHint(u"settings.engine.deepgram.hint"_s);
     } else if (engine == "assemblyai"_L1) {
-        card.addKey(settings.assemblyaiApiKey, u"assemblyaiApiKey"_s);
+        card.addKey(settings.assemblyaiApiKey);
         addTranslationKey(card, settings);
         card.addHint(u"settings.engine.assemblyai.hint"_s);
     } else if (engine == "google_rest"_L1) {
-        card.addKey(settings.googleApiKey, u"googleApiKey"_s);
+        card.addKey(settings.googleApiKey);
         card.addHint(u"settings.engine.google_rest.hint"_s);
     } else if (engine == "google_grpc"_L1) {
         card.addServiceAccount();
-        card.addText(settings.googleProjectId, u"googleProjectId"_s,
-                     u"settings.engine.project_id"_s, u"settings.engine.project_id.optional"_s);
-        card.addPlaces(settings.googleLocation, u"googleLocation"_s, u"settings.engine.location"_s,
-                       googleLocations());
+        card.addText(settings.googleProjectId, u"settings.engine.project_id"_s,
+                     u"settings.engine.project_id.optional"_s);
+        card.addPlaces(settings.googleLocation, u"settings.engine.location"_s, googleLocations());
         addTranslationKey(card, settings);
         card.addHint(u"settings.engine.google_grpc.hint"_s);
     } else if (engine == "azure"_L1) {
-        card.addKey(settings.azureApiKey, u"azureApiKey"_s);
-        card.addPlaces(settings.azureRegion, u"azureRegion"_s, u"settings.engine.region"_s,
-                       azureRegions());
+        card.addKey(settings.azureApiKey);
+        card.addPlaces(settings.azureRegion, u"settings.engine.region"_s, azureRegions());
         card.addHint(u"settings.engine.azure.hint"_s);
     } else if (engine == "vosk"_L1) {
-        card.addText(settings.voskHost, u"voskHost"_s, u"settings.vrc.host"_s);
-        card.addPort(settings.voskPort, u"voskPort"_s, u"settings.vrc.port"_s);
+        card.addText(settings.voskHost, u"settings.vrc.host"_s);
+        card.addPort(settings.voskPort, u"settings.vrc.port"_s);
         card.addHint(u"settings.engine.vosk.hint"_s);
     }
 }
@@ -192,7 +189,7 @@ void addEngineFields(CardColumn& column, const TabContext& context, const Engine
     Card* card = column.addCard();
     EngineCard fields(*card, context, option);
     fill(fields, option.id, settings);
-    context.bindings.follow(card, {u"sttEngine"_s}, [card, &settings, id = option.id] {
+    context.bindings.follow(card, {&settings.sttEngine}, [card, &settings, id = option.id] {
         card->setVisible(settings.sttEngine.get() == id);
     });
 }

@@ -36,7 +36,7 @@ void addRows(Card& card, const TabContext& context) {
         bindings.translated(row, [&bindings, row, option] {
             row->setTexts(engineName(option, bindings), bindings.text(option.detailKey));
         });
-        bindings.follow(row, {u"sttEngine"_s}, [row, &engine] {
+        bindings.follow(row, {&engine}, [row, &engine] {
             const QSignalBlocker blocker(row);
             row->setChecked(engine.get() == row->engineId());
         });
@@ -59,7 +59,7 @@ QWidget* makeEnginesTab(const TabContext& context) {
     addRows(list, context);
     auto* info = new ToneLabel(&list);
     list.rows()->addWidget(info);
-    bindings.follow(info, {u"sttEngine"_s}, [info, &settings] {
+    bindings.follow(info, {&settings.sttEngine}, [info, &settings] {
         info->setText(engineInfoText(settings.sttEngine.get()));
         info->setVisible(!info->text().isEmpty());
     });

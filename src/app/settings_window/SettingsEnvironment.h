@@ -7,7 +7,6 @@
 namespace orv {
 
 class Bindings;
-class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
 class FileChooser;
@@ -17,20 +16,17 @@ class TranslationSettings;
 class UpdateControl;
 class WhisperModelManager;
 
-/// What the settings window shows and works on. The references outlive it; the functions may be
-/// empty and are called on the main thread.
+/// What the settings window shows and works on. The references outlive it; the function may be
+/// empty and is called on the main thread.
 struct SettingsEnvironment {
     TranslationSettings& settings;
-    DefaultsStore& store;
     L10n& l10n;
     Dialogs& dialogs;
     FileChooser& chooser;
     DesktopOpener& opener;
     UpdateControl& updates;
     UserPaths paths;
-    std::function<void()> sendVRChatTest;    ///< Sends the test message, whether enabled or not.
-    std::function<void()> appearanceChanged; ///< The subtitles shall look otherwise from now on.
-    std::function<void()> autoStopChanged;   ///< Whether the backend ends with the program.
+    std::function<void()> sendVRChatTest; ///< Sends the test message, whether enabled or not.
 };
 
 /// What the tabs of one settings window share. The references outlive the tabs.

@@ -1,6 +1,5 @@
 #include "OverlayWindow.h"
 
-#include "DefaultsStore.h"
 #include "DesktopComposition.h"
 #include "OverlayLayout.h"
 #include "SpeechSynthesizer.h"
@@ -16,8 +15,6 @@
 #include <utility>
 
 namespace orv {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -43,7 +40,8 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
     : QWidget(nullptr, overlayFlags)
     , environment_(std::move(environment))
     , originalField_(new SubtitleLabel(this))
-    , textField_(new SubtitleLabel(this)) {
+    , textField_(new SubtitleLabel(this))
+    , choices_(environment_.choices) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -64,14 +62,13 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
 OverlayWindow::~OverlayWindow() = default;
 
 void OverlayWindow::prepare() {
-    const DefaultsStore& store = environment_.store;
-    if (store.boolean(u"showOverlay"_s).value_or(true)) {
+    if (choices_.isShown) {
         create();
         // The first text of a program takes tens of milliseconds: the fonts are looked for.
         layoutForContent(windowTitle(), windowTitle() + u'…', SubtitleFonts::system(),
                          mainScreen());
     }
-    if (store.boolean(u"speakTranslations"_s).value_or(false)) {
+    if (choices_.isSpoken) {
         environment_.speech.prepare();
     }
 }
@@ -104,14 +101,12 @@ void OverlayWindow::takeResult() {
 }
 
 void OverlayWindow::present(const Result& result) {
-    const DefaultsStore& store = environment_.store;
-    lines_ = subtitleLines(result.original, result.translation,
-                           store.boolean(u"showOriginal"_s).value_or(false));
+    lines_ = subtitleLines(result.original, result.translation, choices_.showOriginal);
     composited_ = environment_.isComposited();
     unpainted_ = true;
     arrange();
     bringToFront();
-    if (lines_.spoken && store.boolean(u"speakTranslations"_s).value_or(false)) {
+    if (lines_.spoken && choices_.isSpoken) {
         environment_.speech.speak(*lines_.spoken);
     }
     hideTimer_.start(environment_.timings.hide);
@@ -127,10 +122,17 @@ void OverlayWindow::endSubtitles() {
     hide();
 }
 
+void OverlayWindow::setChoices(const SubtitleChoices& choices) {
+    const bool looksTheSame = choices.appearance == choices_.appearance;
+    choices_ = choices;
+    if (!looksTheSame) {
+        applyAppearance();
+    }
+}
+
 void OverlayWindow::applyAppearance() {
-    appearance_ = SubtitleAppearance::fromStore(environment_.store);
-    originalField_->setColor(appearance_.original);
-    textField_->setColor(appearance_.translation);
+    originalField_->setColor(choices_.appearance.original);
+    textField_->setColor(choices_.appearance.translation);
     update();
 }
 
@@ -193,17 +195,19 @@ void OverlayWindow::paintEvent(QPaintEvent* /*event*/) {
     const int margin = shadowMargin();
     const QRect frame = rect().marginsRemoved({margin, margin, margin, margin});
     if (composited_) {
-        shadow_.draw(painter, frame, appearance_.background.alphaF());
+        shadow_.draw(painter, frame, choices_.appearance.background.alphaF());
     }
-    const QColor background = composited_ ? appearance_.background : opaque(appearance_.background);
-    if (appearance_.border) {
+    const QColor background =
+        composited_ ? choices_.appearance.background : opaque(choices_.appearance.background);
+    if (choices_.appearance.border) {
         // The border covers the edge of the background, which would shine through round it.
         constexpr double width = OverlayLengths::borderWidth;
         if (!composited_) {
-            painter.fillRect(rect(), *appearance_.border);
+            painter.fillRect(rect(), *choices_.appearance.border);
         }
         painter.fillPath(roundedFrame(frame, width / 2), background);
-        painter.strokePath(roundedFrame(frame, width / 2), QPen(*appearance_.border, width));
+        painter.strokePath(roundedFrame(frame, width / 2),
+                           QPen(*choices_.appearance.border, width));
     } else if (composited_) {
         painter.fillPath(roundedFrame(frame, 0), background);
     } else {

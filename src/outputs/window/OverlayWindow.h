@@ -3,7 +3,7 @@
 #include "OverlayFrames.h"
 #include "PostTarget.h"
 #include "SoftShadow.h"
-#include "SubtitleAppearance.h"
+#include "SubtitleChoices.h"
 #include "SubtitleLines.h"
 
 #include <QPointer>
@@ -18,7 +18,6 @@
 
 namespace orv {
 
-class DefaultsStore;
 class SpeechSynthesizer;
 class SubtitleLabel;
 
@@ -29,9 +28,9 @@ struct OverlayTimings {
 
 /// What the window is given. The references outlive it.
 struct OverlayEnvironment {
-    DefaultsStore& store;
     SpeechSynthesizer& speech;
     std::function<bool()> isComposited; ///< Whether translucent windows are possible now.
+    SubtitleChoices choices;            ///< Until others are handed in.
     OverlayTimings timings = {};
 };
 
@@ -64,8 +63,9 @@ class OverlayWindow : public QWidget {
     /// decides: neither blanks nor control characters.
     void showTranslation(const QString& original, const QString& translation);
 
-    /// Takes over the colours that the store holds now, also while the window is shown.
-    void applyAppearance();
+    /// What holds from now on: the colours at once, also while the window is shown, the rest from
+    /// the next result on.
+    void setChoices(const SubtitleChoices& choices);
 
     /// The end of a run: hides the window, ends speech at once, and forgets a result that is still
     /// on its way.
@@ -91,6 +91,7 @@ class OverlayWindow : public QWidget {
         QString translation;
     };
 
+    void applyAppearance();
     void takeResult();
     void present(const Result& result);
     void arrange();
@@ -108,7 +109,7 @@ class OverlayWindow : public QWidget {
     SubtitleLabel* originalField_;
     SubtitleLabel* textField_;
     SubtitleLines lines_;
-    SubtitleAppearance appearance_;
+    SubtitleChoices choices_;
     OverlayFrames frames_;
     SoftShadow shadow_;
     QPointer<QScreen> followed_;
