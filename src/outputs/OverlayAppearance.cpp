@@ -59,6 +59,12 @@ void watchOverlayAppearance(const SettingsList& settings, QObject* context,
              [&settings, show] { show(OverlayAppearance::fromSettings(settings)); });
 }
 
+QJsonObject OverlayStyle::toJson() const {
+    return {{u"background"_s, QString::fromUtf8(background)},
+            {u"border"_s, QString::fromUtf8(border)},
+            {u"color"_s, QString::fromUtf8(color)}};
+}
+
 OverlayStyle overlayStyle(const OverlayAppearance& appearance) {
     OverlayStyle style{.background = rgba(appearance.background, appearance.opacity),
                        .border = {},

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QColor>
+#include <QJsonObject>
 #include <QObject>
 #include <QString>
 
@@ -36,6 +37,9 @@ struct OverlayStyle {
     QByteArray background;
     QByteArray border; ///< Empty for none.
     QByteArray color;  ///< Of both lines.
+
+    /// For the page's script. Holds nothing that could end the script.
+    QJsonObject toJson() const;
 };
 
 OverlayStyle overlayStyle(const OverlayAppearance& appearance);

@@ -13,6 +13,7 @@ QByteArray OverlayResult::toJson() const {
         {u"translation"_s, translation},
         {u"ts"_s, lastUpdate},
         {u"showOriginal"_s, appearance.showOriginal},
+        {u"style"_s, overlayStyle(appearance).toJson()},
     };
     const QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
     return json.isEmpty() ? "{}"_ba : json;

@@ -1,5 +1,7 @@
 #include "OverlayPage.h"
 
+#include <QJsonDocument>
+
 namespace orv {
 
 namespace {
@@ -51,11 +53,31 @@ const orig = document.getElementById("orig");
 const trans = document.getElementById("trans");
 let lastTs = 0;
 let lastChange = Date.now();
+let shown = )";
+
+constexpr char afterStyle[] = R"(;
+
+// An assignment of what is no colour changes nothing, so that each goes after one of what holds
+// without a declaration.
+function follow(style) {
+  if (!style || Object.keys(shown).every(name => shown[name] === style[name])) {
+    return;
+  }
+  shown = style;
+  box.style.background = style.background;
+  box.style.border = "none";
+  box.style.border = style.border || "none";
+  for (const line of [orig, trans]) {
+    line.style.color = "inherit";
+    line.style.color = style.color || "inherit";
+  }
+}
 
 async function poll() {
   try {
     const answer = await fetch("/text", { cache: "no-store" });
     const result = await answer.json();
+    follow(result.style);
     orig.style.display = result.showOriginal === true ? "block" : "none";
     if (result.ts !== lastTs) {
       lastTs = result.ts;
@@ -83,11 +105,12 @@ setInterval(poll, 300);
 } // namespace
 
 QByteArray overlayPage(const OverlayAppearance& appearance) {
-    constexpr qsizetype valueBytes = 256;
+    constexpr qsizetype valueBytes = 512;
     const OverlayStyle style = overlayStyle(appearance);
     QByteArray page;
     page.reserve(static_cast<qsizetype>(sizeof(beforeBackground) + sizeof(afterBorder) +
-                                        sizeof(betweenTextColors) + sizeof(afterTextColors)) +
+                                        sizeof(betweenTextColors) + sizeof(afterTextColors) +
+                                        sizeof(afterStyle)) +
                  valueBytes);
     page.append(beforeBackground);
     page.append(style.background);
@@ -102,6 +125,8 @@ QByteArray overlayPage(const OverlayAppearance& appearance) {
     page.append(betweenTextColors);
     page.append(style.color);
     page.append(afterTextColors);
+    page.append(QJsonDocument(style.toJson()).toJson(QJsonDocument::Compact));
+    page.append(afterStyle);
     return page;
 }
 

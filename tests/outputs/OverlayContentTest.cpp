@@ -29,14 +29,17 @@ TEST(OverlayContent, findsNothingElse) {
     EXPECT_EQ(notFoundResponse().contentType, "text/plain; charset=utf-8");
 }
 
-TEST(OverlayContent, encodesAResultWithItsFourMembers) {
+TEST(OverlayContent, encodesAResultWithItsMembersAndTheLook) {
     const OverlayResult result{
         u"Grüße \"\n</script>"_s, u"日本語 🎧"_s, 1700000000.123,
         OverlayAppearance{QColor(1, 2, 3), 0.5, u"#FFFFFF"_s, std::nullopt, true}};
     const QJsonObject expected{{u"original"_s, result.original},
                                {u"translation"_s, result.translation},
                                {u"ts"_s, 1700000000.123},
-                               {u"showOriginal"_s, true}};
+                               {u"showOriginal"_s, true},
+                               {u"style"_s, QJsonObject{{u"background"_s, u"rgba(1,2,3,0.5)"_s},
+                                                        {u"border"_s, QString()},
+                                                        {u"color"_s, u"#FFFFFF"_s}}}};
     EXPECT_EQ(QJsonDocument::fromJson(result.toJson()).object(), expected);
 }
 

@@ -204,7 +204,10 @@ TEST_F(OverlayServerTest, hasEmptyTextsBeforeAnyResult) {
         {u"original"_s, QString()},
         {u"translation"_s, QString()},
         {u"ts"_s, 0},
-        {u"showOriginal"_s, false}};
+        {u"showOriginal"_s, false},
+        {u"style"_s, QJsonObject{{u"background"_s, u"rgba(144,238,144,0.85)"_s},
+                                 {u"border"_s, u"3px solid #2E7D32"_s},
+                                 {u"color"_s, u"#000000"_s}}}};
     EXPECT_EQ(document(startAnywhere()), expected);
 }
 
@@ -266,6 +269,8 @@ TEST_F(OverlayServerTest, followsTheColoursWithoutARestart) {
     EXPECT_TRUE(get(port, "/overlay").contains("rgba(144,238,144,0.85)"));
     settings.overlayBgColor.set(u"#010203"_s);
     EXPECT_TRUE(get(port, "/overlay").contains("rgba(1,2,3,0.85)"));
+    EXPECT_EQ(document(port).value(u"style"_s).toObject().value(u"background"_s),
+              u"rgba(1,2,3,0.85)"_s);
     EXPECT_EQ(log.count(runningLine(port)), 1);
 }
 
