@@ -24,7 +24,6 @@ StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)
     settings_.assemblyaiApiKey.set(u"key"_s);
     manager_ = std::make_unique<AudioManager>(
         AudioEnvironment{.settings = settings_,
-                         .store = store_,
                          .capture = capture_,
                          .engines = engines_,
                          .showNotice = {},

@@ -1,12 +1,12 @@
 #include "AppDelegate.h"
 
 #include "AlertNotes.h"
-#include "DefaultsStore.h"
 #include "DesktopOpener.h"
 #include "Dialogs.h"
 #include "Log.h"
 #include "OverlayServer.h"
 #include "Quit.h"
+#include "TranslationSettings.h"
 #include "UpdateChecker.h"
 #include "UserNotifications.h"
 
@@ -28,13 +28,13 @@ void AppDelegate::applicationDidFinishLaunching() {
     environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
     environment_.tray.setAvailabilityHandler(
         [this](bool available) { trayAvailabilityChanged(available); });
-    environment_.overlayServer.applySettings();
+    environment_.overlayServer.applySettings(OverlayServing::fromSettings(environment_.settings));
     observeUpdates();
     askForNotifications();
     if (!environment_.tray.isAvailable()) {
         environment_.panel.showAsWindow();
     }
-    if (environment_.store.boolean(u"autoStartBackend"_s).value_or(false)) {
+    if (environment_.settings.autoStartBackend.get()) {
         logLine(u"Auto-Start Backend aktiviert");
         QTimer::singleShot(environment_.timings.autoStart, this, [this] {
             if (!environment_.quit.isUnderWay()) {
@@ -191,7 +191,7 @@ void AppDelegate::quitApp() {
 
 void AppDelegate::applicationWillTerminate() {
     environment_.overlayServer.stop();
-    if (environment_.store.boolean(u"autoStopBackend"_s).value_or(true)) {
+    if (environment_.settings.autoStopBackend.get()) {
         logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");
         environment_.backend.stopBackend();
     } else {

@@ -15,11 +15,11 @@
 
 namespace orv {
 
-class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
 class OverlayServer;
 class Quit;
+class TranslationSettings;
 class UpdateChecker;
 class UserNotifications;
 
@@ -30,7 +30,7 @@ struct DelegateTimings {
 
 /// What the delegate is given. The references outlive it.
 struct DelegateEnvironment {
-    DefaultsStore& store;
+    const TranslationSettings& settings;
     Tray& tray;
     Panel& panel;
     BackendControl& backend;

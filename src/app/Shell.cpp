@@ -47,11 +47,19 @@ Shell::~Shell() = default;
 
 void Shell::createSettings() {
     registerDefaultSettings(store_);
-    l10n_ = std::make_unique<L10n>(store_, systemLanguageCode());
-    toolkitTexts_ = std::make_unique<ToolkitTexts>(*l10n_);
-    overlayServer_ = std::make_unique<OverlayServer>(store_);
+    overlayServer_ = std::make_unique<OverlayServer>();
     settings_ =
-        std::make_unique<TranslationSettings>(store_, [this] { overlayServer_->applySettings(); });
+        std::make_unique<TranslationSettings>(store_, [this](const TranslationSettings& settings) {
+            // The look comes first: the server may answer before this constructor is done.
+            overlayServer_->setAppearance(OverlayAppearance::fromSettings(settings));
+            overlayServer_->applySettings(OverlayServing::fromSettings(settings));
+        });
+    overlayServer_->setAppearance(OverlayAppearance::fromSettings(*settings_));
+    watchOverlayAppearance(
+        *settings_, settings_.get(),
+        [this](const OverlayAppearance& appearance) { overlayServer_->setAppearance(appearance); });
+    l10n_ = std::make_unique<L10n>(settings_->uiLanguage, systemLanguageCode());
+    toolkitTexts_ = std::make_unique<ToolkitTexts>(*l10n_);
 }
 
 void Shell::createOutputs() {
@@ -59,8 +67,13 @@ void Shell::createOutputs() {
     vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
     vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
     speech_ = createSystemSpeechSynthesizer();
-    overlayWindow_ = std::make_unique<OverlayWindow>(OverlayEnvironment{
-        .store = store_, .speech = *speech_, .isComposited = isDesktopComposited});
+    overlayWindow_ = std::make_unique<OverlayWindow>(
+        OverlayEnvironment{.speech = *speech_,
+                           .isComposited = isDesktopComposited,
+                           .choices = SubtitleChoices::fromSettings(*settings_)});
+    watchSubtitleChoices(*settings_, overlayWindow_.get(), [this](const SubtitleChoices& choices) {
+        overlayWindow_->setChoices(choices);
+    });
 }
 
 void Shell::addOutputs() {
@@ -85,19 +98,18 @@ void Shell::createServices(const UserPaths& paths) {
     const auto lookUp = [this](const QString& key) { return text(key); };
     capture_ = createSystemAudioCapture();
     portProbe_ = createSystemPortProbe();
-    engine_ = std::make_unique<TranslationEngine>(BackendEnvironment{
-        .interpreter = paths.backendInterpreter(),
-        .script = paths.backendScript(),
-        .probe = *portProbe_,
-        .dialogs = dialogs_,
-        .text = lookUp,
-        .networkAccess = [this] { return settings_->networkAccess.get(); },
-        .mayOutlive = [this] { return !store_.boolean(u"autoStopBackend"_s).value_or(true); },
-        .installer = backendInstaller()});
+    engine_ = std::make_unique<TranslationEngine>(
+        BackendEnvironment{.interpreter = paths.backendInterpreter(),
+                           .script = paths.backendScript(),
+                           .probe = *portProbe_,
+                           .dialogs = dialogs_,
+                           .text = lookUp,
+                           .networkAccess = [this] { return settings_->networkAccess.get(); },
+                           .mayOutlive = [this] { return !settings_->autoStopBackend.get(); },
+                           .installer = backendInstaller()});
     quit_ = std::make_unique<Quit>(*engine_, terminate_);
     audio_ =
         std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
-                                                        .store = store_,
                                                         .capture = *capture_,
                                                         .engines = parts_.engines,
                                                         .showNotice =
@@ -125,7 +137,7 @@ void Shell::createInterface() {
                           .updateURLs = parts_.addresses.updateManifests,
                           .opener = opener_});
     delegate_ = std::make_unique<AppDelegate>(
-        DelegateEnvironment{.store = store_,
+        DelegateEnvironment{.settings = *settings_,
                             .tray = *tray_,
                             .panel = window_,
                             .backend = *engine_,
@@ -172,7 +184,6 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
 
 std::unique_ptr<QWidget> Shell::makeSettings() {
     return makeSettingsWindow({.settings = *settings_,
-                               .store = store_,
                                .engines = parts_.engines,
                                .l10n = *l10n_,
                                .dialogs = dialogs_,
@@ -180,9 +191,7 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
                                .opener = opener_,
                                .updates = *updates_,
                                .paths = paths_,
-                               .outputCards = outputCards(),
-                               .appearanceChanged = [this] { overlayWindow_->applyAppearance(); },
-                               .autoStopChanged = [this] { engine_->refreshMayOutlive(); }});
+                               .outputCards = outputCards()});
 }
 
 void Shell::connectObjects() {
@@ -202,14 +211,13 @@ void Shell::connectSubtitles() {
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
     // Also at the start of a run, which assigns these settings.
-    QObject::connect(settings_.get(), &TranslationSettings::changed, overlayWindow_.get(),
-                     [this](const QString& key) {
-                         const bool concerns =
-                             key == "speakTranslation"_L1 || key == "showOverlay"_L1;
-                         if (concerns && controller_->isTranslating()) {
-                             overlayWindow_->prepare();
-                         }
-                     });
+    watchAll({&settings_->speakTranslation, &settings_->showOverlay}, overlayWindow_.get(), [this] {
+        if (controller_->isTranslating()) {
+            overlayWindow_->prepare();
+        }
+    });
+    settings_->autoStopBackend.watch(engine_.get(),
+                                     [this](bool /*stops*/) { engine_->refreshMayOutlive(); });
 }
 
 void Shell::launch() {

@@ -78,10 +78,10 @@ class Shell {
     const ProgramParts parts_;
     std::function<void()> terminate_;
     DefaultsStore store_;
-    std::unique_ptr<L10n> l10n_;
-    std::unique_ptr<ToolkitTexts> toolkitTexts_;
     std::unique_ptr<OverlayServer> overlayServer_;
     std::unique_ptr<TranslationSettings> settings_;
+    std::unique_ptr<L10n> l10n_;
+    std::unique_ptr<ToolkitTexts> toolkitTexts_;
     std::unique_ptr<VRChatOutput> vrchat_;
     std::unique_ptr<VmixTracking> vmixTracking_;
     std::unique_ptr<VmixSender> vmix_;

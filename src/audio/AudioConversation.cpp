@@ -1,7 +1,6 @@
 // What is said to and by the backend or the direct engine of a run.
 
 #include "AudioManagerPrivate.h"
-#include "DefaultsStore.h"
 #include "DirectEngineSetup.h"
 #include "EngineCatalogue.h"
 #include "Log.h"

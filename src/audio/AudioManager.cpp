@@ -64,24 +64,12 @@ bool AudioManager::vadEnabled() const {
     return d_->chunker.vadEnabled();
 }
 
-void AudioManager::setVadEnabled(bool enabled) {
-    d_->setVadEnabled(enabled);
-}
-
 double AudioManager::vadSilenceDuration() const {
     return d_->chunker.vadSilenceDuration();
 }
 
-void AudioManager::setVadSilenceDuration(double milliseconds) {
-    d_->setVadSilenceDuration(milliseconds);
-}
-
 float AudioManager::vadThreshold() const {
     return d_->chunker.vadThreshold();
-}
-
-void AudioManager::setVadThreshold(float db) {
-    d_->setVadThreshold(db);
 }
 
 void AudioManager::refreshLists() {

@@ -20,7 +20,6 @@
 namespace orv {
 
 class AudioCapture;
-class DefaultsStore;
 class EngineCatalogue;
 class TranslationSettings;
 
@@ -37,7 +36,6 @@ struct AudioTimings {
 /// What the audio manager is given. The references outlive it.
 struct AudioEnvironment {
     TranslationSettings& settings;
-    DefaultsStore& store;
     AudioCapture& capture;
     const EngineCatalogue& engines;
     /// Shows the user a notice; called on the main thread.
@@ -73,13 +71,10 @@ class AudioManager : public QObject, public CaptureControl {
     float audioLevel() const; ///< 0..1, smoothed.
     float peakLevel() const;  ///< 0..1, peak hold.
 
-    // Pause detection; persisted under the same keys.
+    // Pause detection, which follows its three settings at once.
     bool vadEnabled() const;
-    void setVadEnabled(bool enabled);
     double vadSilenceDuration() const; ///< Milliseconds.
-    void setVadSilenceDuration(double milliseconds);
-    float vadThreshold() const; ///< dB.
-    void setVadThreshold(float db);
+    float vadThreshold() const;        ///< dB.
 
     /// Asks the platform again for devices and applications; the lists follow by signal.
     void refreshLists();

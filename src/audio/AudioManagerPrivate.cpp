@@ -1,8 +1,8 @@
 #include "AudioManagerPrivate.h"
 
 #include "ChunkerLines.h"
-#include "DefaultsStore.h"
 #include "Log.h"
+#include "TranslationSettings.h"
 
 #include <utility>
 
@@ -11,10 +11,6 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 namespace {
-
-const QString vadEnabledKey = u"vadEnabled"_s;
-const QString vadSilenceDurationKey = u"vadSilenceDuration"_s;
-const QString vadThresholdKey = u"vadThreshold"_s;
 
 Chunker::TimePoint now() {
     return std::chrono::steady_clock::now();
@@ -31,7 +27,7 @@ AudioManager::Private::Private(AudioManager& manager, AudioEnvironment environme
     , messages_(messageActions())
     , linkThread_(u"io.tavrin.orv.link"_s)
     , sender_([this](std::vector<float>&& samples) { chunker.recycle(std::move(samples)); }) {
-    loadPauseDetection();
+    followPauseDetection();
 
     // Coarse timers may end before their time.
     readyTimer_.setTimerType(Qt::PreciseTimer);
@@ -53,38 +49,24 @@ AudioManager::Private::~Private() {
     directEngine_.reset();
 }
 
-void AudioManager::Private::loadPauseDetection() {
-    if (const auto enabled = env.store.boolean(vadEnabledKey)) {
-        chunker.setVadEnabled(*enabled);
-    }
-    const double duration = env.store.doubleValue(vadSilenceDurationKey).value_or(0);
-    if (duration > 0) {
-        chunker.setVadSilenceDuration(duration);
-    }
-    const float threshold = env.store.floatValue(vadThresholdKey).value_or(0);
-    if (threshold < 0) {
-        chunker.setVadThreshold(threshold);
-    }
+void AudioManager::Private::followPauseDetection() {
+    const TranslationSettings& settings = env.settings;
+    chunker.setVadEnabled(settings.vadEnabled.get());
+    chunker.setVadSilenceDuration(settings.vadSilenceDuration.get());
+    chunker.setVadThreshold(settings.vadThreshold.get());
+    settings.vadEnabled.watch(&q, [this](bool enabled) { setVadEnabled(enabled); });
+    settings.vadSilenceDuration.watch(
+        &q, [this](double milliseconds) { chunker.setVadSilenceDuration(milliseconds); });
+    settings.vadThreshold.watch(&q, [this](float db) { chunker.setVadThreshold(db); });
 }
 
 void AudioManager::Private::setVadEnabled(bool enabled) {
     const bool before = chunker.vadEnabled();
     chunker.setVadEnabled(enabled);
-    env.store.setBool(vadEnabledKey, enabled);
     logLine(chunkerLines::vadEnabledChanged(before, enabled, chunker.isConnected()));
     if (chunker.isConnected()) {
         startSendTimer();
     }
-}
-
-void AudioManager::Private::setVadSilenceDuration(double milliseconds) {
-    chunker.setVadSilenceDuration(milliseconds);
-    env.store.setDouble(vadSilenceDurationKey, milliseconds);
-}
-
-void AudioManager::Private::setVadThreshold(float db) {
-    chunker.setVadThreshold(db);
-    env.store.setFloat(vadThresholdKey, db);
 }
 
 void AudioManager::Private::startSendTimer() {

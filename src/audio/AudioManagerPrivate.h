@@ -40,11 +40,6 @@ class AudioManager::Private {
     // AudioConversation.cpp: what is said to and by the backend or engine.
     void sendConfig(const RunConfiguration& configuration);
 
-    // AudioManagerPrivate.cpp: pause detection and meter.
-    void setVadEnabled(bool enabled);
-    void setVadSilenceDuration(double milliseconds);
-    void setVadThreshold(float db);
-
     AudioManager& q;
     const AudioEnvironment env;
 
@@ -66,7 +61,9 @@ class AudioManager::Private {
     CaptureSources sources;
 
   private:
-    void loadPauseDetection();
+    // AudioManagerPrivate.cpp: pause detection and meter.
+    void followPauseDetection();
+    void setVadEnabled(bool enabled);
     void startSendTimer();
     void readMeter();
 

@@ -1,11 +1,13 @@
 #include "WhisperEngine.h"
 
+#include "SettingsList.h"
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
 EngineDescriptor whisperEngine() {
-    return {.id = u"whisper"_s,
+    return {.id = defaultSttEngine,
             .nameKey = u"settings.engine.whisper.name"_s,
             .detailKey = u"settings.engine.whisper.detail"_s,
             .icon = u"waveform.badge.mic"_s,

@@ -11,21 +11,11 @@ namespace orv {
 
 namespace {
 
-const QString languageKey = u"uiLanguage"_s;
-
 #ifdef Q_OS_LINUX
 const QString platformSuffix = u".linux"_s;
 #else
 const QString platformSuffix;
 #endif
-
-UILanguage initialLanguage(const DefaultsStore& store, const QString& systemLanguage) {
-    if (const auto stored =
-            UILanguage::fromRawValue(store.string(languageKey).value_or(QString()))) {
-        return *stored;
-    }
-    return UILanguage::fromRawValue(systemLanguage).value_or(UILanguage::English);
-}
 
 std::optional<QString> lookUp(UILanguage language, const QString& key) {
     return L10n::strings().at(language).text(key);
@@ -46,10 +36,27 @@ QString systemLanguageCode() {
     return languageCode(QLocale::system().uiLanguages().value(0));
 }
 
-L10n::L10n(DefaultsStore& store, const QString& systemLanguage, QObject* parent)
+L10n::L10n(Setting<QString>& choice, const QString& systemLanguage, QObject* parent)
     : QObject(parent)
-    , store_(store)
-    , current_(initialLanguage(store, systemLanguage)) {}
+    , choice_(choice)
+    , systemLanguage_(systemLanguage)
+    , current_(chosenLanguage()) {
+    choice_.watch(this, [this](const QString& /*code*/) { followChoice(); });
+}
+
+UILanguage L10n::chosenLanguage() const {
+    if (const auto chosen = UILanguage::fromRawValue(choice_.get())) {
+        return *chosen;
+    }
+    return UILanguage::fromRawValue(systemLanguage_).value_or(UILanguage::English);
+}
+
+void L10n::followChoice() {
+    const UILanguage language = chosenLanguage();
+    if (std::exchange(current_, language) != language) {
+        Q_EMIT currentChanged();
+    }
+}
 
 L10n& L10n::shared() {
     return SharedInstance<L10n>::get();
@@ -80,11 +87,7 @@ QString L10n::platformText(const QString& key) const {
 }
 
 void L10n::setCurrent(UILanguage language) {
-    const UILanguage before = std::exchange(current_, language);
-    store_.setString(languageKey, language.rawValue());
-    if (before != language) {
-        Q_EMIT currentChanged();
-    }
+    choice_.set(language.rawValue());
 }
 
 } // namespace orv

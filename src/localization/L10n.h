@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DefaultsStore.h"
+#include "Setting.h"
 #include "SharedInstance.h"
 #include "StringTable.h"
 #include "UILanguage.h"
@@ -25,10 +25,10 @@ class L10n : public QObject {
     Q_OBJECT
 
   public:
-    /// The language stored under "uiLanguage" in `store` (which must outlive the object); if it is
-    /// none of the five, `systemLanguage`; if that is none of the five either, English. The choice
-    /// is not written back.
-    L10n(DefaultsStore& store, const QString& systemLanguage, QObject* parent = nullptr);
+    /// Shows the language that `choice` (which must outlive the object) names, now and after each
+    /// assignment; if it names none of the five, `systemLanguage`; if that is none of the five
+    /// either, English. What follows from that is never written back.
+    L10n(Setting<QString>& choice, const QString& systemLanguage, QObject* parent = nullptr);
 
     /// The process-wide instance: the one there is. Nothing inside the libraries asks for it.
     static L10n& shared();
@@ -45,8 +45,8 @@ class L10n : public QObject {
 
     UILanguage current() const { return current_; }
 
-    /// Changes the language and writes it to the store under "uiLanguage", also when it is the
-    /// current one: from then on the system's language no longer decides.
+    /// Changes the language by assigning it to the setting, also when it is the current one: from
+    /// then on the system's language no longer decides.
     void setCurrent(UILanguage language);
 
   Q_SIGNALS:
@@ -54,7 +54,11 @@ class L10n : public QObject {
     void currentChanged();
 
   private:
-    DefaultsStore& store_;
+    UILanguage chosenLanguage() const;
+    void followChoice();
+
+    Setting<QString>& choice_;
+    const QString systemLanguage_;
     UILanguage current_;
     SharedInstance<L10n> sharedInstance_{*this};
 };

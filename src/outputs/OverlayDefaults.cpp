@@ -1,41 +1,23 @@
 #include "OverlayDefaults.h"
 
-#include "DefaultsStore.h"
 #include "HexColor.h"
+#include "SettingsList.h"
 
 #include <algorithm>
 
 namespace orv {
 
-using namespace Qt::StringLiterals;
-
-namespace {
-
-QColor storedColor(const DefaultsStore& store, const QString& key, QRgb fallback) {
-    const QColor color = QColor::fromRgb(fallback);
-    return colorFromHex(store.string(key).value_or(QString()), color);
+double OverlayDefaults::opacityValue(const SettingsList& settings) {
+    return std::clamp(settings.overlayOpacity.get(), 0.0, 1.0);
 }
 
-} // namespace
-
-bool OverlayDefaults::borderOn(const DefaultsStore& store) {
-    return store.boolean(u"overlayBorderEnabled"_s).value_or(true);
+QColor OverlayDefaults::color(const Setting<QString>& setting) {
+    return colorFromHex(setting.get(), colorFromHex(setting.initial(), Qt::black));
 }
 
-double OverlayDefaults::opacityValue(const DefaultsStore& store) {
-    return std::clamp(store.doubleValue(u"overlayOpacity"_s).value_or(0.85), 0.0, 1.0);
-}
-
-QColor OverlayDefaults::backgroundColor(const DefaultsStore& store) {
-    return storedColor(store, u"overlayBgColor"_s, 0x90EE90);
-}
-
-QColor OverlayDefaults::borderColor(const DefaultsStore& store) {
-    return storedColor(store, u"overlayBorderColor"_s, 0x2E7D32);
-}
-
-QColor OverlayDefaults::textColor(const DefaultsStore& store) {
-    return storedColor(store, u"overlayTextColor"_s, 0x000000);
+std::vector<const AnySetting*> OverlayDefaults::settings(const SettingsList& settings) {
+    return {&settings.overlayBgColor, &settings.overlayTextColor, &settings.overlayBorderColor,
+            &settings.overlayBorderEnabled, &settings.overlayOpacity};
 }
 
 } // namespace orv

@@ -1,25 +1,28 @@
 #pragma once
 
+#include "Setting.h"
+
 #include <QColor>
+
+#include <vector>
 
 namespace orv {
 
-class DefaultsStore;
+class SettingsList;
 
-/// The user's choices for the look of the subtitles, in the window and on the page. A key that was
-/// never written takes its default.
+/// The user's choices for the look of the subtitles, in the window and on the page, as the two can
+/// use them. What is stored and means nothing takes the default.
 class OverlayDefaults {
   public:
-    /// Whether a border is drawn.
-    static bool borderOn(const DefaultsStore& store);
-
     /// Opacity of the background, 0 to 1; a stored value beyond these is taken as the nearer one.
-    static double opacityValue(const DefaultsStore& store);
+    static double opacityValue(const SettingsList& settings);
 
-    // Opaque colours. What is no colour of six hexadecimal digits takes the default.
-    static QColor backgroundColor(const DefaultsStore& store);
-    static QColor borderColor(const DefaultsStore& store);
-    static QColor textColor(const DefaultsStore& store);
+    /// The opaque colour that a setting names; its default when that is no colour of six
+    /// hexadecimal digits.
+    static QColor color(const Setting<QString>& setting);
+
+    /// The settings that the look is made from.
+    static std::vector<const AnySetting*> settings(const SettingsList& settings);
 };
 
 } // namespace orv

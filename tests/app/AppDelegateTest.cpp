@@ -53,7 +53,7 @@ TEST_F(AppDelegateTest, doesNotStartTheBackendUnlessAsked) {
 }
 
 TEST_F(AppDelegateTest, startsTheBackendALittleLaterWhenAsked) {
-    store.setBool(u"autoStartBackend"_s, true);
+    settings.autoStartBackend.set(true);
     launch();
     EXPECT_TRUE(log.contains(u"Auto-Start Backend aktiviert"_s));
     EXPECT_TRUE(backend.calls.isEmpty());
@@ -147,7 +147,7 @@ TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
 }
 
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
-    store.setBool(u"autoStopBackend"_s, false);
+    settings.autoStopBackend.set(false);
     launch();
     tray.click(TrayClick::Secondary);
     tray.menus.value(0).value(4).action();
@@ -209,7 +209,7 @@ TEST_F(AppDelegateTest, terminationStopsOverlayServerAndBackend) {
 }
 
 TEST_F(AppDelegateTest, terminationLeavesTheBackendWhenTheUserWantsItToStay) {
-    store.setBool(u"autoStopBackend"_s, false);
+    settings.autoStopBackend.set(false);
     enableOverlayServer();
     launch();
     ASSERT_TRUE(waitUntil([this] { return overlayServer.isRunning(); }));
@@ -312,7 +312,7 @@ TEST_F(AppDelegateTest, theSettingsWindowIsMadeOnFirstUseAndKept) {
 }
 
 TEST_F(AppDelegateTest, startsNoBackendOnceItQuits) {
-    store.setBool(u"autoStartBackend"_s, true);
+    settings.autoStartBackend.set(true);
     launch();
     delegate->quitApp();
     ASSERT_TRUE(waitUntil([this] { return terminations == 1; }));
@@ -320,7 +320,7 @@ TEST_F(AppDelegateTest, startsNoBackendOnceItQuits) {
 }
 
 TEST_F(AppDelegateTest, startsNoBackendOnceItQuitsByItsPanel) {
-    store.setBool(u"autoStartBackend"_s, true);
+    settings.autoStartBackend.set(true);
     launch();
     quit->fromPanel([] {});
     // The timer of the launch comes before this one.

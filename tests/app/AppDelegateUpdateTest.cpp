@@ -61,10 +61,10 @@ TEST_F(AppDelegateUpdate, aFoundReleaseIsOfferedOnceAndStaysInTheMenu) {
 TEST_F(AppDelegateUpdate, theSettingsAreToldOfAReleaseThatNobodyAskedFor) {
     serve(uR"({"version": "4.10", "url": "https://example.org/orv"})"_s);
     launch();
-    UpdateControl& settings = *updates;
+    UpdateControl& control = *updates;
     QObject row;
     QStringList shown;
-    settings.follow(&row, [&] { shown.append(settings.availableVersion()); });
+    control.follow(&row, [&] { shown.append(control.availableVersion()); });
     EXPECT_EQ(check(), UpdateOutcome::Available);
     ASSERT_FALSE(shown.isEmpty());
     EXPECT_EQ(shown.last(), u"4.10"_s);

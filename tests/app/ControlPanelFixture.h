@@ -120,8 +120,8 @@ class ControlPanelFixture : public ::testing::Test {
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
-    L10n l10n{store, QStringLiteral("en")};
     TranslationSettings settings{store};
+    L10n l10n{settings.uiLanguage, QStringLiteral("en")};
     const EngineCatalogue engines;
     NullAudioCapture sound;
     FakePortProbe probe;
@@ -135,7 +135,6 @@ class ControlPanelFixture : public ::testing::Test {
                            .text = [this](const QString& key) { return text(key); },
                            .networkAccess = [] { return false; }}};
     AudioManager audio{AudioEnvironment{.settings = settings,
-                                        .store = store,
                                         .capture = sound,
                                         .engines = engines,
                                         .showNotice = {},

@@ -23,8 +23,6 @@ namespace orv::test {
 /// A delegate among stand-ins that note what it asks of them. It is made by `launch()`.
 class DelegateFixture : public ::testing::Test {
   protected:
-    DelegateFixture() { registerDefaultSettings(store); }
-
     static constexpr std::chrono::milliseconds soon{1};
 
     void launch(DelegateTimings timings = {.autoStart = soon},
@@ -38,7 +36,7 @@ class DelegateFixture : public ::testing::Test {
         quit = std::make_unique<Quit>(
             backend, [this] { ++terminations; }, quitTimings);
         delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
-            .store = store,
+            .settings = settings,
             .tray = tray,
             .panel = panel,
             .backend = backend,
@@ -65,14 +63,16 @@ class DelegateFixture : public ::testing::Test {
 
     /// Lets the user have switched the browser overlay on, at a port of the test's own.
     void enableOverlayServer() {
-        store.setBool(QStringLiteral("obsOverlayEnabled"), true);
-        store.setInteger(QStringLiteral("obsOverlayPort"), freePort());
+        settings.obsOverlayEnabled.set(true);
+        settings.obsOverlayPort.set(freePort());
     }
 
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
-    OverlayServer overlayServer{store};
+    bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
+    TranslationSettings settings{store};
+    OverlayServer overlayServer;
     FakeTray tray;
     FakePanel panel;
     FakeBackend backend;

@@ -2,6 +2,7 @@
 
 #include "DefaultsStore.h"
 #include "L10n.h"
+#include "TranslationSettings.h"
 
 #include <QAction>
 #include <QFile>
@@ -37,7 +38,8 @@ class ToolkitTextsTest : public ::testing::Test {
 
     QTemporaryDir folder;
     DefaultsStore store{folder.filePath(u"defaults.json"_s)};
-    L10n l10n{store, u"en"_s};
+    TranslationSettings settings{store};
+    L10n l10n{settings.uiLanguage, u"en"_s};
 };
 
 TEST_F(ToolkitTextsTest, aFieldsMenuSpeaksEachLanguageAndEnglishAgain) {

@@ -265,7 +265,7 @@ TEST_F(TranslationControllerTest, theEndOfAStopAfterTheControllerIsGoneIsHarmles
 
 TEST_F(TranslationControllerTest, quitStopsTheRunThenTheBackendThenTheProgram) {
     backend.running = true;
-    store.setBool(u"autoStopBackend"_s, false);
+    settings.autoStopBackend.set(false);
     controller->startTranslation();
     ASSERT_TRUE(waitForCapture());
     QStringList ends;

@@ -54,8 +54,8 @@ class VMixWarningBannerTest : public ::testing::Test {
     LogCapture log;
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + u"/defaults.json"_s};
-    L10n l10n{store, u"en"_s};
     TranslationSettings settings{store};
+    L10n l10n{settings.uiLanguage, u"en"_s};
     QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc());
     VmixTracking tracking{settings, [this] { return now; }};
     QWidget window;

@@ -42,7 +42,6 @@ void AudioManagerFixture::makeManager() {
     }
     manager = std::make_unique<AudioManager>(AudioEnvironment{
         .settings = settings,
-        .store = store,
         .capture = capture,
         .engines = engines,
         .showNotice = [this](const AudioNotice& notice) { notices.append(notice); },

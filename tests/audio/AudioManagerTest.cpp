@@ -192,7 +192,7 @@ TEST_F(AudioManagerTest, appliesTheGainOfTheRunAndForgetsItAtTheEnd) {
 TEST_F(AudioManagerTest, sendsInFixedTicksWithoutPauseDetection) {
     timings.fixedChunk = 5ms;
     makeManager();
-    manager->setVadEnabled(false);
+    settings.vadEnabled.set(false);
     EXPECT_TRUE(log.contains(u"🎚 vadEnabled.didSet: true → false (isConnected=false)"_s));
     startRun();
     EXPECT_TRUE(log.contains(u"⏱️ Audio-Send-Timer gestartet (alle 3 Sekunden)"_s));
@@ -206,11 +206,11 @@ TEST_F(AudioManagerTest, switchesTheModeAtOnceWhileConnected) {
     timings.fixedChunk = 1ms;
     startRun();
     EXPECT_TRUE(log.contains(u"⏱️ VAD Chunker aktiv (Pause: 600ms, Threshold: -35dB)"_s));
-    manager->setVadEnabled(false);
+    settings.vadEnabled.set(false);
     EXPECT_TRUE(log.contains(u"🎚 vadEnabled.didSet: true → false (isConnected=true)"_s));
     EXPECT_TRUE(log.contains(u"⏱️ Audio-Send-Timer gestartet (alle 3 Sekunden)"_s));
     ASSERT_TRUE(waitUntil([&] { return log.contains(u"⏰ 3s-Timer feuert → sendAudioChunk"_s); }));
-    manager->setVadEnabled(true);
+    settings.vadEnabled.set(true);
     log.clear();
     test::drainEvents();
     EXPECT_FALSE(log.contains(u"⏰ 3s-Timer feuert → sendAudioChunk"_s));
@@ -218,19 +218,24 @@ TEST_F(AudioManagerTest, switchesTheModeAtOnceWhileConnected) {
 
 TEST_F(AudioManagerTest, keepsPauseDetectionInTheStore) {
     makeManager();
-    manager->setVadEnabled(false);
-    manager->setVadSilenceDuration(750);
-    manager->setVadThreshold(-42.5F);
+    settings.vadEnabled.set(false);
+    settings.vadSilenceDuration.set(750);
+    settings.vadThreshold.set(-42.5F);
+    EXPECT_FALSE(manager->vadEnabled());
+    EXPECT_EQ(manager->vadSilenceDuration(), 750);
+    EXPECT_EQ(manager->vadThreshold(), -42.5F);
     manager.reset();
     makeManager();
     EXPECT_FALSE(manager->vadEnabled());
     EXPECT_EQ(manager->vadSilenceDuration(), 750);
     EXPECT_EQ(manager->vadThreshold(), -42.5F);
+    const TranslationSettings again(store);
+    EXPECT_FALSE(again.vadEnabled.get());
+    EXPECT_EQ(again.vadSilenceDuration.get(), 750);
+    EXPECT_EQ(again.vadThreshold.get(), -42.5F);
 }
 
-TEST_F(AudioManagerTest, ignoresStoredPauseDetectionOutOfRange) {
-    store.setDouble(u"vadSilenceDuration"_s, 0);
-    store.setFloat(u"vadThreshold"_s, 1);
+TEST_F(AudioManagerTest, detectsPausesByTheDefaultsWhenNothingIsStored) {
     makeManager();
     EXPECT_TRUE(manager->vadEnabled());
     EXPECT_EQ(manager->vadSilenceDuration(), 600);

@@ -67,7 +67,7 @@ class CloudEngineRun : public test::AudioManagerFixture {
         use(u"azure"_s, service);
         timings.fixedChunk = 1ms;
         makeManager();
-        manager->setVadEnabled(false);
+        settings.vadEnabled.set(false);
         startRun();
         deliver(20001);
         ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
@@ -285,7 +285,7 @@ TEST_P(EveryRequest, startsAndStopsTwentyTimesWhileOneIsOutstanding) {
     settings.saveTranscript.set(false);
     timings.fixedChunk = 1ms;
     makeManager();
-    manager->setVadEnabled(false);
+    settings.vadEnabled.set(false);
     for (int round = 1; round <= 20; ++round) {
         startRun();
         deliver(20001);

@@ -104,7 +104,7 @@ TEST_F(DirectEngineRun, givesAChunkedEngineTheChunkersChunks) {
     useChunked();
     timings.fixedChunk = 1ms;
     makeManager();
-    manager->setVadEnabled(false);
+    settings.vadEnabled.set(false);
     startRun();
     EXPECT_TRUE(log.contains(u"🔌 Direct Engine: AzureDirectEngine"_s));
     deliver(20001);

@@ -8,6 +8,7 @@
 #include "NullSpeechSynthesizer.h"
 #include "OverlayWindow.h"
 #include "StoredValues.h"
+#include "TranslationSettings.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -67,9 +68,12 @@ int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
         withVoice ? orv::createSystemSpeechSynthesizer()
                   : std::make_unique<orv::NullSpeechSynthesizer>();
     speech->prepare();
-    orv::OverlayWindow window({.store = store,
-                               .speech = *speech,
+    const auto choices = [&store] {
+        return orv::SubtitleChoices::fromSettings(orv::TranslationSettings(store));
+    };
+    orv::OverlayWindow window({.speech = *speech,
                                .isComposited = orv::isDesktopComposited,
+                               .choices = choices(),
                                .timings = {.hide = std::chrono::milliseconds(hideAfter)}});
     QObject::connect(&window, &orv::OverlayWindow::resultPainted, &window,
                      [] { orv::logLine(u"painted"); });
@@ -77,7 +81,7 @@ int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
         const QJsonObject values = line.value("set"_L1).toObject();
         orv::test::setInStore(store, values);
         if (!values.isEmpty()) {
-            window.applyAppearance();
+            window.setChoices(choices());
             orv::logLine(u"set");
         }
         if (line.contains("end"_L1)) {

@@ -5,7 +5,7 @@ import unittest
 from support import DesktopTest, EveryLanguage
 
 from harness.processes import wait_until
-from harness.program import read_settings
+from harness.program import Overlay, free_port, read_settings
 from harness.texts import Texts
 from harness.witnesses import Chatbox
 from subtitles import Backdrop
@@ -238,6 +238,19 @@ class Settings(EveryLanguage, DesktopTest):
         for number in range(len(TABS)):
             self.wait_for(self.tab(number), "page tab")
         self.wait_until_stored("uiLanguage", "fr")
+
+    def test_the_browser_overlay_follows_what_is_chosen(self):
+        overlay = Overlay(free_port())
+        self.open_settings(obsOverlayEnabled=True, obsOverlayPort=overlay.port,
+                           overlayBgColor="#102030")
+        first = wait_until(overlay.text, "the overlay server to answer")
+        self.assertEqual(first["style"], {"background": "rgba(16,32,48,0.85)",
+                                          "border": "3px solid #2E7D32", "color": "#000000"})
+        self.assertFalse(first["showOriginal"])
+        self.use("settings.overlay.border")
+        wait_until(lambda: (overlay.text() or first)["style"]["border"] == "", "a page without a border")
+        self.use("option.original")
+        wait_until(lambda: (overlay.text() or first)["showOriginal"], "the source text on the page")
 
     def test_what_is_typed_is_stored(self):
         self.open_settings()

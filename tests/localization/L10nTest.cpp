@@ -1,6 +1,7 @@
 #include "L10n.h"
 
 #include "LogCapture.h"
+#include "TranslationSettings.h"
 
 #include <QTemporaryDir>
 
@@ -18,18 +19,22 @@ class L10nTest : public ::testing::Test {
 
     void reopen() {
         l10n_.reset();
+        settings_.reset();
         store_.reset();
         store_ = std::make_unique<DefaultsStore>(home_.filePath(u"defaults.json"_s));
     }
 
     L10n& make(const QString& systemLanguage) {
-        l10n_ = std::make_unique<L10n>(*store_, systemLanguage);
+        l10n_.reset();
+        settings_ = std::make_unique<TranslationSettings>(*store_);
+        l10n_ = std::make_unique<L10n>(settings_->uiLanguage, systemLanguage);
         return *l10n_;
     }
 
     LogCapture log_;
     QTemporaryDir home_;
     std::unique_ptr<DefaultsStore> store_;
+    std::unique_ptr<TranslationSettings> settings_;
     std::unique_ptr<L10n> l10n_;
 };
 
@@ -103,6 +108,19 @@ TEST_F(L10nTest, choosingTheCurrentLanguageIsWrittenTooButTellsNobody) {
     EXPECT_EQ(told, 0);
 }
 
+TEST_F(L10nTest, aChoiceThatIsAssignedElsewhereIsFollowed) {
+    const L10n& l10n = make(u"de"_s);
+    int told = 0;
+    QObject::connect(&l10n, &L10n::currentChanged, &l10n, [&] { ++told; });
+    settings_->uiLanguage.set(u"fr"_s);
+    EXPECT_EQ(l10n.current(), UILanguage::French);
+    settings_->uiLanguage.set(u"fr"_s);
+    EXPECT_EQ(told, 1);
+    settings_->uiLanguage.set(u"pt"_s);
+    EXPECT_EQ(l10n.current(), UILanguage::German) << "the system decides again";
+    EXPECT_EQ(store_->string(u"uiLanguage"_s), u"pt"_s);
+}
+
 TEST_F(L10nTest, textsFollowTheLanguageWhenTheChangeIsTold) {
     L10n& l10n = make(u"de"_s);
     EXPECT_EQ(l10n.s(u"engine.stopped"_s), u"Backend gestoppt"_s);
@@ -158,7 +176,8 @@ TEST_F(L10nTest, theSystemHasALanguageCode) {
 }
 
 TEST_F(L10nTest, sharedIsTheOneThereIs) {
-    const L10n italian(*store_, u"it"_s);
+    TranslationSettings settings(*store_);
+    const L10n italian(settings.uiLanguage, u"it"_s);
     EXPECT_EQ(&L10n::shared(), &italian);
     EXPECT_EQ(L10n::shared().current(), UILanguage::Italian);
 }

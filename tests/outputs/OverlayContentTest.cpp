@@ -29,18 +29,23 @@ TEST(OverlayContent, findsNothingElse) {
     EXPECT_EQ(notFoundResponse().contentType, "text/plain; charset=utf-8");
 }
 
-TEST(OverlayContent, encodesAResultWithItsFourMembers) {
-    const OverlayResult result{u"Grüße \"\n</script>"_s, u"日本語 🎧"_s, 1700000000.123, true};
+TEST(OverlayContent, encodesAResultWithItsMembersAndTheLook) {
+    const OverlayResult result{
+        u"Grüße \"\n</script>"_s, u"日本語 🎧"_s, 1700000000.123,
+        OverlayAppearance{QColor(1, 2, 3), 0.5, u"#FFFFFF"_s, std::nullopt, true}};
     const QJsonObject expected{{u"original"_s, result.original},
                                {u"translation"_s, result.translation},
                                {u"ts"_s, 1700000000.123},
-                               {u"showOriginal"_s, true}};
+                               {u"showOriginal"_s, true},
+                               {u"style"_s, QJsonObject{{u"background"_s, u"rgba(1,2,3,0.5)"_s},
+                                                        {u"border"_s, QString()},
+                                                        {u"color"_s, u"#FFFFFF"_s}}}};
     EXPECT_EQ(QJsonDocument::fromJson(result.toJson()).object(), expected);
 }
 
 TEST(OverlayContent, tellsResultsOfTheSameMillisecondApart) {
     const auto moment = [](double seconds) {
-        return QJsonDocument::fromJson(OverlayResult{{}, {}, seconds, false}.toJson())
+        return QJsonDocument::fromJson(OverlayResult{{}, {}, seconds, {}}.toJson())
             .object()
             .value(u"ts"_s)
             .toDouble();
@@ -50,7 +55,7 @@ TEST(OverlayContent, tellsResultsOfTheSameMillisecondApart) {
 }
 
 TEST(OverlayContent, staysJsonWithHalfACharacter) {
-    const OverlayResult result{QString(QChar(0xD83D)), u"x"_s, 1, false};
+    const OverlayResult result{QString(QChar(0xD83D)), u"x"_s, 1, {}};
     EXPECT_EQ(QJsonDocument::fromJson(result.toJson()).object().value(u"translation"_s), u"x"_s);
 }
 

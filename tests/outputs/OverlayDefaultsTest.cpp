@@ -1,6 +1,7 @@
 #include "OverlayDefaults.h"
+#include "OverlayAppearance.h"
 
-#include "DefaultsStore.h"
+#include "TranslationSettings.h"
 
 #include <QTemporaryDir>
 
@@ -16,42 +17,43 @@ class OverlayDefaultsTest : public ::testing::Test {
   protected:
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    TranslationSettings settings{store};
 };
 
 TEST_F(OverlayDefaultsTest, drawsTheBorderUnlessTheUserSaysOtherwise) {
-    EXPECT_TRUE(OverlayDefaults::borderOn(store));
-    store.setBool(u"overlayBorderEnabled"_s, false);
-    EXPECT_FALSE(OverlayDefaults::borderOn(store));
+    EXPECT_TRUE(OverlayAppearance::fromSettings(settings).borderColor.has_value());
+    settings.overlayBorderEnabled.set(false);
+    EXPECT_FALSE(OverlayAppearance::fromSettings(settings).borderColor.has_value());
 }
 
 TEST_F(OverlayDefaultsTest, is85PercentOpaqueUnlessTheUserSaysOtherwise) {
-    EXPECT_EQ(OverlayDefaults::opacityValue(store), 0.85);
-    store.setDouble(u"overlayOpacity"_s, 0.0);
-    EXPECT_EQ(OverlayDefaults::opacityValue(store), 0.0);
-    store.setDouble(u"overlayOpacity"_s, 0.4);
-    EXPECT_EQ(OverlayDefaults::opacityValue(store), 0.4);
+    EXPECT_EQ(OverlayDefaults::opacityValue(settings), 0.85);
+    settings.overlayOpacity.set(0.0);
+    EXPECT_EQ(OverlayDefaults::opacityValue(settings), 0.0);
+    settings.overlayOpacity.set(0.4);
+    EXPECT_EQ(OverlayDefaults::opacityValue(settings), 0.4);
 }
 
 TEST_F(OverlayDefaultsTest, takesAnOpacityThatIsNoneAsTheNearestOne) {
-    store.setDouble(u"overlayOpacity"_s, 7.0);
-    EXPECT_EQ(OverlayDefaults::opacityValue(store), 1.0);
-    store.setDouble(u"overlayOpacity"_s, -1.0);
-    EXPECT_EQ(OverlayDefaults::opacityValue(store), 0.0);
+    settings.overlayOpacity.set(7.0);
+    EXPECT_EQ(OverlayDefaults::opacityValue(settings), 1.0);
+    settings.overlayOpacity.set(-1.0);
+    EXPECT_EQ(OverlayDefaults::opacityValue(settings), 0.0);
 }
 
 TEST_F(OverlayDefaultsTest, hasTheKnownColours) {
-    EXPECT_EQ(OverlayDefaults::backgroundColor(store), QColor(0x90, 0xEE, 0x90));
-    EXPECT_EQ(OverlayDefaults::borderColor(store), QColor(0x2E, 0x7D, 0x32));
-    EXPECT_EQ(OverlayDefaults::textColor(store), QColor(0, 0, 0));
+    EXPECT_EQ(OverlayDefaults::color(settings.overlayBgColor), QColor(0x90, 0xEE, 0x90));
+    EXPECT_EQ(OverlayDefaults::color(settings.overlayBorderColor), QColor(0x2E, 0x7D, 0x32));
+    EXPECT_EQ(OverlayDefaults::color(settings.overlayTextColor), QColor(0, 0, 0));
 }
 
 TEST_F(OverlayDefaultsTest, takesTheUsersColoursAndNothingThatIsNone) {
-    store.setString(u"overlayBgColor"_s, u" #102030 "_s);
-    store.setString(u"overlayBorderColor"_s, u"red"_s);
-    store.setString(u"overlayTextColor"_s, u"ffcc0"_s);
-    EXPECT_EQ(OverlayDefaults::backgroundColor(store), QColor(0x10, 0x20, 0x30));
-    EXPECT_EQ(OverlayDefaults::borderColor(store), QColor(0x2E, 0x7D, 0x32));
-    EXPECT_EQ(OverlayDefaults::textColor(store), QColor(0, 0, 0));
+    settings.overlayBgColor.set(u" #102030 "_s);
+    settings.overlayBorderColor.set(u"red"_s);
+    settings.overlayTextColor.set(u"ffcc0"_s);
+    EXPECT_EQ(OverlayDefaults::color(settings.overlayBgColor), QColor(0x10, 0x20, 0x30));
+    EXPECT_EQ(OverlayDefaults::color(settings.overlayBorderColor), QColor(0x2E, 0x7D, 0x32));
+    EXPECT_EQ(OverlayDefaults::color(settings.overlayTextColor), QColor(0, 0, 0));
 }
 
 } // namespace

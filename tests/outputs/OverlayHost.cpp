@@ -9,6 +9,7 @@
 #include "Log.h"
 #include "OverlayServer.h"
 #include "StoredValues.h"
+#include "TranslationSettings.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -24,11 +25,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void obey(const QJsonObject& command, orv::OverlayServer& server, orv::DefaultsStore& settings) {
+void obey(const QJsonObject& command, orv::OverlayServer& server, orv::DefaultsStore& store) {
     if (const QJsonArray texts = command.value("broadcast"_L1).toArray(); !texts.isEmpty()) {
         server.broadcast({texts.at(0).toString(), texts.at(1).toString()});
     }
-    orv::test::setInStore(settings, command.value("set"_L1).toObject());
+    if (const QJsonObject values = command.value("set"_L1).toObject(); !values.isEmpty()) {
+        orv::test::setInStore(store, values);
+        const orv::TranslationSettings settings(store);
+        server.setAppearance(orv::OverlayAppearance::fromSettings(settings));
+    }
 }
 
 } // namespace
@@ -36,15 +41,15 @@ void obey(const QJsonObject& command, orv::OverlayServer& server, orv::DefaultsS
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QTemporaryDir folder;
-    orv::DefaultsStore settings(folder.filePath(u"defaults.json"_s));
+    orv::DefaultsStore store(folder.filePath(u"defaults.json"_s));
 
     // The line that tells how the start went is the first one, and it comes from another thread.
     std::promise<QString> started;
     orv::setLogSink([&](const QString& line) { started.set_value(line); });
-    orv::OverlayServer server(settings);
+    orv::OverlayServer server;
     server.start(0);
     const QString line = started.get_future().get();
-    orv::setLogSink({});
+    orv::setLogSink([](const QString& /*line*/) {}); // Standard output is for the answers.
     if (!server.isRunning()) {
         std::cerr << line.toStdString() << std::endl;
         return 1;
@@ -52,7 +57,7 @@ int main(int argc, char** argv) {
     std::cout << server.activePort() << std::endl;
 
     for (std::string input; std::getline(std::cin, input);) {
-        obey(QJsonDocument::fromJson(QByteArray::fromStdString(input)).object(), server, settings);
+        obey(QJsonDocument::fromJson(QByteArray::fromStdString(input)).object(), server, store);
         std::cout << "ok" << std::endl;
     }
     return 0;

@@ -1,6 +1,6 @@
 #include "OverlayPage.h"
 
-#include "DefaultsStore.h"
+#include "TranslationSettings.h"
 
 #include <QLocale>
 #include <QTemporaryDir>
@@ -15,10 +15,11 @@ namespace {
 
 class OverlayPageTest : public testing::Test {
   protected:
-    QByteArray page() const { return overlayPage(OverlayAppearance::fromStore(store)); }
+    QByteArray page() const { return overlayPage(OverlayAppearance::fromSettings(settings)); }
 
     QTemporaryDir folder;
     DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    TranslationSettings settings{store};
 };
 
 } // namespace
@@ -31,10 +32,10 @@ TEST_F(OverlayPageTest, looksLikeTheDefaultsWithAnEmptyStore) {
 }
 
 TEST_F(OverlayPageTest, takesTheChosenColours) {
-    store.setString(u"overlayBgColor"_s, u" #1a2B3c "_s);
-    store.setDouble(u"overlayOpacity"_s, 0.5);
-    store.setString(u"overlayTextColor"_s, u"#FFFF00"_s);
-    store.setString(u"overlayBorderColor"_s, u"rgb(1 2 3 / 50%)"_s);
+    settings.overlayBgColor.set(u" #1a2B3c "_s);
+    settings.overlayOpacity.set(0.5);
+    settings.overlayTextColor.set(u"#FFFF00"_s);
+    settings.overlayBorderColor.set(u"rgb(1 2 3 / 50%)"_s);
     EXPECT_TRUE(
         page().contains("background:rgba(26,43,60,0.5);border:3px solid rgb(1 2 3 / 50%);"));
     EXPECT_EQ(page().count("color:#FFFF00;"), 2);
@@ -42,7 +43,7 @@ TEST_F(OverlayPageTest, takesTheChosenColours) {
 
 TEST_F(OverlayPageTest, fallsBackToTheDefaultBackground) {
     for (const QString& broken : {u""_s, u"#12345"_s, u"#12345G"_s, u"red"_s}) {
-        store.setString(u"overlayBgColor"_s, broken);
+        settings.overlayBgColor.set(broken);
         EXPECT_TRUE(page().contains("rgba(144,238,144,0.85)")) << broken.toStdString();
     }
 }
@@ -52,7 +53,7 @@ TEST_F(OverlayPageTest, usesPureGreenForAColourThatCannotBeConverted) {
 }
 
 TEST_F(OverlayPageTest, drawsNoBorderWhenSwitchedOff) {
-    store.setBool(u"overlayBorderEnabled"_s, false);
+    settings.overlayBorderEnabled.set(false);
     EXPECT_FALSE(page().contains("border:"));
     EXPECT_TRUE(page().contains("rgba(144,238,144,0.85);\n"));
 }
@@ -81,8 +82,8 @@ TEST_F(OverlayPageTest, letsNoColourLeaveItsDeclaration) {
          {u"red;}</style><script>alert(1)</script>"_s, u"red; position: fixed"_s, u"red}"_s,
           u"</style>"_s, u"rgb(1,2,3"_s, u")("_s, u"red/*"_s, u"red\n"_s, u"\"red"_s, u"'red"_s,
           u"\\3b red"_s, u"url(http://example.org)"_s, u"rot\u00A0"_s, u"@import"_s, u"red!"_s}) {
-        store.setString(u"overlayTextColor"_s, hostile);
-        store.setString(u"overlayBorderColor"_s, hostile);
+        settings.overlayTextColor.set(hostile);
+        settings.overlayBorderColor.set(hostile);
         EXPECT_EQ(page().count("color:#000000;"), 2) << hostile.toStdString();
         EXPECT_TRUE(page().contains("border:3px solid #2E7D32;")) << hostile.toStdString();
         EXPECT_EQ(page().count("</style>"), 1) << hostile.toStdString();

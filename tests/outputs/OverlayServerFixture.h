@@ -3,6 +3,7 @@
 #include "DefaultsStore.h"
 #include "LogCapture.h"
 #include "OverlayServer.h"
+#include "TranslationSettings.h"
 #include "WaitUntil.h"
 
 #include <QTemporaryDir>
@@ -14,10 +15,21 @@
 
 namespace orv::test {
 
-/// A server with a store of its own. Ports are chosen by the system, so that tests can run beside
-/// each other.
+/// A server and settings of its own, whose look it follows. Ports are chosen by the system, so that
+/// tests can run beside each other.
 class OverlayServerFixture : public testing::Test {
   protected:
+    OverlayServerFixture() {
+        watchOverlayAppearance(settings, &settings, [this](const OverlayAppearance& appearance) {
+            server->setAppearance(appearance);
+        });
+    }
+
+    /// Has `asked` run or not, as the settings say.
+    void applySettings(OverlayServer& asked) {
+        asked.applySettings(OverlayServing::fromSettings(settings));
+    }
+
     /// Limits of tests that look at silent clients: those are to be accepted at once.
     static OverlayLimits withoutDeferral() {
         OverlayLimits limits;
@@ -25,9 +37,7 @@ class OverlayServerFixture : public testing::Test {
         return limits;
     }
 
-    void replaceServer(OverlayLimits limits) {
-        server = std::make_unique<OverlayServer>(store, limits);
-    }
+    void replaceServer(OverlayLimits limits) { server = std::make_unique<OverlayServer>(limits); }
 
     /// Starts a server that does not run yet; gives its port.
     std::uint16_t startAnywhere() {
@@ -43,8 +53,9 @@ class OverlayServerFixture : public testing::Test {
 
     QTemporaryDir folder;
     DefaultsStore store{folder.filePath(QStringLiteral("defaults.json"))};
+    TranslationSettings settings{store};
     LogCapture log;
-    std::unique_ptr<OverlayServer> server = std::make_unique<OverlayServer>(store);
+    std::unique_ptr<OverlayServer> server = std::make_unique<OverlayServer>();
 };
 
 } // namespace orv::test

@@ -62,14 +62,14 @@ class OverlayServerTest : public test::OverlayServerFixture {
     /// Has the settings ask for `stored` until the server runs there: another program may hold the
     /// port for a while.
     bool runBySettings(std::int64_t stored) {
-        store.setInteger(u"obsOverlayPort"_s, stored);
-        store.setBool(u"obsOverlayEnabled"_s, true);
+        settings.obsOverlayPort.set(stored);
+        settings.obsOverlayEnabled.set(true);
         qsizetype answered = log.lines().size();
-        server->applySettings();
+        applySettings(*server);
         return waitUntil([&] {
             if (log.lines().size() > answered && !server->isRunning()) {
                 answered = log.lines().size();
-                server->applySettings();
+                applySettings(*server);
             }
             return server->activePort() == overlayPort(stored) && server->isRunning();
         });
@@ -117,7 +117,7 @@ TEST_F(OverlayServerTest, startsOn8077ForASettingOf0) {
 }
 
 TEST_F(OverlayServerTest, staysStoppedWithAnEmptyStore) {
-    server->applySettings();
+    applySettings(*server);
     server->start(0); // The line of this start is the first one when the settings started nothing.
     ASSERT_TRUE(waitUntil([this] { return server->isRunning(); }));
     ASSERT_TRUE(tellsThatItRunsOn(server->activePort()));
@@ -128,16 +128,16 @@ TEST_F(OverlayServerTest, runsAndStopsAsTheSettingsSay) {
     const std::uint16_t port = runBySettingsAnywhere();
     EXPECT_TRUE(tellsThatItRunsOn(port));
 
-    store.setBool(u"obsOverlayEnabled"_s, false);
-    server->applySettings();
+    settings.obsOverlayEnabled.set(false);
+    applySettings(*server);
     ASSERT_TRUE(waitUntil([this] { return !server->isRunning(); }));
     EXPECT_FALSE(LoopbackClient().connect(port));
 }
 
 TEST_F(OverlayServerTest, keepsRunningWhenNothingChanged) {
     const std::uint16_t port = runBySettingsAnywhere();
-    server->applySettings();
-    server->applySettings();
+    applySettings(*server);
+    applySettings(*server);
     stopAndWait();
     EXPECT_EQ(log.count(runningLine(port)), 1);
 }
@@ -161,7 +161,7 @@ TEST_F(OverlayServerTest, takesAPortAgainThatWasUsedAMomentAgo) {
 }
 
 TEST_F(OverlayServerTest, saysWhyItCannotStartAndStartsLater) {
-    OverlayServer other(store);
+    OverlayServer other;
     const std::uint16_t port = startAnywhere();
     other.start(port);
     ASSERT_TRUE(waitUntil([this] { return log.containsStart(startFailed); }));
@@ -169,15 +169,15 @@ TEST_F(OverlayServerTest, saysWhyItCannotStartAndStartsLater) {
     EXPECT_FALSE(other.isRunning());
 
     stopAndWait();
-    store.setInteger(u"obsOverlayPort"_s, port);
-    store.setBool(u"obsOverlayEnabled"_s, true);
-    other.applySettings();
+    settings.obsOverlayPort.set(port);
+    settings.obsOverlayEnabled.set(true);
+    applySettings(other);
     EXPECT_TRUE(waitUntil([&] { return other.isRunning(); }));
     EXPECT_EQ(other.activePort(), port);
 }
 
 TEST_F(OverlayServerTest, isStoppedAfterAFailedRestart) {
-    OverlayServer other(store);
+    OverlayServer other;
     const std::uint16_t first = startAnywhere();
     other.start(0);
     ASSERT_TRUE(waitUntil([&] { return other.isRunning(); }));
@@ -200,10 +200,14 @@ TEST_F(OverlayServerTest, saysThatItsListenerFailedAndStartsAgain) {
 }
 
 TEST_F(OverlayServerTest, hasEmptyTextsBeforeAnyResult) {
-    const QJsonObject expected{{u"original"_s, QString()},
-                               {u"translation"_s, QString()},
-                               {u"ts"_s, 0},
-                               {u"showOriginal"_s, false}};
+    const QJsonObject expected{
+        {u"original"_s, QString()},
+        {u"translation"_s, QString()},
+        {u"ts"_s, 0},
+        {u"showOriginal"_s, false},
+        {u"style"_s, QJsonObject{{u"background"_s, u"rgba(144,238,144,0.85)"_s},
+                                 {u"border"_s, u"3px solid #2E7D32"_s},
+                                 {u"color"_s, u"#000000"_s}}}};
     EXPECT_EQ(document(startAnywhere()), expected);
 }
 
@@ -222,7 +226,7 @@ TEST_F(OverlayServerTest, servesTheLatestResultWithItsMoment) {
 TEST_F(OverlayServerTest, readsShowOriginalAtEveryRequest) {
     const std::uint16_t port = startAnywhere();
     for (const bool shown : {true, false, true}) {
-        store.setBool(u"showOriginal"_s, shown);
+        settings.showOriginal.set(shown);
         EXPECT_EQ(document(port).value(u"showOriginal"_s), shown);
     }
 }
@@ -263,8 +267,10 @@ TEST_F(OverlayServerTest, neverMixesResultsOfSeveralThreads) {
 TEST_F(OverlayServerTest, followsTheColoursWithoutARestart) {
     const std::uint16_t port = startAnywhere();
     EXPECT_TRUE(get(port, "/overlay").contains("rgba(144,238,144,0.85)"));
-    store.setString(u"overlayBgColor"_s, u"#010203"_s);
+    settings.overlayBgColor.set(u"#010203"_s);
     EXPECT_TRUE(get(port, "/overlay").contains("rgba(1,2,3,0.85)"));
+    EXPECT_EQ(document(port).value(u"style"_s).toObject().value(u"background"_s),
+              u"rgba(1,2,3,0.85)"_s);
     EXPECT_EQ(log.count(runningLine(port)), 1);
 }
 

@@ -242,6 +242,66 @@ class OverlayPageTest(unittest.IsolatedAsyncioTestCase):
         await until(lambda: self.browser.evaluate(
             "document.readyState === 'complete' && getComputedStyle(box).borderTopWidth === '0px'"))
 
+    def looks(self, **wanted):
+        """Whether the open page has these computed styles, each given as element_property."""
+        tests = [f"getComputedStyle({name.split('_')[0]}).{name.split('_')[1]} === {json.dumps(value)}"
+                 for name, value in wanted.items()]
+        return self.browser.evaluate(" && ".join(tests))
+
+    async def test_an_open_page_follows_the_look_without_a_reload(self):
+        await self.browser.open(self.host.url)
+        await self.browser.evaluate("window.sameDocument = true")
+        self.assertFalse(await self.browser.evaluate("box.hasAttribute('style')"))
+        self.host.set(showOriginal=True)
+        self.host.broadcast("Bleibt stehen", "Stays where it is")
+        await until(lambda: self.shows("Stays where it is"))
+        before = await self.browser.evaluate("box.getBoundingClientRect().height")
+
+        self.host.set(overlayBgColor="#102030", overlayTextColor="#FFEE00",
+                      overlayBorderColor="#FFFFFF")
+        await until(lambda: self.looks(
+            box_backgroundColor="rgba(16, 32, 48, 0.85)", box_borderTopColor="rgb(255, 255, 255)",
+            box_borderTopWidth="3px", box_borderTopStyle="solid", orig_color="rgb(255, 238, 0)",
+            trans_color="rgb(255, 238, 0)"))
+        self.assertEqual(await self.browser.evaluate("box.getBoundingClientRect().height"), before)
+
+        self.host.set(overlayOpacity=0.25)
+        await until(lambda: self.looks(box_backgroundColor="rgba(16, 32, 48, 0.25)"))
+        self.host.set(overlayBorderEnabled=False)
+        await until(lambda: self.looks(box_borderTopWidth="0px"))
+        self.host.set(overlayBorderEnabled=True, overlayBorderColor="#FF0000")
+        await until(lambda: self.looks(box_borderTopWidth="3px", box_borderTopColor="rgb(255, 0, 0)"))
+
+        # The rest of the look is as it was, and nothing was loaded anew.
+        self.assertTrue(await self.looks(
+            box_borderTopLeftRadius="16px", box_paddingLeft="24px", orig_opacity="0.7",
+            trans_fontSize="34px", box_textAlign="center"))
+        self.assertTrue(await self.browser.evaluate("window.sameDocument"))
+        self.assertEqual(await self.text("trans"), "Stays where it is")
+        await self.picture("followed-look", "#803030")
+
+    async def test_an_open_page_looks_as_a_reloaded_one_whatever_the_colours_are(self):
+        await self.browser.open(self.host.url)
+        properties = ("backgroundColor", "borderTopColor", "borderTopWidth", "borderTopStyle", "color")
+
+        async def look():
+            return [[await self.style(element, name) for name in properties]
+                    for element in ("box", "orig", "trans")]
+
+        for text, border in (("blue", "green"), ("no colour at all", "neither"), ("", ""),
+                             ("#FF0000", "rgb(1 2 3)"), ("red;}</style>", "red; } #wrap {")):
+            self.host.set(overlayTextColor=text, overlayBorderColor=border)
+            await until(lambda: self.browser.evaluate(
+                "fetch('/text').then(answer => answer.json())"
+                ".then(result => JSON.stringify(result.style) === JSON.stringify(shown))"))
+            followed = await look()
+            await self.browser.evaluate("window.isOld = true")
+            await self.browser.call("Page.reload")
+            await until(lambda: self.browser.evaluate(
+                "document.readyState === 'complete' && !window.isOld"))
+            with self.subTest(text=text, border=border):
+                self.assertEqual(followed, await look())
+
     async def test_keeps_its_style_with_broken_colours(self):
         self.host.set(overlayTextColor="red;}</style><script>window.broken = true</script>",
                       overlayBorderColor="red;} #wrap { display: none")

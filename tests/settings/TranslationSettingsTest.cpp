@@ -1,42 +1,12 @@
-#include "TranslationSettings.h"
-#include "StoreFixture.h"
+#include "SettingsFixture.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
-
-#include <algorithm>
-#include <functional>
-#include <limits>
 
 using namespace Qt::StringLiterals;
 
 namespace orv::test {
 
-class TranslationSettingsTest : public StoreFixture {
-  protected:
-    /// Settings over a file with `content`, as at a start of the program but for the registration.
-    TranslationSettings& load(const QByteArray& content) {
-        settings_.reset();
-        place(content);
-        return reload();
-    }
-
-    /// Closes the store and starts anew.
-    TranslationSettings& reload() {
-        settings_.reset();
-        settings_ = std::make_unique<TranslationSettings>(open(), [this] { ++applied_; });
-        return *settings_;
-    }
-
-    /// The stored value of a key, once all is written.
-    QJsonValue stored(const QString& key) {
-        EXPECT_TRUE(store_->waitUntilWritten());
-        return json().value(key);
-    }
-
-    int applied_ = 0; ///< How often the overlay server was told of its settings.
-    std::unique_ptr<TranslationSettings> settings_;
-};
+class TranslationSettingsTest : public SettingsFixture {};
 
 TEST_F(TranslationSettingsTest, everyFieldHasItsDefaultWhenNothingIsStored) {
     const TranslationSettings& s = load("{}");
@@ -79,6 +49,17 @@ TEST_F(TranslationSettingsTest, everyFieldHasItsDefaultWhenNothingIsStored) {
     EXPECT_EQ(s.azureRegion.get(), u"eastus"_s);
     EXPECT_EQ(s.voskHost.get(), u"localhost"_s);
     EXPECT_EQ(s.voskPort.get(), 2700);
+    EXPECT_EQ(s.uiLanguage.get(), QString());
+    EXPECT_FALSE(s.autoStartBackend.get());
+    EXPECT_TRUE(s.autoStopBackend.get());
+    EXPECT_EQ(s.overlayBgColor.get(), u"#90EE90"_s);
+    EXPECT_EQ(s.overlayTextColor.get(), u"#000000"_s);
+    EXPECT_TRUE(s.overlayBorderEnabled.get());
+    EXPECT_EQ(s.overlayBorderColor.get(), u"#2E7D32"_s);
+    EXPECT_EQ(s.overlayOpacity.get(), 0.85);
+    EXPECT_TRUE(s.vadEnabled.get());
+    EXPECT_EQ(s.vadSilenceDuration.get(), 600.0);
+    EXPECT_EQ(s.vadThreshold.get(), -35.0F);
 }
 
 TEST_F(TranslationSettingsTest, loadingFromAnEmptyStoreWritesNothingAndTellsTheOverlayNothing) {
@@ -126,6 +107,17 @@ TEST_F(TranslationSettingsTest, everyPersistedFieldComesBackAndIsStoredWithItsTy
     s.azureRegion.set(u"westeurope"_s);
     s.voskHost.set(u"vosk.local"_s);
     s.voskPort.set(2701);
+    s.uiLanguage.set(u"it"_s);
+    s.autoStartBackend.set(true);
+    s.autoStopBackend.set(false);
+    s.overlayBgColor.set(u"#102030"_s);
+    s.overlayTextColor.set(u"#FFFFFF"_s);
+    s.overlayBorderEnabled.set(false);
+    s.overlayBorderColor.set(u"#FF0000"_s);
+    s.overlayOpacity.set(0.1);
+    s.vadEnabled.set(false);
+    s.vadSilenceDuration.set(750.5);
+    s.vadThreshold.set(-40.5F);
     ASSERT_TRUE(store_->waitUntilWritten());
 
     const QJsonObject expected = QJsonDocument::fromJson(R"({
@@ -141,9 +133,12 @@ TEST_F(TranslationSettingsTest, everyPersistedFieldComesBackAndIsStoredWithItsTy
         "assemblyaiApiKey": "a", "googleApiKey": "g",
         "googleServiceAccountPath": "/home/x/konto.json", "googleProjectId": "p",
         "googleLocation": "eu", "azureApiKey": "z", "azureRegion": "westeurope",
-        "voskHost": "vosk.local", "voskPort": 2701})")
+        "voskHost": "vosk.local", "voskPort": 2701, "uiLanguage": "it", "autoStartBackend": true,
+        "autoStopBackend": false, "overlayBgColor": "#102030", "overlayTextColor": "#FFFFFF",
+        "overlayBorderEnabled": false, "overlayBorderColor": "#FF0000", "overlayOpacity": 0.1,
+        "vadEnabled": false, "vadSilenceDuration": 750.5, "vadThreshold": -40.5})")
                                      .object();
-    ASSERT_EQ(expected.size(), 37);
+    ASSERT_EQ(expected.size(), 48);
     EXPECT_EQ(json(), expected);
 
     const TranslationSettings& again = reload();
@@ -155,6 +150,17 @@ TEST_F(TranslationSettingsTest, everyPersistedFieldComesBackAndIsStoredWithItsTy
     EXPECT_EQ(again.selectedInputDevice.get(), u"mic-1"_s);
     EXPECT_EQ(again.audioGain.get(), 0.1F);
     EXPECT_EQ(again.voskPort.get(), 2701);
+    EXPECT_EQ(again.uiLanguage.get(), u"it"_s);
+    EXPECT_TRUE(again.autoStartBackend.get());
+    EXPECT_FALSE(again.autoStopBackend.get());
+    EXPECT_EQ(again.overlayBgColor.get(), u"#102030"_s);
+    EXPECT_EQ(again.overlayTextColor.get(), u"#FFFFFF"_s);
+    EXPECT_FALSE(again.overlayBorderEnabled.get());
+    EXPECT_EQ(again.overlayBorderColor.get(), u"#FF0000"_s);
+    EXPECT_EQ(again.overlayOpacity.get(), 0.1);
+    EXPECT_FALSE(again.vadEnabled.get());
+    EXPECT_EQ(again.vadSilenceDuration.get(), 750.5);
+    EXPECT_EQ(again.vadThreshold.get(), -40.5F);
     // Written back unchanged, and complete: every field was loaded into the place it came from.
     TranslationSettings copy(*store_);
     const QStringList keys = expected.keys();
@@ -162,91 +168,6 @@ TEST_F(TranslationSettingsTest, everyPersistedFieldComesBackAndIsStoredWithItsTy
         EXPECT_EQ(store_->object(key), expected.value(key)) << key.toStdString();
     }
     EXPECT_EQ(store_->generation(), 0U);
-}
-
-/// Loads `key` = `value` and gives back whether the object took it over, that is, wrote it back
-/// after the file's own value was taken away from under it.
-bool isTakenOver(DefaultsStore& store, const QString& key, const QJsonValue& value) {
-    store.remove(key);
-    store.registerDefaults({{key, value}});
-    const std::uint64_t before = store.generation();
-    const TranslationSettings settings(store);
-    store.registerDefaults({{key, QJsonValue::Undefined}});
-    return store.generation() > before && store.object(key) == value;
-}
-
-TEST_F(TranslationSettingsTest, stringsAreTakenOverWhenPresentAndNotEmpty) {
-    for (const char* name :
-         {"sourceLang", "targetLang", "vrchatHost", "whisperModel", "vmixHost", "vmixInput",
-          "vmixFieldTranslation", "vmixFieldOriginal", "sttEngine", "deepgramApiKey",
-          "assemblyaiApiKey", "googleApiKey", "googleServiceAccountPath", "googleProjectId",
-          "googleLocation", "azureApiKey", "azureRegion", "voskHost"}) {
-        const QString key = QString::fromLatin1(name);
-        EXPECT_TRUE(isTakenOver(open(), key, u"x"_s)) << name;
-        EXPECT_FALSE(isTakenOver(open(), key, QString())) << name;
-        EXPECT_FALSE(isTakenOver(open(), key, 5)) << name;
-    }
-}
-
-TEST_F(TranslationSettingsTest, bothChoicesOfASourceAreTakenOverAlsoWhenEmpty) {
-    for (const char* name : {"selectedInputDevice", "selectedAppBundleId"}) {
-        EXPECT_TRUE(isTakenOver(open(), QString::fromLatin1(name), u"x"_s)) << name;
-        EXPECT_TRUE(isTakenOver(open(), QString::fromLatin1(name), QString())) << name;
-    }
-}
-
-TEST_F(TranslationSettingsTest, boolsAreTakenOverWhenTheKeyIsPresent) {
-    for (const char* name : {"showOverlay", "showOriginal", "obsOverlayEnabled", "vrchatEnabled",
-                             "vrchatPlaySound", "speakTranslations", "autoGain", "networkAccess",
-                             "vmixEnabled", "vmixShowConnectionWarnings"}) {
-        const QString key = QString::fromLatin1(name);
-        EXPECT_TRUE(isTakenOver(open(), key, true)) << name;
-        EXPECT_TRUE(isTakenOver(open(), key, false)) << name;
-        EXPECT_FALSE(isTakenOver(open(), key, u"true"_s)) << name;
-    }
-}
-
-TEST_F(TranslationSettingsTest, portsAreTakenOverFromOneUpwards) {
-    for (const char* name : {"obsOverlayPort", "vrchatPort", "vmixPort", "voskPort"}) {
-        const QString key = QString::fromLatin1(name);
-        EXPECT_TRUE(isTakenOver(open(), key, 1)) << name;
-        EXPECT_TRUE(isTakenOver(open(), key, 70000)) << name;
-        EXPECT_FALSE(isTakenOver(open(), key, 0)) << name;
-        EXPECT_FALSE(isTakenOver(open(), key, -1)) << name;
-        EXPECT_FALSE(isTakenOver(open(), key, u"8080"_s)) << name;
-    }
-}
-
-TEST_F(TranslationSettingsTest, aStoredPortOfZeroOrBelowLeavesTheDefault) {
-    const TranslationSettings& s =
-        load(R"({"obsOverlayPort": 0, "vrchatPort": -1, "vmixPort": 0, "voskPort": -9000})");
-    EXPECT_EQ(s.obsOverlayPort.get(), 8077);
-    EXPECT_EQ(s.vrchatPort.get(), 9000);
-    EXPECT_EQ(s.vmixPort.get(), 8088);
-    EXPECT_EQ(s.voskPort.get(), 2700);
-    EXPECT_EQ(applied_, 0);
-}
-
-TEST_F(TranslationSettingsTest, anyStoredSendModeIsTakenOver) {
-    EXPECT_EQ(load(R"({"vrchatSendMode": 0})").vrchatSendMode.get(), 0);
-    EXPECT_EQ(load(R"({"vrchatSendMode": 1})").vrchatSendMode.get(), 1);
-    EXPECT_EQ(load(R"({"vrchatSendMode": 7})").vrchatSendMode.get(), 7);
-}
-
-TEST_F(TranslationSettingsTest, anUnknownAudioSourceLeavesTheMicrophone) {
-    EXPECT_EQ(load(R"({"audioSourceType": 3})").audioSourceType.get(), AudioSourceType::Microphone);
-    EXPECT_EQ(load(R"({"audioSourceType": -1})").audioSourceType.get(),
-              AudioSourceType::Microphone);
-    EXPECT_EQ(load(R"({"audioSourceType": 1})").audioSourceType.get(),
-              AudioSourceType::SystemAudio);
-    EXPECT_EQ(load(R"({"audioSourceType": 2})").audioSourceType.get(), AudioSourceType::SingleApp);
-}
-
-TEST_F(TranslationSettingsTest, aGainOfZeroOrBelowIsIgnored) {
-    EXPECT_EQ(load(R"({"audioGain": 0})").audioGain.get(), 1.0F);
-    EXPECT_EQ(load(R"({"audioGain": -2.5})").audioGain.get(), 1.0F);
-    EXPECT_EQ(load(R"({"audioGain": 2})").audioGain.get(), 2.0F);
-    EXPECT_EQ(load(R"({"audioGain": 0.1})").audioGain.get(), 0.1F);
 }
 
 TEST_F(TranslationSettingsTest, aFieldNameMayBeEmptyWhileRunningButNotAfterAStart) {
@@ -288,23 +209,28 @@ TEST_F(TranslationSettingsTest, noChoiceOfASourceRemovesTheKey) {
 TEST_F(TranslationSettingsTest, assigningWritesFirstThenPublishes) {
     TranslationSettings& s = load("{}");
     QStringList published;
-    QObject::connect(&s, &TranslationSettings::changed, &s, [&](const QString& key) {
-        published.append(key);
-        EXPECT_EQ(store_->string(u"targetLang"_s), u"it"_s);
+    s.targetLang.watch(&s, [&](const QString& language) {
+        published.append(language);
+        EXPECT_EQ(store_->string(u"targetLang"_s), language);
     });
+    s.speakTranslation.watch(&s, [&](bool on) {
+        published.append(on ? u"speak"_s : u"silent"_s);
+        EXPECT_EQ(store_->boolean(u"speakTranslations"_s), on);
+    });
+    s.saveTranscript.watch(
+        &s, [&](bool on) { published.append(on ? u"transcript"_s : u"no transcript"_s); });
     s.targetLang.set(u"it"_s);
     s.targetLang.set(u"it"_s);
     s.speakTranslation.set(true);
     s.saveTranscript.set(false);
-    EXPECT_EQ(published, (QStringList{u"targetLang"_s, u"targetLang"_s, u"speakTranslation"_s,
-                                      u"saveTranscript"_s}));
+    EXPECT_EQ(published, (QStringList{u"it"_s, u"it"_s, u"speak"_s, u"no transcript"_s}));
 }
 
 TEST_F(TranslationSettingsTest, onlyTheTwoOverlaySettingsReachTheOverlayServerAndAfterTheWrite) {
     place("{}");
     DefaultsStore& store = open();
     QList<QPair<bool, std::int64_t>> seen;
-    TranslationSettings s(store, [&] {
+    TranslationSettings s(store, [&](const TranslationSettings& /*settings*/) {
         seen.append({store.boolean(u"obsOverlayEnabled"_s).value_or(false),
                      store.integer(u"obsOverlayPort"_s).value_or(-1)});
     });
@@ -328,80 +254,16 @@ TEST_F(TranslationSettingsTest, storedOverlaySettingsReachTheOverlayServerWhileL
     EXPECT_EQ(applied_, 2);
 }
 
-TEST_F(TranslationSettingsTest, loadingEndsWithOneLine) {
-    load(R"({"sourceLang": "en", "targetLang": "fr", "audioSourceType": 2, "whisperModel": "tiny",
-             "sttEngine": "deepgram"})");
-    EXPECT_EQ(log_.lines(),
-              QStringList{u"📋 Einstellungen geladen: en → fr, Quelle: 2, Whisper: tiny, Engine: "
-                          "deepgram"_s});
-}
-
-TEST_F(TranslationSettingsTest, theLineStandsBehindTheOverlayAndTypeLines) {
-    load(R"({"targetLang": 5})");
-    ASSERT_EQ(log_.lines().size(), 2);
-    EXPECT_EQ(log_.lines().last(),
-              u"📋 Einstellungen geladen: auto → de, Quelle: 0, Whisper: base, Engine: whisper"_s);
-}
-
-TEST_F(TranslationSettingsTest, aPlaceholderInAValueStaysAsItIsInTheLine) {
-    load(R"({"sourceLang": "%2", "targetLang": "%1"})");
-    EXPECT_EQ(log_.lines().last(),
-              u"📋 Einstellungen geladen: %2 → %1, Quelle: 0, Whisper: base, Engine: whisper"_s);
-}
-
-TEST_F(TranslationSettingsTest, oneValueOfTheWrongTypeSpoilsNoOther) {
-    const TranslationSettings& s =
-        load(R"({"audioGain": "laut", "targetLang": "fr", "vmixPort": true, "voskPort": 2701})");
-    EXPECT_EQ(s.audioGain.get(), 1.0F);
-    EXPECT_EQ(s.vmixPort.get(), 8088);
-    EXPECT_EQ(s.targetLang.get(), u"fr"_s);
-    EXPECT_EQ(s.voskPort.get(), 2701);
-}
-
-TEST_F(TranslationSettingsTest, theElevenRegisteredValuesStandInTheirOrder) {
-    const QList<std::pair<QString, QJsonValue>> expected = {
-        {u"showOverlay"_s, true},
-        {u"speakTranslations"_s, false},
-        {u"sourceLang"_s, u"auto"_s},
-        {u"targetLang"_s, u"de"_s},
-        {u"audioSourceType"_s, 0},
-        {u"selectedInputDevice"_s, QString()},
-        {u"selectedAppBundleId"_s, QString()},
-        {u"audioGain"_s, 1.0},
-        {u"autoGain"_s, true},
-        {u"autoStartBackend"_s, false},
-        {u"autoStopBackend"_s, true},
-    };
-    EXPECT_EQ(defaultSettings(), expected);
-}
-
-TEST_F(TranslationSettingsTest, afterTheRegistrationAutoGainStartsOnAndNoDeviceIsAnEmptyName) {
-    DefaultsStore& store = open();
-    registerDefaultSettings(store);
-    const TranslationSettings s(store);
-    EXPECT_TRUE(s.autoGain.get());
-    EXPECT_TRUE(s.showOverlay.get());
-    EXPECT_EQ(s.selectedInputDevice.get(), QString());
-    EXPECT_EQ(s.audioGain.get(), 1.0F);
-    EXPECT_EQ(store.boolean(u"autoStartBackend"_s), false);
-    EXPECT_EQ(store.boolean(u"autoStopBackend"_s), true);
-    // Registered values count as present, so those that belong to a field become the object's own.
-    ASSERT_TRUE(store.waitUntilWritten());
-    EXPECT_EQ(json().keys(),
-              (QStringList{u"audioGain"_s, u"audioSourceType"_s, u"autoGain"_s,
-                           u"selectedAppBundleId"_s, u"selectedInputDevice"_s, u"showOverlay"_s,
-                           u"sourceLang"_s, u"speakTranslations"_s, u"targetLang"_s}));
-}
-
-TEST_F(TranslationSettingsTest, absentKeysOfOtherReadersAreAbsent) {
-    DefaultsStore& store = open();
-    registerDefaultSettings(store);
-    const TranslationSettings s(store);
-    for (const char* name : {"overlayBgColor", "overlayTextColor", "overlayBorderEnabled",
-                             "overlayBorderColor", "overlayOpacity", "uiLanguage"}) {
-        EXPECT_FALSE(store.contains(QString::fromLatin1(name))) << name;
-    }
-    EXPECT_TRUE(store.boolean(u"overlayBorderEnabled"_s).value_or(true));
+TEST_F(TranslationSettingsTest, theOverlayServerIsToldOnceEveryValueIsThere) {
+    place(R"({"obsOverlayEnabled": true, "obsOverlayPort": 8100, "overlayBgColor": "#102030",
+              "voskPort": 2701})");
+    QStringList told;
+    const TranslationSettings s(open(), [&](const TranslationSettings& settings) {
+        told.append(u"%1 %2 %3"_s.arg(settings.obsOverlayPort.get())
+                        .arg(settings.voskPort.get())
+                        .arg(settings.overlayBgColor.get()));
+    });
+    EXPECT_EQ(told, (QStringList{u"8100 2701 #102030"_s, u"8100 2701 #102030"_s}));
 }
 
 TEST_F(TranslationSettingsTest, sharedIsTheOneThereIs) {

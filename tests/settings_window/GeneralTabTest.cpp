@@ -4,6 +4,7 @@
 #include "ControlProbe.h"
 #include "Pieces.h"
 #include "SettingsWindowFixture.h"
+#include "SubtitleChoices.h"
 #include "TabParts.h"
 
 #include <QApplication>
@@ -135,7 +136,7 @@ TEST_F(GeneralTabTest, aFurtherOutputBringsItsCard) {
         Card& card = *column.addCard();
         card.addHeading()->setText(u"Teleprompter"_s);
         addSwitch(card, context.bindings, u"settings.obs.enable"_s,
-                  context.bindings.storedBool(u"teleprompterEnabled"_s, false));
+                  context.environment.settings.obsOverlayEnabled);
     });
     open();
     showTab(0);
@@ -156,6 +157,11 @@ TEST_F(GeneralTabTest, aFurtherOutputBringsItsCard) {
 }
 
 TEST_F(GeneralTabTest, theSubtitlesAreToldOfANewAppearance) {
+    int appearanceChanges = 0;
+    int autoStopChanges = 0;
+    watchSubtitleChoices(settings, window.get(),
+                         [&](const SubtitleChoices& /*choices*/) { ++appearanceChanges; });
+    settings.autoStopBackend.watch(window.get(), [&](bool /*stops*/) { ++autoStopChanges; });
     press(text(u"settings.overlay.border"_s));
     EXPECT_EQ(appearanceChanges, 1);
     changeAsAPerson(*control(u"Text Color (#RRGGBB)"_s));
@@ -184,7 +190,7 @@ TEST_F(GeneralTabTest, thePreviewShowsTheAppearanceAtOnce) {
 }
 
 TEST_F(GeneralTabTest, theOpacityIsAPercentageAsInTheInterfacesLanguage) {
-    store.setDouble(u"overlayOpacity"_s, 0.4);
+    settings.overlayOpacity.set(0.4);
     open();
     showTab(0);
     EXPECT_TRUE(shows(u"40%"_s));
@@ -217,7 +223,7 @@ TEST_F(GeneralTabTest, aColourIsChosenFromThePalette) {
 }
 
 TEST_F(GeneralTabTest, aColourThatIsNoneInTheStoreIsShownAsTheDefault) {
-    store.setString(u"overlayBgColor"_s, u"green"_s);
+    settings.overlayBgColor.set(u"green"_s);
     open();
     EXPECT_EQ(shownBy(*control(u"Background Color (#RRGGBB)"_s)), u"#90EE90"_s);
     EXPECT_EQ(store.string(u"overlayBgColor"_s), u"green"_s);

@@ -46,7 +46,6 @@ class SettingsWindowFixture : public ::testing::Test {
 
     std::unique_ptr<QWidget> makeWindow() {
         return makeSettingsWindow({.settings = settings,
-                                   .store = store,
                                    .engines = engines,
                                    .l10n = l10n,
                                    .dialogs = dialogs,
@@ -54,9 +53,7 @@ class SettingsWindowFixture : public ::testing::Test {
                                    .opener = opener,
                                    .updates = updates,
                                    .paths = paths,
-                                   .outputCards = outputCards,
-                                   .appearanceChanged = [this] { ++appearanceChanges; },
-                                   .autoStopChanged = [this] { ++autoStopChanges; }});
+                                   .outputCards = outputCards});
     }
 
     static void lookAtEveryTab(QWidget& view) {
@@ -131,8 +128,8 @@ class SettingsWindowFixture : public ::testing::Test {
     const EngineCatalogue engines;
     DefaultsStore store{home.filePath(QStringLiteral("defaults.json"))};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
-    L10n l10n{store, QStringLiteral("en")};
     TranslationSettings settings{store};
+    L10n l10n{settings.uiLanguage, QStringLiteral("en")};
     AnsweredDialogs dialogs;
     FakeChooser chooser;
     FakeOpener opener;
@@ -141,8 +138,6 @@ class SettingsWindowFixture : public ::testing::Test {
     int vrchatTests = 0;
     std::vector<OutputCard> outputCards = {addBrowserOverlayCard,
                                            vrchatCard([this] { ++vrchatTests; }), addVMixCard};
-    int appearanceChanges = 0;
-    int autoStopChanges = 0;
     std::unique_ptr<QWidget> window;
 };
 

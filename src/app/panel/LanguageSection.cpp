@@ -78,11 +78,7 @@ void LanguageSection::connectFields() {
             [this](const QString& code) { settings_.sourceLang.set(code); });
     connect(target_, &FieldCombo::chosen, this,
             [this](const QString& code) { settings_.targetLang.set(code); });
-    connect(&settings_, &TranslationSettings::changed, this, [this](const QString& key) {
-        if (key == "sourceLang"_L1 || key == "targetLang"_L1) {
-            showLanguages();
-        }
-    });
+    watchAll({&settings_.sourceLang, &settings_.targetLang}, this, [this] { showLanguages(); });
     connect(&l10n_, &L10n::currentChanged, this, &LanguageSection::translate);
 }
 

@@ -1,6 +1,5 @@
 #include "OptionsSection.h"
 
-#include "AudioManager.h"
 #include "L10n.h"
 #include "SliderField.h"
 #include "SwitchRow.h"
@@ -36,10 +35,8 @@ QString thresholdText(int db) {
 
 } // namespace
 
-OptionsSection::OptionsSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
-                               QWidget* parent)
+OptionsSection::OptionsSection(TranslationSettings& settings, L10n& l10n, QWidget* parent)
     : Card(parent)
-    , audio_(audio)
     , settings_(settings)
     , l10n_(l10n)
     , overlay_(new SwitchRow(this))
@@ -80,15 +77,16 @@ void OptionsSection::connectFields() {
             [this](bool on) { settings_.saveTranscript.set(on); });
     connect(speak_, &QCheckBox::toggled, this,
             [this](bool on) { settings_.speakTranslation.set(on); });
-    connect(pauseDetection_, &QCheckBox::toggled, this, [this](bool on) {
-        audio_.setVadEnabled(on);
-        refresh();
-    });
+    connect(pauseDetection_, &QCheckBox::toggled, this,
+            [this](bool on) { settings_.vadEnabled.set(on); });
     connect(pauseLength_, &SliderField::chosen, this,
-            [this](int milliseconds) { audio_.setVadSilenceDuration(milliseconds); });
+            [this](int milliseconds) { settings_.vadSilenceDuration.set(milliseconds); });
     connect(threshold_, &SliderField::chosen, this,
-            [this](int db) { audio_.setVadThreshold(static_cast<float>(db)); });
-    connect(&settings_, &TranslationSettings::changed, this, &OptionsSection::refresh);
+            [this](int db) { settings_.vadThreshold.set(static_cast<float>(db)); });
+    watchAll({&settings_.showOverlay, &settings_.showOriginal, &settings_.saveTranscript,
+              &settings_.speakTranslation, &settings_.vadEnabled, &settings_.vadSilenceDuration,
+              &settings_.vadThreshold},
+             this, [this] { refresh(); });
     connect(&l10n_, &L10n::currentChanged, this, &OptionsSection::translate);
 }
 
@@ -108,12 +106,12 @@ void OptionsSection::refresh() {
     original_->setShown(settings_.showOriginal.get());
     transcript_->setShown(settings_.saveTranscript.get());
     speak_->setShown(settings_.speakTranslation.get());
-    const bool detects = audio_.vadEnabled();
+    const bool detects = settings_.vadEnabled.get();
     pauseDetection_->setShown(detects);
     pauseDetection_->setNote(l10n_.platformText(detects ? u"vad.active"_s : u"vad.fixed"_s));
     pauseFields_->setVisible(detects);
-    pauseLength_->setValue(static_cast<int>(std::lround(audio_.vadSilenceDuration())));
-    threshold_->setValue(static_cast<int>(std::lround(audio_.vadThreshold())));
+    pauseLength_->setValue(static_cast<int>(std::lround(settings_.vadSilenceDuration.get())));
+    threshold_->setValue(static_cast<int>(std::lround(settings_.vadThreshold.get())));
 }
 
 } // namespace orv

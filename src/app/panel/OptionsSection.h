@@ -4,7 +4,6 @@
 
 namespace orv {
 
-class AudioManager;
 class L10n;
 class SliderField;
 class SwitchRow;
@@ -16,8 +15,7 @@ class OptionsSection : public Card {
 
   public:
     /// The references outlive the section.
-    OptionsSection(AudioManager& audio, TranslationSettings& settings, L10n& l10n,
-                   QWidget* parent = nullptr);
+    OptionsSection(TranslationSettings& settings, L10n& l10n, QWidget* parent = nullptr);
 
   private:
     void layOut();
@@ -25,7 +23,6 @@ class OptionsSection : public Card {
     void translate();
     void refresh();
 
-    AudioManager& audio_;
     TranslationSettings& settings_;
     L10n& l10n_;
     SwitchRow* overlay_;

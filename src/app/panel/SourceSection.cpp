@@ -144,15 +144,10 @@ void SourceSection::connectFields() {
     connect(&audio_, &AudioManager::listsChanged, this, &SourceSection::refreshLists);
     connect(&audio_, &AudioManager::levelChanged, this,
             [this] { level_->setLevels(audio_.audioLevel(), audio_.peakLevel()); });
-    connect(&settings_, &TranslationSettings::changed, this, [this](const QString& key) {
-        if (key == "audioSourceType"_L1) {
-            showSource();
-        } else if (key == "selectedInputDevice"_L1 || key == "selectedAppBundleId"_L1) {
-            refreshLists();
-        } else if (key == "audioGain"_L1 || key == "autoGain"_L1) {
-            showGain();
-        }
-    });
+    watchAll({&settings_.audioSourceType}, this, [this] { showSource(); });
+    watchAll({&settings_.selectedInputDevice, &settings_.selectedAppBundleId}, this,
+             [this] { refreshLists(); });
+    watchAll({&settings_.audioGain, &settings_.autoGain}, this, [this] { showGain(); });
     connect(&l10n_, &L10n::currentChanged, this, &SourceSection::translate);
 }
 

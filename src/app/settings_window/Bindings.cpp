@@ -1,11 +1,10 @@
 #include "Bindings.h"
 
 #include "ColorField.h"
-#include "DefaultsStore.h"
 #include "FieldCombo.h"
 #include "HexColor.h"
 #include "L10n.h"
-#include "TranslationSettings.h"
+#include "OverlayDefaults.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -17,10 +16,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <utility>
-
-using namespace Qt::StringLiterals;
 
 namespace orv {
 
@@ -34,42 +29,8 @@ QString tidied(const QString& text, Blanks blanks) {
 
 } // namespace
 
-Bindings::Bindings(TranslationSettings& settings, DefaultsStore& store, L10n& l10n,
-                   std::function<void(const QString& key)> storedKeyWritten)
-    : store_(store)
-    , l10n_(l10n)
-    , storedKeyWritten_(std::move(storedKeyWritten)) {
-    connect(&settings, &TranslationSettings::changed, this, &Bindings::changed);
-}
-
-void Bindings::tellWritten(const QString& key) {
-    if (storedKeyWritten_) {
-        storedKeyWritten_(key);
-    }
-    Q_EMIT changed(key);
-}
-
-BoundValue<bool> Bindings::storedBool(const QString& key, bool fallback) {
-    return {key, [this, key, fallback] { return store_.boolean(key).value_or(fallback); },
-            [this, key](bool value) {
-                store_.setBool(key, value);
-                tellWritten(key);
-            }};
-}
-
-BoundValue<double> Bindings::storedDouble(const QString& key, std::function<double()> read) {
-    return {key, std::move(read), [this, key](double value) {
-                store_.setDouble(key, value);
-                tellWritten(key);
-            }};
-}
-
-BoundValue<QColor> Bindings::storedColor(const QString& key, std::function<QColor()> read) {
-    return {key, std::move(read), [this, key](const QColor& value) {
-                store_.setString(key, toHexString(value));
-                tellWritten(key);
-            }};
-}
+Bindings::Bindings(L10n& l10n)
+    : l10n_(l10n) {}
 
 UILanguage Bindings::language() const {
     return l10n_.current();
@@ -92,74 +53,72 @@ void Bindings::translated(QAbstractButton* button, const QString& key) {
     translated(button, [this, button, key] { button->setText(text(key)); });
 }
 
-void Bindings::follow(QObject* context, const QStringList& fields,
+void Bindings::follow(QObject* context, const std::vector<const AnySetting*>& settings,
                       const std::function<void()>& show) {
-    connect(this, &Bindings::changed, context, [fields, show](const QString& field) {
-        if (fields.contains(field)) {
-            show();
-        }
-    });
+    watchAll(settings, context, show);
     show();
 }
 
 // In all of these: shown with the control's signals blocked, so that showing is no choice.
 
-void Bindings::bind(QCheckBox* box, const BoundValue<bool>& value) {
-    follow(box, {value.field}, [box, value] {
+void Bindings::bind(QCheckBox* box, Setting<bool>& setting) {
+    follow(box, {&setting}, [box, &setting] {
         const QSignalBlocker blocker(box);
-        box->setChecked(value.get());
+        box->setChecked(setting.get());
     });
     // Toggled, not clicked: assistive programs switch without a click.
-    connect(box, &QCheckBox::toggled, this, [value](bool checked) { value.set(checked); });
+    connect(box, &QCheckBox::toggled, this, [&setting](bool checked) { setting.set(checked); });
 }
 
-void Bindings::bind(QLineEdit* edit, const BoundValue<QString>& value, Blanks blanks) {
-    follow(edit, {value.field}, [edit, value, blanks] {
-        if (tidied(edit->text(), blanks) != value.get()) {
+void Bindings::bind(QLineEdit* edit, Setting<QString>& setting, Blanks blanks) {
+    follow(edit, {&setting}, [edit, &setting, blanks] {
+        if (tidied(edit->text(), blanks) != setting.get()) {
             const QSignalBlocker blocker(edit);
-            edit->setText(value.get());
+            edit->setText(setting.get());
             edit->setCursorPosition(0);
         }
     });
-    connect(edit, &QLineEdit::textChanged, this, [value, blanks](const QString& typed) {
-        if (const QString wanted = tidied(typed, blanks); wanted != value.get()) {
-            value.set(wanted);
+    connect(edit, &QLineEdit::textChanged, this, [&setting, blanks](const QString& typed) {
+        if (const QString wanted = tidied(typed, blanks); wanted != setting.get()) {
+            setting.set(wanted);
         }
     });
 }
 
-void Bindings::bind(QSpinBox* box, const BoundValue<std::int64_t>& value) {
+void Bindings::bind(QSpinBox* box, Setting<std::int64_t>& setting) {
     box->setKeyboardTracking(false);
-    follow(box, {value.field}, [box, value] {
+    follow(box, {&setting}, [box, &setting] {
         const QSignalBlocker blocker(box);
         box->setValue(static_cast<int>(
-            std::clamp<std::int64_t>(value.get(), box->minimum(), box->maximum())));
+            std::clamp<std::int64_t>(setting.get(), box->minimum(), box->maximum())));
     });
-    connect(box, &QSpinBox::valueChanged, this, [value](int number) { value.set(number); });
+    connect(box, &QSpinBox::valueChanged, this, [&setting](int number) { setting.set(number); });
 }
 
-void Bindings::bind(FieldCombo* combo, const BoundValue<QString>& value) {
-    follow(combo, {value.field}, [combo, value] {
+void Bindings::bind(FieldCombo* combo, Setting<QString>& setting) {
+    follow(combo, {&setting}, [combo, &setting] {
         const QSignalBlocker blocker(combo);
-        combo->setChosen(value.get());
+        combo->setChosen(setting.get());
     });
-    connect(combo, &FieldCombo::chosen, this, [value](const QString& id) { value.set(id); });
+    connect(combo, &FieldCombo::chosen, this, [&setting](const QString& id) { setting.set(id); });
 }
 
-void Bindings::bind(ColorField* field, const BoundValue<QColor>& value) {
-    follow(field, {value.field}, [field, value] { field->setColor(value.get()); });
-    connect(field, &ColorField::chosen, this, [value](const QColor& color) { value.set(color); });
+void Bindings::bind(ColorField* field, Setting<QString>& setting) {
+    follow(field, {&setting},
+           [field, &setting] { field->setColor(OverlayDefaults::color(setting)); });
+    connect(field, &ColorField::chosen, this,
+            [&setting](const QColor& color) { setting.set(toHexString(color)); });
 }
 
-void Bindings::bind(QSlider* slider, const BoundValue<double>& value) {
+void Bindings::bind(QSlider* slider, Setting<double>& setting) {
     slider->setRange(0, static_cast<int>(hundredths));
-    follow(slider, {value.field}, [slider, value] {
+    follow(slider, {&setting}, [slider, &setting] {
         const QSignalBlocker blocker(slider);
         slider->setValue(
-            static_cast<int>(std::lround(std::clamp(value.get(), 0.0, 1.0) * hundredths)));
+            static_cast<int>(std::lround(std::clamp(setting.get(), 0.0, 1.0) * hundredths)));
     });
     connect(slider, &QSlider::valueChanged, this,
-            [value](int share) { value.set(share / hundredths); });
+            [&setting](int share) { setting.set(share / hundredths); });
 }
 
 } // namespace orv

@@ -3,13 +3,12 @@
 #include "Setting.h"
 #include "UILanguage.h"
 
-#include <QColor>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 class QAbstractButton;
 class QCheckBox;
@@ -21,18 +20,8 @@ class QSpinBox;
 namespace orv {
 
 class ColorField;
-class DefaultsStore;
 class FieldCombo;
 class L10n;
-class TranslationSettings;
-
-/// A setting as a control sees it. `field` is the name under which a change of it is told.
-template <typename T>
-struct BoundValue {
-    QString field;
-    std::function<T()> get;
-    std::function<void(const T& value)> set;
-};
 
 /// Whether blanks round a text belong to it. Addresses and keys are pasted with some.
 enum class Blanks { Kept, Trimmed };
@@ -44,23 +33,7 @@ class Bindings : public QObject {
     Q_OBJECT
 
   public:
-    /// `storedKeyWritten` is told about values that have no field in the settings object and are
-    /// written here.
-    Bindings(TranslationSettings& settings, DefaultsStore& store, L10n& l10n,
-             std::function<void(const QString& key)> storedKeyWritten);
-
-    /// A field of the settings object, called `field` there.
-    template <typename T>
-    BoundValue<T> setting(Setting<T>& setting, const QString& field) {
-        return {field, [&setting] { return setting.get(); },
-                [&setting](const T& value) { setting.set(value); }};
-    }
-
-    // Values that stand in the store only, under `key`: absent they are `fallback`, or `read` tells
-    // what they are. A colour is stored in hexadecimal.
-    BoundValue<bool> storedBool(const QString& key, bool fallback);
-    BoundValue<double> storedDouble(const QString& key, std::function<double()> read);
-    BoundValue<QColor> storedColor(const QString& key, std::function<QColor()> read);
+    explicit Bindings(L10n& l10n);
 
     UILanguage language() const;
 
@@ -72,32 +45,25 @@ class Bindings : public QObject {
     void translated(QLabel* label, const QString& key);
     void translated(QAbstractButton* button, const QString& key);
 
-    /// Calls `show` now and whenever one of `fields` changes, as long as `context` lives.
-    void follow(QObject* context, const QStringList& fields, const std::function<void()>& show);
+    /// Calls `show` now and whenever one of `settings` is assigned, as long as `context` lives.
+    void follow(QObject* context, const std::vector<const AnySetting*>& settings,
+                const std::function<void()>& show);
 
-    void bind(QCheckBox* box, const BoundValue<bool>& value);
-    void bind(QLineEdit* edit, const BoundValue<QString>& value, Blanks blanks);
+    void bind(QCheckBox* box, Setting<bool>& setting);
+    void bind(QLineEdit* edit, Setting<QString>& setting, Blanks blanks);
 
     /// A port. Stored when it is complete: at the end of typing or by a step.
-    void bind(QSpinBox* box, const BoundValue<std::int64_t>& value);
-    void bind(FieldCombo* combo, const BoundValue<QString>& value);
+    void bind(QSpinBox* box, Setting<std::int64_t>& setting);
+    void bind(FieldCombo* combo, Setting<QString>& setting);
 
-    void bind(ColorField* field, const BoundValue<QColor>& value);
+    /// A colour of the subtitles, in hexadecimal.
+    void bind(ColorField* field, Setting<QString>& setting);
 
     /// A share of 0 to 1, shown in hundredths.
-    void bind(QSlider* slider, const BoundValue<double>& value);
-
-  Q_SIGNALS:
-    /// A value has been assigned, here or elsewhere.
-    void changed(const QString& field);
+    void bind(QSlider* slider, Setting<double>& setting);
 
   private:
-    /// What writing a key of the store brings with it.
-    void tellWritten(const QString& key);
-
-    DefaultsStore& store_;
     L10n& l10n_;
-    const std::function<void(const QString& key)> storedKeyWritten_;
 };
 
 } // namespace orv

@@ -1,9 +1,8 @@
 #include "GeneralTab.h"
 
 #include "ColorField.h"
-#include "DefaultsStore.h"
 #include "L10n.h"
-#include "OverlayKeys.h"
+#include "OverlayDefaults.h"
 #include "OverlayPreview.h"
 #include "PageSlider.h"
 #include "Pieces.h"
@@ -23,23 +22,19 @@ namespace orv {
 
 namespace {
 
-void addColor(Card& card, const TabContext& context, const OverlayColor& color,
-              const QString& key) {
-    Bindings& bindings = context.bindings;
-    const DefaultsStore& store = context.environment.store;
+void addColor(Card& card, Bindings& bindings, Setting<QString>& color, const QString& key) {
     auto* field = new ColorField(&card);
     QLabel* label = card.addField(field);
     bindings.translated(field, [&bindings, label, field, key] {
         nameField(label, field, bindings.text(key));
         field->setName(bindings.text(key));
     });
-    bindings.bind(field,
-                  bindings.storedColor(color.key, [color, &store] { return color.read(store); }));
+    bindings.bind(field, color);
 }
 
 void addOpacity(Card& card, const TabContext& context) {
     Bindings& bindings = context.bindings;
-    const DefaultsStore& store = context.environment.store;
+    Setting<double>& opacity = context.environment.settings.overlayOpacity;
     auto* field = new QWidget(&card);
     auto* row = new QHBoxLayout(field);
     row->setContentsMargins(0, 0, 0, 0);
@@ -51,13 +46,11 @@ void addOpacity(Card& card, const TabContext& context) {
     row->addWidget(percent);
     field->setFocusProxy(slider);
     QLabel* label = card.addField(field);
-    bindings.bind(slider, bindings.storedDouble(overlayOpacityKey(), [&store] {
-        return OverlayDefaults::opacityValue(store);
-    }));
+    bindings.bind(slider, opacity);
     const auto showPercent = [&bindings, slider, percent] {
         percent->setText(percentText(bindings.language(), slider->value()));
     };
-    bindings.follow(percent, {overlayOpacityKey()}, showPercent);
+    bindings.follow(percent, {&opacity}, showPercent);
     bindings.translated(field, [&bindings, label, slider, percent, showPercent] {
         nameField(label, slider, bindings.text(u"settings.overlay.opacity"_s));
         const QString longest = percentText(bindings.language(), 100);
@@ -80,32 +73,30 @@ void showSample(OverlayPreview& preview, const TabContext& context) {
 void addPreview(Card& card, const TabContext& context) {
     auto* preview = new OverlayPreview(&card);
     Bindings& bindings = context.bindings;
-    const DefaultsStore& store = context.environment.store;
+    const TranslationSettings& settings = context.environment.settings;
     card.rows()->addWidget(preview);
     bindings.translated(preview, [preview, context] {
         preview->setAccessibleName(context.bindings.text(u"settings.overlay.preview"_s));
         showSample(*preview, context);
     });
-    bindings.follow(preview, {u"showOriginal"_s},
+    bindings.follow(preview, {&settings.showOriginal},
                     [preview, context] { showSample(*preview, context); });
-    bindings.follow(
-        preview,
-        {overlayBackground().key, overlayText().key, overlayBorder().key, overlayBorderEnabledKey(),
-         overlayOpacityKey()},
-        [preview, &store] { preview->setAppearance(SubtitleAppearance::fromStore(store)); });
+    bindings.follow(preview, OverlayDefaults::settings(settings), [preview, &settings] {
+        preview->setAppearance(SubtitleAppearance::fromSettings(settings));
+    });
 }
 
 /// How the subtitles look, with a preview above what changes it.
 void addAppearanceCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
+    TranslationSettings& settings = context.environment.settings;
     Card& card = *column.addCard();
     addHeading(card, bindings, u"settings.overlay.preview"_s);
     addPreview(card, context);
-    addSwitch(card, bindings, u"settings.overlay.border"_s,
-              bindings.storedBool(overlayBorderEnabledKey(), true));
-    addColor(card, context, overlayBackground(), u"settings.overlay.bgcolor"_s);
-    addColor(card, context, overlayText(), u"settings.overlay.textcolor"_s);
-    addColor(card, context, overlayBorder(), u"settings.overlay.bordercolor"_s);
+    addSwitch(card, bindings, u"settings.overlay.border"_s, settings.overlayBorderEnabled);
+    addColor(card, bindings, settings.overlayBgColor, u"settings.overlay.bgcolor"_s);
+    addColor(card, bindings, settings.overlayTextColor, u"settings.overlay.textcolor"_s);
+    addColor(card, bindings, settings.overlayBorderColor, u"settings.overlay.bordercolor"_s);
     addOpacity(card, context);
 }
 
@@ -116,16 +107,11 @@ void addDisplayCard(CardColumn& column, const TabContext& context) {
     TranslationSettings& settings = context.environment.settings;
     Card& card = *column.addCard();
     addHeading(card, bindings, u"settings.display"_s);
-    addSwitch(card, bindings, u"settings.overlay"_s,
-              bindings.setting(settings.showOverlay, u"showOverlay"_s));
-    addSwitch(card, bindings, u"option.original"_s,
-              bindings.setting(settings.showOriginal, u"showOriginal"_s));
-    addSwitch(card, bindings, u"option.transcript"_s,
-              bindings.setting(settings.saveTranscript, u"saveTranscript"_s));
-    addSwitch(card, bindings, u"option.speak"_s,
-              bindings.setting(settings.speakTranslation, u"speakTranslation"_s));
-    addSwitch(card, bindings, u"settings.autogain"_s,
-              bindings.setting(settings.autoGain, u"autoGain"_s));
+    addSwitch(card, bindings, u"settings.overlay"_s, settings.showOverlay);
+    addSwitch(card, bindings, u"option.original"_s, settings.showOriginal);
+    addSwitch(card, bindings, u"option.transcript"_s, settings.saveTranscript);
+    addSwitch(card, bindings, u"option.speak"_s, settings.speakTranslation);
+    addSwitch(card, bindings, u"settings.autogain"_s, settings.autoGain);
 
     addAppearanceCard(column, context);
 }

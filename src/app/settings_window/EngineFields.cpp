@@ -67,12 +67,12 @@ class EngineCard {
             edit->setNames(section() + u": "_s + text, section() + u": "_s + before + reveal,
                            reveal);
         });
-        bindings_.bind(edit->edit(), bound(field.text), Blanks::Trimmed);
+        bindings_.bind(edit->edit(), settings_.*field.text, Blanks::Trimmed);
     }
 
     void addText(const EngineField& field) {
         auto* edit = new QLineEdit(&card_);
-        bindings_.bind(edit, bound(field.text), Blanks::Trimmed);
+        bindings_.bind(edit, settings_.*field.text, Blanks::Trimmed);
         addNamedField(card_, bindings_, edit, field.labelKey, section_);
         if (!field.placeholderKey.isEmpty()) {
             bindings_.translated(edit, [&bindings = bindings_, edit, &field] {
@@ -83,7 +83,7 @@ class EngineCard {
 
     void addPort(const EngineField& field) {
         auto* box = new PortField(&card_);
-        bindings_.bind(box, bound(field.number));
+        bindings_.bind(box, settings_.*field.number);
         addNamedField(card_, bindings_, box, field.labelKey, section_);
     }
 
@@ -91,7 +91,7 @@ class EngineCard {
     void addPlaces(const EngineField& field) {
         auto* combo = new FieldCombo(FieldCombo::Search::ByTyping, &card_);
         Setting<QString>& place = settings_.*field.text;
-        bindings_.follow(combo, {place.field()}, [combo, &place, places = field.places] {
+        bindings_.follow(combo, {&place}, [combo, &place, places = field.places] {
             const QSignalBlocker blocker(combo);
             combo->setEntries(entries(places, place.get()), place.get());
         });
@@ -124,18 +124,12 @@ class EngineCard {
             clear->setEnabled(!file.get().isEmpty());
         };
         bindings_.translated(static_cast<QObject*>(path), refresh);
-        bindings_.follow(path, {file.field()}, refresh);
+        bindings_.follow(path, {&file}, refresh);
         SettingsActions& actions = context_.actions;
         QObject::connect(choose, &QPushButton::clicked, &card_,
                          [&actions] { actions.pickServiceAccountJSON(); });
         QObject::connect(clear, &QPushButton::clicked, &card_,
                          [&actions] { actions.clearServiceAccount(); });
-    }
-
-    template <typename T>
-    BoundValue<T> bound(Setting<T> TranslationSettings::*member) {
-        Setting<T>& setting = settings_.*member;
-        return bindings_.setting(setting, setting.field());
     }
 
     static QList<FieldEntry> entries(std::span<const ServiceRegion> places, const QString& chosen) {
@@ -174,9 +168,8 @@ void addEngineFields(CardColumn& column, const TabContext& context,
         addHint(*card, context.bindings, engine.hintKey);
     }
     const Setting<QString>& chosen = context.environment.settings.sttEngine;
-    context.bindings.follow(card, {u"sttEngine"_s}, [card, &chosen, &engine] {
-        card->setVisible(chosen.get() == engine.id);
-    });
+    context.bindings.follow(
+        card, {&chosen}, [card, &chosen, &engine] { card->setVisible(chosen.get() == engine.id); });
 }
 
 } // namespace orv

@@ -36,7 +36,7 @@ void addRows(Card& card, const TabContext& context) {
         bindings.translated(row, [&bindings, row, &engine] {
             row->setTexts(engineName(engine, bindings), bindings.text(engine.detailKey));
         });
-        bindings.follow(row, {u"sttEngine"_s}, [row, &chosen] {
+        bindings.follow(row, {&chosen}, [row, &chosen] {
             const QSignalBlocker blocker(row);
             row->setChecked(chosen.get() == row->engineId());
         });
@@ -60,7 +60,7 @@ QWidget* makeEnginesTab(const TabContext& context) {
     addRows(list, context);
     auto* info = new ToneLabel(&list);
     list.rows()->addWidget(info);
-    bindings.follow(info, {u"sttEngine"_s}, [info, &settings, &engines] {
+    bindings.follow(info, {&settings.sttEngine}, [info, &settings, &engines] {
         info->setText(engineInfoText(engines, settings.sttEngine.get()));
         info->setVisible(!info->text().isEmpty());
     });

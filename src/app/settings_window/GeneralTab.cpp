@@ -1,6 +1,5 @@
 #include "GeneralTab.h"
 
-#include "DefaultsStore.h"
 #include "FieldCombo.h"
 #include "L10n.h"
 #include "Pieces.h"
@@ -51,17 +50,14 @@ void addBackendCard(CardColumn& column, const TabContext& context) {
     Card& card = *column.addCard();
     addHeading(card, bindings, u"settings.backend"_s);
     addHint(card, bindings, u"settings.backend.tip"_s);
-    addSwitch(card, bindings, u"settings.backend.autostart"_s,
-              bindings.storedBool(u"autoStartBackend"_s, false));
-    addSwitch(card, bindings, u"settings.backend.autostop"_s,
-              bindings.storedBool(u"autoStopBackend"_s, true));
-    addSwitch(card, bindings, u"settings.backend.network"_s,
-              bindings.setting(settings.networkAccess, u"networkAccess"_s));
+    addSwitch(card, bindings, u"settings.backend.autostart"_s, settings.autoStartBackend);
+    addSwitch(card, bindings, u"settings.backend.autostop"_s, settings.autoStopBackend);
+    addSwitch(card, bindings, u"settings.backend.network"_s, settings.networkAccess);
     auto* warning = new ToneLabel(&card, Tone::Error);
     bindings.translated(warning, u"settings.backend.network.warn"_s);
     card.rows()->addWidget(warning);
     addHint(card, bindings, u"settings.backend.network.hint"_s);
-    bindings.follow(warning, {u"networkAccess"_s},
+    bindings.follow(warning, {&settings.networkAccess},
                     [warning, &settings] { warning->setVisible(settings.networkAccess.get()); });
 }
 
@@ -70,9 +66,7 @@ void addNotificationsCard(CardColumn& column, const TabContext& context) {
     TranslationSettings& settings = context.environment.settings;
     Card& card = *column.addCard();
     addHeading(card, bindings, u"settings.notifications"_s);
-    addSwitch(
-        card, bindings, u"settings.vmix.warn_on_fail"_s,
-        bindings.setting(settings.vmixShowConnectionWarnings, u"vmixShowConnectionWarnings"_s));
+    addSwitch(card, bindings, u"settings.vmix.warn_on_fail"_s, settings.vmixShowConnectionWarnings);
     addHint(card, bindings, u"settings.vmix.warn_on_fail.hint"_s);
 }
 

@@ -75,7 +75,7 @@ void addFacts(Card& card, const TabContext& context) {
         translator->setText(engine != nullptr ? engine->translator : QString());
     };
     bindings.translated(recogniser, refresh);
-    bindings.follow(recogniser, {u"sttEngine"_s}, refresh);
+    bindings.follow(recogniser, {&settings.sttEngine}, refresh);
     addFact(card, bindings, u"info.audioengine"_s)->setText(u"48\u00A0kHz · mono · float32"_s);
     addFact(card, bindings, u"info.capture"_s)->setText(u"PulseAudio / PipeWire"_s);
     addFact(card, bindings, u"info.languages"_s)

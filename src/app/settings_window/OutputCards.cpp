@@ -33,17 +33,17 @@ QString shownMode(std::int64_t mode) {
     return QString::number(mode == 0 || mode == 1 ? mode : 2);
 }
 
-QLabel* addText(Card& card, Bindings& bindings, const BoundValue<QString>& value, Blanks blanks,
+QLabel* addText(Card& card, Bindings& bindings, Setting<QString>& setting, Blanks blanks,
                 const QString& key, const SectionName& section) {
     auto* edit = new QLineEdit(&card);
-    bindings.bind(edit, value, blanks);
+    bindings.bind(edit, setting, blanks);
     return addNamedField(card, bindings, edit, key, section);
 }
 
-QLabel* addPort(Card& card, Bindings& bindings, const BoundValue<std::int64_t>& value,
-                const QString& key, const SectionName& section) {
+QLabel* addPort(Card& card, Bindings& bindings, Setting<std::int64_t>& setting, const QString& key,
+                const SectionName& section) {
     auto* port = new PortField(&card);
-    bindings.bind(port, value);
+    bindings.bind(port, setting);
     return addNamedField(card, bindings, port, key, section);
 }
 
@@ -57,8 +57,12 @@ void addSendMode(Card& card, const TabContext& context, const SectionName& secti
                            {u"2"_s, bindings.text(u"settings.vrc.send.both"_s)}},
                           shownMode(mode.get()));
     });
-    bindings.bind(modes, {u"vrchatSendMode"_s, [&mode] { return shownMode(mode.get()); },
-                          [&mode](const QString& id) { mode.set(id.toLongLong()); }});
+    bindings.follow(modes, {&mode}, [&mode, modes] {
+        const QSignalBlocker blocker(modes);
+        modes->setChosen(shownMode(mode.get()));
+    });
+    QObject::connect(modes, &FieldCombo::chosen, &bindings,
+                     [&mode](const QString& id) { mode.set(id.toLongLong()); });
     addNamedField(card, bindings, modes, u"settings.vrc.send"_s, section);
 }
 
@@ -81,7 +85,7 @@ void addOverlayAddress(Card& card, const TabContext& context) {
     bindings.translated(address, [&bindings, address] {
         address->setAccessibleName(bindings.text(u"settings.obs.section"_s) + u": URL"_s);
     });
-    bindings.follow(address, {u"obsOverlayPort"_s}, [address, &settings] {
+    bindings.follow(address, {&settings.obsOverlayPort}, [address, &settings] {
         address->setText(overlayAddress(settings.obsOverlayPort.get()));
     });
     QObject::connect(copy, &QPushButton::clicked, address, &QLineEdit::selectAll);
@@ -98,10 +102,8 @@ void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
     const auto& [card, section] = addSection(column, bindings, u"settings.obs.section"_s);
-    addSwitch(card, bindings, u"settings.obs.enable"_s,
-              bindings.setting(settings.obsOverlayEnabled, u"obsOverlayEnabled"_s));
-    addPort(card, bindings, bindings.setting(settings.obsOverlayPort, u"obsOverlayPort"_s),
-            u"settings.obs.port"_s, section);
+    addSwitch(card, bindings, u"settings.obs.enable"_s, settings.obsOverlayEnabled);
+    addPort(card, bindings, settings.obsOverlayPort, u"settings.obs.port"_s, section);
     addOverlayAddress(card, context);
     addHint(card, bindings, u"settings.obs.hint"_s);
 }
@@ -113,15 +115,11 @@ void addVRChatCard(CardColumn& column, const TabContext& context,
     Bindings& bindings = context.bindings;
     TranslationSettings& settings = context.environment.settings;
     const auto& [card, section] = addSection(column, bindings, u"settings.vrc.section"_s);
-    addSwitch(card, bindings, u"settings.vrc.enable"_s,
-              bindings.setting(settings.vrchatEnabled, u"vrchatEnabled"_s));
-    addText(card, bindings, bindings.setting(settings.vrchatHost, u"vrchatHost"_s), Blanks::Trimmed,
-            u"settings.vrc.host"_s, section);
-    addPort(card, bindings, bindings.setting(settings.vrchatPort, u"vrchatPort"_s),
-            u"settings.vrc.port"_s, section);
+    addSwitch(card, bindings, u"settings.vrc.enable"_s, settings.vrchatEnabled);
+    addText(card, bindings, settings.vrchatHost, Blanks::Trimmed, u"settings.vrc.host"_s, section);
+    addPort(card, bindings, settings.vrchatPort, u"settings.vrc.port"_s, section);
     addSendMode(card, context, section);
-    addSwitch(card, bindings, u"settings.vrc.sound"_s,
-              bindings.setting(settings.vrchatPlaySound, u"vrchatPlaySound"_s));
+    addSwitch(card, bindings, u"settings.vrc.sound"_s, settings.vrchatPlaySound);
     auto* test = makeButton(&card);
     bindings.translated(test, u"settings.vrc.test"_s);
     QObject::connect(test, &QPushButton::clicked, &card, sendTest);
@@ -143,24 +141,20 @@ void addVMixCard(CardColumn& column, const TabContext& context) {
     const SectionName section = [] { return u"vMix"_s; };
     Card& card = *column.addCard();
     card.addHeading()->setText(section());
-    addSwitch(card, bindings, u"settings.vmix.enable"_s,
-              bindings.setting(settings.vmixEnabled, u"vmixEnabled"_s));
+    addSwitch(card, bindings, u"settings.vmix.enable"_s, settings.vmixEnabled);
     addHint(card, bindings, u"settings.vmix.subtitle"_s);
     addHeading(card, bindings, u"settings.vmix.connection"_s);
     QList<QLabel*> labels;
-    labels << addText(card, bindings, bindings.setting(settings.vmixHost, u"vmixHost"_s),
-                      Blanks::Trimmed, u"settings.vrc.host"_s, section)
-           << addPort(card, bindings, bindings.setting(settings.vmixPort, u"vmixPort"_s),
-                      u"settings.vrc.port"_s, section)
-           << addText(card, bindings, bindings.setting(settings.vmixInput, u"vmixInput"_s),
-                      Blanks::Kept, u"settings.vmix.input.hint"_s, section);
+    labels << addText(card, bindings, settings.vmixHost, Blanks::Trimmed, u"settings.vrc.host"_s,
+                      section)
+           << addPort(card, bindings, settings.vmixPort, u"settings.vrc.port"_s, section)
+           << addText(card, bindings, settings.vmixInput, Blanks::Kept,
+                      u"settings.vmix.input.hint"_s, section);
     addHeading(card, bindings, u"settings.vmix.fields"_s);
-    labels << addText(card, bindings,
-                      bindings.setting(settings.vmixFieldTranslation, u"vmixFieldTranslation"_s),
-                      Blanks::Kept, u"settings.vmix.field.translation"_s, section)
-           << addText(card, bindings,
-                      bindings.setting(settings.vmixFieldOriginal, u"vmixFieldOriginal"_s),
-                      Blanks::Kept, u"settings.vmix.field.original"_s, section);
+    labels << addText(card, bindings, settings.vmixFieldTranslation, Blanks::Kept,
+                      u"settings.vmix.field.translation"_s, section)
+           << addText(card, bindings, settings.vmixFieldOriginal, Blanks::Kept,
+                      u"settings.vmix.field.original"_s, section);
     alignLabels(bindings, labels);
     addHint(card, bindings, u"settings.vmix.tip"_s);
 }

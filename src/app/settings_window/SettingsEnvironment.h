@@ -9,7 +9,6 @@
 namespace orv {
 
 class Bindings;
-class DefaultsStore;
 class DesktopOpener;
 class Dialogs;
 class EngineCatalogue;
@@ -20,11 +19,10 @@ class TranslationSettings;
 class UpdateControl;
 class WhisperModelManager;
 
-/// What the settings window shows and works on. The references outlive it; the functions may be
-/// empty and are called on the main thread.
+/// What the settings window shows and works on. The references outlive it; the function may be
+/// empty and is called on the main thread.
 struct SettingsEnvironment {
     TranslationSettings& settings;
-    DefaultsStore& store;
     const EngineCatalogue& engines;
     L10n& l10n;
     Dialogs& dialogs;
@@ -32,9 +30,7 @@ struct SettingsEnvironment {
     DesktopOpener& opener;
     UpdateControl& updates;
     UserPaths paths;
-    std::vector<OutputCard> outputCards;     ///< In the order in which they are shown.
-    std::function<void()> appearanceChanged; ///< The subtitles shall look otherwise from now on.
-    std::function<void()> autoStopChanged;   ///< Whether the backend ends with the program.
+    std::vector<OutputCard> outputCards; ///< In the order in which they are shown.
 };
 
 /// What the tabs of one settings window share. The references outlive the tabs.

@@ -4,7 +4,6 @@
 #include "GeneralTab.h"
 #include "InfoTab.h"
 #include "LanguagesTab.h"
-#include "OverlayKeys.h"
 #include "Pieces.h"
 #include "SettingsIcons.h"
 #include "SettingsTabBar.h"
@@ -50,20 +49,12 @@ const std::array<Tab, 6>& allTabs() {
     return tabs;
 }
 
-bool isAppearance(const QString& key) {
-    return key == overlayBackground().key || key == overlayText().key ||
-           key == overlayBorder().key || key == overlayBorderEnabledKey() ||
-           key == overlayOpacityKey();
-}
-
 } // namespace
 
 SettingsView::SettingsView(SettingsEnvironment environment, QWidget* parent)
     : QWidget(parent)
     , environment_(std::move(environment))
-    , bindings_(std::make_unique<Bindings>(environment_.settings, environment_.store,
-                                           environment_.l10n,
-                                           [this](const QString& key) { keyWritten(key); }))
+    , bindings_(std::make_unique<Bindings>(environment_.l10n))
     , tabs_(new SettingsTabBar(this))
     , pages_(new QStackedWidget(this)) {
     registerSettingsIcons();
@@ -132,14 +123,6 @@ void SettingsView::showTab(int index) {
         layout->addWidget(tab.scrolls ? makePage(content, page) : content);
     }
     pages_->setCurrentIndex(index);
-}
-
-void SettingsView::keyWritten(const QString& key) const {
-    if (isAppearance(key) && environment_.appearanceChanged) {
-        environment_.appearanceChanged();
-    } else if (key == u"autoStopBackend" && environment_.autoStopChanged) {
-        environment_.autoStopChanged();
-    }
 }
 
 void SettingsView::keyPressEvent(QKeyEvent* event) {

@@ -32,7 +32,6 @@ class SettingsView : public QWidget {
   private:
     TabContext context() const;
     void showTab(int index);
-    void keyWritten(const QString& key) const;
 
     const SettingsEnvironment environment_;
     FileJobs files_;

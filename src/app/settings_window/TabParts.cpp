@@ -41,11 +41,10 @@ QLabel* addHint(Card& card, Bindings& bindings, const QString& key) {
     return hint;
 }
 
-QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
-                     const BoundValue<bool>& value) {
+QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key, Setting<bool>& setting) {
     auto* box = new SwitchRow(&card);
     bindings.translated(box, key);
-    bindings.bind(box, value);
+    bindings.bind(box, setting);
     card.rows()->addWidget(box);
     return box;
 }

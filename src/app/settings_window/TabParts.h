@@ -37,9 +37,8 @@ class CardColumn : public QWidget {
 QLabel* addHeading(Card& card, Bindings& bindings, const QString& key);
 QLabel* addHint(Card& card, Bindings& bindings, const QString& key);
 
-/// A switch that is named by the text of `key` and tied to `value`.
-QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key,
-                     const BoundValue<bool>& value);
+/// A switch that is named by the text of `key` and tied to `setting`.
+QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key, Setting<bool>& setting);
 
 /// What comes before a control's own name; several sections have a host and a port.
 using SectionName = std::function<QString()>;

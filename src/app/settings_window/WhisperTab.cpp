@@ -39,7 +39,7 @@ QWidget* makeWhisperTab(const TabContext& context) {
     addHeading(choice, bindings, u"settings.whisper"_s);
     addHint(choice, bindings, u"settings.whisper.subtitle"_s);
     auto* chosen = new FieldCombo(FieldCombo::Search::None, &choice);
-    bindings.follow(chosen, {u"whisperModel"_s}, [chosen, &model] {
+    bindings.follow(chosen, {&model}, [chosen, &model] {
         chosen->setEntries(modelEntries(model.get()), model.get());
     });
     QObject::connect(chosen, &FieldCombo::chosen, &bindings,

@@ -12,7 +12,8 @@ QByteArray OverlayResult::toJson() const {
         {u"original"_s, original},
         {u"translation"_s, translation},
         {u"ts"_s, lastUpdate},
-        {u"showOriginal"_s, showOriginal},
+        {u"showOriginal"_s, appearance.showOriginal},
+        {u"style"_s, overlayStyle(appearance).toJson()},
     };
     const QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
     return json.isEmpty() ? "{}"_ba : json;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HttpResponse.h"
+#include "OverlayAppearance.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -12,8 +13,8 @@ namespace orv {
 struct OverlayResult {
     QString original;
     QString translation;
-    double lastUpdate = 0;     ///< Seconds since 1970 with fraction; 0 before any result.
-    bool showOriginal = false; ///< Whether the page shows the source text too.
+    double lastUpdate = 0; ///< Seconds since 1970 with fraction; 0 before any result.
+    OverlayAppearance appearance;
 
     /// The JSON document behind "/text".
     QByteArray toJson() const;

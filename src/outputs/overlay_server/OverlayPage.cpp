@@ -1,38 +1,10 @@
 #include "OverlayPage.h"
 
-#include "DefaultsStore.h"
-#include "OverlayDefaults.h"
-
-#include <QLocale>
-
-#include <algorithm>
-#include <cmath>
+#include <QJsonDocument>
 
 namespace orv {
 
-using namespace Qt::StringLiterals;
-
 namespace {
-
-QByteArray rgba(const QColor& color, double opacity) {
-    const QColor converted = color.isValid() ? color.toRgb() : QColor(Qt::green);
-    const auto component = [](double value) {
-        return QByteArray::number(static_cast<int>(std::lround(value * 255)));
-    };
-    return "rgba(" + component(converted.redF()) + ',' + component(converted.greenF()) + ',' +
-           component(converted.blueF()) + ',' + cssNumber(opacity) + ')';
-}
-
-bool parenthesesMatch(const QString& value) {
-    int open = 0;
-    for (const QChar character : value) {
-        open += character == u'(' ? 1 : character == u')' ? -1 : 0;
-        if (open < 0) {
-            return false;
-        }
-    }
-    return open == 0;
-}
 
 constexpr char beforeBackground[] = R"(<!DOCTYPE html>
 <html>
@@ -81,11 +53,31 @@ const orig = document.getElementById("orig");
 const trans = document.getElementById("trans");
 let lastTs = 0;
 let lastChange = Date.now();
+let shown = )";
+
+constexpr char afterStyle[] = R"(;
+
+// An assignment of what is no colour changes nothing, so that each goes after one of what holds
+// without a declaration.
+function follow(style) {
+  if (!style || Object.keys(shown).every(name => shown[name] === style[name])) {
+    return;
+  }
+  shown = style;
+  box.style.background = style.background;
+  box.style.border = "none";
+  box.style.border = style.border || "none";
+  for (const line of [orig, trans]) {
+    line.style.color = "inherit";
+    line.style.color = style.color || "inherit";
+  }
+}
 
 async function poll() {
   try {
     const answer = await fetch("/text", { cache: "no-store" });
     const result = await answer.json();
+    follow(result.style);
     orig.style.display = result.showOriginal === true ? "block" : "none";
     if (result.ts !== lastTs) {
       lastTs = result.ts;
@@ -112,56 +104,29 @@ setInterval(poll, 300);
 
 } // namespace
 
-OverlayAppearance OverlayAppearance::fromStore(const DefaultsStore& store) {
-    const QString defaultText = u"#000000"_s;
-    const QString defaultBorder = u"#2E7D32"_s;
-
-    OverlayAppearance appearance;
-    appearance.background = OverlayDefaults::backgroundColor(store);
-    appearance.opacity = OverlayDefaults::opacityValue(store);
-    appearance.textColor =
-        cssColorOr(store.string(u"overlayTextColor"_s).value_or(defaultText), defaultText);
-    if (OverlayDefaults::borderOn(store)) {
-        appearance.borderColor = cssColorOr(
-            store.string(u"overlayBorderColor"_s).value_or(defaultBorder), defaultBorder);
-    }
-    return appearance;
-}
-
-QString cssColorOr(const QString& value, const QString& fallback) {
-    const auto mayStandInColor = [](QChar character) {
-        const char16_t unit = character.unicode();
-        return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') ||
-               (unit >= u'0' && unit <= u'9') || QStringView(u" #(),.%+-/").contains(character);
-    };
-    const bool isHarmless = std::all_of(value.begin(), value.end(), mayStandInColor);
-    return isHarmless && parenthesesMatch(value) ? value : fallback;
-}
-
-QByteArray cssNumber(double value) {
-    return QByteArray::number(value, 'f', QLocale::FloatingPointShortest);
-}
-
 QByteArray overlayPage(const OverlayAppearance& appearance) {
-    constexpr qsizetype valueBytes = 256;
-    const QByteArray textColor = appearance.textColor.toUtf8();
+    constexpr qsizetype valueBytes = 512;
+    const OverlayStyle style = overlayStyle(appearance);
     QByteArray page;
     page.reserve(static_cast<qsizetype>(sizeof(beforeBackground) + sizeof(afterBorder) +
-                                        sizeof(betweenTextColors) + sizeof(afterTextColors)) +
+                                        sizeof(betweenTextColors) + sizeof(afterTextColors) +
+                                        sizeof(afterStyle)) +
                  valueBytes);
     page.append(beforeBackground);
-    page.append(rgba(appearance.background, appearance.opacity));
+    page.append(style.background);
     page.append(';');
-    if (appearance.borderColor) {
-        page.append("border:3px solid ");
-        page.append(appearance.borderColor->toUtf8());
+    if (!style.border.isEmpty()) {
+        page.append("border:");
+        page.append(style.border);
         page.append(';');
     }
     page.append(afterBorder);
-    page.append(textColor);
+    page.append(style.color);
     page.append(betweenTextColors);
-    page.append(textColor);
+    page.append(style.color);
     page.append(afterTextColors);
+    page.append(QJsonDocument(style.toJson()).toJson(QJsonDocument::Compact));
+    page.append(afterStyle);
     return page;
 }
 

@@ -1,8 +1,8 @@
 #include "OverlayServer.h"
 
-#include "DefaultsStore.h"
 #include "Log.h"
 #include "OverlayConnections.h"
+#include "SettingsList.h"
 
 #include <algorithm>
 #include <chrono>
@@ -28,10 +28,14 @@ std::uint16_t overlayPort(std::int64_t stored) {
     return stored < 1 ? defaultPort : static_cast<std::uint16_t>(std::min(stored, highestPort));
 }
 
-OverlayServer::OverlayServer(DefaultsStore& store, OverlayLimits limits)
-    : store_(store)
-    , limits_(limits)
+OverlayServing OverlayServing::fromSettings(const SettingsList& settings) {
+    return {.enabled = settings.obsOverlayEnabled.get(), .port = settings.obsOverlayPort.get()};
+}
+
+OverlayServer::OverlayServer(OverlayLimits limits)
+    : limits_(limits)
     , queue_(u"io.tavrin.orv.overlayserver"_s) {
+    setAppearance(OverlayAppearance::fromSettings(SettingsList()));
     queue_.post([this] {
         connections_ = std::make_unique<OverlayConnections>(
             limits_, [this](QByteArrayView path) { return response(path).bytes(); },
@@ -50,8 +54,17 @@ OverlayServer& OverlayServer::shared() {
     return SharedInstance<OverlayServer>::get();
 }
 
-void OverlayServer::applySettings() {
+void OverlayServer::applySettings(const OverlayServing& serving) {
+    {
+        const std::lock_guard guard(lock_);
+        serving_ = serving;
+    }
     queue_.post([this] { reconcile(); });
+}
+
+void OverlayServer::setAppearance(const OverlayAppearance& appearance) {
+    const std::lock_guard guard(lock_);
+    result_.appearance = appearance;
 }
 
 void OverlayServer::start(std::uint16_t port) {
@@ -66,8 +79,9 @@ void OverlayServer::broadcast(const Result& result) {
     const std::chrono::duration<double> sinceEpoch =
         std::chrono::system_clock::now().time_since_epoch();
     const std::lock_guard guard(lock_);
-    current_ = result;
-    lastUpdate_ = sinceEpoch.count();
+    result_.original = result.original;
+    result_.translation = result.translation;
+    result_.lastUpdate = sinceEpoch.count();
 }
 
 HttpResponse OverlayServer::response(QByteArrayView path) const {
@@ -83,9 +97,10 @@ HttpResponse OverlayServer::response(QByteArrayView path) const {
 }
 
 QByteArray OverlayServer::overlayHTML() const {
-    OverlayAppearance appearance = OverlayAppearance::fromStore(store_);
+    OverlayAppearance appearance;
     {
         const std::lock_guard guard(lock_);
+        appearance = result_.appearance;
         if (encodedPage_.source == appearance) {
             return encodedPage_.bytes;
         }
@@ -98,12 +113,9 @@ QByteArray OverlayServer::overlayHTML() const {
 
 HttpResponse OverlayServer::latestResult() const {
     OverlayResult result;
-    result.showOriginal = store_.boolean(u"showOriginal"_s).value_or(false);
     {
         const std::lock_guard guard(lock_);
-        result.original = current_.original;
-        result.translation = current_.translation;
-        result.lastUpdate = lastUpdate_;
+        result = result_;
         if (encodedResult_.source == result) {
             return textResponse(encodedResult_.bytes);
         }
@@ -115,11 +127,16 @@ HttpResponse OverlayServer::latestResult() const {
 }
 
 void OverlayServer::reconcile() {
-    if (!store_.boolean(u"obsOverlayEnabled"_s).value_or(false)) {
+    OverlayServing serving;
+    {
+        const std::lock_guard guard(lock_);
+        serving = serving_;
+    }
+    if (!serving.enabled) {
         stopNow();
         return;
     }
-    const std::uint16_t port = overlayPort(store_.integer(u"obsOverlayPort"_s).value_or(0));
+    const std::uint16_t port = overlayPort(serving.port);
     if (!isRunning_ || activePort_ != port) {
         startNow(port);
     }

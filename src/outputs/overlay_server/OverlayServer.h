@@ -22,11 +22,19 @@
 
 namespace orv {
 
-class DefaultsStore;
 class OverlayConnections;
+class SettingsList;
 
 /// The port to listen on for a stored one: below 1 it is 8077, above 65535 it is 65535.
 std::uint16_t overlayPort(std::int64_t stored);
+
+/// Whether and where the server is to run.
+struct OverlayServing {
+    bool enabled = false;
+    std::int64_t port = 0; ///< As it is stored: see `overlayPort`.
+
+    static OverlayServing fromSettings(const SettingsList& settings);
+};
 
 /// A small HTTP server on a local port for browser sources: a transparent subtitle page, and the
 /// latest result as JSON, which that page polls.
@@ -39,8 +47,8 @@ std::uint16_t overlayPort(std::int64_t stored);
 /// of those between two polls.
 class OverlayServer : public Output {
   public:
-    /// `store` must outlive the server. Nothing runs until `applySettings` or `start`.
-    explicit OverlayServer(DefaultsStore& store, OverlayLimits limits = {});
+    /// Looks as the defaults say. Nothing runs until `applySettings` or `start`.
+    explicit OverlayServer(OverlayLimits limits = {});
 
     /// Closes the listener and every connection and joins the thread. No line says so.
     ~OverlayServer() override;
@@ -51,10 +59,13 @@ class OverlayServer : public Output {
     /// The process-wide instance: the one there is. Nothing inside the libraries asks for it.
     static OverlayServer& shared();
 
-    /// Makes the server what "obsOverlayEnabled" and "obsOverlayPort" in the store say at the time
-    /// the server's thread gets to it: running on that port, or stopped. Does nothing when it
-    /// already is.
-    void applySettings();
+    /// Makes the server what the last `serving` says by the time its thread gets to it: running on
+    /// that port, or stopped. Does nothing when it already is.
+    void applySettings(const OverlayServing& serving);
+
+    /// How the page looks from now on; pages that are open follow with their next poll. Callable
+    /// from any thread.
+    void setAppearance(const OverlayAppearance& appearance);
 
     /// Stops a running listener and opens one on `port` of every interface; the log tells whether
     /// that worked. Port 0 lets the system choose.
@@ -79,7 +90,7 @@ class OverlayServer : public Output {
     /// What `path` is answered with now. Callable from any thread.
     HttpResponse response(QByteArrayView path) const;
 
-    /// The page with the appearance that the store holds now. Callable from any thread.
+    /// The page with the latest appearance. Callable from any thread.
     QByteArray overlayHTML() const;
 
   private:
@@ -89,18 +100,17 @@ class OverlayServer : public Output {
     void listenerFailed(std::error_code error);
     HttpResponse latestResult() const;
 
-    DefaultsStore& store_;
     const OverlayLimits limits_;
     std::optional<OverlayListener> listener_;
     std::unique_ptr<OverlayConnections> connections_;
     EventLoopThread queue_; ///< Owns the two above.
 
-    mutable std::mutex lock_; ///< Guards the latest result, its moment and the two encodings.
-    Result current_;
-    double lastUpdate_ = 0; ///< Seconds since 1970.
+    mutable std::mutex lock_; ///< Guards what follows, up to the two encodings.
+    OverlayServing serving_;
+    OverlayResult result_; ///< The latest one, with the latest appearance.
 
-    /// What was served last and what it was made from. Everything is read afresh for each request;
-    /// as long as it is the same, and for most polls it is, so are the bytes.
+    /// What was served last and what it was made from. As long as that is the same, and for most
+    /// polls it is, so are the bytes.
     template <typename Source>
     struct Encoded {
         std::optional<Source> source;

@@ -1,6 +1,5 @@
 #include "OverlayWindow.h"
 
-#include "DefaultsStore.h"
 #include "DesktopComposition.h"
 #include "OverlayLayout.h"
 #include "SpeechSynthesizer.h"
@@ -16,8 +15,6 @@
 #include <utility>
 
 namespace orv {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -43,7 +40,8 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
     : QWidget(nullptr, overlayFlags)
     , environment_(std::move(environment))
     , originalField_(new SubtitleLabel(this))
-    , textField_(new SubtitleLabel(this)) {
+    , textField_(new SubtitleLabel(this))
+    , choices_(environment_.choices) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -64,20 +62,19 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
 OverlayWindow::~OverlayWindow() = default;
 
 void OverlayWindow::prepare() {
-    const DefaultsStore& store = environment_.store;
-    if (store.boolean(u"showOverlay"_s).value_or(true)) {
+    if (choices_.isShown) {
         create();
         // The first text of a program takes tens of milliseconds: the fonts are looked for.
         layoutForContent(windowTitle(), windowTitle() + u'…', SubtitleFonts::system(),
                          mainScreen());
     }
-    if (store.boolean(u"speakTranslations"_s).value_or(false)) {
+    if (choices_.isSpoken) {
         environment_.speech.prepare();
     }
 }
 
 void OverlayWindow::take(const Result& result) {
-    if (environment_.store.boolean(u"showOverlay"_s).value_or(true)) {
+    if (choices_.isShown) {
         showTranslation(result);
     }
 }
@@ -107,13 +104,12 @@ void OverlayWindow::present() {
     if (!result) {
         return; // Forgotten on its way.
     }
-    const DefaultsStore& store = environment_.store;
-    lines_ = subtitleLines(*result, store.boolean(u"showOriginal"_s).value_or(false));
+    lines_ = subtitleLines(*result, choices_.showOriginal);
     composited_ = environment_.isComposited();
     unpainted_ = true;
     arrange();
     bringToFront();
-    if (lines_.spoken && store.boolean(u"speakTranslations"_s).value_or(false)) {
+    if (lines_.spoken && choices_.isSpoken) {
         environment_.speech.speak(*lines_.spoken);
     }
     hideTimer_.start(environment_.timings.hide);
@@ -129,10 +125,17 @@ void OverlayWindow::endSubtitles() {
     hide();
 }
 
+void OverlayWindow::setChoices(const SubtitleChoices& choices) {
+    const bool looksTheSame = choices.appearance == choices_.appearance;
+    choices_ = choices;
+    if (!looksTheSame) {
+        applyAppearance();
+    }
+}
+
 void OverlayWindow::applyAppearance() {
-    appearance_ = SubtitleAppearance::fromStore(environment_.store);
-    originalField_->setColor(appearance_.original);
-    textField_->setColor(appearance_.translation);
+    originalField_->setColor(choices_.appearance.original);
+    textField_->setColor(choices_.appearance.translation);
     update();
 }
 
@@ -195,17 +198,19 @@ void OverlayWindow::paintEvent(QPaintEvent* /*event*/) {
     const int margin = shadowMargin();
     const QRect frame = rect().marginsRemoved({margin, margin, margin, margin});
     if (composited_) {
-        shadow_.draw(painter, frame, appearance_.background.alphaF());
+        shadow_.draw(painter, frame, choices_.appearance.background.alphaF());
     }
-    const QColor background = composited_ ? appearance_.background : opaque(appearance_.background);
-    if (appearance_.border) {
+    const QColor background =
+        composited_ ? choices_.appearance.background : opaque(choices_.appearance.background);
+    if (choices_.appearance.border) {
         // The border covers the edge of the background, which would shine through round it.
         constexpr double width = OverlayLengths::borderWidth;
         if (!composited_) {
-            painter.fillRect(rect(), *appearance_.border);
+            painter.fillRect(rect(), *choices_.appearance.border);
         }
         painter.fillPath(roundedFrame(frame, width / 2), background);
-        painter.strokePath(roundedFrame(frame, width / 2), QPen(*appearance_.border, width));
+        painter.strokePath(roundedFrame(frame, width / 2),
+                           QPen(*choices_.appearance.border, width));
     } else if (composited_) {
         painter.fillPath(roundedFrame(frame, 0), background);
     } else {

@@ -5,7 +5,7 @@
 #include "PostTarget.h"
 #include "Result.h"
 #include "SoftShadow.h"
-#include "SubtitleAppearance.h"
+#include "SubtitleChoices.h"
 #include "SubtitleLines.h"
 
 #include <QPointer>
@@ -20,7 +20,6 @@
 
 namespace orv {
 
-class DefaultsStore;
 class SpeechSynthesizer;
 class SubtitleLabel;
 
@@ -31,9 +30,9 @@ struct OverlayTimings {
 
 /// What the window is given. The references outlive it.
 struct OverlayEnvironment {
-    DefaultsStore& store;
     SpeechSynthesizer& speech;
     std::function<bool()> isComposited; ///< Whether translucent windows are possible now.
+    SubtitleChoices choices;            ///< Until others are handed in.
     OverlayTimings timings = {};
 };
 
@@ -71,8 +70,9 @@ class OverlayWindow : public QWidget, public Output {
     /// neither blanks nor control characters.
     void showTranslation(const Result& result);
 
-    /// Takes over the colours that the store holds now, also while the window is shown.
-    void applyAppearance();
+    /// What holds from now on: the colours at once, also while the window is shown, the rest from
+    /// the next result on.
+    void setChoices(const SubtitleChoices& choices);
 
     /// The end of a run: hides the window, ends speech at once, and forgets a result that is still
     /// on its way.
@@ -93,6 +93,7 @@ class OverlayWindow : public QWidget, public Output {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void applyAppearance();
     void present();
     void arrange();
     void place();
@@ -109,7 +110,7 @@ class OverlayWindow : public QWidget, public Output {
     SubtitleLabel* originalField_;
     SubtitleLabel* textField_;
     SubtitleLines lines_;
-    SubtitleAppearance appearance_;
+    SubtitleChoices choices_;
     OverlayFrames frames_;
     SoftShadow shadow_;
     QPointer<QScreen> followed_;

@@ -1,6 +1,7 @@
 #include "SubtitleAppearance.h"
 
 #include "OverlayDefaults.h"
+#include "SettingsList.h"
 
 namespace orv {
 
@@ -15,14 +16,14 @@ QColor withOpacity(QColor color, double opacity) {
 
 } // namespace
 
-SubtitleAppearance SubtitleAppearance::fromStore(const DefaultsStore& store) {
+SubtitleAppearance SubtitleAppearance::fromSettings(const SettingsList& settings) {
     SubtitleAppearance appearance;
-    appearance.background =
-        withOpacity(OverlayDefaults::backgroundColor(store), OverlayDefaults::opacityValue(store));
-    if (OverlayDefaults::borderOn(store)) {
-        appearance.border = OverlayDefaults::borderColor(store);
+    appearance.background = withOpacity(OverlayDefaults::color(settings.overlayBgColor),
+                                        OverlayDefaults::opacityValue(settings));
+    if (settings.overlayBorderEnabled.get()) {
+        appearance.border = OverlayDefaults::color(settings.overlayBorderColor);
     }
-    appearance.translation = OverlayDefaults::textColor(store);
+    appearance.translation = OverlayDefaults::color(settings.overlayTextColor);
     appearance.original = withOpacity(appearance.translation, originalOpacity);
     return appearance;
 }

@@ -6,7 +6,7 @@
 
 namespace orv {
 
-class DefaultsStore;
+class SettingsList;
 
 /// How the subtitle window looks.
 struct SubtitleAppearance {
@@ -15,8 +15,8 @@ struct SubtitleAppearance {
     QColor translation;
     QColor original; ///< The same colour, fainter.
 
-    /// The user's choices as the store has them now.
-    static SubtitleAppearance fromStore(const DefaultsStore& store);
+    /// The user's choices as they are now.
+    static SubtitleAppearance fromSettings(const SettingsList& settings);
 
     friend bool operator==(const SubtitleAppearance&, const SubtitleAppearance&) = default;
 };

@@ -1,8 +1,8 @@
 #include "OverlayWindow.h"
 
-#include "DefaultsStore.h"
 #include "SpeechSynthesizer.h"
 #include "SubtitleLabel.h"
+#include "TranslationSettings.h"
 #include "WaitUntil.h"
 
 #include <QApplication>
@@ -43,10 +43,13 @@ class OverlayWindowTest : public ::testing::Test {
 
     void make(std::chrono::milliseconds hide) {
         window = std::make_unique<OverlayWindow>(
-            OverlayEnvironment{.store = store,
-                               .speech = speech,
+            OverlayEnvironment{.speech = speech,
                                .isComposited = [this] { return composited; },
+                               .choices = SubtitleChoices::fromSettings(settings),
                                .timings = {.hide = hide}});
+        watchSubtitleChoices(settings, window.get(), [this](const SubtitleChoices& choices) {
+            window->setChoices(choices);
+        });
     }
 
     void show(const QString& original, const QString& translation) {
@@ -78,6 +81,7 @@ class OverlayWindowTest : public ::testing::Test {
 
     QTemporaryDir folder;
     DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    TranslationSettings settings{store};
     RecordedSpeech speech;
     bool composited = true;
     std::unique_ptr<OverlayWindow> window;
@@ -93,7 +97,7 @@ TEST_F(OverlayWindowTest, isHiddenUntilAResultComes) {
 }
 
 TEST_F(OverlayWindowTest, showsTheSourceTextAboveWhenTheUserWantsIt) {
-    store.setBool(u"showOriginal"_s, true);
+    settings.showOriginal.set(true);
     show(u"hello"_s, u"hola"_s);
     EXPECT_EQ(small(), u"hello"_s);
     EXPECT_FALSE(window->originalField().isHidden());
@@ -105,7 +109,7 @@ TEST_F(OverlayWindowTest, showsTheSourceTextAboveWhenTheUserWantsIt) {
 }
 
 TEST_F(OverlayWindowTest, showsTheSourceTextOfAFailureAndIsSilent) {
-    store.setBool(u"speakTranslations"_s, true);
+    settings.speakTranslation.set(true);
     show(u"hello"_s, u"[Translation Error]"_s);
     EXPECT_EQ(large(), u"hello"_s);
     EXPECT_TRUE(speech.calls.isEmpty());
@@ -171,7 +175,7 @@ TEST_F(OverlayWindowTest, showsAgainAfterHiding) {
 TEST_F(OverlayWindowTest, speaksTheTranslationWhenTheUserWantsIt) {
     show(u"hello"_s, u"hola"_s);
     EXPECT_TRUE(speech.calls.isEmpty());
-    store.setBool(u"speakTranslations"_s, true);
+    settings.speakTranslation.set(true);
     show(u"hello"_s, u"hola"_s);
     show(u"okay"_s, u"okay"_s);
     EXPECT_EQ(speech.calls, (QStringList{u"speak hola"_s, u"speak okay"_s}));
@@ -182,13 +186,13 @@ TEST_F(OverlayWindowTest, preparesWhatARunWillNeedAndShowsNothing) {
     EXPECT_FALSE(window->isVisible());
     EXPECT_NE(window->windowHandle(), nullptr);
     EXPECT_TRUE(speech.calls.isEmpty());
-    store.setBool(u"speakTranslations"_s, true);
+    settings.speakTranslation.set(true);
     window->prepare();
     EXPECT_EQ(speech.calls, QStringList{u"prepare"_s});
 }
 
 TEST_F(OverlayWindowTest, preparesNoWindowThatTheUserDoesNotWant) {
-    store.setBool(u"showOverlay"_s, false);
+    settings.showOverlay.set(false);
     window->prepare();
     EXPECT_EQ(window->windowHandle(), nullptr);
 }
@@ -227,11 +231,11 @@ TEST_F(OverlayWindowTest, asAnOutputItTakesResultsWhileTheUserWantsSubtitlesOnTh
     output.take({u"hello"_s, u"hola"_s});
     drainEvents();
     EXPECT_TRUE(window->isVisible()) << "the user has not said no";
-    store.setBool(u"showOverlay"_s, false);
+    settings.showOverlay.set(false);
     output.take({u"bye"_s, u"adiós"_s});
     drainEvents();
     EXPECT_EQ(large(), u"hola"_s);
-    store.setBool(u"showOverlay"_s, true);
+    settings.showOverlay.set(true);
     output.take({u"again"_s, u"otra vez"_s});
     drainEvents();
     EXPECT_EQ(large(), u"otra vez"_s);
@@ -246,7 +250,7 @@ TEST_F(OverlayWindowTest, takesResultsFromAnyThread) {
 }
 
 TEST_F(OverlayWindowTest, showsOnlyTheLatestOfResultsThatComeTooFast) {
-    store.setBool(u"speakTranslations"_s, true);
+    settings.speakTranslation.set(true);
     int painted = 0;
     QObject::connect(window.get(), &OverlayWindow::resultPainted, window.get(), [&] { ++painted; });
     std::thread other([this] {
@@ -268,7 +272,7 @@ TEST_F(OverlayWindowTest, aResultOnItsWayToAWindowThatGoesIsHarmless) {
 }
 
 TEST_F(OverlayWindowTest, aTranslationWithoutAnythingToReadLeavesTheSourceText) {
-    store.setBool(u"showOriginal"_s, true);
+    settings.showOriginal.set(true);
     for (const QString& blank : {u" "_s, u"\n"_s, u"\u0007"_s}) {
         show(u"hello"_s, u"hola"_s);
         show(u"Hallo"_s, blank);
@@ -278,7 +282,7 @@ TEST_F(OverlayWindowTest, aTranslationWithoutAnythingToReadLeavesTheSourceText) 
 }
 
 TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadChangesNothing) {
-    store.setBool(u"speakTranslations"_s, true);
+    settings.speakTranslation.set(true);
     const QList<std::pair<QString, QString>> results = {
         {QString(), QString()},
         {u" "_s, u"\n"_s},
@@ -298,7 +302,7 @@ TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadChangesNothing) {
 }
 
 TEST_F(OverlayWindowTest, aResultWithoutAnythingToReadLeavesTheOneBeforeItsTurn) {
-    store.setBool(u"speakTranslations"_s, true);
+    settings.speakTranslation.set(true);
     window->showTranslation({u"hello"_s, u"hola"_s});
     window->showTranslation({u" "_s, u"\n"_s});
     drainEvents();
@@ -316,11 +320,10 @@ TEST_F(OverlayWindowTest, saysWhenAResultHasBeenPainted) {
     EXPECT_EQ(painted, 1) << "painting the same again is no news";
 }
 
-TEST_F(OverlayWindowTest, hasTheColoursOfTheStore) {
-    store.setDouble(u"overlayOpacity"_s, 1.0);
-    store.setString(u"overlayBgColor"_s, u"#102030"_s);
-    store.setString(u"overlayBorderColor"_s, u"#FF0000"_s);
-    window->applyAppearance();
+TEST_F(OverlayWindowTest, hasTheColoursOfTheSettings) {
+    settings.overlayOpacity.set(1.0);
+    settings.overlayBgColor.set(u"#102030"_s);
+    settings.overlayBorderColor.set(u"#FF0000"_s);
     show(u"hello"_s, u"hola"_s);
     EXPECT_EQ(colorAt(100, 8), QColor(0x10, 0x20, 0x30));
     EXPECT_EQ(colorAt(400, 0), QColor(0xFF, 0, 0));
@@ -329,17 +332,16 @@ TEST_F(OverlayWindowTest, hasTheColoursOfTheStore) {
 }
 
 TEST_F(OverlayWindowTest, changesColoursWhileItIsShown) {
-    store.setDouble(u"overlayOpacity"_s, 1.0);
+    settings.overlayOpacity.set(1.0);
     show(u"hello"_s, u"hola"_s);
-    store.setString(u"overlayBgColor"_s, u"#123456"_s);
-    store.setBool(u"overlayBorderEnabled"_s, false);
-    window->applyAppearance();
+    settings.overlayBgColor.set(u"#123456"_s);
+    settings.overlayBorderEnabled.set(false);
     EXPECT_EQ(colorAt(100, 8), QColor(0x12, 0x34, 0x56));
     EXPECT_EQ(colorAt(400, 0), QColor(0x12, 0x34, 0x56));
 }
 
 TEST_F(OverlayWindowTest, isAsTranslucentAsTheUserWants) {
-    EXPECT_EQ(SubtitleAppearance::fromStore(store).background.alpha(), 217);
+    EXPECT_EQ(SubtitleAppearance::fromSettings(settings).background.alpha(), 217);
     show(u"hello"_s, u"hola"_s);
     EXPECT_TRUE(window->testAttribute(Qt::WA_TranslucentBackground));
     EXPECT_EQ(window->palette().color(QPalette::Window), QApplication::palette().window().color());
@@ -347,8 +349,8 @@ TEST_F(OverlayWindowTest, isAsTranslucentAsTheUserWants) {
 }
 
 TEST_F(OverlayWindowTest, drawsTheSourceTextFainter) {
-    store.setString(u"overlayTextColor"_s, u"#FF0000"_s);
-    const SubtitleAppearance appearance = SubtitleAppearance::fromStore(store);
+    settings.overlayTextColor.set(u"#FF0000"_s);
+    const SubtitleAppearance appearance = SubtitleAppearance::fromSettings(settings);
     EXPECT_EQ(appearance.translation, QColor(0xFF, 0, 0));
     QColor fainter(0xFF, 0, 0);
     fainter.setAlphaF(0.7F);
@@ -356,11 +358,10 @@ TEST_F(OverlayWindowTest, drawsTheSourceTextFainter) {
 }
 
 TEST_F(OverlayWindowTest, theLettersOfTheSourceTextLetTheBackgroundThrough) {
-    store.setBool(u"showOriginal"_s, true);
-    store.setDouble(u"overlayOpacity"_s, 1.0);
-    store.setString(u"overlayBgColor"_s, u"#FFFFFF"_s);
-    store.setString(u"overlayTextColor"_s, u"#000000"_s);
-    window->applyAppearance();
+    settings.showOriginal.set(true);
+    settings.overlayOpacity.set(1.0);
+    settings.overlayBgColor.set(u"#FFFFFF"_s);
+    settings.overlayTextColor.set(u"#000000"_s);
     // Each one letter that fills pixels whole: neighbours would cover some of them twice.
     show(u"█"_s, u"▇"_s);
     EXPECT_EQ(darkestIn(window->textField()), 0);
@@ -368,10 +369,9 @@ TEST_F(OverlayWindowTest, theLettersOfTheSourceTextLetTheBackgroundThrough) {
 }
 
 TEST_F(OverlayWindowTest, hasRoundCorners) {
-    store.setDouble(u"overlayOpacity"_s, 1.0);
-    store.setString(u"overlayBgColor"_s, u"#102030"_s);
-    store.setBool(u"overlayBorderEnabled"_s, false);
-    window->applyAppearance();
+    settings.overlayOpacity.set(1.0);
+    settings.overlayBgColor.set(u"#102030"_s);
+    settings.overlayBorderEnabled.set(false);
     show(u"hello"_s, u"hola"_s);
     const int right = window->frames().window.width() - 1;
     const int bottom = window->frames().window.height() - 1;
@@ -414,7 +414,7 @@ TEST_F(OverlayWindowTest, followsADesktopThatBeginsToBlend) {
 }
 
 TEST_F(OverlayWindowTest, tellsAssistiveProgramsItsTexts) {
-    store.setBool(u"showOriginal"_s, true);
+    settings.showOriginal.set(true);
     show(u"hello <b>&amp; all"_s, u"hola"_s);
     EXPECT_EQ(small(), u"hello <b>&amp; all"_s);
     EXPECT_EQ(window->originalField().textFormat(), Qt::PlainText);
