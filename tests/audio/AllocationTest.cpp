@@ -7,6 +7,7 @@
 #include "AudioIngest.h"
 #include "LevelMeter.h"
 #include "Log.h"
+#include "LogWriter.h"
 #include "Pcm16.h"
 #include "SampleRateConverter.h"
 
@@ -133,6 +134,15 @@ TEST(Allocation, buffersForAStreamingEngineNeedNone) {
     EXPECT_GT(outcome.silentBuffers, buffers * 8 / 10);
     EXPECT_EQ(outcome.chunks, 0);
     EXPECT_EQ(outcome.inSilentBuffers, 0U);
+}
+
+// The capture thread logs once a second: the line itself, and its bytes for the output.
+TEST(Allocation, aLineNeedsTwoWithAWriterToo) {
+    const orv::LogWriter writer;
+    orv::logLine(u"first");
+    const std::size_t before = allocationCount();
+    orv::logLine(u"second");
+    EXPECT_LE(allocationCount() - before, 2U);
 }
 
 TEST(Allocation, takingAndRecyclingChunksNeedsNone) {
