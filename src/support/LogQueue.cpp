@@ -56,7 +56,7 @@ LogLine::Pointer LogLine::make(QStringView text) {
 
 LogLine::Pointer LogLine::make(std::string_view bytes) {
     Pointer line(new (::operator new(sizeof(LogLine) + bytes.size())) LogLine(bytes.size()));
-    std::memcpy(line->text(), bytes.data(), bytes.size());
+    bytes.copy(line->text(), bytes.size());
     return line;
 }
 
