@@ -35,14 +35,17 @@ QString textFrom(const QByteArray& bytes, bool utf16) {
 
 qsizetype characters(QStringView text) {
     qsizetype count = 0;
-    for (; !text.isEmpty(); ++count) {
-        const qsizetype length = firstCharacterLength(text);
-        require(length > 0 && length <= text.size());
+    qsizetype last = 0;
+    Graphemes characters(text);
+    for (qsizetype end = characters.next(); end >= 0; end = characters.next()) {
+        require(end > last && end <= text.size());
         // Never between the halves of a pair.
-        require(length == text.size() || !text[length - 1].isHighSurrogate() ||
-                !text[length].isLowSurrogate());
-        text = text.sliced(length);
+        require(end == text.size() || !text[end - 1].isHighSurrogate() ||
+                !text[end].isLowSurrogate());
+        last = end;
+        ++count;
     }
+    require(last == text.size());
     return count;
 }
 
@@ -51,11 +54,12 @@ void requireWholeCharacters(const QString& message, const QString& whole) {
     require(whole.startsWith(message));
     require(characters(message) <= chatboxCharacters);
     if (message.size() < whole.size()) {
-        QStringView rest = whole;
+        Graphemes characters(whole);
+        qsizetype end = 0;
         for (qsizetype i = 0; i < chatboxCharacters; ++i) {
-            rest = rest.sliced(firstCharacterLength(rest));
+            end = characters.next();
         }
-        require(message.size() == whole.size() - rest.size());
+        require(message.size() == end);
     }
 }
 

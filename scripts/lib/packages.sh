@@ -13,7 +13,7 @@ packages_run=(
   g++ cmake ninja-build ccache pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-websockets-dev qt6-svg-dev qt6-translations-l10n
   qt6-speech-dev qt6-declarative-dev qt6-speech-speechd-plugin qt6-speech-flite-plugin
-  qcoro-qt6-dev libsoxr-dev libpulse-dev libfontconfig-dev libxcb1-dev
+  qcoro-qt6-dev libsoxr-dev libpulse-dev libfontconfig-dev libicu-dev libxcb1-dev
   lsof speech-dispatcher speech-dispatcher-espeak-ng espeak-ng pulseaudio-utils x11-utils
   fonts-dejavu-core
   "${packages_backend[@]}"
@@ -52,6 +52,6 @@ extras_backend=()
 # For those whose system has none of these packages.
 needed_in_words="Orvane is built with a C++20 compiler, CMake 3.25, Ninja, pkg-config, Qt 6.4 or newer (Core, \
 Gui, Network, WebSockets, Widgets, Svg, DBus, TextToSpeech, with their headers), QCoro for Qt 6, and the \
-libraries soxr, PulseAudio (client), fontconfig and xcb; it runs with lsof, speech-dispatcher and Python 3.11 \
+libraries soxr, PulseAudio (client), fontconfig, ICU and xcb; it runs with lsof, speech-dispatcher and Python 3.11 \
 or newer with venv, websockets and numpy, PocketSphinx with its US English model, and Apertium with its \
 English-Spanish pair. Where all that is there, ORVANE_PACKAGES=mine lets the scripts install nothing."

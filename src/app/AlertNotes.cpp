@@ -1,6 +1,6 @@
 #include "AlertNotes.h"
 
-#include <QTextBoundaryFinder>
+#include "Graphemes.h"
 
 using namespace Qt::StringLiterals;
 
@@ -14,9 +14,7 @@ constexpr qsizetype mostCharacters = 1200;
 /// The beginning of `text`, not longer than `length` and not cut within what a reader takes for one
 /// character.
 QString beginning(const QString& text, qsizetype length) {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    finder.setPosition(length);
-    return text.left(finder.isAtBoundary() ? length : finder.toPreviousBoundary());
+    return text.left(Graphemes(text).boundaryUpTo(length));
 }
 
 } // namespace

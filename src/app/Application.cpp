@@ -4,6 +4,7 @@
 #include "DisplayPlatform.h"
 #include "FontPreparation.h"
 #include "Log.h"
+#include "LogWriter.h"
 #include "Look.h"
 #include "SessionEnd.h"
 #include "Shell.h"
@@ -38,6 +39,7 @@ int runApplication(int argc, char** argv, const ProgramParts& parts) {
         logLine(u"⚠️ Orvane läuft bereits, antwortet aber nicht");
         return 1;
     }
+    const LogWriter logWriter;
     chooseDisplayPlatform();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"orvane"_s);

@@ -1,11 +1,14 @@
 #include "Log.h"
 
-#include <QByteArray>
+#include "LogOutput.h"
+#include "LogQueue.h"
 
-#include <cerrno>
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <mutex>
-#include <poll.h>
+#include <pthread.h>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -14,17 +17,6 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 namespace {
-
-struct LogState {
-    std::mutex mutex; ///< Guards `sink`.
-    LogSink sink;
-    std::mutex outputMutex; ///< Keeps lines whole that take more than one call.
-};
-
-LogState& logState() {
-    static LogState state;
-    return state;
-}
 
 /// Keeps this thread from being hit by SIGPIPE while it lives, and swallows one that came up in
 /// between, without touching what the program itself wants done with the signal.
@@ -60,23 +52,82 @@ class NoBrokenPipeSignal {
     bool wasPending_ = false;
 };
 
-void writeAll(const QByteArray& bytes) {
-    const NoBrokenPipeSignal guard;
-    const char* position = bytes.constData();
-    auto left = static_cast<std::size_t>(bytes.size());
-    while (left > 0) {
-        const ssize_t written = ::write(STDOUT_FILENO, position, left);
-        if (written >= 0) {
-            position += written;
-            left -= static_cast<std::size_t>(written);
-        } else if (errno == EAGAIN) {
-            // Whoever shares the output may have made it non-blocking.
-            pollfd entry = {STDOUT_FILENO, POLLOUT, 0};
-            ::poll(&entry, 1, -1);
-        } else if (errno != EINTR) {
+/// Writes lines where they are logged.
+class DirectWriter {
+  public:
+    void write(std::string_view line) {
+        const std::lock_guard lock(mutex_);
+        const NoBrokenPipeSignal guard;
+        const LogOutput output(STDOUT_FILENO);
+        if (isWithinLine_ && !writeAll(output, "\n")) {
             return;
         }
+        writeAll(output, line);
     }
+
+    /// The reader took none of what somebody else had to write for a long time.
+    void noteHeld(bool isWithinLine) {
+        const std::lock_guard lock(mutex_);
+        isHeld_ = true;
+        isWithinLine_ = isWithinLine;
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    using Milliseconds = std::chrono::milliseconds;
+
+    bool writeAll(const LogOutput& output, std::string_view bytes) {
+        const auto deadline = Clock::now() + (isHeld_ ? Milliseconds(0) : Milliseconds(2000));
+        for (;;) {
+            const LogOutput::Outcome outcome = output.write(bytes.data(), bytes.size());
+            isHeld_ = outcome.state == LogOutput::State::Full;
+            isWithinLine_ = isHeld_ && (isWithinLine_ || outcome.count > 0);
+            if (!isHeld_) {
+                return outcome.state == LogOutput::State::Taken;
+            }
+            const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now());
+            if (left <= Milliseconds(0)) {
+                return false;
+            }
+            bytes.remove_prefix(outcome.count);
+            output.wait(left);
+        }
+    }
+
+    std::mutex mutex_;          ///< Keeps lines whole that take more than one call.
+    bool isHeld_ = false;       ///< Do not wait again for a reader that was waited for.
+    bool isWithinLine_ = false; ///< Of a line only the beginning was taken.
+};
+
+struct LogState {
+    std::mutex mutex; ///< Guards `sink` and `queue`.
+    LogSink sink;
+    LogQueue* queue = nullptr;
+    DirectWriter direct;
+};
+
+/// Never destroyed: static objects may log when they go.
+LogState& logState() {
+    static LogState& state = *new LogState;
+    return state;
+}
+
+/// A child made by `fork` has no thread that would write its lines, so it writes them itself.
+void writeDirectlyInForkedChildren() {
+    ::pthread_atfork([] { logState().mutex.lock(); }, [] { logState().mutex.unlock(); },
+                     [] {
+                         logState().queue = nullptr;
+                         logState().mutex.unlock();
+                     });
+}
+
+bool pushed(LogState& state, LogLine::Pointer& line) {
+    const std::lock_guard lock(state.mutex);
+    if (state.queue == nullptr) {
+        return false;
+    }
+    state.queue->push(std::move(line));
+    return true;
 }
 
 } // namespace
@@ -92,15 +143,39 @@ void logLine(QStringView line) {
         sink(line.toString());
         return;
     }
-    const QByteArray bytes = line.toUtf8() + '\n';
-    const std::lock_guard lock(state.outputMutex);
-    writeAll(bytes);
+    if (LogLine::Pointer bytes = LogLine::make(line); !pushed(state, bytes)) {
+        state.direct.write(bytes->bytes());
+    }
 }
 
 LogSink setLogSink(LogSink sink) {
     LogState& state = logState();
     const std::lock_guard lock(state.mutex);
     return std::exchange(state.sink, std::move(sink));
+}
+
+void openLogQueue(LogQueue& queue) {
+    static const bool once = [] {
+        writeDirectlyInForkedChildren();
+        return true;
+    }();
+    static_cast<void>(once);
+    LogState& state = logState();
+    const std::lock_guard lock(state.mutex);
+    state.queue = &queue;
+}
+
+bool closeLogQueue(LogQueue& queue, bool late) {
+    LogState& state = logState();
+    const std::lock_guard lock(state.mutex);
+    if (!queue.isEmpty() && !late) {
+        return false;
+    }
+    if (late) {
+        state.direct.noteHeld(queue.isWithinLine());
+    }
+    state.queue = nullptr;
+    return true;
 }
 
 QString boolText(bool value) {

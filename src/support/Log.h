@@ -8,10 +8,14 @@
 
 namespace orv {
 
+class LogQueue;
+
 /// Prints one line to standard output, followed by a line feed, with one write call, so that lines
-/// from several threads never mix and nothing is held back when the program dies. Line breaks
-/// inside `line` are kept. Callable from any thread. A standard output that is
-/// closed, or that nobody reads any more, is ignored.
+/// from several threads never mix. Line breaks inside `line` are kept. Callable from any thread. A
+/// standard output that is closed, or that nobody reads any more, is ignored.
+///
+/// While there is a LogWriter, nobody waits here for the output. Before and after, the line is
+/// written at once; a reader who takes none is waited for once, for two seconds.
 void logLine(QStringView line);
 
 /// The same for a line that was put together with "+".
@@ -26,6 +30,13 @@ using LogSink = std::function<void(const QString& line)>;
 /// Replaces the destination of `logLine`; an empty sink restores standard output. Returns the sink
 /// that was in place. Used by tests to read what the program says.
 LogSink setLogSink(LogSink sink);
+
+/// For LogWriter: sends lines into `queue` instead of writing them.
+void openLogQueue(LogQueue& queue);
+
+/// Ends that if the queue is empty, or in any case when it is `late`; says whether it has. For the
+/// thread that writes the queue's lines.
+bool closeLogQueue(LogQueue& queue, bool late);
 
 /// "true" or "false", the way booleans stand in log lines.
 QString boolText(bool value);

@@ -8,6 +8,7 @@
 #include "AudioSender.h"
 #include "LevelMeter.h"
 #include "Log.h"
+#include "LogWriter.h"
 #include "SampleRateConverter.h"
 #include "SystemCallCount.h"
 
@@ -199,6 +200,15 @@ TEST(Allocation, buffersForAStreamingEngineNeedNothingButTheHandOver) {
     EXPECT_EQ(outcome.chunks, 0);
     EXPECT_EQ(outcome.inSilentBuffers.allocations, 0U);
     EXPECT_EQ(outcome.inSilentBuffers.calls, 0U);
+}
+
+// The capture thread logs once a second: the line itself, and its bytes for the output.
+TEST(Allocation, aLineNeedsTwoWithAWriterToo) {
+    const orv::LogWriter writer;
+    orv::logLine(u"first");
+    const std::size_t before = allocationCount();
+    orv::logLine(u"second");
+    EXPECT_LE(allocationCount() - before, 2U);
 }
 
 TEST(Allocation, takingAndRecyclingChunksNeedsNone) {

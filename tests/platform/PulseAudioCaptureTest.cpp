@@ -11,14 +11,14 @@ using orv::CaptureAuthorization;
 using orv::MicrophoneFailure;
 using orv::PulseAudioCapture;
 using orv::RunningApp;
-using orv::test::PulseCaptureTest;
+using orv::test::PulseCaptureFixture;
 using orv::test::PulsePlayer;
 using orv::test::toneSamples;
 using orv::test::waitUntil;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-using PulseAudioCaptureTest = PulseCaptureTest;
+using PulseAudioCaptureTest = PulseCaptureFixture;
 
 std::optional<CaptureAuthorization> authorization(orv::AudioCapture& capture) {
     std::optional<CaptureAuthorization> result;

@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 
 namespace orv::test {
 
-QStringList PulseCaptureTest::modules() {
+QStringList PulseCaptureFixture::modules() {
     return {u"module-null-sink sink_name=speakers rate=48000"_s,
             u"module-null-sink sink_name=cable rate=48000"_s,
             u"module-null-sink sink_name=slow rate=44100"_s,
@@ -17,7 +17,7 @@ QStringList PulseCaptureTest::modules() {
             u"module-remap-source source_name=mic44 master=cable.monitor rate=44100"_s};
 }
 
-PulseCaptureTest::PulseCaptureTest()
+PulseCaptureFixture::PulseCaptureFixture()
     : pulse(modules()) {
     pulse.pactl({u"set-default-source"_s, u"mic"_s});
     options.server = pulse.server();
@@ -27,7 +27,8 @@ PulseCaptureTest::PulseCaptureTest()
     capture = std::make_unique<PulseAudioCapture>(options, RunningAppPlaces{});
 }
 
-MicrophonePreparation PulseCaptureTest::prepare(MicrophoneStream& stream, const QString& device) {
+MicrophonePreparation PulseCaptureFixture::prepare(MicrophoneStream& stream,
+                                                   const QString& device) {
     std::optional<MicrophonePreparation> result;
     stream.prepare(device, [&](const MicrophonePreparation& found) { result = found; });
     EXPECT_FALSE(result) << "completions come later";
@@ -35,7 +36,7 @@ MicrophonePreparation PulseCaptureTest::prepare(MicrophoneStream& stream, const 
     return result.value_or(MicrophonePreparation{});
 }
 
-QString PulseCaptureTest::start(MicrophoneStream& stream) {
+QString PulseCaptureFixture::start(MicrophoneStream& stream) {
     std::optional<QString> result;
     stream.start(
         4096,
@@ -50,8 +51,8 @@ QString PulseCaptureTest::start(MicrophoneStream& stream) {
     return result.value_or(u"no answer"_s);
 }
 
-ScreenCaptureStart PulseCaptureTest::start(ScreenCaptureStream& stream,
-                                           const ScreenCaptureRequest& request) {
+ScreenCaptureStart PulseCaptureFixture::start(ScreenCaptureStream& stream,
+                                              const ScreenCaptureRequest& request) {
     std::optional<ScreenCaptureStart> result;
     stream.start(
         request,
@@ -68,22 +69,22 @@ ScreenCaptureStart PulseCaptureTest::start(ScreenCaptureStream& stream,
     return result.value_or(ScreenCaptureStart{});
 }
 
-QList<AudioDevice> PulseCaptureTest::inputDevices() {
+QList<AudioDevice> PulseCaptureFixture::inputDevices() {
     std::optional<QList<AudioDevice>> result;
     capture->listInputDevices([&](const QList<AudioDevice>& devices) { result = devices; });
     EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
     return result.value_or(QList<AudioDevice>());
 }
 
-std::optional<QList<RunningApp>> PulseCaptureTest::capturableApps() {
+std::optional<QList<RunningApp>> PulseCaptureFixture::capturableApps() {
     std::optional<std::optional<QList<RunningApp>>> result;
     capture->listCapturableApps([&](const auto& apps) { result = apps; });
     EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
     return result.value_or(std::nullopt);
 }
 
-bool PulseCaptureTest::hears(const std::vector<int>& present, const std::vector<int>& absent,
-                             double sampleRate) {
+bool PulseCaptureFixture::hears(const std::vector<int>& present, const std::vector<int>& absent,
+                                double sampleRate) {
     return waitUntil([&] {
         const auto count = static_cast<std::size_t>(sampleRate / 5);
         const std::vector<float> newest = heard.newest(count);
@@ -96,7 +97,7 @@ bool PulseCaptureTest::hears(const std::vector<int>& present, const std::vector<
     });
 }
 
-bool PulseCaptureTest::hearsMore(std::size_t samples) {
+bool PulseCaptureFixture::hearsMore(std::size_t samples) {
     return waitUntil([this, goal = heard.size() + samples] { return heard.size() >= goal; });
 }
 

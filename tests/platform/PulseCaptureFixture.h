@@ -22,11 +22,11 @@ inline constexpr std::size_t channelFloats = 960;
 /// Sound services on a private server with two outputs and two microphones: "cable" and "speakers"
 /// play at 48 kHz; "mic" hears what is played to "cable" at 48 kHz, "mic44" hears it at 44.1 kHz
 /// and cannot do otherwise; the monitor of "slow" runs at 44.1 kHz and can be switched.
-class PulseCaptureTest : public testing::Test {
+class PulseCaptureFixture : public testing::Test {
   protected:
     static QStringList modules();
 
-    PulseCaptureTest();
+    PulseCaptureFixture();
 
     MicrophonePreparation prepare(MicrophoneStream& stream, const QString& device);
     /// Starts a prepared microphone into `heard`. Returns the error.

@@ -11,13 +11,13 @@ using orv::AudioDevice;
 using orv::MicrophoneFailure;
 using orv::MicrophonePreparation;
 using orv::RateSwitch;
-using orv::test::PulseCaptureTest;
+using orv::test::PulseCaptureFixture;
 using orv::test::PulsePlayer;
 using orv::test::toneSamples;
 using orv::test::waitUntil;
 using testing::SizeIs;
 
-using PulseMicrophoneTest = PulseCaptureTest;
+using PulseMicrophoneTest = PulseCaptureFixture;
 
 TEST_F(PulseMicrophoneTest, listsDevicesByIdentifierAndDescriptionWithoutMonitors) {
     const QList<AudioDevice> devices = inputDevices();

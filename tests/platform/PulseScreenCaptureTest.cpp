@@ -13,7 +13,7 @@ using orv::ScreenCaptureRequest;
 using orv::ScreenCaptureStart;
 using orv::test::blockFloats;
 using orv::test::channelFloats;
-using orv::test::PulseCaptureTest;
+using orv::test::PulseCaptureFixture;
 using orv::test::PulsePlayer;
 using orv::test::toneAmplitude;
 using orv::test::toneSamples;
@@ -22,7 +22,7 @@ using testing::Each;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class PulseScreenCaptureTest : public PulseCaptureTest {
+class PulseScreenCaptureTest : public PulseCaptureFixture {
   protected:
     PulseScreenCaptureTest() { pulse.pactl({u"set-default-sink"_s, u"speakers"_s}); }
 

@@ -1,5 +1,5 @@
 #include "Log.h"
-#include "LogCapture.h"
+#include "StandardOutput.h"
 
 #include <QByteArray>
 #include <QList>
@@ -20,54 +20,23 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+using test::Pipe;
+using test::StandardOutput;
+
 namespace {
-
-/// Puts a descriptor in the place of standard output while it lives.
-class StandardOutput {
-  public:
-    explicit StandardOutput(int replacement)
-        : saved_(::dup(STDOUT_FILENO)) {
-        ::dup2(replacement, STDOUT_FILENO);
-    }
-
-    ~StandardOutput() {
-        ::dup2(saved_, STDOUT_FILENO);
-        ::close(saved_);
-    }
-
-    StandardOutput(const StandardOutput&) = delete;
-    StandardOutput& operator=(const StandardOutput&) = delete;
-
-  private:
-    int saved_;
-};
-
-QByteArray readAll(int descriptor) {
-    QByteArray all;
-    std::array<char, 4096> piece = {};
-    for (;;) {
-        const ssize_t count = ::read(descriptor, piece.data(), piece.size());
-        if (count <= 0) {
-            return all;
-        }
-        all.append(piece.data(), static_cast<qsizetype>(count));
-    }
-}
 
 /// What `write` makes the log print into a pipe.
 QByteArray printed(const std::function<void()>& write, int flags = 0) {
-    std::array<int, 2> ends = {-1, -1};
-    EXPECT_EQ(::pipe2(ends.data(), flags), 0);
-    ::fcntl(ends[0], F_SETFL, 0);
+    Pipe pipe(flags);
+    ::fcntl(pipe.reader(), F_SETFL, 0);
     QByteArray bytes;
-    std::thread reader([&] { bytes = readAll(ends[0]); });
+    std::thread reader([&] { bytes = pipe.read(); });
     {
-        const StandardOutput output(ends[1]);
-        ::close(ends[1]);
+        const StandardOutput output(pipe.writer());
+        pipe.closeWriter();
         write();
     }
     reader.join();
-    ::close(ends[0]);
     return bytes;
 }
 
@@ -137,6 +106,32 @@ TEST(Log, waitsForAnOutputThatIsFull) {
     EXPECT_EQ(printed([&] { logLine(line); }, O_NONBLOCK), line.toUtf8() + '\n');
 }
 
+TEST(Log, waitsOnceForAReaderWhoReadsNothing) {
+    const Pipe pipe;
+    const QString line(300000, u'x');
+    {
+        const StandardOutput output(pipe.writer());
+        for (int i = 0; i < 1000; ++i) {
+            logLine(line);
+        }
+    }
+    EXPECT_TRUE(pipe.read(QByteArray(4096, 'x')).startsWith("xxx"));
+}
+
+TEST(Log, aLineAfterABrokenOneBeginsAnew) {
+    Pipe pipe;
+    QByteArray bytes;
+    {
+        const StandardOutput output(pipe.writer());
+        logLine(QString(300000, u'x'));
+        ::fcntl(pipe.reader(), F_SETFL, O_NONBLOCK);
+        bytes = pipe.read();
+        logLine(u"whole");
+    }
+    EXPECT_EQ(bytes, QByteArray(bytes.size(), 'x'));
+    EXPECT_EQ(pipe.read(), QByteArray("\nwhole\n"));
+}
+
 TEST(Log, aClosedStandardOutputIsIgnored) {
     const StandardOutput output(STDOUT_FILENO);
     ::close(STDOUT_FILENO);
@@ -145,14 +140,12 @@ TEST(Log, aClosedStandardOutputIsIgnored) {
 
 TEST(Log, anOutputThatNobodyReadsAnyMoreDoesNotEndTheProgram) {
     const auto handler = ::signal(SIGPIPE, SIG_DFL);
-    std::array<int, 2> ends = {-1, -1};
-    ASSERT_EQ(::pipe(ends.data()), 0);
-    ::close(ends[0]);
     {
-        const StandardOutput output(ends[1]);
+        Pipe pipe;
+        pipe.closeReader();
+        const StandardOutput output(pipe.writer());
         logLine(u"nobody hears");
     }
-    ::close(ends[1]);
     sigset_t pending = {};
     sigpending(&pending);
     EXPECT_EQ(sigismember(&pending, SIGPIPE), 0) << "the signal does not come later either";

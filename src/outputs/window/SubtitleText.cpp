@@ -1,7 +1,8 @@
 #include "SubtitleText.h"
 
+#include "Graphemes.h"
+
 #include <QPainter>
-#include <QTextBoundaryFinder>
 #include <QTextCharFormat>
 #include <QTextLayout>
 #include <QTextOption>
@@ -38,16 +39,9 @@ bool isLineBreak(QChar character) {
     }
 }
 
-/// Where a part of `text` may begin, from `position` on, without splitting a character.
-qsizetype nextStart(const QString& text, qsizetype position) {
-    while (position < text.size() && (text[position].isLowSurrogate() || text[position].isMark())) {
-        ++position;
-    }
-    return position;
-}
-
+/// Splits no character: what is left begins with the first that is whole.
 QString endBehindEllipsis(const QString& text, qsizetype start) {
-    return omission + text.mid(nextStart(text, start));
+    return omission + text.mid(Graphemes(text).boundaryFrom(start));
 }
 
 /// The last characters and lines of a text that is longer than any screen.
@@ -96,9 +90,9 @@ QList<QTextLayout::FormatRange> pictureRanges(const QString& text, const QFont& 
         {u"Noto Color Emoji"_s, u"Apple Color Emoji"_s, u"Segoe UI Emoji"_s, font.family()});
     format.setFontWeight(QFont::Normal);
     QList<QTextLayout::FormatRange> ranges;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    Graphemes characters(text);
     qsizetype start = 0;
-    for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
+    for (qsizetype end = characters.next(); end >= 0; end = characters.next()) {
         if (isPicture(QStringView(text).sliced(start, end - start))) {
             if (!ranges.isEmpty() && ranges.last().start + ranges.last().length == start) {
                 ranges.last().length += static_cast<int>(end - start);

@@ -1,10 +1,12 @@
 """The program itself, running on a private desktop."""
 
 import json
+import os
 import pathlib
 import random
 import socket
 import subprocess
+import threading
 import urllib.request
 
 from .processes import Timeout, processes_with, wait_until
@@ -47,15 +49,48 @@ def settings_file(desktop):
     return desktop.home / ".config" / "orvane" / "defaults.json"
 
 
+class PausingReader:
+    """Reads what a program prints, as a pager does that somebody may leave alone for a while, and
+    copies it to the program's log file."""
+
+    def __init__(self):
+        self._output, self.input = os.pipe()
+        self._reads = threading.Event()
+        self._reads.set()
+        self._thread = None
+
+    def start(self, log_file):
+        """Once the program has the pipe."""
+        os.close(self.input)
+        self._thread = threading.Thread(target=self._copy, args=(log_file,), daemon=True)
+        self._thread.start()
+
+    def wait_for_end(self):
+        """Until everything that the program and its children have printed is in the file."""
+        self._thread.join()
+
+    def pause(self):
+        self._reads.clear()
+
+    def go_on(self):
+        self._reads.set()
+
+    def _copy(self, log_file):
+        with open(self._output, "rb", buffering=0) as output, log_file.open("ab", buffering=0) as log:
+            while self._reads.wait() and (piece := output.read(65536)):
+                log.write(piece)
+
+
 class Program:
-    """`executable`, started on `desktop`. Everything it prints goes to a file.
+    """`executable`, started on `desktop`. Everything it prints goes to a file, through `reader` if
+    there is one.
 
     `started` holds all of this process's, oldest first."""
 
     started = []
     _MARK = "ORVANE_HARNESS_PROGRAM"
 
-    def __init__(self, desktop, executable, arguments=(), environment=None):
+    def __init__(self, desktop, executable, arguments=(), environment=None, reader=None):
         self._desktop = desktop
         self.log_file = pathlib.Path(desktop.folder) / f"program-{len(Program.started) + 1}.log"
         self._mark = f"{desktop.folder.name}-{len(Program.started) + 1}"
@@ -63,7 +98,9 @@ class Program:
             self.process = desktop.children.start(
                 [str(executable), *arguments],
                 env={**desktop.environment, **(environment or {}), self._MARK: self._mark},
-                stdout=log, stderr=subprocess.STDOUT)
+                stdout=reader.input if reader else log, stderr=subprocess.STDOUT)
+        if reader:
+            reader.start(self.log_file)
         self.pid = self.process.pid
         Program.started.append(self)
 

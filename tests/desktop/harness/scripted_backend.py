@@ -44,6 +44,10 @@ class ScriptedBackend:
         """The configurations of all runs so far, oldest first, as they came."""
         return self._ask()["configurations"]
 
+    def audio_messages(self):
+        """How many messages with sound have come so far."""
+        return self._ask()["audio_messages"]
+
     def stop(self):
         self._desktop.children.stop(self._process)
 
@@ -73,6 +77,7 @@ class _Server:
         self._finishes = True
         self._clients = set()
         self._configurations = []
+        self._audio_messages = 0
 
     async def run(self):
         import websockets
@@ -95,7 +100,7 @@ class _Server:
                 with contextlib.suppress(self._closed):
                     await client.send(message)
         return {"moment": moment, "clients": len(self._clients),
-                "configurations": self._configurations}
+                "configurations": self._configurations, "audio_messages": self._audio_messages}
 
     async def _talk(self, client):
         self._clients.add(client)
@@ -107,6 +112,8 @@ class _Server:
                     self._configurations.append(message)
                     for answer in self._script:
                         await client.send(json.dumps(answer))
+                elif kind == "audio":
+                    self._audio_messages += 1
                 elif kind == "flush" and self._finishes:
                     await client.send(json.dumps({"type": "flushed"}))
         except self._closed:

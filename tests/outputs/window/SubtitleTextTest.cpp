@@ -232,6 +232,10 @@ TEST(ReadableText, neverBoundsWithinACharacter) {
     }
     const QString accents = readableText(u"e\u0301"_s.repeated(10'000) + u'x');
     EXPECT_TRUE(accents.startsWith(u"…\u2060e\u0301"_s));
+    // No multiple of its length is the length of the longest text.
+    const QString family = u"👨‍👩‍👧‍👦"_s;
+    EXPECT_EQ(readableText(family.repeated(2000)),
+              QString(u"…\u2060" + family.repeated(12'000 / family.size())));
 }
 
 } // namespace

@@ -1,0 +1,117 @@
+#include "LogOutput.h"
+#include "StandardOutput.h"
+
+#include <QByteArray>
+#include <QTemporaryFile>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <sys/resource.h>
+#include <sys/socket.h>
+
+namespace orv {
+
+using test::Pipe;
+using State = LogOutput::State;
+
+namespace {
+
+LogOutput::Outcome write(const LogOutput& output, const QByteArray& bytes) {
+    return output.write(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
+
+/// Writes until no more is taken; returns how much was.
+std::size_t fill(const LogOutput& output) {
+    const QByteArray bytes(1000000, 'x');
+    const LogOutput::Outcome outcome = write(output, bytes);
+    EXPECT_EQ(outcome.state, State::Full);
+    EXPECT_EQ(write(output, "more").state, State::Full);
+    return outcome.count;
+}
+
+/// Lets this process open no more descriptors while it lives.
+class NoMoreDescriptors {
+  public:
+    NoMoreDescriptors() {
+        ::getrlimit(RLIMIT_NOFILE, &before_);
+        const int next = ::dup(STDOUT_FILENO);
+        ::close(next);
+        rlimit none = before_;
+        none.rlim_cur = static_cast<rlim_t>(next);
+        ::setrlimit(RLIMIT_NOFILE, &none);
+    }
+
+    ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+
+    NoMoreDescriptors(const NoMoreDescriptors&) = delete;
+    NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
+
+  private:
+    rlimit before_ = {};
+};
+
+} // namespace
+
+TEST(LogOutput, aFullPipeIsNotWaitedFor) {
+    const Pipe pipe;
+    const LogOutput output(pipe.writer());
+    const auto count = static_cast<qsizetype>(fill(output));
+    EXPECT_EQ(::fcntl(pipe.writer(), F_GETFL) & O_NONBLOCK, 0) << "it is the others' pipe, too";
+    QByteArray bytes(count, Qt::Uninitialized);
+    EXPECT_EQ(::read(pipe.reader(), bytes.data(), static_cast<std::size_t>(count)), count);
+    EXPECT_EQ(write(output, "again").state, State::Taken);
+}
+
+TEST(LogOutput, aFullPipeThatCannotBeOpenedAgainIsNotWaitedForEither) {
+    const Pipe pipe;
+    const NoMoreDescriptors none;
+    const LogOutput output(pipe.writer());
+    EXPECT_GT(fill(output), 0U);
+}
+
+TEST(LogOutput, aFullSocketIsNotWaitedFor) {
+    std::array<int, 2> ends = {-1, -1};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    const LogOutput output(ends[1]);
+    EXPECT_GT(fill(output), 0U);
+    ::close(ends[0]);
+    EXPECT_EQ(write(output, "nobody").state, State::Gone);
+    ::close(ends[1]);
+}
+
+TEST(LogOutput, aHeldTerminalIsNotWaitedFor) {
+    const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(master, 0);
+    ASSERT_EQ(::grantpt(master), 0);
+    ASSERT_EQ(::unlockpt(master), 0);
+    const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    const LogOutput output(terminal);
+    EXPECT_GT(fill(output), 0U);
+    EXPECT_EQ(::fcntl(terminal, F_GETFL) & O_NONBLOCK, 0);
+    ::close(terminal);
+    ::close(master);
+}
+
+TEST(LogOutput, aFileGoesOnWhereOthersHaveWritten) {
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    const LogOutput output(file.handle());
+    EXPECT_EQ(write(output, "one ").state, State::Taken);
+    EXPECT_EQ(::write(file.handle(), "two ", 4), 4);
+    EXPECT_EQ(write(output, "three").state, State::Taken);
+    ASSERT_EQ(::lseek(file.handle(), 0, SEEK_SET), 0);
+    std::array<char, 32> bytes = {};
+    EXPECT_EQ(::read(file.handle(), bytes.data(), bytes.size()), 13);
+    EXPECT_STREQ(bytes.data(), "one two three");
+}
+
+TEST(LogOutput, aClosedDescriptorIsGone) {
+    Pipe pipe;
+    const int number = pipe.writer();
+    pipe.closeWriter();
+    EXPECT_EQ(write(LogOutput(number), "nobody").state, State::Gone);
+}
+
+} // namespace orv
