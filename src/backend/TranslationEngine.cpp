@@ -39,7 +39,7 @@ TranslationEngine::~TranslationEngine() {
     if (leftRunning_) {
         return;
     }
-    stopBackend();
+    TranslationEngine::stopBackend();
     endChildNow();
 }
 

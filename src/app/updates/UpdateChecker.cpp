@@ -32,7 +32,7 @@ UpdateChecker::UpdateChecker(UpdateEnvironment environment, QObject* parent)
     schedule_.setInterval(environment_.timings.interval);
     connect(&schedule_, &QTimer::timeout, this, [this] { checkForUpdate(); });
     schedule_.start();
-    checkForUpdate();
+    UpdateChecker::checkForUpdate({});
 }
 
 UpdateChecker::~UpdateChecker() = default;
