@@ -29,10 +29,11 @@ QCoro::Task<> ClientTranslation::ask(Question* question, QString targetLang, QSt
 
 void ClientTranslation::deliverAnswered() {
     const Lifetime::Observer life = lifetime_.observe();
+    const auto deliver = deliver_; // May end the object while it runs.
     while (!life.ended() && !questions_.empty() && questions_.front().translation) {
         const Question answered = std::move(questions_.front());
         questions_.pop_front();
-        deliver_({answered.original, *answered.translation});
+        deliver({answered.original, *answered.translation});
     }
 }
 

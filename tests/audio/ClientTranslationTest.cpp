@@ -13,6 +13,7 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
+using test::drainEvents;
 using test::ServicePeer;
 using test::waitUntil;
 
@@ -89,6 +90,23 @@ TEST_F(ClientTranslationTest, endsWithItsRun) {
     service.answer(u"two"_s, u"dos"_s);
     ASSERT_TRUE(waitUntil([this] { return !results.isEmpty(); }));
     EXPECT_EQ(results, (QList<Result>{{u"two"_s, u"dos"_s}}));
+}
+
+TEST_F(ClientTranslationTest, mayBeEndedByWhoeverGetsAResult) {
+    translation = std::make_unique<ClientTranslation>(
+        service.endpoints(), [this, kept = QByteArray(64, 'x')](const Result& result) {
+            translation.reset();
+            results.append({result.original, QString::fromLatin1(kept.left(1))});
+        });
+    ask(u"one"_s);
+    ask(u"two"_s);
+    service.waitFor(u"one"_s);
+    service.waitFor(u"two"_s);
+    service.answer(u"two"_s, u"dos"_s);
+    service.answer(u"one"_s, u"uno"_s);
+    ASSERT_TRUE(waitUntil([this] { return !results.isEmpty(); }));
+    drainEvents();
+    EXPECT_EQ(results, (QList<Result>{{u"one"_s, u"x"_s}}));
 }
 
 /// Whole runs with Google's streaming recognition.
