@@ -70,6 +70,8 @@ class Peer:
 class CloudService:
     """What the providers have in common. A context."""
 
+    by_chunks = False  # Whether the program cuts the sound for it.
+
     def __init__(self):
         self.results = []
         self.voice_seconds = 0.0  # In all of them.
@@ -100,10 +102,6 @@ class CloudService:
 
     def heard(self):
         """All sound that came in, 16-bit PCM."""
-        raise NotImplementedError
-
-    def is_listening(self):
-        """Whether somebody speaks, or has just spoken, whose result is still to come."""
         raise NotImplementedError
 
 
@@ -172,6 +170,7 @@ class StreamingService(CloudService):
         return b"".join(self._sound)
 
     def is_listening(self):
+        """Whether somebody speaks, or has just spoken, whose result is still to come."""
         return self._stretches.is_open()
 
     def event(self, name):
@@ -225,6 +224,8 @@ class AssemblyAI(StreamingService):
 class ChunkedService(CloudService):
     """A provider that gets one request for each chunk."""
 
+    by_chunks = True
+
     def __init__(self):
         super().__init__()
         self._number = 0
@@ -241,9 +242,6 @@ class ChunkedService(CloudService):
 
     def heard(self):
         return b"".join(self._chunks)
-
-    def is_listening(self):
-        return False
 
     def answer(self, event, body, status=200):
         self.service.command(answer=event["id"], status=status, body=body,
