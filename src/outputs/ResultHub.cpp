@@ -1,8 +1,7 @@
 #include "ResultHub.h"
 
 #include "Output.h"
-
-#include <QThread>
+#include "ThreadChecks.h"
 
 namespace orv {
 
@@ -11,7 +10,7 @@ void ResultHub::add(Output& output) {
 }
 
 void ResultHub::ShowTranslation(const Result& result) {
-    Q_ASSERT(QThread::currentThread() == thread());
+    ORV_ON_MAIN();
     for (Output* output : outputs_) {
         output->take(result);
     }
