@@ -65,7 +65,6 @@ void Shell::createSettings() {
 void Shell::createOutputs() {
     vrchat_ = std::make_unique<VRChatOutput>(*settings_);
     vmixTracking_ = std::make_unique<VmixTracking>(*settings_);
-    vmix_ = std::make_unique<VmixSender>(*settings_, *vmixTracking_);
     speech_ = createSystemSpeechSynthesizer();
     overlayWindow_ = std::make_unique<OverlayWindow>(
         OverlayEnvironment{.speech = *speech_,
@@ -80,18 +79,10 @@ void Shell::addOutputs() {
     results_.add(*overlayWindow_);
     results_.add(*overlayServer_);
     results_.add(*vrchat_);
-    results_.add(*vmix_);
+    results_.add(std::make_unique<VmixSender>(*settings_, *vmixTracking_));
     for (Output* further : parts_.outputs) {
         results_.add(*further);
     }
-}
-
-std::vector<OutputCard> Shell::outputCards() {
-    return {
-        addBrowserOverlayCard,
-        vrchatCard([this] { vrchat_->sendVRChatTest(); }),
-        addVMixCard,
-    };
 }
 
 void Shell::createServices(const UserPaths& paths) {
@@ -191,7 +182,7 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
                                .opener = opener_,
                                .updates = *updates_,
                                .paths = paths_,
-                               .outputCards = outputCards()});
+                               .outputCards = outputCards([this] { vrchat_->sendVRChatTest(); })});
 }
 
 void Shell::connectObjects() {

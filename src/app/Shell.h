@@ -6,7 +6,6 @@
 #include "FileDialogs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
-#include "OutputCards.h"
 #include "PanelWindow.h"
 #include "ProgramParts.h"
 #include "ResultHub.h"
@@ -34,7 +33,6 @@ class TranslationSettings;
 class UpdateChecker;
 class UserNotifications;
 class VRChatOutput;
-class VmixSender;
 class VmixTracking;
 
 /// The composition root: makes every long-lived object in order, hands each what it needs, and
@@ -65,10 +63,9 @@ class Shell {
     void createInterface();
     std::unique_ptr<PanelWindow> makePanel();
     std::unique_ptr<QWidget> makeSettings();
-    /// In the order in which they take each result.
+    /// In the order in which they take each result. An output that nobody else talks to is made
+    /// here and belongs to the hub.
     void addOutputs();
-    /// In the order in which the settings window shows them.
-    std::vector<OutputCard> outputCards();
     void connectObjects();
     void connectSubtitles();
     bool somethingRuns() const;
@@ -84,7 +81,6 @@ class Shell {
     std::unique_ptr<ToolkitTexts> toolkitTexts_;
     std::unique_ptr<VRChatOutput> vrchat_;
     std::unique_ptr<VmixTracking> vmixTracking_;
-    std::unique_ptr<VmixSender> vmix_;
     ResultHub results_;
     std::unique_ptr<AudioCapture> capture_;
     std::unique_ptr<PortProbe> portProbe_;

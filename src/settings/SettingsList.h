@@ -17,6 +17,9 @@ using namespace Qt::StringLiterals;
 /// The engine of those who never chose one.
 inline const QString defaultSttEngine = u"whisper"_s;
 
+/// The overlay server's port of those who never chose one.
+inline constexpr std::int64_t defaultOverlayPort = 8077;
+
 /// Every setting, one declaration each, in the order in which they are loaded. Adding one is adding
 /// it here, and its row to docs/settings.md by `scripts/settings-table`.
 ///
@@ -123,7 +126,7 @@ class SettingsList {
     Setting<std::int64_t> obsOverlayPort{
         all_,
         {.key = u"obsOverlayPort"_s,
-         .initial = 8077,
+         .initial = defaultOverlayPort,
          .takes = isPort,
          .note = {"Port of the browser overlay", SettingPlace::General,
                   "Browser Overlay (OBS): Port"}}};

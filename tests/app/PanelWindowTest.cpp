@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QScreen>
 #include <QTimer>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -119,6 +120,30 @@ TEST_F(PanelWindowTest, whatIsPendingWhenItClosesDoesNotCloseItTheNextTime) {
     ASSERT_EQ(looksPending(), 1);
     window.close();
     EXPECT_EQ(looksPending(), 0);
+}
+
+TEST_F(PanelWindowTest, aListOrAlertThatClosesHasTimeToGiveTheActivationBack) {
+    const auto untilTheLook = [this] {
+        std::chrono::milliseconds longest{0};
+        for (const QTimer* timer : window.findChildren<QTimer*>()) {
+            longest = std::max(longest, timer->isActive() ? timer->intervalAsDuration() : 0ms);
+        }
+        return longest;
+    };
+    QEvent lost(QEvent::ActivationChange);
+    window.showBeside(QRect(100, 0, 24, 24));
+    // The event loop brings the activation.
+    ASSERT_FALSE(window.isActiveWindow());
+    Q_EMIT qGuiApp->focusWindowChanged(window.windowHandle());
+    QApplication::sendEvent(&window, &lost);
+    EXPECT_LE(untilTheLook(), 100ms) << "the panel itself had the focus, so somebody left it";
+    QWindow list;
+    Q_EMIT qGuiApp->focusWindowChanged(&list);
+    Q_EMIT qGuiApp->focusWindowChanged(nullptr);
+    QApplication::sendEvent(&window, &lost);
+    EXPECT_GE(untilTheLook(), 500ms);
+    Q_EMIT qGuiApp->focusWindowChanged(&list);
+    EXPECT_LE(untilTheLook(), 100ms) << "another window of the program was chosen";
 }
 
 TEST_F(PanelWindowTest, hearingOfTheLostActivationWhileItIsClosedStartsNothing) {

@@ -24,13 +24,10 @@ PROGRAM = os.environ["ORVANE_ON_LOOPBACK"]
 # to a core.
 _LEAST_SHARE = 0.5
 
-_SLOWDOWN = float(os.environ.get("ORVANE_SLOWDOWN", "1"))
-
-# From pressing a switch to seeing it changed, through the accessibility bus and on a busy machine:
-# most times, and ever. What must not be waited for takes 15 seconds and more.
-_RESPONSIVE_SECONDS = 1.0 * _SLOWDOWN
+# From pressing a switch, or Stop, to seeing it changed, through the accessibility bus and on a machine
+# that may be very busy: most times, and ever. What must not be waited for takes 15 seconds and more.
+_RESPONSIVE_SECONDS = 5.0
 _LONGEST_SECONDS = 10.0
-_STOP_SECONDS = 1.0 * _SLOWDOWN
 
 # Of digital silence, a line each second, until nothing is taken to be on its way any more.
 _QUIET_LINES = 2
@@ -201,7 +198,7 @@ class Cloud(unittest.TestCase):
         access.wait_for(pid, "Start Translation")
         took = time.monotonic() - begun
         self.road.wait_for_end_of_run()
-        self.assertLess(took, _STOP_SECONDS, self.road.program.tail())
+        self.assertLess(took, _LONGEST_SECONDS, self.road.program.tail())
 
     def run_through(self, service):
         """A whole run, with everything that is demanded of every service."""

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -46,6 +47,14 @@ TEST_F(ResultHubTest, aResultReachesEveryOutputOnceInTheOrderInWhichTheyWereAdde
     hub.ShowTranslation({u"hello"_s, u"hola"_s});
     EXPECT_EQ(taken, (QStringList{u"window 'hello' 'hola'"_s, u"another 'hello' 'hola'"_s,
                                   u"page 'hello' 'hola'"_s}));
+}
+
+TEST_F(ResultHubTest, anOutputThatBelongsToItTakesItsTurnLikeTheOthers) {
+    hub.add(window);
+    hub.add(std::make_unique<NotingOutput>(u"own"_s, taken));
+    hub.add(page);
+    hub.ShowTranslation({{}, u"one"_s});
+    EXPECT_EQ(taken, (QStringList{u"window '' 'one'"_s, u"own '' 'one'"_s, u"page '' 'one'"_s}));
 }
 
 TEST_F(ResultHubTest, oneResultIsTakenByAllBeforeTheNext) {

@@ -132,7 +132,7 @@ TEST_F(GeneralTabTest, theVRChatTestIsSentWhetherEnabledOrNot) {
 }
 
 TEST_F(GeneralTabTest, aFurtherOutputBringsItsCard) {
-    outputCards.emplace_back([](CardColumn& column, const TabContext& context) {
+    cards.emplace_back([](CardColumn& column, const TabContext& context) {
         Card& card = *column.addCard();
         card.addHeading()->setText(u"Teleprompter"_s);
         addSwitch(card, context.bindings, u"settings.obs.enable"_s,

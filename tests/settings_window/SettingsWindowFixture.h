@@ -53,7 +53,7 @@ class SettingsWindowFixture : public ::testing::Test {
                                    .opener = opener,
                                    .updates = updates,
                                    .paths = paths,
-                                   .outputCards = outputCards});
+                                   .outputCards = cards});
     }
 
     static void lookAtEveryTab(QWidget& view) {
@@ -136,8 +136,7 @@ class SettingsWindowFixture : public ::testing::Test {
     FakeUpdates updates;
     UserPaths paths;
     int vrchatTests = 0;
-    std::vector<OutputCard> outputCards = {addBrowserOverlayCard,
-                                           vrchatCard([this] { ++vrchatTests; }), addVMixCard};
+    std::vector<OutputCard> cards = outputCards([this] { ++vrchatTests; });
     std::unique_ptr<QWidget> window;
 };
 

@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <utility>
 
@@ -19,8 +20,13 @@ namespace {
 /// Between the tray's item and the popover, in pixels.
 constexpr int popoverGap = 4;
 
-/// A list or an alert that closes gives the activation back a moment after it has gone.
+/// From the loss of the activation to the look at who has it: it goes from one window to another
+/// through a moment without any.
 constexpr std::chrono::milliseconds handOver{80};
+
+/// The same when a list or an alert of the panel has closed, which gives the activation back: on a
+/// busy machine the window manager takes its time.
+constexpr std::chrono::milliseconds handBack{1000};
 
 } // namespace
 
@@ -34,8 +40,8 @@ PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
     layout->addWidget(content);
     setAttribute(Qt::WA_QuitOnClose, false);
     lookIfLeft_.setSingleShot(true);
-    lookIfLeft_.setInterval(handOver);
     connect(&lookIfLeft_, &QTimer::timeout, this, &PanelWindow::closeIfLeft);
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &PanelWindow::focusMoved);
 }
 
 bool PanelWindow::isShown() const {
@@ -121,7 +127,17 @@ void PanelWindow::paintEvent(QPaintEvent* event) {
 void PanelWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && !isActiveWindow() && isVisible()) {
-        lookIfLeft_.start();
+        lookIfLeft_.start(anotherHadFocus_ ? handBack : handOver);
+    }
+}
+
+void PanelWindow::focusMoved(const QWindow* window) {
+    if (window == nullptr) {
+        return;
+    }
+    anotherHadFocus_ = window != windowHandle();
+    if (lookIfLeft_.isActive()) {
+        lookIfLeft_.start(handOver);
     }
 }
 

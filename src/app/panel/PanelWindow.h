@@ -49,12 +49,17 @@ class PanelWindow : public QWidget, public Panel {
     void placePopover();
     void closeIfLeft();
 
+    /// `window` of this program has the focus now; null when none has.
+    void focusMoved(const QWindow* window);
+
     std::function<CloseAction()> closing_;
     std::function<void()> endProgram_;
     const std::chrono::milliseconds sameClick_;
     Style style_ = Style::Window;
     QRect button_;            ///< What the popover stands beside.
     QTimer lookIfLeft_{this}; ///< Runs from the loss of the activation to the look at who has it.
+    /// Of this program's windows, another one than this had the focus last.
+    bool anotherHadFocus_ = false;
     QElapsedTimer leftSince_; ///< When the popover closed by itself.
 };
 

@@ -4,6 +4,7 @@
 
 #include "CopyButton.h"
 #include "FieldCombo.h"
+#include "OverlayServer.h"
 #include "Pieces.h"
 #include "PortField.h"
 #include "TabParts.h"
@@ -16,7 +17,6 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -24,9 +24,6 @@ using namespace Qt::StringLiterals;
 namespace orv {
 
 namespace {
-
-constexpr std::int64_t defaultOverlayPort = 8077;
-constexpr std::int64_t lastPort = 65535;
 
 /// The send mode that the three choices stand for: everything but 0 and 1 sends both.
 QString shownMode(std::int64_t mode) {
@@ -94,9 +91,10 @@ void addOverlayAddress(Card& card, const TabContext& context) {
 } // namespace
 
 QString overlayAddress(std::int64_t port) {
-    const std::int64_t served = port < 1 ? defaultOverlayPort : std::min(port, lastPort);
-    return u"http://localhost:"_s + QString::number(served) + u"/overlay"_s;
+    return u"http://localhost:"_s + QString::number(overlayPort(port)) + u"/overlay"_s;
 }
+
+namespace {
 
 void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
     Bindings& bindings = context.bindings;
@@ -107,8 +105,6 @@ void addBrowserOverlayCard(CardColumn& column, const TabContext& context) {
     addOverlayAddress(card, context);
     addHint(card, bindings, u"settings.obs.hint"_s);
 }
-
-namespace {
 
 void addVRChatCard(CardColumn& column, const TabContext& context,
                    const std::function<void()>& sendTest) {
@@ -125,14 +121,6 @@ void addVRChatCard(CardColumn& column, const TabContext& context,
     QObject::connect(test, &QPushButton::clicked, &card, sendTest);
     card.rows()->addWidget(test, 0, Qt::AlignLeft);
     addHint(card, bindings, u"settings.vrc.hint"_s);
-}
-
-} // namespace
-
-OutputCard vrchatCard(std::function<void()> sendTest) {
-    return [sendTest = std::move(sendTest)](CardColumn& column, const TabContext& context) {
-        addVRChatCard(column, context, sendTest);
-    };
 }
 
 void addVMixCard(CardColumn& column, const TabContext& context) {
@@ -157,6 +145,18 @@ void addVMixCard(CardColumn& column, const TabContext& context) {
                       u"settings.vmix.field.original"_s, section);
     alignLabels(bindings, labels);
     addHint(card, bindings, u"settings.vmix.tip"_s);
+}
+
+} // namespace
+
+std::vector<OutputCard> outputCards(std::function<void()> sendVRChatTest) {
+    return {
+        addBrowserOverlayCard,
+        [sendTest = std::move(sendVRChatTest)](CardColumn& column, const TabContext& context) {
+            addVRChatCard(column, context, sendTest);
+        },
+        addVMixCard,
+    };
 }
 
 } // namespace orv

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 namespace orv {
 
@@ -14,12 +15,9 @@ struct TabContext;
 /// and shows them in its order.
 using OutputCard = std::function<void(CardColumn& column, const TabContext& context)>;
 
-void addBrowserOverlayCard(CardColumn& column, const TabContext& context);
-void addVMixCard(CardColumn& column, const TabContext& context);
-
-/// The card with a button for which `sendTest` is called: it sends the test message, whether the
-/// output is enabled or not.
-OutputCard vrchatCard(std::function<void()> sendTest);
+/// The cards of all outputs, in the order in which they are shown. A button calls `sendVRChatTest`
+/// to send VRChat the test message, whether that output is enabled or not.
+std::vector<OutputCard> outputCards(std::function<void()> sendVRChatTest);
 
 /// Where a browser source finds the overlay, for a port as it is stored.
 QString overlayAddress(std::int64_t port);

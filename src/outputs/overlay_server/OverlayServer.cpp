@@ -23,9 +23,9 @@ QString text(const std::error_code& error) {
 } // namespace
 
 std::uint16_t overlayPort(std::int64_t stored) {
-    constexpr std::uint16_t defaultPort = 8077;
     constexpr std::int64_t highestPort = std::numeric_limits<std::uint16_t>::max();
-    return stored < 1 ? defaultPort : static_cast<std::uint16_t>(std::min(stored, highestPort));
+    return static_cast<std::uint16_t>(stored < 1 ? defaultOverlayPort
+                                                 : std::min(stored, highestPort));
 }
 
 OverlayServing OverlayServing::fromSettings(const SettingsList& settings) {

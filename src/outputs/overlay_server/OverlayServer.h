@@ -25,7 +25,8 @@ namespace orv {
 class OverlayConnections;
 class SettingsList;
 
-/// The port to listen on for a stored one: below 1 it is 8077, above 65535 it is 65535.
+/// The port to listen on for a stored one: below 1 it is `defaultOverlayPort`, above 65535 it is
+/// 65535.
 std::uint16_t overlayPort(std::int64_t stored);
 
 /// Whether and where the server is to run.
