@@ -34,7 +34,7 @@ Shell::Shell(const UserPaths& paths, ProgramParts parts, std::function<void()> t
     : paths_(paths)
     , parts_(std::move(parts))
     , terminate_(std::move(terminate))
-    , store_(paths.defaultsFile()) {
+    , store_(disk_, paths.defaultsFile()) {
     createSettings();
     createOutputs();
     addOutputs();
@@ -96,7 +96,7 @@ std::vector<OutputCard> Shell::outputCards() {
 
 void Shell::createServices(const UserPaths& paths) {
     const auto lookUp = [this](const QString& key) { return text(key); };
-    capture_ = createSystemAudioCapture();
+    capture_ = createSystemAudioCapture(disk_);
     portProbe_ = createSystemPortProbe();
     engine_ = std::make_unique<TranslationEngine>(
         BackendEnvironment{.interpreter = paths.backendInterpreter(),
@@ -183,7 +183,8 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
 }
 
 std::unique_ptr<QWidget> Shell::makeSettings() {
-    return makeSettingsWindow({.settings = *settings_,
+    return makeSettingsWindow({.disk = disk_,
+                               .settings = *settings_,
                                .engines = parts_.engines,
                                .l10n = *l10n_,
                                .dialogs = dialogs_,

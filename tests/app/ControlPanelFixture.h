@@ -13,6 +13,7 @@
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
 #include "Quit.h"
+#include "SerialQueue.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -119,7 +120,8 @@ class ControlPanelFixture : public ::testing::Test {
     Look look{appearance};
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, folder.path() + QStringLiteral("/defaults.json")};
     TranslationSettings settings{store};
     L10n l10n{settings.uiLanguage, QStringLiteral("en")};
     const EngineCatalogue engines;

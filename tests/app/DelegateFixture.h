@@ -7,6 +7,7 @@
 #include "OverlayServer.h"
 #include "Ports.h"
 #include "Quit.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
 
@@ -69,7 +70,8 @@ class DelegateFixture : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, folder.path() + QStringLiteral("/defaults.json")};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
     TranslationSettings settings{store};
     OverlayServer overlayServer;

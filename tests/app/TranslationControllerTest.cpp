@@ -4,6 +4,7 @@
 #include "Fakes.h"
 #include "LogCapture.h"
 #include "Quit.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 
@@ -47,7 +48,8 @@ class TranslationControllerTest : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.path() + u"/defaults.json"_s};
     TranslationSettings settings{store};
     FakeCapture capture;
     FakeBackend backend;
@@ -143,7 +145,7 @@ TEST_F(TranslationControllerTest, writesBothOptionsToTheStore) {
     backend.running = true;
     controller->startTranslation();
     ASSERT_TRUE(store.waitUntilWritten());
-    const DefaultsStore reread(folder.path() + u"/defaults.json"_s);
+    const DefaultsStore reread(disk, folder.path() + u"/defaults.json"_s);
     EXPECT_EQ(reread.boolean(u"showOverlay"_s), true);
     EXPECT_EQ(reread.boolean(u"speakTranslations"_s), false);
 }

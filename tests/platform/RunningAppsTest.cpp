@@ -1,6 +1,7 @@
 #include "ApplicationIdentity.h"
 #include "DesktopEntry.h"
 #include "RunningAppScanner.h"
+#include "SerialQueue.h"
 #include "WaitUntil.h"
 
 #include <QDir>
@@ -139,7 +140,8 @@ TEST_F(RunningAppsTest, missingFoldersAreEmptyLists) {
 TEST_F(RunningAppsTest, theScanAnswersLaterAndNotToWhoIsGone) {
     run(1, u"/usr/bin/web"_s);
     install(u"mine"_s, u"web.desktop"_s, "Web", "web");
-    orv::RunningAppScanner scanner(places());
+    orv::SerialQueue disk(u"test.disk"_s);
+    orv::RunningAppScanner scanner(disk, places());
     auto gone = std::make_unique<QObject>();
     QObject here;
     bool goneCalled = false;

@@ -54,6 +54,7 @@ const std::array<Tab, 6>& allTabs() {
 SettingsView::SettingsView(SettingsEnvironment environment, QWidget* parent)
     : QWidget(parent)
     , environment_(std::move(environment))
+    , files_(environment_.disk)
     , bindings_(std::make_unique<Bindings>(environment_.l10n))
     , tabs_(new SettingsTabBar(this))
     , pages_(new QStackedWidget(this)) {
