@@ -6,6 +6,7 @@
 #include "Log.h"
 #include "OverlayServer.h"
 #include "Quit.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
 #include "UserNotifications.h"
@@ -24,6 +25,7 @@ AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
     , settingsWindow_(environment_.makeSettings) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
+    ORV_ON_MAIN();
     updateMenuBarIcon(false, false);
     environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
     environment_.tray.setAvailabilityHandler(
@@ -71,6 +73,7 @@ void AppDelegate::askForNotifications() {
 }
 
 void AppDelegate::statusBarButtonClicked(TrayClick click) {
+    ORV_ON_MAIN();
     if (click == TrayClick::Secondary) {
         showContextMenu();
     } else {
@@ -79,6 +82,7 @@ void AppDelegate::statusBarButtonClicked(TrayClick click) {
 }
 
 void AppDelegate::togglePopover() {
+    ORV_ON_MAIN();
     if (environment_.panel.isShown()) {
         environment_.panel.close();
     } else {
@@ -87,6 +91,7 @@ void AppDelegate::togglePopover() {
 }
 
 void AppDelegate::showContextMenu() {
+    ORV_ON_MAIN();
     environment_.tray.showMenu(contextMenu());
 }
 
@@ -110,6 +115,7 @@ QList<TrayMenuItem> AppDelegate::contextMenu() {
 }
 
 bool AppDelegate::showPanel() {
+    ORV_ON_MAIN();
     if (environment_.quit.isUnderWay()) {
         return false;
     }
@@ -126,11 +132,13 @@ bool AppDelegate::showPanel() {
 }
 
 void AppDelegate::showSettingsWindow() {
+    ORV_ON_MAIN();
     settingsWindow_.show();
 }
 
 void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
                                   const QString& downloadURL) {
+    ORV_ON_MAIN();
     const auto& text = environment_.text;
     const QString shownNotes = alertNotes(notes);
     environment_.dialogs.showAlert(
@@ -147,10 +155,12 @@ void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
 }
 
 void AppDelegate::openUpdateDownload() {
+    ORV_ON_MAIN();
     environment_.updates.openDownload();
 }
 
 void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
+    ORV_ON_MAIN();
     if (isTranslating) {
         environment_.tray.setIcon(TrayIcon::Translating, u"Translating"_s);
     } else if (isRunning) {
@@ -163,18 +173,21 @@ void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
 }
 
 void AppDelegate::backendStatusChanged(bool isRunning) {
+    ORV_ON_MAIN();
     logLine(QString(u"📢 Backend Status Changed: " % boolText(isRunning)));
     currentIconState_.backendRunning = isRunning;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
 void AppDelegate::translationStatusChanged(bool isTranslating) {
+    ORV_ON_MAIN();
     logLine(QString(u"📢 Translation Status Changed: " % boolText(isTranslating)));
     currentIconState_.translating = isTranslating;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
 void AppDelegate::trayAvailabilityChanged(bool available) {
+    ORV_ON_MAIN();
     if (environment_.trayChanged) {
         environment_.trayChanged(available);
     }
@@ -186,10 +199,12 @@ void AppDelegate::trayAvailabilityChanged(bool available) {
 }
 
 void AppDelegate::quitApp() {
+    ORV_ON_MAIN();
     environment_.quit.fromMenu();
 }
 
 void AppDelegate::applicationWillTerminate() {
+    ORV_ON_MAIN();
     environment_.overlayServer.stop();
     if (environment_.settings.autoStopBackend.get()) {
         logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");

@@ -1,5 +1,7 @@
 #include "SessionEnd.h"
 
+#include "ThreadChecks.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -13,6 +15,7 @@ SessionEnd::SessionEnd(std::function<void()> requested)
 }
 
 bool SessionEnd::eventFilter(QObject* watched, QEvent* event) {
+    ORV_ON_MAIN();
     if (watched == QCoreApplication::instance() && event->type() == QEvent::Quit) {
         requested_();
         return true;

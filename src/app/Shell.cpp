@@ -15,6 +15,7 @@
 #include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
+#include "ThreadChecks.h"
 #include "ToolkitTexts.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
@@ -158,6 +159,7 @@ void Shell::createInterface() {
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
+    ORV_ON_MAIN();
     panel_ = new ControlPanel({.settings = *settings_,
                                .audio = *audio_,
                                .engine = *engine_,
@@ -183,6 +185,7 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
 }
 
 std::unique_ptr<QWidget> Shell::makeSettings() {
+    ORV_ON_MAIN();
     return makeSettingsWindow({.disk = disk_,
                                .settings = *settings_,
                                .engines = parts_.engines,
@@ -222,14 +225,17 @@ void Shell::connectSubtitles() {
 }
 
 void Shell::launch() {
+    ORV_ON_MAIN();
     delegate_->applicationDidFinishLaunching();
 }
 
 bool Shell::showPanel() {
+    ORV_ON_MAIN();
     return delegate_->showPanel();
 }
 
 void Shell::finish() {
+    ORV_ON_MAIN();
     delegate_->applicationWillTerminate();
 }
 
@@ -238,6 +244,7 @@ bool Shell::somethingRuns() const {
 }
 
 QString Shell::text(const QString& key) const {
+    ORV_ON_MAIN();
     return l10n_->platformText(key);
 }
 

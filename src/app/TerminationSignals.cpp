@@ -1,5 +1,7 @@
 #include "TerminationSignals.h"
 
+#include "ThreadChecks.h"
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -49,6 +51,7 @@ TerminationSignals::TerminationSignals(std::function<void()> requested, QObject*
     writeEnd = ends[1];
     notifier_ = std::make_unique<QSocketNotifier>(readEnd_, QSocketNotifier::Read);
     connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
+        ORV_ON_MAIN();
         std::array<char, 64> bytes = {};
         while (::read(readEnd_, bytes.data(), bytes.size()) > 0) {
         }

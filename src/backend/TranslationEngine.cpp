@@ -5,6 +5,7 @@
 #include "Log.h"
 #include "PortProbe.h"
 #include "SpawnProgram.h"
+#include "ThreadChecks.h"
 
 #include <QFileInfo>
 #include <QPointer>
@@ -35,6 +36,7 @@ TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* pa
 }
 
 TranslationEngine::~TranslationEngine() {
+    ORV_ON_MAIN();
     checkTimer_.stop();
     if (leftRunning_) {
         return;
@@ -44,10 +46,12 @@ TranslationEngine::~TranslationEngine() {
 }
 
 bool TranslationEngine::isBusy() const {
+    ORV_ON_MAIN();
     return isRunning_ || child_.isRunning() || installer_.isRunning();
 }
 
 QString TranslationEngine::statusMessage() const {
+    ORV_ON_MAIN();
     QString text = environment_.text(statusKey_);
     if (installer_.isRunning()) {
         // Only the text of an installation has a place for how far it is.
@@ -57,6 +61,7 @@ QString TranslationEngine::statusMessage() const {
 }
 
 void TranslationEngine::startBackend() {
+    ORV_ON_MAIN();
     if (isPortInUse()) {
         logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
         setState(true, u"engine.running"_s);
@@ -132,6 +137,7 @@ void TranslationEngine::checkLater(std::chrono::milliseconds delay) {
 }
 
 void TranslationEngine::checkBackendStatus() {
+    ORV_ON_MAIN();
     refreshMayOutlive();
     if (isPortInUse()) {
         setState(true, u"engine.running"_s);
@@ -149,6 +155,7 @@ void TranslationEngine::checkBackendStatus() {
 }
 
 void TranslationEngine::checkLiveness() {
+    ORV_ON_MAIN();
     refreshMayOutlive();
     if (isPortInUse()) {
         return;
@@ -159,6 +166,7 @@ void TranslationEngine::checkLiveness() {
 }
 
 void TranslationEngine::childFinished(quint64 launch, int status) {
+    ORV_ON_MAIN();
     // The process object has nothing more to tell; from here on there is none.
     if (child_.launch == launch) {
         child_ = {};
@@ -177,6 +185,7 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
 }
 
 void TranslationEngine::stopBackend() {
+    ORV_ON_MAIN();
     startsWhenInstalled_ = false;
     if (!isRunning_ && !child_.isRunning()) {
         logLine(u"Backend läuft nicht");
@@ -205,11 +214,13 @@ void TranslationEngine::afterPause(void (TranslationEngine::*step)()) {
 }
 
 void TranslationEngine::stopWithInterrupt() {
+    ORV_ON_MAIN();
     interruptIfRunning();
     afterPause(&TranslationEngine::stopWithKill);
 }
 
 void TranslationEngine::stopWithKill() {
+    ORV_ON_MAIN();
     killIfRunning();
     retireChild();
     setState(false, u"engine.stopped"_s);
@@ -259,6 +270,7 @@ void TranslationEngine::retireChild() {
 }
 
 void TranslationEngine::leaveRunning() {
+    ORV_ON_MAIN();
     if (isBeingStopped()) {
         return;
     }
@@ -269,12 +281,14 @@ void TranslationEngine::leaveRunning() {
 }
 
 void TranslationEngine::refreshMayOutlive() {
+    ORV_ON_MAIN();
     if (child_.process && !leftRunning_) {
         child_.process->setMayOutlive(!isBeingStopped() && environment_.mayOutlive());
     }
 }
 
 void TranslationEngine::retranslate() {
+    ORV_ON_MAIN();
     Q_EMIT statusMessageChanged(statusMessage());
 }
 
@@ -320,6 +334,7 @@ void TranslationEngine::installBackend() {
 }
 
 void TranslationEngine::installationEnded(bool installed, const QString& reason) {
+    ORV_ON_MAIN();
     if (installed) {
         // What the user had asked for before the installation came up.
         if (startsWhenInstalled_) {

@@ -6,6 +6,7 @@
 namespace orv {
 
 void ResultHub::add(Output& output) {
+    ORV_ON_MAIN();
     outputs_.push_back(&output);
 }
 

@@ -1,8 +1,11 @@
 #include "Setting.h"
 
+#include "ThreadChecks.h"
+
 namespace orv {
 
 void AnySetting::keepIn(DefaultsStore& store) {
+    ORV_ON_MAIN();
     if (keeping() != Keeping::Never) {
         store_ = &store;
     }
@@ -10,6 +13,7 @@ void AnySetting::keepIn(DefaultsStore& store) {
 
 void watchAll(const std::vector<const AnySetting*>& settings, QObject* context,
               const std::function<void()>& show) {
+    ORV_ON_MAIN();
     for (const AnySetting* setting : settings) {
         QObject::connect(setting, &AnySetting::assigned, context, show);
     }

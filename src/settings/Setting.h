@@ -2,6 +2,7 @@
 
 #include "SettingDeclaration.h"
 #include "StoredValue.h"
+#include "ThreadChecks.h"
 
 #include <QJsonValue>
 #include <QObject>
@@ -72,7 +73,10 @@ class Setting : public AnySetting {
         list.push_back(this);
     }
 
-    const T& get() const { return value_; }
+    const T& get() const {
+        ORV_ON_MAIN();
+        return value_;
+    }
 
     /// The value when nothing is stored or registered.
     const T& initial() const { return declaration_.initial; }
@@ -80,6 +84,7 @@ class Setting : public AnySetting {
     /// Stores the value, writes it to the store and then tells who watches, also when the value is
     /// the same as before.
     void set(T value) {
+        ORV_ON_MAIN();
         value_ = std::move(value);
         assignAgain();
     }
@@ -87,6 +92,7 @@ class Setting : public AnySetting {
     /// Calls `callback` with the value after each assignment, as long as `context` lives. See
     /// `assigned` for the order.
     void watch(QObject* context, std::function<void(const T& value)> callback) const {
+        ORV_ON_MAIN();
         connect(this, &AnySetting::assigned, context, [this, callback = std::move(callback)] {
             const T value = value_; // The callback may assign another one.
             callback(value);
@@ -117,6 +123,7 @@ class Setting : public AnySetting {
     }
 
     bool takeStored() override {
+        ORV_ON_MAIN();
         if constexpr (Storable<T>) {
             if (store() != nullptr) {
                 const auto stored = StoredValue<T>::read(*store(), key());
@@ -130,6 +137,7 @@ class Setting : public AnySetting {
     }
 
     void assignAgain() override {
+        ORV_ON_MAIN();
         if constexpr (Storable<T>) {
             if (store() != nullptr) {
                 StoredValue<T>::write(*store(), key(), value_);

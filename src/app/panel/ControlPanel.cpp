@@ -14,6 +14,7 @@
 #include "SourceSection.h"
 #include "Symbols.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -121,6 +122,7 @@ void ControlPanel::connectState() {
 }
 
 void ControlPanel::translate() {
+    ORV_ON_MAIN();
     header_->translate([this](const QString& key) { return text(key); });
     noTray_->setText(text(u"panel.notray"_s));
     translateNotice();
@@ -128,6 +130,7 @@ void ControlPanel::translate() {
 }
 
 void ControlPanel::refreshRun() {
+    ORV_ON_MAIN();
     const TranslationController& controller = environment_.controller;
     const AudioManager& audio = environment_.audio;
     const bool runs = controller.isTranslating();
@@ -151,6 +154,7 @@ void ControlPanel::refreshRun() {
 }
 
 void ControlPanel::startOrStop() {
+    ORV_ON_MAIN();
     if (environment_.controller.isTranslating()) {
         environment_.controller.stopTranslation();
     } else {
@@ -159,10 +163,12 @@ void ControlPanel::startOrStop() {
 }
 
 void ControlPanel::setHasTray(bool hasTray) {
+    ORV_ON_MAIN();
     noTray_->setVisible(!hasTray);
 }
 
 void ControlPanel::showNotice(const AudioNotice& notice) {
+    ORV_ON_MAIN();
     latestNotice_ = notice;
     translateNotice();
     notice_->show();

@@ -1,6 +1,7 @@
 #include "PanelWindow.h"
 
 #include "ScreenPlacement.h"
+#include "ThreadChecks.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -43,6 +44,7 @@ bool PanelWindow::isShown() const {
 }
 
 void PanelWindow::showBeside(const QRect& button) {
+    ORV_ON_MAIN();
     if (leftSince_.isValid() && !leftSince_.hasExpired(sameClick_.count())) {
         leftSince_.invalidate();
         return;
@@ -74,6 +76,7 @@ bool PanelWindow::event(QEvent* event) {
 }
 
 void PanelWindow::showAsWindow() {
+    ORV_ON_MAIN();
     if (!isVisible()) {
         fitContent(screen()->availableGeometry().size());
     }
@@ -84,6 +87,7 @@ void PanelWindow::showAsWindow() {
 }
 
 void PanelWindow::close() {
+    ORV_ON_MAIN();
     hide();
     leftSince_.invalidate();
 }

@@ -2,6 +2,7 @@
 
 #include "BackendControl.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <QTimer>
 
@@ -15,6 +16,7 @@ Quit::Quit(BackendControl& backend, std::function<void()> terminate, QuitTimings
     , timings_(timings) {}
 
 void Quit::fromMenu() {
+    ORV_ON_MAIN();
     if (std::exchange(isUnderWay_, true)) {
         return;
     }
@@ -30,6 +32,7 @@ void Quit::fromMenu() {
 }
 
 void Quit::fromPanel(const std::function<void()>& stopRun) {
+    ORV_ON_MAIN();
     if (std::exchange(isUnderWay_, true)) {
         return;
     }

@@ -3,6 +3,7 @@
 #include "Dialogs.h"
 #include "Log.h"
 #include "Quit.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <QPointer>
@@ -24,6 +25,7 @@ TranslationController::TranslationController(ControllerEnvironment environment, 
 }
 
 void TranslationController::startTranslation() {
+    ORV_ON_MAIN();
     if (isTranslating_) {
         return;
     }
@@ -75,6 +77,7 @@ void TranslationController::handOver() {
 }
 
 void TranslationController::stopTranslation() {
+    ORV_ON_MAIN();
     if (!isTranslating_) {
         return;
     }
@@ -93,6 +96,7 @@ void TranslationController::stopTranslation() {
 }
 
 void TranslationController::quitApp() {
+    ORV_ON_MAIN();
     environment_.quit.fromPanel([this] { stopTranslation(); });
 }
 

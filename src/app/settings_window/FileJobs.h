@@ -2,6 +2,7 @@
 
 #include "PostTarget.h"
 #include "SerialQueue.h"
+#include "ThreadChecks.h"
 
 #include <utility>
 
@@ -21,6 +22,7 @@ class FileJobs {
     /// may run when the object is gone, and owns what it needs.
     template <typename Work, typename Done>
     void run(Work work, Done done) {
+        ORV_ON_MAIN();
         disk_.post([work = std::move(work), done = std::move(done), back = back_.handle()] {
             back.post([done, result = work()]() mutable { done(std::move(result)); });
         });

@@ -10,6 +10,7 @@
 #include "StorageTab.h"
 #include "Symbols.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "WhisperTab.h"
 
 #include <QHBoxLayout>
@@ -107,6 +108,7 @@ SettingsView::~SettingsView() {
 }
 
 QString SettingsView::title() const {
+    ORV_ON_MAIN();
     return bindings_->text(u"settings.title"_s);
 }
 
@@ -115,6 +117,7 @@ TabContext SettingsView::context() const {
 }
 
 void SettingsView::showTab(int index) {
+    ORV_ON_MAIN();
     QWidget* page = pages_->widget(index);
     if (page->layout() == nullptr) {
         const Tab& tab = allTabs()[static_cast<std::size_t>(index)];

@@ -1,6 +1,7 @@
 #include "NoticeCard.h"
 
 #include "Theme.h"
+#include "ThreadChecks.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -23,6 +24,7 @@ NoticeCard::NoticeCard(QWidget* parent)
 }
 
 void NoticeCard::setTexts(const QString& text, const QString& closeText) {
+    ORV_ON_MAIN();
     text_->setText(text);
     close_->setText(closeText);
 }

@@ -2,6 +2,7 @@
 
 #include "Pieces.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "ToneLabel.h"
 
 #include <QEvent>
@@ -48,11 +49,13 @@ SliderField::SliderField(int lowest, int highest, int step,
 }
 
 void SliderField::setName(const QString& name) {
+    ORV_ON_MAIN();
     nameField(name_, slider_, name);
     showValue();
 }
 
 void SliderField::setValue(int value) {
+    ORV_ON_MAIN();
     if (slider_->isSliderDown()) {
         return; // The user is at it.
     }

@@ -3,6 +3,7 @@
 #include "Log.h"
 #include "OverlayConnections.h"
 #include "SettingsList.h"
+#include "ThreadChecks.h"
 
 #include <algorithm>
 #include <chrono>
@@ -127,6 +128,7 @@ HttpResponse OverlayServer::latestResult() const {
 }
 
 void OverlayServer::reconcile() {
+    ORV_ON(queue_);
     OverlayServing serving;
     {
         const std::lock_guard guard(lock_);
@@ -143,6 +145,7 @@ void OverlayServer::reconcile() {
 }
 
 void OverlayServer::startNow(std::uint16_t port) {
+    ORV_ON(queue_);
     stopNow();
     auto opened = OverlayListener::open(port, limits_.acceptDeferral);
     if (const auto* error = std::get_if<std::error_code>(&opened)) {
@@ -157,12 +160,14 @@ void OverlayServer::startNow(std::uint16_t port) {
 }
 
 void OverlayServer::stopNow() {
+    ORV_ON(queue_);
     connections_->stopListening();
     listener_.reset();
     isRunning_ = false;
 }
 
 void OverlayServer::listenerFailed(std::error_code error) {
+    ORV_ON(queue_);
     listener_.reset();
     isRunning_ = false;
     logLine(u"❌ OBS-Overlay-Server fehlgeschlagen: %1"_s.arg(text(error)));
