@@ -1,7 +1,8 @@
 #include "BackendRow.h"
 
+#include "Buttons.h"
+#include "Card.h"
 #include "L10n.h"
-#include "Pieces.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 #include "ToneLabel.h"

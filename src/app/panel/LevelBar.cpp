@@ -1,7 +1,7 @@
 #include "LevelBar.h"
 
 #include "LevelBarAccessible.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 

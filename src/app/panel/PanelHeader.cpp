@@ -1,9 +1,10 @@
 #include "PanelHeader.h"
 
+#include "Buttons.h"
 #include "ElidedLabel.h"
-#include "Pieces.h"
 #include "SymbolView.h"
 #include "Symbols.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Card.h"
 #include "PanelState.h"
-#include "Pieces.h"
 
 namespace orv {
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Pieces.h"
+#include "Buttons.h"
+#include "Card.h"
 
 class QLabel;
 class QPushButton;

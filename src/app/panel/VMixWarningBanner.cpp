@@ -1,8 +1,10 @@
 #include "VMixWarningBanner.h"
 
+#include "Buttons.h"
 #include "L10n.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Symbols.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 #include "VmixTracking.h"

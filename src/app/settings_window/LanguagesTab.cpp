@@ -3,7 +3,7 @@
 #include "Bindings.h"
 #include "LanguageFilter.h"
 #include "LanguageManager.h"
-#include "Pieces.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 

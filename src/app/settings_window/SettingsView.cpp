@@ -4,7 +4,7 @@
 #include "GeneralTab.h"
 #include "InfoTab.h"
 #include "LanguagesTab.h"
-#include "Pieces.h"
+#include "Page.h"
 #include "SettingsIcons.h"
 #include "SettingsTabBar.h"
 #include "StorageTab.h"

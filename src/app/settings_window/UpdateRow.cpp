@@ -1,7 +1,7 @@
 #include "UpdateRow.h"
 
 #include "Bindings.h"
-#include "Pieces.h"
+#include "Buttons.h"
 #include "Symbols.h"
 #include "Theme.h"
 #include "ThreadChecks.h"

@@ -1,10 +1,10 @@
 #include "WhisperModelRow.h"
 
 #include "Bindings.h"
-#include "Pieces.h"
-#include "Quantities.h"
+#include "Buttons.h"
+#include "QuantityTexts.h"
 #include "Symbols.h"
-#include "TabParts.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 #include "ToneLabel.h"

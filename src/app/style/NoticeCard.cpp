@@ -1,5 +1,7 @@
 #include "NoticeCard.h"
 
+#include "Buttons.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 

@@ -1,6 +1,6 @@
 #include "SliderField.h"
 
-#include "Pieces.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 #include "ToneLabel.h"
