@@ -27,20 +27,21 @@ AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
 void AppDelegate::applicationDidFinishLaunching() {
     ORV_ON_MAIN();
     updateMenuBarIcon(false, false);
-    environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
-    environment_.tray.setAvailabilityHandler(
+    environment_.statusItem.setClickHandler(
+        [this](TrayClick click) { statusBarButtonClicked(click); });
+    environment_.statusItem.setAvailabilityHandler(
         [this](bool available) { trayAvailabilityChanged(available); });
     environment_.overlayServer.applySettings(OverlayServing::fromSettings(environment_.settings));
     observeUpdates();
     askForNotifications();
-    if (!environment_.tray.isAvailable()) {
+    if (!environment_.statusItem.isAvailable()) {
         environment_.panel.showAsWindow();
     }
     if (environment_.settings.autoStartBackend.get()) {
         logLine(u"Auto-Start Backend aktiviert");
         QTimer::singleShot(environment_.timings.autoStart, this, [this] {
             if (!environment_.quit.isUnderWay()) {
-                environment_.backend.startBackend();
+                environment_.translationEngine.startBackend();
             }
         });
     } else {
@@ -49,9 +50,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::observeUpdates() {
-    connect(&environment_.updates, &UpdateChecker::updateAvailableChanged, this,
+    connect(&environment_.updateChecker, &UpdateChecker::updateAvailableChanged, this,
             [this](bool updateAvailable) {
-                const UpdateChecker& updates = environment_.updates;
+                const UpdateChecker& updates = environment_.updateChecker;
                 if (updateAvailable && !updates.latestVersion().isEmpty()) {
                     showUpdateAlert(updates.latestVersion(), updates.releaseNotes(),
                                     updates.downloadURL());
@@ -86,25 +87,25 @@ void AppDelegate::togglePopover() {
     if (environment_.panel.isShown()) {
         environment_.panel.close();
     } else {
-        environment_.panel.showBeside(environment_.tray.geometry());
+        environment_.panel.showBeside(environment_.statusItem.geometry());
     }
 }
 
 void AppDelegate::showContextMenu() {
     ORV_ON_MAIN();
-    environment_.tray.showMenu(contextMenu());
+    environment_.statusItem.showMenu(contextMenu());
 }
 
 QList<TrayMenuItem> AppDelegate::contextMenu() {
-    const QString state =
-        environment_.backend.isRunning() ? u"menu.backend.running"_s : u"menu.backend.stopped"_s;
+    const QString state = environment_.translationEngine.isRunning() ? u"menu.backend.running"_s
+                                                                     : u"menu.backend.stopped"_s;
     const TrayMenuItem separator;
     QList<TrayMenuItem> menu = {{.text = environment_.text(u"app.name.short"_s)},
                                 separator,
                                 {.text = environment_.text(state)}};
-    if (environment_.updates.updateAvailable()) {
+    if (environment_.updateChecker.updateAvailable()) {
         menu.append(separator);
-        menu.append({.text = u"Update: v"_s + environment_.updates.latestVersion(),
+        menu.append({.text = u"Update: v"_s + environment_.updateChecker.latestVersion(),
                      .action = [this] { openUpdateDownload(); }});
     }
     menu.append(separator);
@@ -119,7 +120,7 @@ bool AppDelegate::showPanel() {
     if (environment_.quit.isUnderWay()) {
         return false;
     }
-    if (!environment_.tray.isAvailable()) {
+    if (!environment_.statusItem.isAvailable()) {
         environment_.panel.showAsWindow();
         return true;
     }
@@ -127,7 +128,7 @@ bool AppDelegate::showPanel() {
         // A popover that has just closed takes the next request for the click that closed it.
         environment_.panel.close();
     }
-    environment_.panel.showBeside(environment_.tray.geometry());
+    environment_.panel.showBeside(environment_.statusItem.geometry());
     return true;
 }
 
@@ -156,17 +157,17 @@ void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
 
 void AppDelegate::openUpdateDownload() {
     ORV_ON_MAIN();
-    environment_.updates.openDownload();
+    environment_.updateChecker.openDownload();
 }
 
 void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
     ORV_ON_MAIN();
     if (isTranslating) {
-        environment_.tray.setIcon(TrayIcon::Translating, u"Translating"_s);
+        environment_.statusItem.setIcon(TrayIcon::Translating, u"Translating"_s);
     } else if (isRunning) {
-        environment_.tray.setIcon(TrayIcon::BackendRunning, u"Backend Running"_s);
+        environment_.statusItem.setIcon(TrayIcon::BackendRunning, u"Backend Running"_s);
     } else {
-        environment_.tray.setIcon(TrayIcon::Idle, u"Orvane"_s);
+        environment_.statusItem.setIcon(TrayIcon::Idle, u"Orvane"_s);
     }
     logLine(QString(u"🎨 Icon aktualisiert: running=" % boolText(isRunning) % u", translating=" %
                     boolText(isTranslating)));
@@ -208,10 +209,10 @@ void AppDelegate::applicationWillTerminate() {
     environment_.overlayServer.stop();
     if (environment_.settings.autoStopBackend.get()) {
         logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");
-        environment_.backend.stopBackend();
+        environment_.translationEngine.stopBackend();
     } else {
         logLine(u"App wird beendet - Backend läuft weiter (autoStopBackend=false)");
-        environment_.backend.leaveRunning();
+        environment_.translationEngine.leaveRunning();
     }
 }
 

@@ -31,11 +31,11 @@ struct DelegateTimings {
 /// What the delegate is given. The references outlive it.
 struct DelegateEnvironment {
     const TranslationSettings& settings;
-    Tray& tray;
+    Tray& statusItem;
     Panel& panel;
-    BackendControl& backend;
+    BackendControl& translationEngine;
     Quit& quit;
-    UpdateChecker& updates;
+    UpdateChecker& updateChecker;
     OverlayServer& overlayServer;
     UserNotifications& userNotifications;
     Dialogs& dialogs;
@@ -48,8 +48,8 @@ struct DelegateEnvironment {
     DelegateTimings timings = {};
 };
 
-/// The life of the application: launch, the item in the tray with its panel and menu, quitting and
-/// termination. Lives on the main thread.
+/// The application delegate: runs the launch and the end of the program, and between them the item
+/// in the tray with its panel and menu. Lives on the main thread.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -85,7 +85,8 @@ class AppDelegate : public QObject {
     /// The menu's Quit.
     void quitApp();
 
-    /// The last act of every way of ending; the backend stays when the user wants it to.
+    /// The last act of every way of ending: stops the overlay server, and the backend, too, unless
+    /// the user has switched `autoStopBackend` off.
     void applicationWillTerminate();
 
   private:

@@ -139,11 +139,11 @@ void Shell::createInterface() {
                           .opener = opener_});
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.settings = *settings_,
-                            .tray = *tray_,
+                            .statusItem = *tray_,
                             .panel = window_,
-                            .backend = *engine_,
+                            .translationEngine = *engine_,
                             .quit = *quit_,
-                            .updates = *updates_,
+                            .updateChecker = *updates_,
                             .overlayServer = *overlayServer_,
                             .userNotifications = *userNotifications_,
                             .dialogs = dialogs_,

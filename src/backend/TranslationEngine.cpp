@@ -29,7 +29,6 @@ TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* pa
     , installer_(environment_.installer, environment_.timings.stopPause)
     , statusKey_(u"engine.stopped"_s) {
     checkTimer_.setTimerType(Qt::PreciseTimer);
-    checkTimer_.setInterval(environment_.timings.liveness);
     connect(&checkTimer_, &QTimer::timeout, this, &TranslationEngine::checkLiveness);
     connect(&installer_, &BackendInstaller::stepChanged, this, &TranslationEngine::retranslate);
     connect(&installer_, &BackendInstaller::ended, this, &TranslationEngine::installationEnded);
@@ -66,7 +65,7 @@ void TranslationEngine::startBackend() {
         logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
         setState(true, u"engine.running"_s);
         Q_EMIT BackendStatusChanged(true);
-        checkTimer_.start();
+        startStatusCheckTimer();
         return;
     }
     if (installer_.isRunning()) {
@@ -142,7 +141,7 @@ void TranslationEngine::checkBackendStatus() {
     if (isPortInUse()) {
         setState(true, u"engine.running"_s);
         QTimer::singleShot(0, this, [this] { Q_EMIT BackendStatusChanged(true); });
-        checkTimer_.start();
+        startStatusCheckTimer();
         logLine(QString(u"✓ Backend läuft auf Port " % QString::number(environment_.port)));
     } else if (child_.isRunning()) {
         setStatus(u"engine.starting"_s);
@@ -152,6 +151,10 @@ void TranslationEngine::checkBackendStatus() {
         setState(false, u"engine.notstarted"_s);
         logLine(u"❌ Backend-Prozess nicht gefunden");
     }
+}
+
+void TranslationEngine::startStatusCheckTimer() {
+    checkTimer_.start(environment_.timings.liveness);
 }
 
 void TranslationEngine::checkLiveness() {

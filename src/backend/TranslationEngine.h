@@ -49,8 +49,8 @@ struct BackendEnvironment {
     quint16 port = 8765;
 };
 
-/// Starts, watches and stops the speech server: a Python program that listens on a TCP port. The
-/// supervisor does not talk to it; it knows the server as a child process and as something that
+/// The supervisor of the speech server: starts, watches and stops a Python program that listens on
+/// a TCP port. It does not talk to the server; it knows it as a child process and as something that
 /// uses the port. A server that it finds running already is adopted: reported as running, never
 /// sent a signal.
 ///
@@ -119,6 +119,8 @@ class TranslationEngine : public QObject, public BackendControl {
     void launchBackend();
     void checkBackendStatus();
     void checkLater(std::chrono::milliseconds delay);
+    /// Looks at the port every `timings.liveness`, counted anew from now.
+    void startStatusCheckTimer();
     void checkLiveness();
     void childFinished(quint64 launch, int status);
     void stopWithInterrupt();

@@ -38,11 +38,11 @@ class DelegateFixture : public ::testing::Test {
             backend, [this] { ++terminations; }, quitTimings);
         delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
             .settings = settings,
-            .tray = tray,
+            .statusItem = tray,
             .panel = panel,
-            .backend = backend,
+            .translationEngine = backend,
             .quit = *quit,
-            .updates = *updates,
+            .updateChecker = *updates,
             .overlayServer = overlayServer,
             .userNotifications = userNotifications,
             .dialogs = dialogs,
