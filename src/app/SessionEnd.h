@@ -6,9 +6,10 @@
 
 namespace orv {
 
-/// Turns the end of the desktop's session, and whatever else asks the application object to quit,
-/// into a call. Qt itself would first ask every window to close, and the panel may refuse. What the
-/// user has chosen is stored as it is chosen, so the session's manager need not wait for anything.
+/// An event filter that turns the end of the desktop's session, and whatever else asks the
+/// application object to quit, into a call. Qt itself would first ask every window to close, and
+/// the panel may refuse. What the user has chosen is stored as it is chosen, so the session's
+/// manager need not wait for anything.
 class SessionEnd : public QObject {
     Q_OBJECT
 

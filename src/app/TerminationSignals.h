@@ -8,8 +8,9 @@
 
 namespace orv {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread, so that being told to end is an
-/// orderly ending. One object at a time; destroying it gives the signals their default meaning.
+/// The handler of SIGTERM, SIGINT and SIGHUP: turns them into a call on the main thread, so that
+/// being told to end is an orderly ending. One object at a time; destroying it gives the signals
+/// their default meaning.
 class TerminationSignals : public QObject {
     Q_OBJECT
 

@@ -17,8 +17,8 @@ namespace orv {
 
 class DefaultsStore;
 
-/// A setting, whatever the type of its value. Lives on the main thread, as everything does that is
-/// told of it.
+/// The base of every setting: what is known of it without the type of its value. Lives on the main
+/// thread, as everything does that is told of it.
 class AnySetting : public QObject {
     Q_OBJECT
 
@@ -41,8 +41,8 @@ class AnySetting : public QObject {
     /// outlives the setting.
     void keepIn(DefaultsStore& store);
 
-    /// Takes the stored value over if the declaration wants it; nobody is told and nothing written.
-    /// True when it was taken.
+    /// Takes the stored value over if there is one and the declaration accepts it, without telling
+    /// anybody and without writing. True when it did.
     virtual bool takeStored() = 0;
 
     /// Writes and tells the value as an assignment of it does.

@@ -35,8 +35,8 @@ struct PanelEnvironment {
     std::function<void()> showSettings = {};
 };
 
-/// The panel from which everything is chosen, started and stopped. It only shows state and passes
-/// on what the user does; choices are persisted as they are made.
+/// The control panel: the widget from which everything is chosen, started and stopped. It only
+/// shows state and passes on what the user does; choices are persisted as they are made.
 class ControlPanel : public QWidget {
     Q_OBJECT
 

@@ -16,7 +16,7 @@ struct QuitTimings {
     std::chrono::milliseconds panel{1500};      ///< From the panel's Quit to the end.
 };
 
-/// The end of the program as its user asks for it, from the menu or from the panel. Both stop the
+/// Ends the program when its user asks for it, from the menu or from the panel. Both stop the
 /// backend, whatever the settings say. Only the first request counts. Lives on the main thread;
 /// nothing here blocks.
 class Quit : public QObject {

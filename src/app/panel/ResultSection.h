@@ -7,7 +7,7 @@ namespace orv {
 
 class ReadingText;
 
-/// The latest result, and above it an error. It keeps its height whatever it
+/// The panel's card with the latest result, and above it an error. It keeps its height whatever it
 /// shows: what is longer scrolls.
 class ResultSection : public Card {
     Q_OBJECT

@@ -34,8 +34,8 @@ struct ControllerEnvironment {
     ControllerTimings timings = {};
 };
 
-/// The flows behind the control panel's buttons: starting a translation, stopping it, quitting.
-/// Lives on the main thread; nothing here blocks.
+/// Runs the flows behind the control panel's buttons: starting a translation, stopping it,
+/// quitting. Lives on the main thread; nothing here blocks.
 class TranslationController : public QObject {
     Q_OBJECT
 

@@ -8,9 +8,9 @@
 
 namespace orv {
 
-/// Work on the disk for a window: done on the queue for files, so that a slow disk never holds up
-/// the interface. The results come back to the thread that made the object, unless it is gone by
-/// then; nobody waits for the work.
+/// Runs a window's work on files on the queue for the disk, so that a slow disk never holds up the
+/// interface. The results come back to the thread that made the object, unless it is gone by then;
+/// nobody waits for the work.
 class FileJobs {
   public:
     /// The queue outlives the object.

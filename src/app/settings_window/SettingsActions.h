@@ -26,8 +26,8 @@ struct ActionsEnvironment {
     QString backendLog;                              ///< The backend's log file.
 };
 
-/// What the settings window's buttons do to files. Everything that touches the disk happens in the
-/// background; what goes wrong is shown in an alert. Main thread only.
+/// The operations on files behind the settings window's buttons. Everything that touches the disk
+/// happens in the background; what goes wrong is shown in an alert. Main thread only.
 class SettingsActions {
   public:
     explicit SettingsActions(ActionsEnvironment environment);

@@ -28,9 +28,9 @@ struct WhisperEnvironment {
     std::chrono::milliseconds pause = std::chrono::seconds(1);
 };
 
-/// Which models of the local recognition are on this computer; fetches and removes them. Downloads
-/// run as programs of their own, any number at the same time but one for each model, and end with
-/// the manager. What goes wrong is shown in an alert. Main thread only.
+/// The manager of the local recognition's models: knows which are on this computer, fetches and
+/// removes them. Downloads run as programs of their own, any number at the same time but one for
+/// each model, and end with the manager. What goes wrong is shown in an alert. Main thread only.
 class WhisperModelManager : public QObject {
     Q_OBJECT
 

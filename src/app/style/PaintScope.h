@@ -4,7 +4,8 @@
 
 namespace orv {
 
-/// Saves the painter's state, smooths edges, and gives the state back.
+/// A scope of painting with smooth edges: saves the painter's state at its beginning and restores
+/// it at its end.
 class PaintScope {
   public:
     explicit PaintScope(QPainter* painter)
