@@ -30,7 +30,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     environment_.statusItem.setClickHandler(
         [this](TrayClick click) { statusBarButtonClicked(click); });
     environment_.statusItem.setAvailabilityHandler(
-        [this](bool available) { trayAvailabilityChanged(available); });
+        [this](bool available) { followTray(available); });
     environment_.overlayServer.applySettings(OverlayServing::fromSettings(environment_.settings));
     observeUpdates();
     askForNotifications();
@@ -187,11 +187,9 @@ void AppDelegate::translationStatusChanged(bool isTranslating) {
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
-void AppDelegate::trayAvailabilityChanged(bool available) {
+void AppDelegate::followTray(bool available) {
     ORV_ON_MAIN();
-    if (environment_.trayChanged) {
-        environment_.trayChanged(available);
-    }
+    Q_EMIT trayAvailabilityChanged(available);
     // A panel that is open as a window when the tray comes stays; one that is hidden when the tray
     // goes would be out of reach.
     if (!available) {

@@ -3,6 +3,7 @@
 #include "BackendControl.h"
 #include "KeptWindow.h"
 #include "Panel.h"
+#include "TextLookup.h"
 #include "Tray.h"
 
 #include <QList>
@@ -40,11 +41,9 @@ struct DelegateEnvironment {
     UserNotifications& userNotifications;
     Dialogs& dialogs;
     DesktopOpener& opener;
-    std::function<QString(const QString& key)> text; ///< A localised text.
+    TextLookup text;
     /// Makes the content of the settings window.
     std::function<std::unique_ptr<QWidget>()> makeSettings;
-    /// The tray has come or gone, and the panel is about to be shown accordingly.
-    std::function<void(bool available)> trayChanged = {};
     DelegateTimings timings = {};
 };
 
@@ -89,12 +88,16 @@ class AppDelegate : public QObject {
     /// the user has switched `autoStopBackend` off.
     void applicationWillTerminate();
 
+  Q_SIGNALS:
+    /// The tray has come or gone, and the panel is about to be shown accordingly.
+    void trayAvailabilityChanged(bool available);
+
   private:
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeUpdates();
     void askForNotifications();
-    void trayAvailabilityChanged(bool available);
+    void followTray(bool available);
 
     struct IconState {
         bool backendRunning = false;

@@ -108,7 +108,7 @@ void Shell::createServices(const UserPaths& paths) {
                            .networkAccess = [this] { return settings_->networkAccess.get(); },
                            .mayOutlive = [this] { return !settings_->autoStopBackend.get(); },
                            .installer = backendInstaller()});
-    quit_ = std::make_unique<Quit>(*engine_, terminate_);
+    quit_ = std::make_unique<Quit>(*engine_);
     audio_ =
         std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
                                                         .capture = *capture_,
@@ -120,14 +120,13 @@ void Shell::createServices(const UserPaths& paths) {
                                                             },
                                                         .transcriptFolder = paths.outputFolder(),
                                                         .endpoints = parts_.addresses.speech});
-    controller_ = std::make_unique<TranslationController>(
-        ControllerEnvironment{.settings = *settings_,
-                              .capture = *audio_,
-                              .backend = *engine_,
-                              .dialogs = dialogs_,
-                              .text = lookUp,
-                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
-                              .quit = *quit_});
+    controller_ =
+        std::make_unique<TranslationController>(ControllerEnvironment{.settings = *settings_,
+                                                                      .capture = *audio_,
+                                                                      .backend = *engine_,
+                                                                      .dialogs = dialogs_,
+                                                                      .text = lookUp,
+                                                                      .quit = *quit_});
 }
 
 void Shell::createInterface() {
@@ -149,13 +148,7 @@ void Shell::createInterface() {
                             .dialogs = dialogs_,
                             .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
-                            .makeSettings = [this] { return makeSettings(); },
-                            .trayChanged =
-                                [this](bool available) {
-                                    if (panel_ != nullptr) {
-                                        panel_->setHasTray(available);
-                                    }
-                                }});
+                            .makeSettings = [this] { return makeSettings(); }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
@@ -165,17 +158,18 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                .engine = *engine_,
                                .controller = *controller_,
                                .l10n = *l10n_,
-                               .vmix = *vmixTracking_,
-                               .showSettings = [this] {
-                                   // Without a tray the panel's window is the way back in.
-                                   if (tray_->isAvailable()) {
-                                       window_.close();
-                                   }
-                                   delegate_->showSettingsWindow();
-                               }});
+                               .vmix = *vmixTracking_});
     panel_->setHasTray(tray_->isAvailable());
+    QObject::connect(panel_, &ControlPanel::settingsWanted, panel_, [this] {
+        // Without a tray the panel's window is the way back in.
+        if (tray_->isAvailable()) {
+            window_.close();
+        }
+        delegate_->showSettingsWindow();
+    });
     auto window = std::make_unique<PanelWindow>(
-        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); });
+    QObject::connect(window.get(), &PanelWindow::endWanted, window.get(), terminate_);
     const auto showTitle = [this, panel = window.get()] {
         panel->setWindowTitle(text(u"app.name"_s));
     };
@@ -205,6 +199,13 @@ void Shell::connectObjects() {
                      &AppDelegate::backendStatusChanged);
     QObject::connect(controller_.get(), &TranslationController::TranslationStatusChanged,
                      delegate_.get(), &AppDelegate::translationStatusChanged);
+    QObject::connect(delegate_.get(), &AppDelegate::trayAvailabilityChanged, delegate_.get(),
+                     [this](bool available) {
+                         if (panel_ != nullptr) {
+                             panel_->setHasTray(available);
+                         }
+                     });
+    QObject::connect(quit_.get(), &Quit::terminationDue, quit_.get(), terminate_);
     connectSubtitles();
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
@@ -214,6 +215,8 @@ void Shell::connectSubtitles() {
     const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
+    QObject::connect(controller_.get(), &TranslationController::subtitlesEnded,
+                     overlayWindow_.get(), &OverlayWindow::endSubtitles);
     // Also at the start of a run, which assigns these settings.
     watchAll({&settings_->speakTranslation, &settings_->showOverlay}, overlayWindow_.get(), [this] {
         if (controller_->isTranslating()) {

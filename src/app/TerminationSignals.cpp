@@ -8,7 +8,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 namespace orv {
 
@@ -40,9 +39,8 @@ void handle(void (*handler)(int)) {
 
 } // namespace
 
-TerminationSignals::TerminationSignals(std::function<void()> requested, QObject* parent)
-    : QObject(parent)
-    , requested_(std::move(requested)) {
+TerminationSignals::TerminationSignals(QObject* parent)
+    : QObject(parent) {
     std::array<int, 2> ends = {-1, -1};
     if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         return;
@@ -55,7 +53,7 @@ TerminationSignals::TerminationSignals(std::function<void()> requested, QObject*
         std::array<char, 64> bytes = {};
         while (::read(readEnd_, bytes.data(), bytes.size()) > 0) {
         }
-        requested_();
+        Q_EMIT requested();
     });
     handle(forwardSignal);
 }

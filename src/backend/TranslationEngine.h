@@ -3,6 +3,7 @@
 #include "BackendControl.h"
 #include "BackendInstaller.h"
 #include "ChildProcess.h"
+#include "TextLookup.h"
 
 #include <QDeadlineTimer>
 #include <QObject>
@@ -35,8 +36,8 @@ struct BackendEnvironment {
     QString script;      ///< Absolute path of the server's program.
     PortProbe& probe;
     Dialogs& dialogs;
-    std::function<QString(const QString& key)> text; ///< Looks a text of the interface up.
-    std::function<bool()> networkAccess;             ///< Whether others may reach the backend.
+    TextLookup text;
+    std::function<bool()> networkAccess; ///< Whether others may reach the backend.
 
     /// Whether the backend may go on running should the program be killed. A program that ends in
     /// order says so with `leaveRunning` instead.

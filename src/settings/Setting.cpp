@@ -11,12 +11,4 @@ void AnySetting::keepIn(DefaultsStore& store) {
     }
 }
 
-void watchAll(const std::vector<const AnySetting*>& settings, QObject* context,
-              const std::function<void()>& show) {
-    ORV_ON_MAIN();
-    for (const AnySetting* setting : settings) {
-        QObject::connect(setting, &AnySetting::assigned, context, show);
-    }
-}
-
 } // namespace orv

@@ -8,7 +8,6 @@
 #include <QObject>
 #include <QString>
 
-#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -91,7 +90,8 @@ class Setting : public AnySetting {
 
     /// Calls `callback` with the value after each assignment, as long as `context` lives. See
     /// `assigned` for the order.
-    void watch(QObject* context, std::function<void(const T& value)> callback) const {
+    template <typename Callback>
+    void watch(QObject* context, Callback callback) const {
         ORV_ON_MAIN();
         connect(this, &AnySetting::assigned, context, [this, callback = std::move(callback)] {
             const T value = value_; // The callback may assign another one.
@@ -152,7 +152,12 @@ class Setting : public AnySetting {
 };
 
 /// Calls `show` after each assignment of one of `settings`, as long as `context` lives.
-void watchAll(const std::vector<const AnySetting*>& settings, QObject* context,
-              const std::function<void()>& show);
+template <typename Show>
+void watchAll(const std::vector<const AnySetting*>& settings, QObject* context, const Show& show) {
+    ORV_ON_MAIN();
+    for (const AnySetting* setting : settings) {
+        QObject::connect(setting, &AnySetting::assigned, context, show);
+    }
+}
 
 } // namespace orv

@@ -34,31 +34,31 @@ class DelegateFixture : public ::testing::Test {
                               .updateURLs = updateURLs,
                               .opener = opener,
                               .timings = {.answer = std::chrono::seconds(10)}});
-        quit = std::make_unique<Quit>(
-            backend, [this] { ++terminations; }, quitTimings);
-        delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
-            .settings = settings,
-            .statusItem = tray,
-            .panel = panel,
-            .translationEngine = backend,
-            .quit = *quit,
-            .updateChecker = *updates,
-            .overlayServer = overlayServer,
-            .userNotifications = userNotifications,
-            .dialogs = dialogs,
-            .opener = opener,
-            .text = keyAsText,
-            .makeSettings =
-                [this] {
-                    auto window = std::make_unique<QWidget>();
-                    settingsWindows.append(window.get());
-                    return window;
-                },
-            .trayChanged =
-                [this](bool available) {
-                    panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
-                },
-            .timings = timings});
+        quit = std::make_unique<Quit>(backend, quitTimings);
+        QObject::connect(quit.get(), &Quit::terminationDue, quit.get(), [this] { ++terminations; });
+        delegate = std::make_unique<AppDelegate>(
+            DelegateEnvironment{.settings = settings,
+                                .statusItem = tray,
+                                .panel = panel,
+                                .translationEngine = backend,
+                                .quit = *quit,
+                                .updateChecker = *updates,
+                                .overlayServer = overlayServer,
+                                .userNotifications = userNotifications,
+                                .dialogs = dialogs,
+                                .opener = opener,
+                                .text = keyAsText,
+                                .makeSettings =
+                                    [this] {
+                                        auto window = std::make_unique<QWidget>();
+                                        settingsWindows.append(window.get());
+                                        return window;
+                                    },
+                                .timings = timings});
+        QObject::connect(delegate.get(), &AppDelegate::trayAvailabilityChanged, delegate.get(),
+                         [this](bool available) {
+                             panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
+                         });
         delegate->applicationDidFinishLaunching();
     }
 

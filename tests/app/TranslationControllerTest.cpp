@@ -26,20 +26,23 @@ namespace {
 
 class TranslationControllerTest : public ::testing::Test {
   protected:
-    TranslationControllerTest() { make({.captureStart = 1ms}); }
+    TranslationControllerTest() {
+        QObject::connect(&quit, &Quit::terminationDue, &quit, [this] { ++terminations; });
+        make({.captureStart = 1ms});
+    }
 
     void make(ControllerTimings timings) {
-        controller.emplace(
-            ControllerEnvironment{.settings = settings,
-                                  .capture = capture,
-                                  .backend = backend,
-                                  .dialogs = dialogs,
-                                  .text = keyAsText,
-                                  .endSubtitles = [this] { subtitlesEnded.append(posted.size()); },
-                                  .quit = quit,
-                                  .timings = timings});
+        controller.emplace(ControllerEnvironment{.settings = settings,
+                                                 .capture = capture,
+                                                 .backend = backend,
+                                                 .dialogs = dialogs,
+                                                 .text = keyAsText,
+                                                 .quit = quit,
+                                                 .timings = timings});
         QObject::connect(&*controller, &TranslationController::TranslationStatusChanged,
                          &*controller, [this](bool translating) { posted.append(translating); });
+        QObject::connect(&*controller, &TranslationController::subtitlesEnded, &*controller,
+                         [this] { subtitlesEnded.append(posted.size()); });
     }
 
     bool waitForCapture() {
@@ -57,8 +60,7 @@ class TranslationControllerTest : public ::testing::Test {
     QList<bool> posted;
     QList<qsizetype> subtitlesEnded; ///< After how many announcements.
     int terminations = 0;
-    Quit quit{
-        backend, [this] { ++terminations; }, {.secondStop = 1ms, .terminate = 1ms, .panel = 1ms}};
+    Quit quit{backend, {.secondStop = 1ms, .terminate = 1ms, .panel = 1ms}};
     std::optional<TranslationController> controller;
 };
 

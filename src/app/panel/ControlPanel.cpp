@@ -103,11 +103,7 @@ void ControlPanel::addKeys() {
 void ControlPanel::connectState() {
     AudioManager& audio = environment_.audio;
     connect(startStop_, &QPushButton::clicked, this, &ControlPanel::startOrStop);
-    connect(header_, &PanelHeader::settingsWanted, this, [this] {
-        if (environment_.showSettings) {
-            environment_.showSettings();
-        }
-    });
+    connect(header_, &PanelHeader::settingsWanted, this, &ControlPanel::settingsWanted);
     connect(header_, &PanelHeader::quitWanted, &environment_.controller,
             &TranslationController::quitApp);
     connect(&audio, &AudioManager::statusChanged, this, &ControlPanel::refreshRun);

@@ -26,9 +26,8 @@ constexpr std::chrono::milliseconds handOver{80};
 } // namespace
 
 PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
-                         std::function<void()> endProgram, std::chrono::milliseconds sameClick)
+                         std::chrono::milliseconds sameClick)
     : closing_(std::move(closing))
-    , endProgram_(std::move(endProgram))
     , sameClick_(sameClick) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
@@ -161,7 +160,7 @@ void PanelWindow::closeEvent(QCloseEvent* event) {
         break;
     case CloseAction::EndProgram:
         event->accept();
-        endProgram_();
+        Q_EMIT endWanted();
         break;
     }
 }

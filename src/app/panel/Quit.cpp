@@ -10,9 +10,8 @@
 
 namespace orv {
 
-Quit::Quit(BackendControl& backend, std::function<void()> terminate, QuitTimings timings)
+Quit::Quit(BackendControl& backend, QuitTimings timings)
     : backend_(backend)
-    , terminate_(std::move(terminate))
     , timings_(timings) {}
 
 void Quit::fromMenu() {
@@ -27,7 +26,7 @@ void Quit::fromMenu() {
             logLine(u"⚠️ Backend noch aktiv, force stop...");
             backend_.stopBackend();
         }
-        QTimer::singleShot(timings_.terminate, this, [this] { terminate_(); });
+        QTimer::singleShot(timings_.terminate, this, &Quit::terminationDue);
     });
 }
 
@@ -39,7 +38,7 @@ void Quit::fromPanel(const std::function<void()>& stopRun) {
     logLine(u"🛑 Beende App...");
     stopRun();
     backend_.stopBackend();
-    QTimer::singleShot(timings_.panel, this, [this] { terminate_(); });
+    QTimer::singleShot(timings_.panel, this, &Quit::terminationDue);
 }
 
 } // namespace orv

@@ -23,8 +23,8 @@ class Quit : public QObject {
     Q_OBJECT
 
   public:
-    /// `backend` outlives the object; `terminate` asks the program to end.
-    Quit(BackendControl& backend, std::function<void()> terminate, QuitTimings timings = {});
+    /// `backend` outlives the object.
+    explicit Quit(BackendControl& backend, QuitTimings timings = {});
 
     /// True from the first request on: the program is about to end.
     bool isUnderWay() const { return isUnderWay_; }
@@ -35,9 +35,12 @@ class Quit : public QObject {
     /// The panel's: calls `stopRun`, stops the backend and ends the program.
     void fromPanel(const std::function<void()>& stopRun);
 
+  Q_SIGNALS:
+    /// Everything has had its time: the program is to end now.
+    void terminationDue();
+
   private:
     BackendControl& backend_;
-    const std::function<void()> terminate_;
     const QuitTimings timings_;
     bool isUnderWay_ = false;
 };

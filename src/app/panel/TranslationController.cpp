@@ -84,7 +84,7 @@ void TranslationController::stopTranslation() {
     captureStart_.stop();
     isTranslating_ = false;
     isStopping_ = true;
-    environment_.endSubtitles();
+    Q_EMIT subtitlesEnded();
     Q_EMIT TranslationStatusChanged(false);
     Q_EMIT stateChanged();
     environment_.capture.stopCapture([self = QPointer(this), number = ++stopNumber_] {

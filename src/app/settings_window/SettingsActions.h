@@ -1,8 +1,9 @@
 #pragma once
 
+#include "TextLookup.h"
+
 #include <QString>
 
-#include <functional>
 #include <memory>
 
 namespace orv {
@@ -20,10 +21,10 @@ struct ActionsEnvironment {
     Dialogs& dialogs;
     FileChooser& chooser;
     DesktopOpener& opener;
-    std::function<QString(const QString& key)> text; ///< A localised text.
-    QString supportFolder;                           ///< Where backend and log file are.
-    QString outputFolder;                            ///< Where the transcripts are.
-    QString backendLog;                              ///< The backend's log file.
+    TextLookup text;
+    QString supportFolder; ///< Where backend and log file are.
+    QString outputFolder;  ///< Where the transcripts are.
+    QString backendLog;    ///< The backend's log file.
 };
 
 /// The operations on files behind the settings window's buttons. Everything that touches the disk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChildProcess.h"
+#include "TextLookup.h"
 
 #include <QHash>
 #include <QObject>
@@ -8,7 +9,6 @@
 #include <QString>
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <memory>
 
@@ -23,7 +23,7 @@ struct WhisperEnvironment {
     QString cacheFolder; ///< Where that library keeps its models.
     FileJobs& files;
     Dialogs& dialogs;
-    std::function<QString(const QString& key)> text; ///< A localised text.
+    TextLookup text;
     /// Between the signals to a download that has to be ended with the program.
     std::chrono::milliseconds pause = std::chrono::seconds(1);
 };

@@ -17,8 +17,7 @@
 namespace orv {
 
 // The slider counts steps, so that keys, clicks and drags all land on them.
-SliderField::SliderField(int lowest, int highest, int step,
-                         std::function<QString(int value)> valueText, QWidget* parent)
+SliderField::SliderField(int lowest, int highest, int step, ValueText valueText, QWidget* parent)
     : QWidget(parent)
     , valueText_(std::move(valueText))
     , step_(step)

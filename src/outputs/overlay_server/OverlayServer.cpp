@@ -38,9 +38,8 @@ OverlayServer::OverlayServer(OverlayLimits limits)
     , queue_(u"io.tavrin.orv.overlayserver"_s) {
     setAppearance(OverlayAppearance::fromSettings(SettingsList()));
     queue_.post([this] {
-        connections_ = std::make_unique<OverlayConnections>(
-            limits_, [this](QByteArrayView path) { return response(path).bytes(); },
-            [this](std::error_code error) { listenerFailed(error); });
+        OverlayRequestHandler& handler = *this;
+        connections_ = std::make_unique<OverlayConnections>(limits_, handler);
     });
 }
 
@@ -125,6 +124,11 @@ HttpResponse OverlayServer::latestResult() const {
     const std::lock_guard guard(lock_);
     encodedResult_ = {std::move(result), json};
     return textResponse(json);
+}
+
+QByteArray OverlayServer::answerTo(QByteArrayView path) const {
+    ORV_ON(queue_);
+    return response(path).bytes();
 }
 
 void OverlayServer::reconcile() {
