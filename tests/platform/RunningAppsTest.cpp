@@ -155,4 +155,17 @@ TEST_F(RunningAppsTest, theScanAnswersLaterAndNotToWhoIsGone) {
     EXPECT_FALSE(goneCalled);
 }
 
+TEST_F(RunningAppsTest, aScannerThatIsGoneAnswersNobody) {
+    orv::SerialQueue disk(u"test.disk"_s);
+    QObject here;
+    bool isCalled = false;
+    {
+        orv::RunningAppScanner scanner(disk, places());
+        scanner.scan(&here, [&](const auto&) { isCalled = true; });
+    }
+    disk.sync([] {});
+    orv::test::drainEvents();
+    EXPECT_FALSE(isCalled);
+}
+
 } // namespace
