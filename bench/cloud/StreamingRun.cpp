@@ -13,7 +13,7 @@ ServiceEndpoints endpointsAt(std::uint16_t port) {
 }
 
 StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)
-    : store_(folder_.filePath(u"defaults.json"_s))
+    : store_(disk_, folder_.filePath(u"defaults.json"_s))
     , settings_(store_) {
     MicrophonePreparation microphone;
     microphone.initialFormat = {48000, 1};

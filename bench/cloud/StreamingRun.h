@@ -4,6 +4,7 @@
 #include "DefaultsStore.h"
 #include "EngineCatalogue.h"
 #include "NullAudioCapture.h"
+#include "SerialQueue.h"
 #include "ServiceEndpoints.h"
 #include "TranslationSettings.h"
 
@@ -33,6 +34,7 @@ class StreamingRun {
   private:
     const EngineCatalogue engines_;
     QTemporaryDir folder_;
+    SerialQueue disk_{QStringLiteral("bench.disk")};
     DefaultsStore store_;
     TranslationSettings settings_;
     NullAudioCapture capture_;

@@ -6,6 +6,7 @@
 #include "Log.h"
 #include "OverlayServer.h"
 #include "Quit.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
 #include "UserNotifications.h"
@@ -24,21 +25,23 @@ AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
     , settingsWindow_(environment_.makeSettings) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
+    ORV_ON_MAIN();
     updateMenuBarIcon(false, false);
-    environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
-    environment_.tray.setAvailabilityHandler(
-        [this](bool available) { trayAvailabilityChanged(available); });
+    environment_.statusItem.setClickHandler(
+        [this](TrayClick click) { statusBarButtonClicked(click); });
+    environment_.statusItem.setAvailabilityHandler(
+        [this](bool available) { followTray(available); });
     environment_.overlayServer.applySettings(OverlayServing::fromSettings(environment_.settings));
     observeUpdates();
     askForNotifications();
-    if (!environment_.tray.isAvailable()) {
+    if (!environment_.statusItem.isAvailable()) {
         environment_.panel.showAsWindow();
     }
     if (environment_.settings.autoStartBackend.get()) {
         logLine(u"Auto-Start Backend aktiviert");
         QTimer::singleShot(environment_.timings.autoStart, this, [this] {
             if (!environment_.quit.isUnderWay()) {
-                environment_.backend.startBackend();
+                environment_.translationEngine.startBackend();
             }
         });
     } else {
@@ -47,9 +50,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::observeUpdates() {
-    connect(&environment_.updates, &UpdateChecker::updateAvailableChanged, this,
+    connect(&environment_.updateChecker, &UpdateChecker::updateAvailableChanged, this,
             [this](bool updateAvailable) {
-                const UpdateChecker& updates = environment_.updates;
+                const UpdateChecker& updates = environment_.updateChecker;
                 if (updateAvailable && !updates.latestVersion().isEmpty()) {
                     showUpdateAlert(updates.latestVersion(), updates.releaseNotes(),
                                     updates.downloadURL());
@@ -71,6 +74,7 @@ void AppDelegate::askForNotifications() {
 }
 
 void AppDelegate::statusBarButtonClicked(TrayClick click) {
+    ORV_ON_MAIN();
     if (click == TrayClick::Secondary) {
         showContextMenu();
     } else {
@@ -79,27 +83,29 @@ void AppDelegate::statusBarButtonClicked(TrayClick click) {
 }
 
 void AppDelegate::togglePopover() {
+    ORV_ON_MAIN();
     if (environment_.panel.isShown()) {
         environment_.panel.close();
     } else {
-        environment_.panel.showBeside(environment_.tray.geometry());
+        environment_.panel.showBeside(environment_.statusItem.geometry());
     }
 }
 
 void AppDelegate::showContextMenu() {
-    environment_.tray.showMenu(contextMenu());
+    ORV_ON_MAIN();
+    environment_.statusItem.showMenu(contextMenu());
 }
 
 QList<TrayMenuItem> AppDelegate::contextMenu() {
-    const QString state =
-        environment_.backend.isRunning() ? u"menu.backend.running"_s : u"menu.backend.stopped"_s;
+    const QString state = environment_.translationEngine.isRunning() ? u"menu.backend.running"_s
+                                                                     : u"menu.backend.stopped"_s;
     const TrayMenuItem separator;
     QList<TrayMenuItem> menu = {{.text = environment_.text(u"app.name.short"_s)},
                                 separator,
                                 {.text = environment_.text(state)}};
-    if (environment_.updates.updateAvailable()) {
+    if (environment_.updateChecker.updateAvailable()) {
         menu.append(separator);
-        menu.append({.text = u"Update: v"_s + environment_.updates.latestVersion(),
+        menu.append({.text = u"Update: v"_s + environment_.updateChecker.latestVersion(),
                      .action = [this] { openUpdateDownload(); }});
     }
     menu.append(separator);
@@ -110,10 +116,11 @@ QList<TrayMenuItem> AppDelegate::contextMenu() {
 }
 
 bool AppDelegate::showPanel() {
+    ORV_ON_MAIN();
     if (environment_.quit.isUnderWay()) {
         return false;
     }
-    if (!environment_.tray.isAvailable()) {
+    if (!environment_.statusItem.isAvailable()) {
         environment_.panel.showAsWindow();
         return true;
     }
@@ -121,16 +128,18 @@ bool AppDelegate::showPanel() {
         // A popover that has just closed takes the next request for the click that closed it.
         environment_.panel.close();
     }
-    environment_.panel.showBeside(environment_.tray.geometry());
+    environment_.panel.showBeside(environment_.statusItem.geometry());
     return true;
 }
 
 void AppDelegate::showSettingsWindow() {
+    ORV_ON_MAIN();
     settingsWindow_.show();
 }
 
 void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
                                   const QString& downloadURL) {
+    ORV_ON_MAIN();
     const auto& text = environment_.text;
     const QString shownNotes = alertNotes(notes);
     environment_.dialogs.showAlert(
@@ -147,37 +156,40 @@ void AppDelegate::showUpdateAlert(const QString& version, const QString& notes,
 }
 
 void AppDelegate::openUpdateDownload() {
-    environment_.updates.openDownload();
+    ORV_ON_MAIN();
+    environment_.updateChecker.openDownload();
 }
 
 void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
+    ORV_ON_MAIN();
     if (isTranslating) {
-        environment_.tray.setIcon(TrayIcon::Translating, u"Translating"_s);
+        environment_.statusItem.setIcon(TrayIcon::Translating, u"Translating"_s);
     } else if (isRunning) {
-        environment_.tray.setIcon(TrayIcon::BackendRunning, u"Backend Running"_s);
+        environment_.statusItem.setIcon(TrayIcon::BackendRunning, u"Backend Running"_s);
     } else {
-        environment_.tray.setIcon(TrayIcon::Idle, u"Orvane"_s);
+        environment_.statusItem.setIcon(TrayIcon::Idle, u"Orvane"_s);
     }
     logLine(QString(u"🎨 Icon aktualisiert: running=" % boolText(isRunning) % u", translating=" %
                     boolText(isTranslating)));
 }
 
 void AppDelegate::backendStatusChanged(bool isRunning) {
+    ORV_ON_MAIN();
     logLine(QString(u"📢 Backend Status Changed: " % boolText(isRunning)));
     currentIconState_.backendRunning = isRunning;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
 void AppDelegate::translationStatusChanged(bool isTranslating) {
+    ORV_ON_MAIN();
     logLine(QString(u"📢 Translation Status Changed: " % boolText(isTranslating)));
     currentIconState_.translating = isTranslating;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
-void AppDelegate::trayAvailabilityChanged(bool available) {
-    if (environment_.trayChanged) {
-        environment_.trayChanged(available);
-    }
+void AppDelegate::followTray(bool available) {
+    ORV_ON_MAIN();
+    Q_EMIT trayAvailabilityChanged(available);
     // A panel that is open as a window when the tray comes stays; one that is hidden when the tray
     // goes would be out of reach.
     if (!available) {
@@ -186,17 +198,19 @@ void AppDelegate::trayAvailabilityChanged(bool available) {
 }
 
 void AppDelegate::quitApp() {
+    ORV_ON_MAIN();
     environment_.quit.fromMenu();
 }
 
 void AppDelegate::applicationWillTerminate() {
+    ORV_ON_MAIN();
     environment_.overlayServer.stop();
     if (environment_.settings.autoStopBackend.get()) {
         logLine(u"App wird beendet - stoppe Backend (autoStopBackend=true)...");
-        environment_.backend.stopBackend();
+        environment_.translationEngine.stopBackend();
     } else {
         logLine(u"App wird beendet - Backend läuft weiter (autoStopBackend=false)");
-        environment_.backend.leaveRunning();
+        environment_.translationEngine.leaveRunning();
     }
 }
 

@@ -3,6 +3,7 @@
 #include "BackendControl.h"
 #include "KeptWindow.h"
 #include "Panel.h"
+#include "TextLookup.h"
 #include "Tray.h"
 
 #include <QList>
@@ -31,25 +32,23 @@ struct DelegateTimings {
 /// What the delegate is given. The references outlive it.
 struct DelegateEnvironment {
     const TranslationSettings& settings;
-    Tray& tray;
+    Tray& statusItem;
     Panel& panel;
-    BackendControl& backend;
+    BackendControl& translationEngine;
     Quit& quit;
-    UpdateChecker& updates;
+    UpdateChecker& updateChecker;
     OverlayServer& overlayServer;
     UserNotifications& userNotifications;
     Dialogs& dialogs;
     DesktopOpener& opener;
-    std::function<QString(const QString& key)> text; ///< A localised text.
+    TextLookup text;
     /// Makes the content of the settings window.
     std::function<std::unique_ptr<QWidget>()> makeSettings;
-    /// The tray has come or gone, and the panel is about to be shown accordingly.
-    std::function<void(bool available)> trayChanged = {};
     DelegateTimings timings = {};
 };
 
-/// The life of the application: launch, the item in the tray with its panel and menu, quitting and
-/// termination. Lives on the main thread.
+/// The application delegate: runs the launch and the end of the program, and between them the item
+/// in the tray with its panel and menu. Lives on the main thread.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -85,15 +84,20 @@ class AppDelegate : public QObject {
     /// The menu's Quit.
     void quitApp();
 
-    /// The last act of every way of ending; the backend stays when the user wants it to.
+    /// The last act of every way of ending: stops the overlay server, and the backend, too, unless
+    /// the user has switched `autoStopBackend` off.
     void applicationWillTerminate();
+
+  Q_SIGNALS:
+    /// The tray has come or gone, and the panel is about to be shown accordingly.
+    void trayAvailabilityChanged(bool available);
 
   private:
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeUpdates();
     void askForNotifications();
-    void trayAvailabilityChanged(bool available);
+    void followTray(bool available);
 
     struct IconState {
         bool backendRunning = false;

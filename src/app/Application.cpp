@@ -53,8 +53,10 @@ int runApplication(int argc, char** argv, const ProgramParts& parts) {
     // `exit` rather than `quit`: the latter asks the windows, and the panel's may refuse to close.
     const auto terminate = [] { QApplication::exit(0); };
     Shell shell(paths, parts, terminate);
-    const TerminationSignals signals(terminate);
-    const SessionEnd sessionEnd(terminate);
+    const TerminationSignals signals;
+    QObject::connect(&signals, &TerminationSignals::requested, &application, terminate);
+    const SessionEnd sessionEnd;
+    QObject::connect(&sessionEnd, &SessionEnd::requested, &application, terminate);
     shell.launch();
 #ifdef ORVANE_STALL_WATCH
     const StallWatch stallWatch(std::chrono::milliseconds(50), logStall);

@@ -1,5 +1,7 @@
 #include "KeptWindow.h"
 
+#include "ThreadChecks.h"
+
 #include <QScreen>
 
 #include <utility>
@@ -10,6 +12,7 @@ KeptWindow::KeptWindow(std::function<std::unique_ptr<QWidget>()> make)
     : make_(std::move(make)) {}
 
 void KeptWindow::show() {
+    ORV_ON_MAIN();
     if (!make_) {
         return;
     }

@@ -9,7 +9,8 @@ namespace orv {
 
 class Output;
 
-/// What may be exchanged about the program from outside. The defaults are what users get.
+/// The parts of the program that whoever runs it may replace or add to. The defaults are what users
+/// get.
 struct ProgramParts {
     ServiceAddresses addresses = {};
     EngineCatalogue engines = {};

@@ -2,24 +2,23 @@
 
 #include <QObject>
 
-#include <functional>
-
 namespace orv {
 
-/// Turns the end of the desktop's session, and whatever else asks the application object to quit,
-/// into a call. Qt itself would first ask every window to close, and the panel may refuse. What the
-/// user has chosen is stored as it is chosen, so the session's manager need not wait for anything.
+/// An event filter that turns the end of the desktop's session, and whatever else asks the
+/// application object to quit, into a signal. Qt itself would first ask every window to close, and
+/// the panel may refuse. What the user has chosen is stored as it is chosen, so the session's
+/// manager need not wait for anything.
 class SessionEnd : public QObject {
     Q_OBJECT
 
   public:
-    /// Calls `requested` on the main thread. Needs the application object.
-    explicit SessionEnd(std::function<void()> requested);
+    /// Needs the application object.
+    SessionEnd();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-  private:
-    std::function<void()> requested_;
+  Q_SIGNALS:
+    void requested();
 };
 
 } // namespace orv

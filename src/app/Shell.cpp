@@ -15,6 +15,7 @@
 #include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
+#include "ThreadChecks.h"
 #include "ToolkitTexts.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
@@ -34,7 +35,7 @@ Shell::Shell(const UserPaths& paths, ProgramParts parts, std::function<void()> t
     : paths_(paths)
     , parts_(std::move(parts))
     , terminate_(std::move(terminate))
-    , store_(paths.defaultsFile()) {
+    , store_(disk_, paths.defaultsFile()) {
     createSettings();
     createOutputs();
     addOutputs();
@@ -87,7 +88,7 @@ void Shell::addOutputs() {
 
 void Shell::createServices(const UserPaths& paths) {
     const auto lookUp = [this](const QString& key) { return text(key); };
-    capture_ = createSystemAudioCapture();
+    capture_ = createSystemAudioCapture(disk_);
     portProbe_ = createSystemPortProbe();
     engine_ = std::make_unique<TranslationEngine>(
         BackendEnvironment{.interpreter = paths.backendInterpreter(),
@@ -98,7 +99,7 @@ void Shell::createServices(const UserPaths& paths) {
                            .networkAccess = [this] { return settings_->networkAccess.get(); },
                            .mayOutlive = [this] { return !settings_->autoStopBackend.get(); },
                            .installer = backendInstaller()});
-    quit_ = std::make_unique<Quit>(*engine_, terminate_);
+    quit_ = std::make_unique<Quit>(*engine_);
     audio_ =
         std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
                                                         .capture = *capture_,
@@ -110,14 +111,13 @@ void Shell::createServices(const UserPaths& paths) {
                                                             },
                                                         .transcriptFolder = paths.outputFolder(),
                                                         .endpoints = parts_.addresses.speech});
-    controller_ = std::make_unique<TranslationController>(
-        ControllerEnvironment{.settings = *settings_,
-                              .capture = *audio_,
-                              .backend = *engine_,
-                              .dialogs = dialogs_,
-                              .text = lookUp,
-                              .endSubtitles = [this] { overlayWindow_->endSubtitles(); },
-                              .quit = *quit_});
+    controller_ =
+        std::make_unique<TranslationController>(ControllerEnvironment{.settings = *settings_,
+                                                                      .capture = *audio_,
+                                                                      .backend = *engine_,
+                                                                      .dialogs = dialogs_,
+                                                                      .text = lookUp,
+                                                                      .quit = *quit_});
 }
 
 void Shell::createInterface() {
@@ -129,42 +129,38 @@ void Shell::createInterface() {
                           .opener = opener_});
     delegate_ = std::make_unique<AppDelegate>(
         DelegateEnvironment{.settings = *settings_,
-                            .tray = *tray_,
+                            .statusItem = *tray_,
                             .panel = window_,
-                            .backend = *engine_,
+                            .translationEngine = *engine_,
                             .quit = *quit_,
-                            .updates = *updates_,
+                            .updateChecker = *updates_,
                             .overlayServer = *overlayServer_,
                             .userNotifications = *userNotifications_,
                             .dialogs = dialogs_,
                             .opener = opener_,
                             .text = [this](const QString& key) { return text(key); },
-                            .makeSettings = [this] { return makeSettings(); },
-                            .trayChanged =
-                                [this](bool available) {
-                                    if (panel_ != nullptr) {
-                                        panel_->setHasTray(available);
-                                    }
-                                }});
+                            .makeSettings = [this] { return makeSettings(); }});
 }
 
 std::unique_ptr<PanelWindow> Shell::makePanel() {
+    ORV_ON_MAIN();
     panel_ = new ControlPanel({.settings = *settings_,
                                .audio = *audio_,
                                .engine = *engine_,
                                .controller = *controller_,
                                .l10n = *l10n_,
-                               .vmix = *vmixTracking_,
-                               .showSettings = [this] {
-                                   // Without a tray the panel's window is the way back in.
-                                   if (tray_->isAvailable()) {
-                                       window_.close();
-                                   }
-                                   delegate_->showSettingsWindow();
-                               }});
+                               .vmix = *vmixTracking_});
     panel_->setHasTray(tray_->isAvailable());
+    QObject::connect(panel_, &ControlPanel::settingsWanted, panel_, [this] {
+        // Without a tray the panel's window is the way back in.
+        if (tray_->isAvailable()) {
+            window_.close();
+        }
+        delegate_->showSettingsWindow();
+    });
     auto window = std::make_unique<PanelWindow>(
-        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); }, terminate_);
+        panel_, [this] { return closeAction(tray_->isAvailable(), somethingRuns()); });
+    QObject::connect(window.get(), &PanelWindow::endWanted, window.get(), terminate_);
     const auto showTitle = [this, panel = window.get()] {
         panel->setWindowTitle(text(u"app.name"_s));
     };
@@ -174,7 +170,9 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
 }
 
 std::unique_ptr<QWidget> Shell::makeSettings() {
-    return makeSettingsWindow({.settings = *settings_,
+    ORV_ON_MAIN();
+    return makeSettingsWindow({.disk = disk_,
+                               .settings = *settings_,
                                .engines = parts_.engines,
                                .l10n = *l10n_,
                                .dialogs = dialogs_,
@@ -192,6 +190,13 @@ void Shell::connectObjects() {
                      &AppDelegate::backendStatusChanged);
     QObject::connect(controller_.get(), &TranslationController::TranslationStatusChanged,
                      delegate_.get(), &AppDelegate::translationStatusChanged);
+    QObject::connect(delegate_.get(), &AppDelegate::trayAvailabilityChanged, delegate_.get(),
+                     [this](bool available) {
+                         if (panel_ != nullptr) {
+                             panel_->setHasTray(available);
+                         }
+                     });
+    QObject::connect(quit_.get(), &Quit::terminationDue, quit_.get(), terminate_);
     connectSubtitles();
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
@@ -201,6 +206,8 @@ void Shell::connectSubtitles() {
     const auto showTitle = [this] { overlayWindow_->setWindowTitle(text(u"app.name"_s)); };
     showTitle();
     QObject::connect(l10n_.get(), &L10n::currentChanged, overlayWindow_.get(), showTitle);
+    QObject::connect(controller_.get(), &TranslationController::subtitlesEnded,
+                     overlayWindow_.get(), &OverlayWindow::endSubtitles);
     // Also at the start of a run, which assigns these settings.
     watchAll({&settings_->speakTranslation, &settings_->showOverlay}, overlayWindow_.get(), [this] {
         if (controller_->isTranslating()) {
@@ -212,14 +219,17 @@ void Shell::connectSubtitles() {
 }
 
 void Shell::launch() {
+    ORV_ON_MAIN();
     delegate_->applicationDidFinishLaunching();
 }
 
 bool Shell::showPanel() {
+    ORV_ON_MAIN();
     return delegate_->showPanel();
 }
 
 void Shell::finish() {
+    ORV_ON_MAIN();
     delegate_->applicationWillTerminate();
 }
 
@@ -228,6 +238,7 @@ bool Shell::somethingRuns() const {
 }
 
 QString Shell::text(const QString& key) const {
+    ORV_ON_MAIN();
     return l10n_->platformText(key);
 }
 

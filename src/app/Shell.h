@@ -9,6 +9,7 @@
 #include "PanelWindow.h"
 #include "ProgramParts.h"
 #include "ResultHub.h"
+#include "SerialQueue.h"
 #include "UserPaths.h"
 
 #include <functional>
@@ -74,6 +75,7 @@ class Shell {
     const UserPaths paths_;
     const ProgramParts parts_;
     std::function<void()> terminate_;
+    SerialQueue disk_{QStringLiteral("io.tavrin.orv.disk")};
     DefaultsStore store_;
     std::unique_ptr<OverlayServer> overlayServer_;
     std::unique_ptr<TranslationSettings> settings_;

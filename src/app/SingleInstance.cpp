@@ -1,5 +1,7 @@
 #include "SingleInstance.h"
 
+#include "ThreadChecks.h"
+
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
 
@@ -102,6 +104,7 @@ SingleInstance::Claim SingleInstance::claim() {
 }
 
 void SingleInstance::answerWith(std::function<bool()> show) {
+    ORV_ON_MAIN();
     show_ = std::move(show);
     if (!listener_.isOpen()) {
         return;
@@ -112,6 +115,7 @@ void SingleInstance::answerWith(std::function<bool()> show) {
 }
 
 void SingleInstance::answer() {
+    ORV_ON_MAIN();
     for (;;) {
         UniqueFd connection(
             ::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));

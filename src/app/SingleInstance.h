@@ -12,11 +12,11 @@
 
 namespace orv {
 
-/// Sees to it that a user has one running program for each set of files. The first one listens on a
-/// local socket whose name stands for user and files; a later one finds the name taken, asks the
-/// first to show itself, and ends. The name lives in memory and goes with its owner, however that
-/// ends, so nothing stale can be left behind. (One name for each network namespace: programs in
-/// different containers do not see each other.)
+/// The claim that lets a user have one running program, and no more, for each set of files. The
+/// first one listens on a local socket whose name stands for user and files; a later one finds the
+/// name taken, asks the first to show itself, and ends. The name lives in memory and goes with its
+/// owner, however that ends, so nothing stale can be left behind. (One name for each network
+/// namespace: programs in different containers do not see each other.)
 class SingleInstance {
   public:
     enum class Claim {

@@ -1,12 +1,13 @@
 #include "TerminationSignals.h"
 
+#include "ThreadChecks.h"
+
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 namespace orv {
 
@@ -38,9 +39,8 @@ void handle(void (*handler)(int)) {
 
 } // namespace
 
-TerminationSignals::TerminationSignals(std::function<void()> requested, QObject* parent)
-    : QObject(parent)
-    , requested_(std::move(requested)) {
+TerminationSignals::TerminationSignals(QObject* parent)
+    : QObject(parent) {
     std::array<int, 2> ends = {-1, -1};
     if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         return;
@@ -49,10 +49,11 @@ TerminationSignals::TerminationSignals(std::function<void()> requested, QObject*
     writeEnd = ends[1];
     notifier_ = std::make_unique<QSocketNotifier>(readEnd_, QSocketNotifier::Read);
     connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
+        ORV_ON_MAIN();
         std::array<char, 64> bytes = {};
         while (::read(readEnd_, bytes.data(), bytes.size()) > 0) {
         }
-        requested_();
+        Q_EMIT requested();
     });
     handle(forwardSignal);
 }

@@ -1,6 +1,7 @@
 #include "ToolkitTexts.h"
 
 #include "L10n.h"
+#include "ThreadChecks.h"
 
 #include <QCoreApplication>
 #include <QLibraryInfo>
@@ -23,6 +24,7 @@ QString ToolkitTexts::installedFolder() {
 }
 
 void ToolkitTexts::follow() {
+    ORV_ON_MAIN();
     QCoreApplication::removeTranslator(&translator_);
     if (translator_.load(u"qtbase_"_s + l10n_.current().rawValue(), folder_)) {
         QCoreApplication::installTranslator(&translator_);

@@ -8,9 +8,10 @@ namespace orv {
 
 class L10n;
 
-/// Gives the texts that come with Qt (file dialog, the menus of text fields) the language of the
-/// interface, now and whenever it changes. Where Qt's translations are not installed those texts
-/// stay English. Main thread only; they are Qt's own again once the object is gone.
+/// The translation of the texts that come with Qt (file dialog, the menus of text fields) into the
+/// language of the interface, now and whenever it changes. Where Qt's translations are not
+/// installed those texts stay English. Main thread only; they are Qt's own again once the object is
+/// gone.
 class ToolkitTexts : public QObject {
     Q_OBJECT
 

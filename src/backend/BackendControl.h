@@ -2,7 +2,8 @@
 
 namespace orv {
 
-/// The backend's supervisor as those see it who start and stop it: `TranslationEngine`.
+/// The interface of the backend's supervisor, `TranslationEngine`, for those who start and stop the
+/// backend.
 class BackendControl {
   public:
     virtual ~BackendControl() = default;

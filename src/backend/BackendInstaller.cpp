@@ -2,6 +2,7 @@
 
 #include "Log.h"
 #include "SpawnProgram.h"
+#include "ThreadChecks.h"
 
 #include <csignal>
 #include <utility>
@@ -29,6 +30,7 @@ BackendInstaller::~BackendInstaller() {
 }
 
 void BackendInstaller::install() {
+    ORV_ON_MAIN();
     if (process_) {
         return;
     }
@@ -49,6 +51,7 @@ void BackendInstaller::install() {
 }
 
 void BackendInstaller::printed(const QByteArray& bytes) {
+    ORV_ON_MAIN();
     const QString before = output_.step();
     for (const QString& line : output_.take(bytes)) {
         logLine(u"Backend-Installation: "_s + line);
@@ -59,6 +62,7 @@ void BackendInstaller::printed(const QByteArray& bytes) {
 }
 
 void BackendInstaller::finish(int status) {
+    ORV_ON_MAIN();
     process_.reset();
     if (status == 0) {
         logLine(u"✓ Backend installiert");

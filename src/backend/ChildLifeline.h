@@ -10,10 +10,10 @@
 
 namespace orv {
 
-/// Sees to it that a child does not outlive the program, however the program ends, SIGKILL
-/// included. A small shell process holds the other end of a socket; once the program is gone it
-/// sends the child SIGTERM, SIGINT and SIGKILL with pauses in between and ends, at the latest after
-/// two pauses.
+/// A guard that ends a child together with the program, however the program ends, SIGKILL included.
+/// A small shell process holds the other end of a socket; once the program is gone it sends the
+/// child SIGTERM, SIGINT and SIGKILL with pauses in between and ends, at the latest after two
+/// pauses.
 ///
 /// A child that may stay is left alone, and what it prints from then on is read and thrown away as
 /// long as it runs: a Python program whose output nobody takes would fail at its next print.

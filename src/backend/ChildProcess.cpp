@@ -2,6 +2,7 @@
 
 #include "Log.h"
 #include "SpawnProgram.h"
+#include "ThreadChecks.h"
 
 #include <QDeadlineTimer>
 #include <QSocketNotifier>
@@ -58,6 +59,7 @@ class ChildProcess::Watch : public QObject {
     Watch(const ChildProcess& process, ChildLifeline& lifeline, UniqueFd output, QObject* context,
           Handlers handlers)
         : pid_(process.pid_)
+        , thread_(process.thread_)
         , lifeline_(lifeline)
         , output_(std::move(output))
         , context_(context)
@@ -71,6 +73,7 @@ class ChildProcess::Watch : public QObject {
 
     /// Takes in what is left to read and waits for the ended child and its watcher. Once.
     void collect() {
+        ORV_ON(thread_);
         if (!std::exchange(isCollected_, true)) {
             ended_.setEnabled(false);
             readRest();
@@ -87,6 +90,7 @@ class ChildProcess::Watch : public QObject {
   private:
     /// False at the end of the output.
     bool readPiece() {
+        ORV_ON(thread_);
         QByteArray bytes(pieceSize, Qt::Uninitialized);
         const ssize_t count =
             ::read(output_.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
@@ -112,6 +116,7 @@ class ChildProcess::Watch : public QObject {
     }
 
     const pid_t pid_;
+    const EventLoopThread& thread_;
     ChildLifeline& lifeline_;
     UniqueFd output_;
     QObject* const context_;
@@ -129,6 +134,7 @@ ChildProcess::ChildProcess(pid_t pid, UniqueFd handle)
 
 ChildProcess::Launch ChildProcess::start(const ChildCommand& command, QObject* context,
                                          Handlers handlers, std::chrono::milliseconds pause) {
+    ORV_ON_MAIN();
     const auto systemError = [] {
         return QString::fromStdString(std::system_category().message(errno));
     };
@@ -168,6 +174,7 @@ ChildProcess::Launch ChildProcess::start(const ChildCommand& command, QObject* c
 }
 
 ChildProcess::~ChildProcess() {
+    ORV_ON_MAIN();
     *isWanted_ = false;
     thread_.sync([this] {
         if (!isRunning()) {
@@ -182,22 +189,27 @@ bool ChildProcess::isRunning() const {
 }
 
 void ChildProcess::terminate() {
+    ORV_ON_MAIN();
     send(SIGTERM);
 }
 
 void ChildProcess::interrupt() {
+    ORV_ON_MAIN();
     send(SIGINT);
 }
 
 void ChildProcess::kill() {
+    ORV_ON_MAIN();
     send(SIGKILL);
 }
 
 bool ChildProcess::waitForEnd(std::chrono::milliseconds limit) const {
+    ORV_ON_MAIN();
     return isReady(handle_.get(), limit);
 }
 
 void ChildProcess::setMayOutlive(bool may) {
+    ORV_ON_MAIN();
     if (lifeline_) {
         lifeline_->setMayOutlive(may);
     }

@@ -5,6 +5,7 @@
 #include "Log.h"
 #include "PortProbe.h"
 #include "SpawnProgram.h"
+#include "ThreadChecks.h"
 
 #include <QFileInfo>
 #include <QPointer>
@@ -28,13 +29,13 @@ TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* pa
     , installer_(environment_.installer, environment_.timings.stopPause)
     , statusKey_(u"engine.stopped"_s) {
     checkTimer_.setTimerType(Qt::PreciseTimer);
-    checkTimer_.setInterval(environment_.timings.liveness);
     connect(&checkTimer_, &QTimer::timeout, this, &TranslationEngine::checkLiveness);
     connect(&installer_, &BackendInstaller::stepChanged, this, &TranslationEngine::retranslate);
     connect(&installer_, &BackendInstaller::ended, this, &TranslationEngine::installationEnded);
 }
 
 TranslationEngine::~TranslationEngine() {
+    ORV_ON_MAIN();
     checkTimer_.stop();
     if (leftRunning_) {
         return;
@@ -44,10 +45,12 @@ TranslationEngine::~TranslationEngine() {
 }
 
 bool TranslationEngine::isBusy() const {
+    ORV_ON_MAIN();
     return isRunning_ || child_.isRunning() || installer_.isRunning();
 }
 
 QString TranslationEngine::statusMessage() const {
+    ORV_ON_MAIN();
     QString text = environment_.text(statusKey_);
     if (installer_.isRunning()) {
         // Only the text of an installation has a place for how far it is.
@@ -57,11 +60,12 @@ QString TranslationEngine::statusMessage() const {
 }
 
 void TranslationEngine::startBackend() {
+    ORV_ON_MAIN();
     if (isPortInUse()) {
         logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
         setState(true, u"engine.running"_s);
         Q_EMIT BackendStatusChanged(true);
-        checkTimer_.start();
+        startStatusCheckTimer();
         return;
     }
     if (installer_.isRunning()) {
@@ -132,11 +136,12 @@ void TranslationEngine::checkLater(std::chrono::milliseconds delay) {
 }
 
 void TranslationEngine::checkBackendStatus() {
+    ORV_ON_MAIN();
     refreshMayOutlive();
     if (isPortInUse()) {
         setState(true, u"engine.running"_s);
         QTimer::singleShot(0, this, [this] { Q_EMIT BackendStatusChanged(true); });
-        checkTimer_.start();
+        startStatusCheckTimer();
         logLine(QString(u"✓ Backend läuft auf Port " % QString::number(environment_.port)));
     } else if (child_.isRunning()) {
         setStatus(u"engine.starting"_s);
@@ -148,7 +153,12 @@ void TranslationEngine::checkBackendStatus() {
     }
 }
 
+void TranslationEngine::startStatusCheckTimer() {
+    checkTimer_.start(environment_.timings.liveness);
+}
+
 void TranslationEngine::checkLiveness() {
+    ORV_ON_MAIN();
     refreshMayOutlive();
     if (isPortInUse()) {
         return;
@@ -159,6 +169,7 @@ void TranslationEngine::checkLiveness() {
 }
 
 void TranslationEngine::childFinished(quint64 launch, int status) {
+    ORV_ON_MAIN();
     // The process object has nothing more to tell; from here on there is none.
     if (child_.launch == launch) {
         child_ = {};
@@ -177,6 +188,7 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
 }
 
 void TranslationEngine::stopBackend() {
+    ORV_ON_MAIN();
     startsWhenInstalled_ = false;
     if (!isRunning_ && !child_.isRunning()) {
         logLine(u"Backend läuft nicht");
@@ -205,11 +217,13 @@ void TranslationEngine::afterPause(void (TranslationEngine::*step)()) {
 }
 
 void TranslationEngine::stopWithInterrupt() {
+    ORV_ON_MAIN();
     interruptIfRunning();
     afterPause(&TranslationEngine::stopWithKill);
 }
 
 void TranslationEngine::stopWithKill() {
+    ORV_ON_MAIN();
     killIfRunning();
     retireChild();
     setState(false, u"engine.stopped"_s);
@@ -259,6 +273,7 @@ void TranslationEngine::retireChild() {
 }
 
 void TranslationEngine::leaveRunning() {
+    ORV_ON_MAIN();
     if (isBeingStopped()) {
         return;
     }
@@ -269,12 +284,14 @@ void TranslationEngine::leaveRunning() {
 }
 
 void TranslationEngine::refreshMayOutlive() {
+    ORV_ON_MAIN();
     if (child_.process && !leftRunning_) {
         child_.process->setMayOutlive(!isBeingStopped() && environment_.mayOutlive());
     }
 }
 
 void TranslationEngine::retranslate() {
+    ORV_ON_MAIN();
     Q_EMIT statusMessageChanged(statusMessage());
 }
 
@@ -320,6 +337,7 @@ void TranslationEngine::installBackend() {
 }
 
 void TranslationEngine::installationEnded(bool installed, const QString& reason) {
+    ORV_ON_MAIN();
     if (installed) {
         // What the user had asked for before the installation came up.
         if (startsWhenInstalled_) {

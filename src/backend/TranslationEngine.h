@@ -3,6 +3,7 @@
 #include "BackendControl.h"
 #include "BackendInstaller.h"
 #include "ChildProcess.h"
+#include "TextLookup.h"
 
 #include <QDeadlineTimer>
 #include <QObject>
@@ -35,8 +36,8 @@ struct BackendEnvironment {
     QString script;      ///< Absolute path of the server's program.
     PortProbe& probe;
     Dialogs& dialogs;
-    std::function<QString(const QString& key)> text; ///< Looks a text of the interface up.
-    std::function<bool()> networkAccess;             ///< Whether others may reach the backend.
+    TextLookup text;
+    std::function<bool()> networkAccess; ///< Whether others may reach the backend.
 
     /// Whether the backend may go on running should the program be killed. A program that ends in
     /// order says so with `leaveRunning` instead.
@@ -49,8 +50,8 @@ struct BackendEnvironment {
     quint16 port = 8765;
 };
 
-/// Starts, watches and stops the speech server: a Python program that listens on a TCP port. The
-/// supervisor does not talk to it; it knows the server as a child process and as something that
+/// The supervisor of the speech server: starts, watches and stops a Python program that listens on
+/// a TCP port. It does not talk to the server; it knows it as a child process and as something that
 /// uses the port. A server that it finds running already is adopted: reported as running, never
 /// sent a signal.
 ///
@@ -119,6 +120,8 @@ class TranslationEngine : public QObject, public BackendControl {
     void launchBackend();
     void checkBackendStatus();
     void checkLater(std::chrono::milliseconds delay);
+    /// Looks at the port every `timings.liveness`, counted anew from now.
+    void startStatusCheckTimer();
     void checkLiveness();
     void childFinished(quint64 launch, int status);
     void stopWithInterrupt();

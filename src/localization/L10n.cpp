@@ -1,5 +1,7 @@
 #include "L10n.h"
 
+#include "ThreadChecks.h"
+
 #include <QLocale>
 
 #include <array>
@@ -52,6 +54,7 @@ UILanguage L10n::chosenLanguage() const {
 }
 
 void L10n::followChoice() {
+    ORV_ON_MAIN();
     const UILanguage language = chosenLanguage();
     if (std::exchange(current_, language) != language) {
         Q_EMIT currentChanged();
@@ -74,6 +77,7 @@ const std::map<UILanguage::Case, StringTable>& L10n::strings() {
 }
 
 QString L10n::s(const QString& key) const {
+    ORV_ON_MAIN();
     if (const auto text = lookUp(current_, key)) {
         return *text;
     }
@@ -81,12 +85,14 @@ QString L10n::s(const QString& key) const {
 }
 
 QString L10n::platformText(const QString& key) const {
+    ORV_ON_MAIN();
     const QString variant = key + platformSuffix;
     const QString text = s(variant);
     return text == variant ? s(key) : text;
 }
 
 void L10n::setCurrent(UILanguage language) {
+    ORV_ON_MAIN();
     choice_.set(language.rawValue());
 }
 

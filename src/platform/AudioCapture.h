@@ -14,6 +14,8 @@
 
 namespace orv {
 
+class SerialQueue;
+
 /// Whether the person at the machine allows the program to listen.
 enum class CaptureAuthorization { NotDetermined, Restricted, Denied, Authorized };
 
@@ -157,7 +159,8 @@ class AudioCapture {
 };
 
 /// The sound services of this machine. Returns at once; the service is contacted in the background
-/// and reconnected to whenever it goes away.
-std::unique_ptr<AudioCapture> createSystemAudioCapture();
+/// and reconnected to whenever it goes away. `disk` is the queue for files and outlives the
+/// services.
+std::unique_ptr<AudioCapture> createSystemAudioCapture(SerialQueue& disk);
 
 } // namespace orv

@@ -47,9 +47,10 @@ QList<AudioDevice> inputDevices(const std::vector<PulseSource>& sources) {
 
 } // namespace
 
-PulseAudioCapture::PulseAudioCapture(PulseOptions options, RunningAppPlaces places)
+PulseAudioCapture::PulseAudioCapture(SerialQueue& disk, PulseOptions options,
+                                     RunningAppPlaces places)
     : connection_(std::make_shared<PulseConnection>(std::move(options)))
-    , scanner_(std::make_shared<RunningAppScanner>(std::move(places))) {
+    , scanner_(std::make_shared<RunningAppScanner>(disk, std::move(places))) {
     settle_.setSingleShot(true);
     settle_.setInterval(50ms);
     QObject::connect(&settle_, &QTimer::timeout, &context_, [this] {
@@ -167,8 +168,8 @@ void PulseAudioCapture::tellListsChanged() {
     });
 }
 
-std::unique_ptr<AudioCapture> createSystemAudioCapture() {
-    return std::make_unique<PulseAudioCapture>();
+std::unique_ptr<AudioCapture> createSystemAudioCapture(SerialQueue& disk) {
+    return std::make_unique<PulseAudioCapture>(disk);
 }
 
 } // namespace orv

@@ -15,8 +15,9 @@ namespace orv {
 /// itself, or PipeWire). A missing server is looked for again and again, in the background.
 class PulseAudioCapture final : public AudioCapture, private PulseListener {
   public:
-    explicit PulseAudioCapture(PulseOptions options = {},
-                               RunningAppPlaces places = RunningAppPlaces::ofThisMachine());
+    /// The queue for files outlives the object.
+    PulseAudioCapture(SerialQueue& disk, PulseOptions options = {},
+                      RunningAppPlaces places = RunningAppPlaces::ofThisMachine());
     ~PulseAudioCapture() override;
 
     /// Authorized when the server can be reached, else Denied.

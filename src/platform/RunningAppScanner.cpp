@@ -1,12 +1,14 @@
 #include "RunningAppScanner.h"
 
 #include "DesktopEntry.h"
+#include "SerialQueue.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QPointer>
 #include <QSet>
 #include <QStandardPaths>
 
@@ -76,15 +78,16 @@ QList<RunningApp> scanRunningApps(const RunningAppPlaces& places) {
     return apps;
 }
 
-RunningAppScanner::RunningAppScanner(RunningAppPlaces places)
-    : places_(std::move(places))
-    , queue_(u"io.tavrin.orv.running-apps"_s) {}
+RunningAppScanner::RunningAppScanner(SerialQueue& disk, RunningAppPlaces places)
+    : disk_(disk)
+    , places_(std::move(places)) {}
 
 void RunningAppScanner::scan(QObject* context, std::function<void(const QList<RunningApp>&)> done) {
-    queue_.post([this, receiver = QPointer(context), done = std::move(done)]() mutable {
+    disk_.post([places = places_, back = back_.handle(), receiver = QPointer(context),
+                done = std::move(done)]() mutable {
         // The receiver is looked at on its own thread only.
-        post(&context_, [receiver = std::move(receiver), done = std::move(done),
-                         apps = scanRunningApps(places_)] {
+        back.post([receiver = std::move(receiver), done = std::move(done),
+                   apps = scanRunningApps(places)] {
             if (receiver) {
                 done(apps);
             }

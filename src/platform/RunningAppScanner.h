@@ -1,18 +1,18 @@
 #pragma once
 
-#include "Post.h"
+#include "PostTarget.h"
 #include "RunningApp.h"
-#include "SerialQueue.h"
 
 #include <QList>
 #include <QObject>
-#include <QPointer>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
 
 namespace orv {
+
+class SerialQueue;
 
 /// Where running programs and installed applications are found.
 struct RunningAppPlaces {
@@ -29,19 +29,20 @@ struct RunningAppPlaces {
 /// is the program's file name. Reads the disk.
 QList<RunningApp> scanRunningApps(const RunningAppPlaces& places);
 
-/// Does that on a queue of its own.
+/// Looks for running programs on the queue for files.
 class RunningAppScanner {
   public:
-    explicit RunningAppScanner(RunningAppPlaces places);
+    /// The queue outlives the scanner. Answers go to the current thread.
+    RunningAppScanner(SerialQueue& disk, RunningAppPlaces places);
 
-    /// Calls `done` later on the thread of `context`, which is the caller's, unless `context` is
-    /// destroyed before.
+    /// Calls `done` later on the thread of `context`, which is the scanner's, unless `context` or
+    /// the scanner is destroyed before.
     void scan(QObject* context, std::function<void(const QList<RunningApp>&)> done);
 
   private:
+    SerialQueue& disk_;
     const RunningAppPlaces places_;
-    QObject context_; ///< Carries answers to the thread that made this object.
-    SerialQueue queue_;
+    PostTarget back_;
 };
 
 } // namespace orv

@@ -29,7 +29,8 @@ void sweepTemporaryFiles(const QString& path);
 /// first free of ".corrupt.1", ".corrupt.2" and so on.
 FileProblem keepAsCorrupt(const QString& path);
 
-/// Reads a regular file whole. A file that does not exist gives neither content nor problem.
+/// The whole content of a regular file, or why it could not be read. A file that does not exist
+/// gives neither.
 struct FileContent {
     std::optional<QByteArray> content;
     FileProblem problem;

@@ -2,6 +2,8 @@
 
 #include "AtomicFile.h"
 #include "Log.h"
+#include "SerialQueue.h"
+#include "ThreadChecks.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,10 +11,9 @@
 
 #include <cmath>
 #include <condition_variable>
+#include <future>
 #include <limits>
 #include <mutex>
-#include <pthread.h>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -67,27 +68,27 @@ std::optional<float> toFloat(const QJsonValue& value) {
 
 } // namespace
 
-class DefaultsStore::Private {
+class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
   public:
-    Private(const QString& filePath, Timings timings)
-        : path_(followLinks(filePath))
+    Private(SerialQueue& disk, const QString& filePath, Timings timings)
+        : disk_(disk)
+        , path_(followLinks(filePath))
         , timings_(timings) {
         sweepTemporaryFiles(path_);
         load();
-        writer_ = std::thread([this] { run(); });
     }
 
-    ~Private() {
-        {
-            const std::lock_guard lock(mutex_);
-            finishing_ = true;
-        }
-        wake_.notify_all();
-        writer_.join();
+    /// Waits for the last attempt. Afterwards the disk is left alone.
+    void close() {
+        Q_ASSERT(!disk_.isCurrent());
+        std::promise<void> done;
+        disk_.postUrgent([this, &done] {
+            attempt();
+            isClosed_ = true;
+            done.set_value();
+        });
+        done.get_future().wait();
     }
-
-    Private(const Private&) = delete;
-    Private& operator=(const Private&) = delete;
 
     void registerDefaults(const QList<std::pair<QString, QJsonValue>>& values) {
         const std::lock_guard lock(mutex_);
@@ -130,9 +131,8 @@ class DefaultsStore::Private {
             }
             values_.insert(key, value);
             ++generation_;
-            attemptWanted_ = true;
         }
-        wake_.notify_all();
+        wantAttempt();
     }
 
     void remove(const QString& key) {
@@ -143,9 +143,8 @@ class DefaultsStore::Private {
             }
             values_.remove(key);
             ++generation_;
-            attemptWanted_ = true;
         }
-        wake_.notify_all();
+        wantAttempt();
     }
 
     bool waitUntilWritten(std::chrono::milliseconds limit) {
@@ -155,9 +154,10 @@ class DefaultsStore::Private {
             return true;
         }
         // An attempt that is under way may have begun before the last change: the next one counts.
-        const std::uint64_t deciding = attempts_ + (attempting_ ? 2 : 1);
-        attemptWanted_ = true;
-        wake_.notify_all();
+        const std::uint64_t deciding = attempts_ + (isAttempting_ ? 2 : 1);
+        lock.unlock();
+        wantAttempt();
+        lock.lock();
         attempted_.wait_for(lock, limit,
                             [&] { return written_ >= wanted || attempts_ >= deciding; });
         return written_ >= wanted;
@@ -206,50 +206,61 @@ class DefaultsStore::Private {
         }
     }
 
-    /// The writer's thread.
-    void run() {
-        pthread_setname_np(pthread_self(), "orv-defaults");
+    /// Callable from any thread. Wishes that come before the disk takes notice are one.
+    void wantAttempt() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (std::exchange(attemptWanted_, true)) {
+                return;
+            }
+        }
+        disk_.postUrgent([self = weak_from_this()] {
+            if (const auto store = self.lock()) {
+                store->attempt();
+            }
+        });
+    }
+
+    /// Carries the values to the disk, unless it has them already.
+    void attempt() {
+        ORV_ON(disk_);
         std::unique_lock lock(mutex_);
-        while (waitForWork(lock)) {
-            const QJsonObject values = values_;
-            const std::uint64_t generation = generation_;
-            attemptWanted_ = false;
-            attempting_ = true;
-            lock.unlock();
-            const FileProblem problem = replace(values);
-            reportChange(problem);
-            lock.lock();
-            attempting_ = false;
-            ++attempts_;
-            if (problem) {
-                attempted_.notify_all();
-                if (finishing_) {
-                    return;
-                }
-                continue;
-            }
+        attemptWanted_ = false;
+        if (isClosed_ || written_ == generation_) {
+            return;
+        }
+        const QJsonObject values = values_;
+        const std::uint64_t generation = generation_;
+        isAttempting_ = true;
+        lock.unlock();
+        const FileProblem problem = replace(values);
+        reportChange(problem);
+        lock.lock();
+        isAttempting_ = false;
+        ++attempts_;
+        if (!problem) {
             written_ = generation;
-            const WrittenObserver observer = observer_;
-            lock.unlock();
-            attempted_.notify_all();
-            if (observer) {
-                observer(generation);
-            }
-            lock.lock();
+        }
+        const WrittenObserver observer = observer_;
+        lock.unlock();
+        attempted_.notify_all();
+        if (problem) {
+            retryLater();
+        } else if (observer) {
+            observer(generation);
         }
     }
 
-    /// Waits for something to write. False when there is nothing left and the store closes.
-    bool waitForWork(std::unique_lock<std::mutex>& lock) {
-        const auto ready = [this] {
-            return finishing_ || (attemptWanted_ && written_ != generation_);
-        };
-        if (refused_) {
-            wake_.wait_for(lock, timings_.retry, ready); // In vain: try again.
-        } else {
-            wake_.wait(lock, ready);
+    void retryLater() {
+        if (std::exchange(isRetryPosted_, true)) {
+            return;
         }
-        return written_ != generation_;
+        disk_.postAfter(timings_.retry, [self = weak_from_this()] {
+            if (const auto store = self.lock()) {
+                store->isRetryPosted_ = false;
+                store->attempt();
+            }
+        });
     }
 
     FileProblem replace(const QJsonObject& values) {
@@ -273,11 +284,11 @@ class DefaultsStore::Private {
         refused_ = problem.has_value();
     }
 
+    SerialQueue& disk_;
     const QString path_;
     const Timings timings_;
 
     mutable std::mutex mutex_;          ///< Guards everything down to `observer_`.
-    std::condition_variable wake_;      ///< For the writer: something changed.
     std::condition_variable attempted_; ///< For those who wait: an attempt has ended.
     QJsonObject values_;
     QJsonObject registered_;
@@ -285,25 +296,26 @@ class DefaultsStore::Private {
     std::uint64_t generation_ = 0;
     std::uint64_t written_ = 0; ///< The generation that is on the disk.
     std::uint64_t attempts_ = 0;
-    bool attempting_ = false;
-    bool attemptWanted_ = false;
-    bool finishing_ = false;
+    bool isAttempting_ = false;
+    bool attemptWanted_ = false; ///< An attempt is on its way to the queue.
     WrittenObserver observer_;
 
-    // The writer's own.
+    // The queue's own.
     bool refused_ = false;
+    bool isRetryPosted_ = false;
     bool mustKeepFirst_ = false; ///< An unusable file still lies at `path_`.
-
-    std::thread writer_;
+    bool isClosed_ = false;
 };
 
-DefaultsStore::DefaultsStore(const QString& filePath)
-    : DefaultsStore(filePath, Timings{}) {}
+DefaultsStore::DefaultsStore(SerialQueue& disk, const QString& filePath)
+    : DefaultsStore(disk, filePath, Timings{}) {}
 
-DefaultsStore::DefaultsStore(const QString& filePath, Timings timings)
-    : d_(std::make_unique<Private>(filePath, timings)) {}
+DefaultsStore::DefaultsStore(SerialQueue& disk, const QString& filePath, Timings timings)
+    : d_(std::make_shared<Private>(disk, filePath, timings)) {}
 
-DefaultsStore::~DefaultsStore() = default;
+DefaultsStore::~DefaultsStore() {
+    d_->close();
+}
 
 void DefaultsStore::registerDefaults(const QList<std::pair<QString, QJsonValue>>& values) {
     d_->registerDefaults(values);

@@ -13,13 +13,16 @@
 
 namespace orv {
 
+class SerialQueue;
+
 /// The user's persisted values, one JSON object in one file: key to value with its real type.
 ///
-/// Every write changes the values in memory at once and is carried to the disk by a thread of the
-/// store's own, which replaces the file atomically (mode 0600, missing folders are made); writes
-/// that come faster than the disk share one replacement. All operations may be called from any
-/// thread and none waits for the disk, except the constructor, which reads the file,
-/// `waitUntilWritten` and the destructor.
+/// Every write changes the values in memory at once and is carried to the disk by the queue for
+/// files, which replaces the file atomically (mode 0600, missing folders are made); writes that
+/// come faster than the disk share one replacement. The queue is shared with jobs on other files:
+/// the store's are urgent, so that a write waits for one such job at most, the one under way. All
+/// operations may be called from any thread and none waits for the disk, except the constructor,
+/// which reads the file, `waitUntilWritten` and the destructor.
 ///
 /// When the disk refuses (read-only, full), one line says so, and one more when it takes the values
 /// again; in between they stay in memory and are tried again with each later write, at regular
@@ -37,16 +40,16 @@ class DefaultsStore {
         std::chrono::milliseconds retry = std::chrono::seconds(30);
     };
 
-    /// Reads `filePath`; where it is a symbolic link, the file behind it. A missing file is an
-    /// empty store. A file that cannot be read or holds no JSON object is kept beside it under the
-    /// suffix
+    /// The queue outlives the store. Reads `filePath`; where it is a symbolic link, the file behind
+    /// it. A missing file is an empty store. A file that cannot be read or holds no JSON object is
+    /// kept beside it under the suffix
     /// ".corrupt" (an earlier one of that name gets a number), a line says so, and the store starts
     /// empty; should it be impossible to keep it, it stays where it is and is never written over.
     /// Temporary files that a killed process left behind are removed.
-    explicit DefaultsStore(const QString& filePath);
-    DefaultsStore(const QString& filePath, Timings timings);
+    DefaultsStore(SerialQueue& disk, const QString& filePath);
+    DefaultsStore(SerialQueue& disk, const QString& filePath, Timings timings);
 
-    /// Waits until everything has been written, or has been refused once more.
+    /// Waits until everything has been written, or has been refused once more. Not on the queue.
     ~DefaultsStore();
 
     DefaultsStore(const DefaultsStore&) = delete;
@@ -89,13 +92,13 @@ class DefaultsStore {
     std::uint64_t generation() const;
 
     /// Receives the number of changes that have reached the disk, after each replacement of the
-    /// file, on the store's own thread.
+    /// file, on the queue.
     using WrittenObserver = std::function<void(std::uint64_t generation)>;
     void setWrittenObserver(WrittenObserver observer);
 
   private:
     class Private;
-    std::unique_ptr<Private> d_;
+    std::shared_ptr<Private> d_; ///< Its jobs on the queue hold it weakly.
 };
 
 } // namespace orv

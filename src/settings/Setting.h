@@ -2,12 +2,12 @@
 
 #include "SettingDeclaration.h"
 #include "StoredValue.h"
+#include "ThreadChecks.h"
 
 #include <QJsonValue>
 #include <QObject>
 #include <QString>
 
-#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -16,8 +16,8 @@ namespace orv {
 
 class DefaultsStore;
 
-/// A setting, whatever the type of its value. Lives on the main thread, as everything does that is
-/// told of it.
+/// The base of every setting: what is known of it without the type of its value. Lives on the main
+/// thread, as everything does that is told of it.
 class AnySetting : public QObject {
     Q_OBJECT
 
@@ -40,8 +40,8 @@ class AnySetting : public QObject {
     /// outlives the setting.
     void keepIn(DefaultsStore& store);
 
-    /// Takes the stored value over if the declaration wants it; nobody is told and nothing written.
-    /// True when it was taken.
+    /// Takes the stored value over if there is one and the declaration accepts it, without telling
+    /// anybody and without writing. True when it did.
     virtual bool takeStored() = 0;
 
     /// Writes and tells the value as an assignment of it does.
@@ -72,7 +72,10 @@ class Setting : public AnySetting {
         list.push_back(this);
     }
 
-    const T& get() const { return value_; }
+    const T& get() const {
+        ORV_ON_MAIN();
+        return value_;
+    }
 
     /// The value when nothing is stored or registered.
     const T& initial() const { return declaration_.initial; }
@@ -80,13 +83,16 @@ class Setting : public AnySetting {
     /// Stores the value, writes it to the store and then tells who watches, also when the value is
     /// the same as before.
     void set(T value) {
+        ORV_ON_MAIN();
         value_ = std::move(value);
         assignAgain();
     }
 
     /// Calls `callback` with the value after each assignment, as long as `context` lives. See
     /// `assigned` for the order.
-    void watch(QObject* context, std::function<void(const T& value)> callback) const {
+    template <typename Callback>
+    void watch(QObject* context, Callback callback) const {
+        ORV_ON_MAIN();
         connect(this, &AnySetting::assigned, context, [this, callback = std::move(callback)] {
             const T value = value_; // The callback may assign another one.
             callback(value);
@@ -117,6 +123,7 @@ class Setting : public AnySetting {
     }
 
     bool takeStored() override {
+        ORV_ON_MAIN();
         if constexpr (Storable<T>) {
             if (store() != nullptr) {
                 const auto stored = StoredValue<T>::read(*store(), key());
@@ -130,6 +137,7 @@ class Setting : public AnySetting {
     }
 
     void assignAgain() override {
+        ORV_ON_MAIN();
         if constexpr (Storable<T>) {
             if (store() != nullptr) {
                 StoredValue<T>::write(*store(), key(), value_);
@@ -144,7 +152,12 @@ class Setting : public AnySetting {
 };
 
 /// Calls `show` after each assignment of one of `settings`, as long as `context` lives.
-void watchAll(const std::vector<const AnySetting*>& settings, QObject* context,
-              const std::function<void()>& show);
+template <typename Show>
+void watchAll(const std::vector<const AnySetting*>& settings, QObject* context, const Show& show) {
+    ORV_ON_MAIN();
+    for (const AnySetting* setting : settings) {
+        QObject::connect(setting, &AnySetting::assigned, context, show);
+    }
+}
 
 } // namespace orv

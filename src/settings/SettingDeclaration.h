@@ -18,7 +18,7 @@ enum class Keeping {
 /// Where a setting is made. In the order of the documentation.
 enum class SettingPlace { General, Engines, Whisper, Panel };
 
-/// A setting in the documentation; without `what` it has no row there.
+/// What the documentation says of a setting; without `what` it has no row there.
 struct SettingNote {
     const char* what = nullptr;                 ///< What is chosen.
     SettingPlace place = SettingPlace::General; ///< The tab of the settings window, or the panel.
@@ -26,16 +26,16 @@ struct SettingNote {
     const char* fallback = nullptr; ///< What holds without a choice, when the default says it not.
 };
 
-/// A value for those who never chose, told to the store before the settings are loaded. A loaded
-/// setting takes it for a stored one.
+/// A setting's value for users who never chose one, registered with the store before the settings
+/// are loaded. A loaded setting takes it for a stored one.
 template <typename T>
 struct Registered {
     int position = 0; ///< In the order of registration, from 1.
     T value = {};
 };
 
-/// Everything about one setting, said once: the list of settings loads, writes, registers and
-/// documents by it.
+/// The declaration of one setting, which says everything about it once: the list of settings loads,
+/// writes, registers and documents by it.
 template <typename T>
 struct SettingDeclaration {
     QString key = {}; ///< In the store; empty for a setting that is never kept.

@@ -7,9 +7,9 @@
 
 namespace orv {
 
-/// What makes an object the one that its class's `shared()` gives, for as long as it lives. The
-/// object has it as its last member, so that it is found once its other members are made and no
-/// more when they go.
+/// A member that makes its owner the object that the class's `shared()` gives, for as long as it
+/// lives. The object has it as its last member, so that it is found once its other members are made
+/// and no more when they go.
 ///
 /// The running program makes one object of such a class. Where there are several, as in tests, the
 /// newest is found; when that goes, the newest of the others is found again.

@@ -1,6 +1,7 @@
 #include "TranslationSettings.h"
 
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <map>
 #include <utility>
@@ -22,6 +23,7 @@ TranslationSettings::TranslationSettings(DefaultsStore& store,
 }
 
 void TranslationSettings::load(DefaultsStore& store) {
+    ORV_ON_MAIN();
     std::vector<AnySetting*> toWriteBack;
     for (AnySetting* setting : all()) {
         setting->keepIn(store);

@@ -19,16 +19,6 @@ EventLoopThread::~EventLoopThread() {
     thread_.join();
 }
 
-void EventLoopThread::sync(std::function<void()> work) {
-    Q_ASSERT(!isCurrent());
-    std::promise<void> done;
-    post([&] {
-        work();
-        done.set_value();
-    });
-    done.get_future().wait();
-}
-
 void EventLoopThread::run(const QString& label, std::promise<void>& ready) {
     // 15 characters are as many as Linux keeps.
     pthread_setname_np(pthread_self(), label.right(15).toUtf8().constData());

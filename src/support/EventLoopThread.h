@@ -5,7 +5,6 @@
 #include <QObject>
 #include <QString>
 
-#include <functional>
 #include <future>
 #include <thread>
 #include <utility>
@@ -34,7 +33,16 @@ class EventLoopThread {
     }
 
     /// Posts `work` and waits for it. Must not be called on the thread itself.
-    void sync(std::function<void()> work);
+    template <typename Work>
+    void sync(Work&& work) {
+        Q_ASSERT(!isCurrent());
+        std::promise<void> done;
+        post([&] {
+            work();
+            done.set_value();
+        });
+        done.get_future().wait();
+    }
 
     /// True on the thread itself.
     bool isCurrent() const { return std::this_thread::get_id() == thread_.get_id(); }

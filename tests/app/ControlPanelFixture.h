@@ -13,6 +13,7 @@
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
 #include "Quit.h"
+#include "SerialQueue.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -45,6 +46,8 @@ class FakePortProbe : public PortProbe {
 class ControlPanelFixture : public ::testing::Test {
   protected:
     ControlPanelFixture() {
+        QObject::connect(&panel, &ControlPanel::settingsWanted, &panel,
+                         [this] { ++settingsShown; });
         panel.show();
         drainEvents();
     }
@@ -119,7 +122,8 @@ class ControlPanelFixture : public ::testing::Test {
     Look look{appearance};
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, folder.path() + QStringLiteral("/defaults.json")};
     TranslationSettings settings{store};
     L10n l10n{settings.uiLanguage, QStringLiteral("en")};
     const EngineCatalogue engines;
@@ -139,14 +143,13 @@ class ControlPanelFixture : public ::testing::Test {
                                         .engines = engines,
                                         .showNotice = {},
                                         .transcriptFolder = folder.path()}};
-    Quit quit{engine, [] {}, {.panel = std::chrono::milliseconds(1)}};
+    Quit quit{engine, {.panel = std::chrono::milliseconds(1)}};
     TranslationController controller{
         ControllerEnvironment{.settings = settings,
                               .capture = capture,
                               .backend = engine,
                               .dialogs = dialogs,
                               .text = [this](const QString& key) { return text(key); },
-                              .endSubtitles = [] {},
                               .quit = quit,
                               .timings = {.captureStart = std::chrono::milliseconds(1)}}};
     VmixTracking vmix{settings};
@@ -156,8 +159,7 @@ class ControlPanelFixture : public ::testing::Test {
                         .engine = engine,
                         .controller = controller,
                         .l10n = l10n,
-                        .vmix = vmix,
-                        .showSettings = [this] { ++settingsShown; }}};
+                        .vmix = vmix}};
 };
 
 } // namespace orv::test

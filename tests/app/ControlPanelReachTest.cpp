@@ -1,7 +1,7 @@
 // Whether everybody can read and reach what is on the panel.
 
-#include "AccessibleTree.h"
 #include "ControlPanelFixture.h"
+#include "MissingChildren.h"
 #include "ReadingText.h"
 
 #include <QAccessible>

@@ -7,6 +7,7 @@
 #include "OverlayServer.h"
 #include "Ports.h"
 #include "Quit.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "UpdateChecker.h"
 
@@ -33,31 +34,31 @@ class DelegateFixture : public ::testing::Test {
                               .updateURLs = updateURLs,
                               .opener = opener,
                               .timings = {.answer = std::chrono::seconds(10)}});
-        quit = std::make_unique<Quit>(
-            backend, [this] { ++terminations; }, quitTimings);
-        delegate = std::make_unique<AppDelegate>(DelegateEnvironment{
-            .settings = settings,
-            .tray = tray,
-            .panel = panel,
-            .backend = backend,
-            .quit = *quit,
-            .updates = *updates,
-            .overlayServer = overlayServer,
-            .userNotifications = userNotifications,
-            .dialogs = dialogs,
-            .opener = opener,
-            .text = keyAsText,
-            .makeSettings =
-                [this] {
-                    auto window = std::make_unique<QWidget>();
-                    settingsWindows.append(window.get());
-                    return window;
-                },
-            .trayChanged =
-                [this](bool available) {
-                    panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
-                },
-            .timings = timings});
+        quit = std::make_unique<Quit>(backend, quitTimings);
+        QObject::connect(quit.get(), &Quit::terminationDue, quit.get(), [this] { ++terminations; });
+        delegate = std::make_unique<AppDelegate>(
+            DelegateEnvironment{.settings = settings,
+                                .statusItem = tray,
+                                .panel = panel,
+                                .translationEngine = backend,
+                                .quit = *quit,
+                                .updateChecker = *updates,
+                                .overlayServer = overlayServer,
+                                .userNotifications = userNotifications,
+                                .dialogs = dialogs,
+                                .opener = opener,
+                                .text = keyAsText,
+                                .makeSettings =
+                                    [this] {
+                                        auto window = std::make_unique<QWidget>();
+                                        settingsWindows.append(window.get());
+                                        return window;
+                                    },
+                                .timings = timings});
+        QObject::connect(delegate.get(), &AppDelegate::trayAvailabilityChanged, delegate.get(),
+                         [this](bool available) {
+                             panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
+                         });
         delegate->applicationDidFinishLaunching();
     }
 
@@ -69,7 +70,8 @@ class DelegateFixture : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + QStringLiteral("/defaults.json")};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, folder.path() + QStringLiteral("/defaults.json")};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
     TranslationSettings settings{store};
     OverlayServer overlayServer;

@@ -1,12 +1,15 @@
 #include "Look.h"
 
+#include "Buttons.h"
+#include "Card.h"
 #include "NullAppearance.h"
 #include "OrvaneStyle.h"
-#include "Pieces.h"
 #include "PortalAppearance.h"
 #include "SegmentedControl.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Symbols.h"
+#include "TextLabels.h"
+#include "Theme.h"
 #include "ToneLabel.h"
 #include "WaitUntil.h"
 

@@ -22,7 +22,10 @@ namespace {
 
 class PanelWindowTest : public ::testing::Test {
   protected:
-    PanelWindowTest() { content->setMinimumSize(300, 400); }
+    PanelWindowTest() {
+        content->setMinimumSize(300, 400);
+        QObject::connect(&window, &PanelWindow::endWanted, &window, [this] { ++ends; });
+    }
 
     /// Closing by the window manager, or by the window's own button.
     bool closeFromOutside() { return static_cast<QWidget&>(window).close(); }
@@ -31,7 +34,7 @@ class PanelWindowTest : public ::testing::Test {
     CloseAction closing = CloseAction::Hide;
     int ends = 0;
     /// A click counts as the one that closed it however long it takes to come.
-    PanelWindow window{content, [this] { return closing; }, [this] { ++ends; }, 1h};
+    PanelWindow window{content, [this] { return closing; }, 1h};
 };
 
 TEST_F(PanelWindowTest, isHiddenUntilItIsAskedFor) {

@@ -21,11 +21,12 @@ class StubbornWindow : public QWidget {
     }
 };
 
-TEST(SessionEnd, isACallAndAsksNoWindow) {
+TEST(SessionEnd, isASignalAndAsksNoWindow) {
     StubbornWindow window;
     window.show();
     int requests = 0;
-    const SessionEnd sessionEnd([&] { ++requests; });
+    const SessionEnd sessionEnd;
+    QObject::connect(&sessionEnd, &SessionEnd::requested, &window, [&] { ++requests; });
     // The session's manager sends the application this event.
     QEvent quit(QEvent::Quit);
     QCoreApplication::sendEvent(QCoreApplication::instance(), &quit);

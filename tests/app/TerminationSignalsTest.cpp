@@ -14,7 +14,9 @@ class TerminationSignalsTest : public ::testing::TestWithParam<int> {};
 
 TEST_P(TerminationSignalsTest, askForAnEndInsteadOfEnding) {
     int requests = 0;
-    const TerminationSignals signals([&] { ++requests; });
+    const TerminationSignals signals;
+    const QObject here;
+    QObject::connect(&signals, &TerminationSignals::requested, &here, [&] { ++requests; });
     ASSERT_EQ(::raise(GetParam()), 0);
     EXPECT_EQ(requests, 0) << "the request comes through the event loop";
     EXPECT_TRUE(waitUntil([&] { return requests == 1; }));
@@ -28,9 +30,7 @@ INSTANTIATE_TEST_SUITE_P(Handled, TerminationSignalsTest,
 TEST(TerminationSignals, haveTheirDefaultMeaningAfterwards) {
     EXPECT_EXIT(
         {
-            {
-                const TerminationSignals signals([] {});
-            }
+            { const TerminationSignals signals; }
             ::raise(SIGTERM);
         },
         ::testing::KilledBySignal(SIGTERM), "");

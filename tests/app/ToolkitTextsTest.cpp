@@ -2,6 +2,7 @@
 
 #include "DefaultsStore.h"
 #include "L10n.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QAction>
@@ -37,7 +38,8 @@ class ToolkitTextsTest : public ::testing::Test {
     }
 
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
     L10n l10n{settings.uiLanguage, u"en"_s};
 };

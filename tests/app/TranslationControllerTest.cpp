@@ -4,6 +4,7 @@
 #include "Fakes.h"
 #include "LogCapture.h"
 #include "Quit.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 
@@ -25,20 +26,23 @@ namespace {
 
 class TranslationControllerTest : public ::testing::Test {
   protected:
-    TranslationControllerTest() { make({.captureStart = 1ms}); }
+    TranslationControllerTest() {
+        QObject::connect(&quit, &Quit::terminationDue, &quit, [this] { ++terminations; });
+        make({.captureStart = 1ms});
+    }
 
     void make(ControllerTimings timings) {
-        controller.emplace(
-            ControllerEnvironment{.settings = settings,
-                                  .capture = capture,
-                                  .backend = backend,
-                                  .dialogs = dialogs,
-                                  .text = keyAsText,
-                                  .endSubtitles = [this] { subtitlesEnded.append(posted.size()); },
-                                  .quit = quit,
-                                  .timings = timings});
+        controller.emplace(ControllerEnvironment{.settings = settings,
+                                                 .capture = capture,
+                                                 .backend = backend,
+                                                 .dialogs = dialogs,
+                                                 .text = keyAsText,
+                                                 .quit = quit,
+                                                 .timings = timings});
         QObject::connect(&*controller, &TranslationController::TranslationStatusChanged,
                          &*controller, [this](bool translating) { posted.append(translating); });
+        QObject::connect(&*controller, &TranslationController::subtitlesEnded, &*controller,
+                         [this] { subtitlesEnded.append(posted.size()); });
     }
 
     bool waitForCapture() {
@@ -47,7 +51,8 @@ class TranslationControllerTest : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.path() + u"/defaults.json"_s};
     TranslationSettings settings{store};
     FakeCapture capture;
     FakeBackend backend;
@@ -55,8 +60,7 @@ class TranslationControllerTest : public ::testing::Test {
     QList<bool> posted;
     QList<qsizetype> subtitlesEnded; ///< After how many announcements.
     int terminations = 0;
-    Quit quit{
-        backend, [this] { ++terminations; }, {.secondStop = 1ms, .terminate = 1ms, .panel = 1ms}};
+    Quit quit{backend, {.secondStop = 1ms, .terminate = 1ms, .panel = 1ms}};
     std::optional<TranslationController> controller;
 };
 
@@ -143,7 +147,7 @@ TEST_F(TranslationControllerTest, writesBothOptionsToTheStore) {
     backend.running = true;
     controller->startTranslation();
     ASSERT_TRUE(store.waitUntilWritten());
-    const DefaultsStore reread(folder.path() + u"/defaults.json"_s);
+    const DefaultsStore reread(disk, folder.path() + u"/defaults.json"_s);
     EXPECT_EQ(reread.boolean(u"showOverlay"_s), true);
     EXPECT_EQ(reread.boolean(u"speakTranslations"_s), false);
 }

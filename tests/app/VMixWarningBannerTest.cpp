@@ -3,6 +3,7 @@
 #include "DefaultsStore.h"
 #include "L10n.h"
 #include "LogCapture.h"
+#include "SerialQueue.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
 #include "VmixTracking.h"
@@ -53,7 +54,8 @@ class VMixWarningBannerTest : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.path() + u"/defaults.json"_s};
     TranslationSettings settings{store};
     L10n l10n{settings.uiLanguage, u"en"_s};
     QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc());

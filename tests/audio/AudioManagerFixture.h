@@ -6,6 +6,7 @@
 #include "FakeEngine.h"
 #include "LogCapture.h"
 #include "NullAudioCapture.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 #include "WebSocketPeer.h"
@@ -42,7 +43,8 @@ class AudioManagerFixture : public testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(QStringLiteral("defaults.json"))};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, folder.filePath(QStringLiteral("defaults.json"))};
     TranslationSettings settings{store};
     NullAudioCapture capture;
     WebSocketPeer backend;

@@ -6,6 +6,7 @@
 #include "LogCapture.h"
 #include "PrivatePulse.h"
 #include "PulseAudioCapture.h"
+#include "SerialQueue.h"
 #include "Tones.h"
 #include "WaitUntil.h"
 
@@ -33,7 +34,7 @@ class CaptureSourcesPulseTest : public testing::Test {
         options.firstReconnect = 20ms;
         options.longestReconnect = 100ms;
         options.retake = 20ms;
-        capture = std::make_unique<orv::PulseAudioCapture>(options, orv::RunningAppPlaces{});
+        capture = std::make_unique<orv::PulseAudioCapture>(disk, options, orv::RunningAppPlaces{});
         ingest.setStreamTap([this](std::span<const float> samples) { heard.add(samples); });
         sources = std::make_unique<CaptureSources>(
             *capture, ingest, orv::CaptureTimings{.firstRetry = 50ms, .longestRetry = 200ms});
@@ -62,6 +63,7 @@ class CaptureSourcesPulseTest : public testing::Test {
     orv::Chunker chunker{[](orv::Chunk&&) {}, orv::Chunker::TimePoint{1000h}};
     orv::AudioIngest ingest{chunker};
     orv::test::SampleCollector heard;
+    orv::SerialQueue disk{u"test.disk"_s};
     std::unique_ptr<orv::PulseAudioCapture> capture;
     std::unique_ptr<CaptureSources> sources;
 };

@@ -2,6 +2,7 @@
 
 #include "DefaultsStore.h"
 #include "EngineCatalogue.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QJsonDocument>
@@ -43,7 +44,8 @@ class ConfigMessage : public testing::Test {
     }
 
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
     const EngineCatalogue engines;
     RunConfiguration run{u"en"_s, u"es"_s, true, false};

@@ -7,6 +7,7 @@
 #include "Log.h"
 #include "NullSpeechSynthesizer.h"
 #include "OverlayWindow.h"
+#include "SerialQueue.h"
 #include "StoredValues.h"
 #include "TranslationSettings.h"
 
@@ -63,7 +64,8 @@ class Lines : public QObject {
 };
 
 int runSubtitles(const QString& storeFile, int hideAfter, bool withVoice) {
-    orv::DefaultsStore store(storeFile);
+    orv::SerialQueue disk(u"test.disk"_s);
+    orv::DefaultsStore store(disk, storeFile);
     const std::unique_ptr<orv::SpeechSynthesizer> speech =
         withVoice ? orv::createSystemSpeechSynthesizer()
                   : std::make_unique<orv::NullSpeechSynthesizer>();

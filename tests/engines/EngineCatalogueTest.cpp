@@ -1,6 +1,7 @@
 #include "EngineCatalogue.h"
 
 #include "DefaultsStore.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QSet>
@@ -65,7 +66,8 @@ TEST(EngineCatalogue, fallsBackToAnEngineWithoutCredentials) {
 
 TEST(EngineDescriptor, tellsWhichCredentialIsMissing) {
     const QTemporaryDir folder;
-    DefaultsStore store(folder.filePath(u"defaults.json"_s));
+    SerialQueue disk(u"test.disk"_s);
+    DefaultsStore store(disk, folder.filePath(u"defaults.json"_s));
     TranslationSettings settings(store);
     const EngineCatalogue catalogue;
     const EngineDescriptor& google = *catalogue.find(u"google_grpc"_s);

@@ -1,6 +1,7 @@
 #include "L10n.h"
 
 #include "LogCapture.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QTemporaryDir>
@@ -21,7 +22,7 @@ class L10nTest : public ::testing::Test {
         l10n_.reset();
         settings_.reset();
         store_.reset();
-        store_ = std::make_unique<DefaultsStore>(home_.filePath(u"defaults.json"_s));
+        store_ = std::make_unique<DefaultsStore>(disk_, home_.filePath(u"defaults.json"_s));
     }
 
     L10n& make(const QString& systemLanguage) {
@@ -33,6 +34,7 @@ class L10nTest : public ::testing::Test {
 
     LogCapture log_;
     QTemporaryDir home_;
+    SerialQueue disk_{u"test.disk"_s};
     std::unique_ptr<DefaultsStore> store_;
     std::unique_ptr<TranslationSettings> settings_;
     std::unique_ptr<L10n> l10n_;

@@ -1,5 +1,6 @@
 #include "OverlayAppearance.h"
 
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QTemporaryDir>
@@ -15,7 +16,8 @@ namespace {
 class OverlayAppearanceTest : public ::testing::Test {
   protected:
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
 };
 

@@ -1,6 +1,7 @@
 #include "OverlayDefaults.h"
 #include "OverlayAppearance.h"
 
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QTemporaryDir>
@@ -16,7 +17,8 @@ namespace {
 class OverlayDefaultsTest : public ::testing::Test {
   protected:
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.path() + u"/defaults.json"_s};
     TranslationSettings settings{store};
 };
 

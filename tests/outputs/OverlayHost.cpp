@@ -8,6 +8,7 @@
 #include "DefaultsStore.h"
 #include "Log.h"
 #include "OverlayServer.h"
+#include "SerialQueue.h"
 #include "StoredValues.h"
 #include "TranslationSettings.h"
 
@@ -41,7 +42,8 @@ void obey(const QJsonObject& command, orv::OverlayServer& server, orv::DefaultsS
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QTemporaryDir folder;
-    orv::DefaultsStore store(folder.filePath(u"defaults.json"_s));
+    orv::SerialQueue disk(u"test.disk"_s);
+    orv::DefaultsStore store(disk, folder.filePath(u"defaults.json"_s));
 
     // The line that tells how the start went is the first one, and it comes from another thread.
     std::promise<QString> started;

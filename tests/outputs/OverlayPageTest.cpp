@@ -1,5 +1,6 @@
 #include "OverlayPage.h"
 
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QLocale>
@@ -18,7 +19,8 @@ class OverlayPageTest : public testing::Test {
     QByteArray page() const { return overlayPage(OverlayAppearance::fromSettings(settings)); }
 
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
 };
 

@@ -3,6 +3,7 @@
 #include "DefaultsStore.h"
 #include "LogCapture.h"
 #include "OverlayServer.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 
@@ -52,7 +53,8 @@ class OverlayServerFixture : public testing::Test {
     }
 
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(QStringLiteral("defaults.json"))};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, folder.filePath(QStringLiteral("defaults.json"))};
     TranslationSettings settings{store};
     LogCapture log;
     std::unique_ptr<OverlayServer> server = std::make_unique<OverlayServer>();

@@ -5,6 +5,7 @@
 #include "NameServer.h"
 #include "Ports.h"
 #include "PrivatePulse.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 #include "VRChatMessage.h"
 #include "WaitUntil.h"
@@ -58,7 +59,8 @@ class VRChatOutputTest : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
     QUdpSocket chatbox;
     quint16 sender = 0;

@@ -3,6 +3,7 @@
 #include "LogCapture.h"
 #include "NameServer.h"
 #include "Ports.h"
+#include "SerialQueue.h"
 #include "ServicePeer.h"
 #include "TranslationSettings.h"
 #include "VmixTracking.h"
@@ -95,7 +96,8 @@ class VmixSenderTest : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
     VmixTracking tracking{settings};
     ServicePeer vmix{u"vmix_service.py"_s};

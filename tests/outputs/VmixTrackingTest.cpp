@@ -1,6 +1,7 @@
 #include "VmixTracking.h"
 
 #include "LogCapture.h"
+#include "SerialQueue.h"
 #include "TranslationSettings.h"
 
 #include <QTemporaryDir>
@@ -35,7 +36,8 @@ class VmixTrackingTest : public ::testing::Test {
 
     LogCapture log;
     QTemporaryDir folder;
-    DefaultsStore store{folder.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
     QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc());
     VmixTracking tracking{settings, [this] { return now; }};

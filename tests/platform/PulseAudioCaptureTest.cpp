@@ -37,7 +37,7 @@ TEST_F(PulseAudioCaptureTest, permissionIsThereWhenTheServerCanBeReached) {
 
 TEST_F(PulseAudioCaptureTest, withoutAServerEverythingAnswersAndNothingIsThere) {
     options.server = "unix:" + QFile::encodeName(pulse.folder()) + "/nobody";
-    capture = std::make_unique<PulseAudioCapture>(options, orv::RunningAppPlaces{});
+    capture = std::make_unique<PulseAudioCapture>(disk, options, orv::RunningAppPlaces{});
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
     EXPECT_THAT(inputDevices(), IsEmpty());
     EXPECT_FALSE(capturableApps());
@@ -49,7 +49,7 @@ TEST_F(PulseAudioCaptureTest, withoutAServerEverythingAnswersAndNothingIsThere) 
 
 TEST_F(PulseAudioCaptureTest, aServerThatComesLaterIsFound) {
     pulse.kill();
-    capture = std::make_unique<PulseAudioCapture>(options, orv::RunningAppPlaces{});
+    capture = std::make_unique<PulseAudioCapture>(disk, options, orv::RunningAppPlaces{});
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
     bool available = false;
     capture->setAvailabilityHandler([&](bool is) { available = is; });
@@ -108,7 +108,7 @@ TEST_F(PulseAudioCaptureTest, aRunningApplicationThatPlaysNothingCanBeChosen) {
     ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
     entry.write("[Desktop Entry]\nType=Application\nName=Web\nExec=web\n");
     entry.close();
-    capture = std::make_unique<PulseAudioCapture>(options, places);
+    capture = std::make_unique<PulseAudioCapture>(disk, options, places);
     EXPECT_EQ(capturableApps(), (QList<RunningApp>{{u"web"_s, u"Web"_s}}));
 
     const PulsePlayer other(pulse, toneSamples(700), u"org.one"_s);

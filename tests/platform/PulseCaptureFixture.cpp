@@ -24,7 +24,7 @@ PulseCaptureFixture::PulseCaptureFixture()
     options.firstReconnect = 20ms;
     options.longestReconnect = 200ms;
     options.retake = 20ms;
-    capture = std::make_unique<PulseAudioCapture>(options, RunningAppPlaces{});
+    capture = std::make_unique<PulseAudioCapture>(disk, options, RunningAppPlaces{});
 }
 
 MicrophonePreparation PulseCaptureFixture::prepare(MicrophoneStream& stream,

@@ -2,6 +2,7 @@
 
 #include "PrivatePulse.h"
 #include "PulseAudioCapture.h"
+#include "SerialQueue.h"
 #include "Tones.h"
 #include "WaitUntil.h"
 
@@ -44,6 +45,7 @@ class PulseCaptureFixture : public testing::Test {
 
     PrivatePulse pulse;
     PulseOptions options;
+    SerialQueue disk{QStringLiteral("test.disk")};
     std::unique_ptr<PulseAudioCapture> capture;
     SampleCollector heard;  ///< Of a screen capture: the left channel.
     SampleCollector blocks; ///< Of a screen capture: everything as it lies.

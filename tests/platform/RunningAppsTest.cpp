@@ -1,6 +1,7 @@
 #include "ApplicationIdentity.h"
 #include "DesktopEntry.h"
 #include "RunningAppScanner.h"
+#include "SerialQueue.h"
 #include "WaitUntil.h"
 
 #include <QDir>
@@ -139,7 +140,8 @@ TEST_F(RunningAppsTest, missingFoldersAreEmptyLists) {
 TEST_F(RunningAppsTest, theScanAnswersLaterAndNotToWhoIsGone) {
     run(1, u"/usr/bin/web"_s);
     install(u"mine"_s, u"web.desktop"_s, "Web", "web");
-    orv::RunningAppScanner scanner(places());
+    orv::SerialQueue disk(u"test.disk"_s);
+    orv::RunningAppScanner scanner(disk, places());
     auto gone = std::make_unique<QObject>();
     QObject here;
     bool goneCalled = false;
@@ -151,6 +153,19 @@ TEST_F(RunningAppsTest, theScanAnswersLaterAndNotToWhoIsGone) {
     ASSERT_TRUE(orv::test::waitUntil([&] { return !found.isEmpty(); }));
     EXPECT_EQ(found.first().name, u"Web"_s);
     EXPECT_FALSE(goneCalled);
+}
+
+TEST_F(RunningAppsTest, aScannerThatIsGoneAnswersNobody) {
+    orv::SerialQueue disk(u"test.disk"_s);
+    QObject here;
+    bool isCalled = false;
+    {
+        orv::RunningAppScanner scanner(disk, places());
+        scanner.scan(&here, [&](const auto&) { isCalled = true; });
+    }
+    disk.sync([] {});
+    orv::test::drainEvents();
+    EXPECT_FALSE(isCalled);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "StoreFixture.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -275,6 +276,61 @@ TEST_F(DefaultsStoreTest, theObserverIsToldOnlyWhatIsInTheFile) {
     close();
     EXPECT_EQ(told, 200U);
     EXPECT_EQ(lies, 0);
+}
+
+TEST_F(DefaultsStoreTest, aWriteWaitsForTheJobUnderWayButForNoOther) {
+    DefaultsStore& store = open();
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    std::promise<void> releaseSecond;
+    const std::shared_future<void> secondReleased = releaseSecond.get_future().share();
+    std::promise<bool> wasWritten;
+    disk_.post([released] { released.wait(); });
+    disk_.post([&, secondReleased] {
+        wasWritten.set_value(QFile::exists(file()));
+        secondReleased.wait();
+    });
+    store.setInteger(u"vmixPort"_s, 8088);
+    release.set_value();
+    EXPECT_TRUE(wasWritten.get_future().get());
+    EXPECT_EQ(json().value(u"vmixPort"_s).toInt(), 8088);
+    releaseSecond.set_value();
+}
+
+TEST_F(DefaultsStoreTest, closingWritesBeforeTheJobsThatWait) {
+    DefaultsStore& store = open();
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    std::promise<void> begun;
+    disk_.post([&begun, released] {
+        begun.set_value();
+        released.wait();
+    });
+    begun.get_future().wait();
+    std::promise<void> releaseSecond;
+    const std::shared_future<void> secondReleased = releaseSecond.get_future().share();
+    disk_.post([secondReleased] { secondReleased.wait(); });
+    store.setInteger(u"vmixPort"_s, 8088);
+    release.set_value();
+    close(); // Would hang if it waited for the second job.
+    EXPECT_EQ(json().value(u"vmixPort"_s).toInt(), 8088);
+    releaseSecond.set_value();
+}
+
+TEST_F(DefaultsStoreTest, aClosedStoreLeavesTheDiskAlone) {
+    DefaultsStore& store = open({.retry = std::chrono::milliseconds(1)});
+    {
+        const FullDisk disk(0);
+        store.setInteger(u"vmixPort"_s, 3);
+        EXPECT_FALSE(store.waitUntilWritten());
+        close();
+    }
+    // A retry that was due is on the queue before this, or its time comes while it runs.
+    disk_.sync([] {});
+    std::promise<void> later;
+    disk_.postAfter(std::chrono::milliseconds(20), [&] { later.set_value(); });
+    later.get_future().wait();
+    EXPECT_FALSE(QFile::exists(file()));
 }
 
 TEST_F(DefaultsStoreTest, writersOnManyThreadsLoseNothing) {

@@ -4,6 +4,7 @@
 
 #include "DefaultsStore.h"
 #include "LogCapture.h"
+#include "SerialQueue.h"
 #include "TortureSteps.h"
 
 #include <QCoreApplication>
@@ -157,6 +158,7 @@ class DefaultsTortureTest : public ::testing::Test {
     }
 
     const QTemporaryDir home_;
+    SerialQueue disk_{u"test.disk"_s};
 };
 
 unsigned numberFromEnvironment(const char* name, unsigned fallback) {
@@ -192,7 +194,7 @@ TEST_F(DefaultsTortureTest, aKilledWriterLosesNothingItReportedAndLeavesNoDamage
         leftovers += temporaryFiles().isEmpty() ? 0 : 1;
 
         const LogCapture log;
-        const DefaultsStore nextStart(file());
+        const DefaultsStore nextStart(disk_, file());
         EXPECT_EQ(temporaryFiles(), QStringList());
         EXPECT_EQ(nextStart.integer(u"last"_s).value_or(0), last);
         EXPECT_EQ(log.lines(), QStringList());
@@ -212,7 +214,7 @@ TEST_F(DefaultsTortureTest, aSecondStartBesideAWriterDisturbsNothing) {
     ASSERT_TRUE(writer.listen(1, Clock::now() + 60s));
     const LogCapture log;
     for (int start = 0; start < 200; ++start) {
-        const DefaultsStore second(file());
+        const DefaultsStore second(disk_, file());
         EXPECT_GE(second.integer(u"last"_s).value_or(0), writer.reported());
         ASSERT_TRUE(writer.listen(1, Clock::now() + 60s));
     }

@@ -16,7 +16,7 @@ namespace orv::test {
 
 DefaultsStore& StoreFixture::open(DefaultsStore::Timings timings) {
     store_.reset();
-    store_ = std::make_unique<DefaultsStore>(file(), timings);
+    store_ = std::make_unique<DefaultsStore>(disk_, file(), timings);
     return *store_;
 }
 

@@ -2,6 +2,7 @@
 
 #include "DefaultsStore.h"
 #include "LogCapture.h"
+#include "SerialQueue.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -40,6 +41,7 @@ class StoreFixture : public ::testing::Test {
 
     LogCapture log_;
     QTemporaryDir home_;
+    SerialQueue disk_{QStringLiteral("test.disk")};
     std::unique_ptr<DefaultsStore> store_;
 };
 

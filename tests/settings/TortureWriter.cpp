@@ -3,6 +3,7 @@
 //   orvane_torture_writer <file> flood|wait
 
 #include "DefaultsStore.h"
+#include "SerialQueue.h"
 #include "TortureSteps.h"
 
 #include <QString>
@@ -19,7 +20,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     const bool waits = std::string(argv[2]) == "wait";
-    orv::DefaultsStore store(QString::fromLocal8Bit(argv[1]));
+    orv::SerialQueue disk(u"test.disk"_s);
+    orv::DefaultsStore store(disk, QString::fromLocal8Bit(argv[1]));
     const std::int64_t first = store.integer(u"last"_s).value_or(0) + 1;
     // Every step is two changes: what is on the disk after an odd number of them is a step begun.
     store.setWrittenObserver([first](std::uint64_t generation) {

@@ -47,7 +47,7 @@ QString chosenEngine(const QWidget& control) {
 
 } // namespace
 
-QString shownBy(const QWidget& control) {
+QString shownByControl(const QWidget& control) {
     if (const auto* box = qobject_cast<const QCheckBox*>(&control)) {
         return box->isChecked() ? u"on"_s : u"off"_s;
     }
@@ -80,7 +80,7 @@ void typeInto(QWidget& field, const QString& text) {
     }
 }
 
-void changeAsAPerson(QWidget& control) {
+void changeControl(QWidget& control) {
     if (auto* box = qobject_cast<QCheckBox*>(&control)) {
         box->click();
     } else if (auto* combo = qobject_cast<FieldCombo*>(&control)) {

@@ -9,10 +9,10 @@ namespace orv::test {
 
 /// What a control of the settings window shows, in the words of docs/settings.md: "on", "off",
 /// "empty", a number, a text, or the identifier of the chosen entry.
-QString shownBy(const QWidget& control);
+QString shownByControl(const QWidget& control);
 
 /// Does what a person does to give the control another value.
-void changeAsAPerson(QWidget& control);
+void changeControl(QWidget& control);
 
 /// A stored value in the same words.
 QString inWords(const QJsonValue& value);

@@ -42,7 +42,7 @@ TEST_F(EnginesTabTest, anUnknownEngineIsNotReplacedByLooking) {
     settings.sttEngine.set(u"later"_s);
     open();
     EXPECT_EQ(settings.sttEngine.get(), u"later"_s);
-    EXPECT_EQ(shownBy(*control(u"Speech Recognition Engine"_s)), u"empty"_s);
+    EXPECT_EQ(shownByControl(*control(u"Speech Recognition Engine"_s)), u"empty"_s);
 }
 
 TEST_F(EnginesTabTest, keysAreDotsUntilTheyAreRevealed) {
@@ -62,15 +62,15 @@ TEST_F(EnginesTabTest, googlesKeyIsOneSettingWhereverItIsAsked) {
     for (const QString& name :
          {u"Deepgram: Google Translate: API Key"_s, u"Google Cloud (REST): API Key"_s,
           u"Google Cloud (gRPC streaming): Google Translate: API Key"_s}) {
-        EXPECT_EQ(shownBy(*control(name)), u"abc"_s);
+        EXPECT_EQ(shownByControl(*control(name)), u"abc"_s);
     }
 }
 
 TEST_F(EnginesTabTest, aRegionThatIsNotInTheListStaysChosen) {
     settings.azureRegion.set(u"moonbase1"_s);
-    EXPECT_EQ(shownBy(*control(u"Microsoft Azure: Region"_s)), u"moonbase1"_s);
+    EXPECT_EQ(shownByControl(*control(u"Microsoft Azure: Region"_s)), u"moonbase1"_s);
     settings.azureRegion.set(u"westeurope"_s);
-    EXPECT_EQ(shownBy(*control(u"Microsoft Azure: Region"_s)), u"westeurope"_s);
+    EXPECT_EQ(shownByControl(*control(u"Microsoft Azure: Region"_s)), u"westeurope"_s);
 }
 
 } // namespace

@@ -1,11 +1,12 @@
 // The first tab, beyond showing and storing values.
 
 #include "GeneralTab.h"
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "ControlProbe.h"
-#include "Pieces.h"
 #include "SettingsWindowFixture.h"
 #include "SubtitleChoices.h"
-#include "TabParts.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -94,11 +95,11 @@ TEST_F(GeneralTabTest, theMouseWheelChangesNothing) {
     for (const QString& name : {u"Opacity"_s, u"vMix: Port"_s, u"VRChat Chatbox (OSC): Send"_s,
                                 u"Interface Language"_s, u"Current Model"_s}) {
         auto* field = control(name);
-        const QString before = shownBy(*field);
+        const QString before = shownByControl(*field);
         QWheelEvent turn({5, 5}, field->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton,
                          Qt::NoModifier, Qt::NoScrollPhase, false);
         QCoreApplication::sendEvent(field, &turn);
-        EXPECT_EQ(shownBy(*field), before) << qPrintable(name);
+        EXPECT_EQ(shownByControl(*field), before) << qPrintable(name);
         EXPECT_FALSE(turn.isAccepted()) << qPrintable(name); // The page scrolls instead.
     }
 }
@@ -119,7 +120,7 @@ TEST_F(GeneralTabTest, titleFieldsOfVMixMayBeEmptyAndKeepTheirBlanks) {
 
 TEST_F(GeneralTabTest, everyOtherSendModeIsShownAsBothAndKept) {
     settings.vrchatSendMode.set(7);
-    EXPECT_EQ(shownBy(*control(u"VRChat Chatbox (OSC): Send"_s)), u"2"_s);
+    EXPECT_EQ(shownByControl(*control(u"VRChat Chatbox (OSC): Send"_s)), u"2"_s);
     EXPECT_EQ(settings.vrchatSendMode.get(), 7);
 }
 
@@ -164,7 +165,7 @@ TEST_F(GeneralTabTest, theSubtitlesAreToldOfANewAppearance) {
     settings.autoStopBackend.watch(window.get(), [&](bool /*stops*/) { ++autoStopChanges; });
     press(text(u"settings.overlay.border"_s));
     EXPECT_EQ(appearanceChanges, 1);
-    changeAsAPerson(*control(u"Text Color (#RRGGBB)"_s));
+    changeControl(*control(u"Text Color (#RRGGBB)"_s));
     EXPECT_EQ(store.string(u"overlayTextColor"_s), u"#123ABC"_s);
     EXPECT_EQ(appearanceChanges, 2);
     press(text(u"settings.backend.autostart"_s));
@@ -183,7 +184,7 @@ TEST_F(GeneralTabTest, thePreviewShowsTheAppearanceAtOnce) {
          {u"Background Color (#RRGGBB)"_s, u"Text Color (#RRGGBB)"_s, u"Border Color (#RRGGBB)"_s,
           u"Opacity"_s, u"Show Border"_s, u"Show Original Text"_s}) {
         const QImage last = picture();
-        changeAsAPerson(*control(name));
+        changeControl(*control(name));
         EXPECT_NE(picture(), last) << qPrintable(name);
     }
     EXPECT_EQ(picture().size(), before.size());
@@ -217,7 +218,7 @@ TEST_F(GeneralTabTest, aColourIsChosenFromThePalette) {
     ASSERT_NE(white, nullptr);
     white->click();
     EXPECT_EQ(store.string(u"overlayBorderColor"_s), u"#FFFFFF"_s);
-    EXPECT_EQ(shownBy(*control(u"Border Color (#RRGGBB)"_s)), u"#FFFFFF"_s);
+    EXPECT_EQ(shownByControl(*control(u"Border Color (#RRGGBB)"_s)), u"#FFFFFF"_s);
     drainEvents();
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
@@ -225,7 +226,7 @@ TEST_F(GeneralTabTest, aColourIsChosenFromThePalette) {
 TEST_F(GeneralTabTest, aColourThatIsNoneInTheStoreIsShownAsTheDefault) {
     settings.overlayBgColor.set(u"green"_s);
     open();
-    EXPECT_EQ(shownBy(*control(u"Background Color (#RRGGBB)"_s)), u"#90EE90"_s);
+    EXPECT_EQ(shownByControl(*control(u"Background Color (#RRGGBB)"_s)), u"#90EE90"_s);
     EXPECT_EQ(store.string(u"overlayBgColor"_s), u"green"_s);
 }
 

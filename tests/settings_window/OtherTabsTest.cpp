@@ -65,7 +65,7 @@ TEST_F(OtherTabsTest, sizesAreWrittenAsInTheInterfacesLanguage) {
 
 TEST_F(OtherTabsTest, aModelThatIsNotInTheListStaysChosen) {
     settings.whisperModel.set(u"turbo"_s);
-    EXPECT_EQ(shownBy(*control(u"Current Model"_s)), u"turbo"_s);
+    EXPECT_EQ(shownByControl(*control(u"Current Model"_s)), u"turbo"_s);
 }
 
 // Languages.

@@ -3,6 +3,7 @@
 #include "DefaultsStore.h"
 #include "FileJobs.h"
 #include "LogCapture.h"
+#include "SerialQueue.h"
 #include "SettingsFakes.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
@@ -42,12 +43,13 @@ class SettingsActionsTest : public ::testing::Test {
     LogCapture log;
     QTemporaryDir home;
     const QString support = home.filePath(u"Library/Application Support/Orvane"_s);
-    DefaultsStore store{home.filePath(u"defaults.json"_s)};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, home.filePath(u"defaults.json"_s)};
     TranslationSettings settings{store};
     AnsweredDialogs dialogs;
     FakeChooser chooser;
     FakeOpener opener;
-    FileJobs files;
+    FileJobs files{disk};
     std::unique_ptr<SettingsActions> actions = std::make_unique<SettingsActions>(
         ActionsEnvironment{.settings = settings,
                            .files = files,

@@ -102,7 +102,7 @@ TEST_F(SettingsTableTest, everyControlIsWhereItSaysAndShowsTheDefault) {
         ASSERT_NE(found, nullptr);
         EXPECT_EQ(tabOf(found), row.tab());
         if (!isSpecial(row)) {
-            EXPECT_EQ(shownBy(*found), row.fallback);
+            EXPECT_EQ(shownByControl(*found), row.fallback);
         }
     }
 }
@@ -115,10 +115,10 @@ TEST_F(SettingsTableTest, whatAPersonChangesIsStoredAtOnce) {
         SCOPED_TRACE(row.control.toStdString());
         auto* found = control(row.control);
         ASSERT_NE(found, nullptr);
-        changeAsAPerson(*found);
-        EXPECT_NE(shownBy(*found), row.fallback);
+        changeControl(*found);
+        EXPECT_NE(shownByControl(*found), row.fallback);
         if (!row.key.isEmpty()) {
-            EXPECT_EQ(inWords(store.object(row.key)), shownBy(*found));
+            EXPECT_EQ(inWords(store.object(row.key)), shownByControl(*found));
         }
     }
 }
@@ -134,8 +134,8 @@ TEST_F(SettingsTableTest, anotherWindowShowsTheChangeAtOnce) {
         SCOPED_TRACE(row.control.toStdString());
         auto* found = control(row.control);
         ASSERT_NE(found, nullptr);
-        changeAsAPerson(*found);
-        EXPECT_EQ(shownBy(*controlIn(*second, row.control)), shownBy(*found));
+        changeControl(*found);
+        EXPECT_EQ(shownByControl(*controlIn(*second, row.control)), shownByControl(*found));
     }
 }
 
@@ -143,23 +143,23 @@ TEST_F(SettingsTableTest, theNextWindowShowsWhatWasStored) {
     QHash<QString, QString> shown;
     for (const Row& row : rows) {
         if (row.isInWindow() && !isSpecial(row)) {
-            changeAsAPerson(*control(row.control));
-            shown.insert(row.control, shownBy(*control(row.control)));
+            changeControl(*control(row.control));
+            shown.insert(row.control, shownByControl(*control(row.control)));
         }
     }
     open();
     for (auto value = shown.cbegin(); value != shown.cend(); ++value) {
-        EXPECT_EQ(shownBy(*control(value.key())), value.value()) << qPrintable(value.key());
+        EXPECT_EQ(shownByControl(*control(value.key())), value.value()) << qPrintable(value.key());
     }
 }
 
 TEST_F(SettingsTableTest, theLanguageIsStored) {
     auto* languages = control(u"Interface Language"_s);
-    EXPECT_EQ(shownBy(*languages), u"en"_s);
+    EXPECT_EQ(shownByControl(*languages), u"en"_s);
     EXPECT_FALSE(store.contains(u"uiLanguage"_s));
-    changeAsAPerson(*languages);
+    changeControl(*languages);
     EXPECT_EQ(store.string(u"uiLanguage"_s), u"de"_s);
-    EXPECT_EQ(shownBy(*languages), u"de"_s);
+    EXPECT_EQ(shownByControl(*languages), u"de"_s);
 }
 
 TEST_F(SettingsTableTest, theServiceAccountIsChosenAndRemoved) {

@@ -7,6 +7,7 @@
 #include "Look.h"
 #include "NullAppearance.h"
 #include "OutputCards.h"
+#include "SerialQueue.h"
 #include "SettingsFakes.h"
 #include "SettingsWindow.h"
 #include "TranslationSettings.h"
@@ -45,7 +46,8 @@ class SettingsWindowFixture : public ::testing::Test {
     }
 
     std::unique_ptr<QWidget> makeWindow() {
-        return makeSettingsWindow({.settings = settings,
+        return makeSettingsWindow({.disk = disk,
+                                   .settings = settings,
                                    .engines = engines,
                                    .l10n = l10n,
                                    .dialogs = dialogs,
@@ -126,7 +128,8 @@ class SettingsWindowFixture : public ::testing::Test {
     NullAppearance appearance;
     Look look{appearance};
     const EngineCatalogue engines;
-    DefaultsStore store{home.filePath(QStringLiteral("defaults.json"))};
+    SerialQueue disk{QStringLiteral("test.disk")};
+    DefaultsStore store{disk, home.filePath(QStringLiteral("defaults.json"))};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.
     TranslationSettings settings{store};
     L10n l10n{settings.uiLanguage, QStringLiteral("en")};

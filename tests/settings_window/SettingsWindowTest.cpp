@@ -1,6 +1,6 @@
 // The settings window as a whole: tabs, language, names, keys.
 
-#include "AccessibleTree.h"
+#include "MissingChildren.h"
 #include "SettingsWindowFixture.h"
 
 #include <QApplication>

@@ -4,6 +4,7 @@
 
 #include "FileJobs.h"
 #include "LogCapture.h"
+#include "SerialQueue.h"
 #include "SettingsFakes.h"
 #include "WaitUntil.h"
 
@@ -56,7 +57,8 @@ class WhisperModelManagerTest : public ::testing::Test {
     const QString cache = folder.filePath(u"whisper cache"_s);
     const QString interpreter = folder.filePath(u"python3"_s);
     AnsweredDialogs dialogs;
-    FileJobs files;
+    SerialQueue disk{u"test.disk"_s};
+    FileJobs files{disk};
     std::unique_ptr<WhisperModelManager> manager =
         std::make_unique<WhisperModelManager>(WhisperEnvironment{.interpreter = interpreter,
                                                                  .cacheFolder = cache,

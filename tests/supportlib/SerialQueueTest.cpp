@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
+#include <future>
 #include <memory>
 #include <pthread.h>
 #include <string>
@@ -11,6 +13,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orv {
 
@@ -78,6 +81,69 @@ TEST(SerialQueue, destroyingItRunsWhatWasPostedAlsoByJobs) {
         });
     }
     EXPECT_EQ(ran, 3);
+}
+
+TEST(SerialQueue, anUrgentJobComesBeforeAllThatWait) {
+    std::vector<QString> order;
+    {
+        SerialQueue queue(u"test"_s);
+        std::promise<void> posted;
+        queue.post([&] {
+            posted.get_future().wait();
+            order.push_back(u"under way"_s);
+        });
+        queue.post([&] {
+            order.push_back(u"first"_s);
+            queue.postUrgent([&] { order.push_back(u"urgent by a job"_s); });
+        });
+        queue.post([&] { order.push_back(u"second"_s); });
+        queue.postUrgent([&] { order.push_back(u"urgent"_s); });
+        queue.postUrgent([&] { order.push_back(u"urgent, too"_s); });
+        posted.set_value();
+    }
+    EXPECT_EQ(order, (std::vector<QString>{u"under way"_s, u"urgent"_s, u"urgent, too"_s,
+                                           u"first"_s, u"urgent by a job"_s, u"second"_s}));
+}
+
+TEST(SerialQueue, anUrgentJobNeedsNoOther) {
+    SerialQueue queue(u"test"_s);
+    std::promise<void> ran;
+    queue.postUrgent([&] { ran.set_value(); });
+    ran.get_future().wait();
+}
+
+TEST(SerialQueue, aLaterJobRunsNotBeforeItsTime) {
+    using Clock = std::chrono::steady_clock;
+    SerialQueue queue(u"test"_s);
+    std::promise<Clock::time_point> ran;
+    const Clock::time_point before = Clock::now();
+    queue.postAfter(20ms, [&] { ran.set_value(Clock::now()); });
+    EXPECT_GE(ran.get_future().get() - before, 20ms);
+}
+
+TEST(SerialQueue, laterJobsRunInTheOrderOfTheirTimes) {
+    SerialQueue queue(u"test"_s);
+    std::vector<int> order;
+    std::promise<void> done;
+    queue.sync([&] { // So that both are there before either is looked at.
+        queue.postAfter(2ms, [&] {
+            order.push_back(2);
+            done.set_value();
+        });
+        queue.postAfter(1ms, [&] { order.push_back(1); });
+    });
+    done.get_future().wait();
+    queue.sync([] {});
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(SerialQueue, destroyingItForgetsJobsWhoseTimeHasNotCome) {
+    bool ran = false;
+    {
+        SerialQueue queue(u"test"_s);
+        queue.postAfter(1h, [&] { ran = true; });
+    }
+    EXPECT_FALSE(ran);
 }
 
 TEST(SerialQueue, knowsItsOwnThread) {

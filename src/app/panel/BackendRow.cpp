@@ -1,8 +1,10 @@
 #include "BackendRow.h"
 
+#include "Buttons.h"
+#include "Card.h"
 #include "L10n.h"
-#include "Pieces.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "ToneLabel.h"
 #include "TranslationEngine.h"
 
@@ -34,12 +36,14 @@ BackendRow::BackendRow(TranslationEngine& engine, L10n& l10n, QWidget* parent)
 }
 
 void BackendRow::refresh() {
+    ORV_ON_MAIN();
     status_->setText(engine_.statusMessage());
     toggle_->setText(
         l10n_.platformText(engine_.isRunning() ? u"main.backend.stop"_s : u"main.backend.start"_s));
 }
 
 void BackendRow::toggleBackend() {
+    ORV_ON_MAIN();
     if (engine_.isRunning()) {
         engine_.stopBackend();
     } else {

@@ -2,6 +2,7 @@
 
 #include "AudioManager.h"
 #include "BackendRow.h"
+#include "Buttons.h"
 #include "L10n.h"
 #include "LanguageSection.h"
 #include "NoticeCard.h"
@@ -9,11 +10,12 @@
 #include "PanelHeader.h"
 #include "PanelPage.h"
 #include "PanelState.h"
-#include "Pieces.h"
 #include "ResultSection.h"
 #include "SourceSection.h"
 #include "Symbols.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
 #include "TranslationSettings.h"
@@ -101,11 +103,7 @@ void ControlPanel::addKeys() {
 void ControlPanel::connectState() {
     AudioManager& audio = environment_.audio;
     connect(startStop_, &QPushButton::clicked, this, &ControlPanel::startOrStop);
-    connect(header_, &PanelHeader::settingsWanted, this, [this] {
-        if (environment_.showSettings) {
-            environment_.showSettings();
-        }
-    });
+    connect(header_, &PanelHeader::settingsWanted, this, &ControlPanel::settingsWanted);
     connect(header_, &PanelHeader::quitWanted, &environment_.controller,
             &TranslationController::quitApp);
     connect(&audio, &AudioManager::statusChanged, this, &ControlPanel::refreshRun);
@@ -121,6 +119,7 @@ void ControlPanel::connectState() {
 }
 
 void ControlPanel::translate() {
+    ORV_ON_MAIN();
     header_->translate([this](const QString& key) { return text(key); });
     noTray_->setText(text(u"panel.notray"_s));
     translateNotice();
@@ -128,6 +127,7 @@ void ControlPanel::translate() {
 }
 
 void ControlPanel::refreshRun() {
+    ORV_ON_MAIN();
     const TranslationController& controller = environment_.controller;
     const AudioManager& audio = environment_.audio;
     const bool runs = controller.isTranslating();
@@ -151,6 +151,7 @@ void ControlPanel::refreshRun() {
 }
 
 void ControlPanel::startOrStop() {
+    ORV_ON_MAIN();
     if (environment_.controller.isTranslating()) {
         environment_.controller.stopTranslation();
     } else {
@@ -159,10 +160,12 @@ void ControlPanel::startOrStop() {
 }
 
 void ControlPanel::setHasTray(bool hasTray) {
+    ORV_ON_MAIN();
     noTray_->setVisible(!hasTray);
 }
 
 void ControlPanel::showNotice(const AudioNotice& notice) {
+    ORV_ON_MAIN();
     latestNotice_ = notice;
     translateNotice();
     notice_->show();

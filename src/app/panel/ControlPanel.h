@@ -4,7 +4,6 @@
 
 #include <QWidget>
 
-#include <functional>
 #include <optional>
 
 class QLabel;
@@ -31,12 +30,10 @@ struct PanelEnvironment {
     TranslationController& controller;
     L10n& l10n;
     VmixTracking& vmix;
-    /// Closes the panel and opens the settings window.
-    std::function<void()> showSettings = {};
 };
 
-/// The panel from which everything is chosen, started and stopped. It only shows state and passes
-/// on what the user does; choices are persisted as they are made.
+/// The control panel: the widget from which everything is chosen, started and stopped. It only
+/// shows state and passes on what the user does; choices are persisted as they are made.
 class ControlPanel : public QWidget {
     Q_OBJECT
 
@@ -48,6 +45,10 @@ class ControlPanel : public QWidget {
 
     /// Without a tray the panel tells that its window is the only way in.
     void setHasTray(bool hasTray);
+
+  Q_SIGNALS:
+    /// The user asks for the settings window.
+    void settingsWanted();
 
   private:
     QWidget* makeSections();

@@ -1,13 +1,15 @@
 #include "LanguageSection.h"
 
+#include "Card.h"
 #include "FieldCombo.h"
 #include "L10n.h"
 #include "LanguageFilter.h"
 #include "LanguageManager.h"
-#include "Pieces.h"
 #include "SymbolView.h"
 #include "Symbols.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <QGridLayout>
@@ -83,6 +85,7 @@ void LanguageSection::connectFields() {
 }
 
 void LanguageSection::translate() {
+    ORV_ON_MAIN();
     heading_->setText(l10n_.platformText(u"lang.title"_s));
     nameField(sourceLabel_, source_, l10n_.platformText(u"lang.source"_s));
     nameField(targetLabel_, target_, l10n_.platformText(u"lang.target"_s));
@@ -94,6 +97,7 @@ void LanguageSection::translate() {
 }
 
 void LanguageSection::showLanguages() {
+    ORV_ON_MAIN();
     const QString& target = settings_.targetLang.get();
     QList<FieldEntry> targets = languageEntries();
     keepChosen(targets, target);

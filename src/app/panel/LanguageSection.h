@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pieces.h"
+#include "Card.h"
 
 class QLabel;
 
@@ -10,7 +10,8 @@ class FieldCombo;
 class L10n;
 class TranslationSettings;
 
-/// From which language into which.
+/// The panel's card with the choice of the two languages: what is spoken, and what it is translated
+/// into.
 class LanguageSection : public Card {
     Q_OBJECT
 

@@ -1,8 +1,9 @@
 #include "LevelBar.h"
 
 #include "LevelBarAccessible.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 
 #include <QPaintEvent>
 
@@ -30,6 +31,7 @@ LevelBar::LevelBar(QWidget* parent)
 }
 
 void LevelBar::setLevels(float level, float peak) {
+    ORV_ON_MAIN();
     level_ = std::clamp(level, 0.0F, 1.0F);
     peak_ = std::clamp(peak, 0.0F, 1.0F);
     if (!isVisible()) {

@@ -4,6 +4,7 @@
 #include "SliderField.h"
 #include "SwitchRow.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <QHBoxLayout>
@@ -91,6 +92,7 @@ void OptionsSection::connectFields() {
 }
 
 void OptionsSection::translate() {
+    ORV_ON_MAIN();
     overlay_->setText(l10n_.platformText(u"option.overlay"_s));
     original_->setText(l10n_.platformText(u"option.original"_s));
     transcript_->setText(l10n_.platformText(u"option.transcript"_s));
@@ -102,6 +104,7 @@ void OptionsSection::translate() {
 }
 
 void OptionsSection::refresh() {
+    ORV_ON_MAIN();
     overlay_->setShown(settings_.showOverlay.get());
     original_->setShown(settings_.showOriginal.get());
     transcript_->setShown(settings_.saveTranscript.get());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pieces.h"
+#include "Card.h"
 
 namespace orv {
 
@@ -9,7 +9,8 @@ class SliderField;
 class SwitchRow;
 class TranslationSettings;
 
-/// The switches of a run, and how it finds the pauses in what is said.
+/// The panel's card with the switches of a run and with the fields for finding the pauses in what
+/// is said.
 class OptionsSection : public Card {
     Q_OBJECT
 

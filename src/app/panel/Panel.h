@@ -4,7 +4,8 @@
 
 namespace orv {
 
-/// The window that holds the control panel, as the application delegate sees it.
+/// The interface through which the application delegate shows and hides the window of the control
+/// panel.
 class Panel {
   public:
     virtual ~Panel() = default;

@@ -1,10 +1,12 @@
 #include "PanelHeader.h"
 
+#include "Buttons.h"
 #include "ElidedLabel.h"
-#include "Pieces.h"
 #include "SymbolView.h"
 #include "Symbols.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -45,6 +47,7 @@ PanelHeader::PanelHeader(QWidget* parent)
 }
 
 void PanelHeader::translate(const TextLookup& text) {
+    ORV_ON_MAIN();
     title_->setText(text(u"app.name.short"_s));
     settings_->setText(text(u"main.settings"_s));
     quit_->setText(text(u"main.quit"_s));
@@ -53,6 +56,7 @@ void PanelHeader::translate(const TextLookup& text) {
 }
 
 void PanelHeader::setStatus(const StatusLine& status) {
+    ORV_ON_MAIN();
     status_ = status;
     showStatus();
 }

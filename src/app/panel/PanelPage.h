@@ -4,8 +4,8 @@
 
 namespace orv {
 
-/// Scrolls the panel's sections where the screen is too low for them, and asks for as much height
-/// as they want where it is not.
+/// The scroll area round the panel's sections: asks for as much height as they need, and scrolls
+/// them where the screen is too low for that.
 class PanelPage : public QScrollArea {
     Q_OBJECT
 

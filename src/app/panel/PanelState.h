@@ -4,17 +4,13 @@
 #include "AudioNotice.h"
 #include "FieldEntry.h"
 #include "RunningApp.h"
+#include "TextLookup.h"
 #include "Theme.h"
 
 #include <QList>
 #include <QString>
 
-#include <functional>
-
 namespace orv {
-
-/// Gives the localised text for a key.
-using TextLookup = std::function<QString(const QString& key)>;
 
 /// What the control panel says about the run. An empty headline says nothing at all.
 struct StatusLine {

@@ -1,6 +1,7 @@
 #include "PanelWindow.h"
 
 #include "ScreenPlacement.h"
+#include "ThreadChecks.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -31,9 +32,8 @@ constexpr std::chrono::milliseconds handBack{1000};
 } // namespace
 
 PanelWindow::PanelWindow(QWidget* content, std::function<CloseAction()> closing,
-                         std::function<void()> endProgram, std::chrono::milliseconds sameClick)
+                         std::chrono::milliseconds sameClick)
     : closing_(std::move(closing))
-    , endProgram_(std::move(endProgram))
     , sameClick_(sameClick) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
@@ -49,6 +49,7 @@ bool PanelWindow::isShown() const {
 }
 
 void PanelWindow::showBeside(const QRect& button) {
+    ORV_ON_MAIN();
     if (leftSince_.isValid() && !leftSince_.hasExpired(sameClick_.count())) {
         leftSince_.invalidate();
         return;
@@ -80,6 +81,7 @@ bool PanelWindow::event(QEvent* event) {
 }
 
 void PanelWindow::showAsWindow() {
+    ORV_ON_MAIN();
     if (!isVisible()) {
         fitContent(screen()->availableGeometry().size());
     }
@@ -90,6 +92,7 @@ void PanelWindow::showAsWindow() {
 }
 
 void PanelWindow::close() {
+    ORV_ON_MAIN();
     hide();
     leftSince_.invalidate();
 }
@@ -173,7 +176,7 @@ void PanelWindow::closeEvent(QCloseEvent* event) {
         break;
     case CloseAction::EndProgram:
         event->accept();
-        endProgram_();
+        Q_EMIT endWanted();
         break;
     }
 }

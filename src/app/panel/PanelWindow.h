@@ -20,18 +20,21 @@ class PanelWindow : public QWidget, public Panel {
 
   public:
     /// Takes over `content`. `closing` decides what closing the ordinary window does; the window
-    /// itself hides or becomes small, and for the end of the program calls `endProgram`.
+    /// itself hides or becomes small, and asks for the program's end by `endWanted`.
     ///
     /// A click on the tray's item first takes the focus away, which closes the popover, and then
     /// asks to toggle it: within `sameClick` the click counts as the one that closed it.
     PanelWindow(QWidget* content, std::function<CloseAction()> closing,
-                std::function<void()> endProgram,
                 std::chrono::milliseconds sameClick = std::chrono::milliseconds(250));
 
     bool isShown() const override;
     void showBeside(const QRect& button) override;
     void showAsWindow() override;
     void close() override;
+
+  Q_SIGNALS:
+    /// The ordinary window was closed, and the program is to end with it.
+    void endWanted();
 
   protected:
     bool event(QEvent* event) override;
@@ -53,7 +56,6 @@ class PanelWindow : public QWidget, public Panel {
     void focusMoved(const QWindow* window);
 
     std::function<CloseAction()> closing_;
-    std::function<void()> endProgram_;
     const std::chrono::milliseconds sameClick_;
     Style style_ = Style::Window;
     QRect button_;            ///< What the popover stands beside.

@@ -2,6 +2,7 @@
 
 #include "BackendControl.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <QTimer>
 
@@ -9,12 +10,12 @@
 
 namespace orv {
 
-Quit::Quit(BackendControl& backend, std::function<void()> terminate, QuitTimings timings)
+Quit::Quit(BackendControl& backend, QuitTimings timings)
     : backend_(backend)
-    , terminate_(std::move(terminate))
     , timings_(timings) {}
 
 void Quit::fromMenu() {
+    ORV_ON_MAIN();
     if (std::exchange(isUnderWay_, true)) {
         return;
     }
@@ -25,18 +26,19 @@ void Quit::fromMenu() {
             logLine(u"⚠️ Backend noch aktiv, force stop...");
             backend_.stopBackend();
         }
-        QTimer::singleShot(timings_.terminate, this, [this] { terminate_(); });
+        QTimer::singleShot(timings_.terminate, this, &Quit::terminationDue);
     });
 }
 
 void Quit::fromPanel(const std::function<void()>& stopRun) {
+    ORV_ON_MAIN();
     if (std::exchange(isUnderWay_, true)) {
         return;
     }
     logLine(u"🛑 Beende App...");
     stopRun();
     backend_.stopBackend();
-    QTimer::singleShot(timings_.panel, this, [this] { terminate_(); });
+    QTimer::singleShot(timings_.panel, this, &Quit::terminationDue);
 }
 
 } // namespace orv

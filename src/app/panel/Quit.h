@@ -16,15 +16,15 @@ struct QuitTimings {
     std::chrono::milliseconds panel{1500};      ///< From the panel's Quit to the end.
 };
 
-/// The end of the program as its user asks for it, from the menu or from the panel. Both stop the
+/// Ends the program when its user asks for it, from the menu or from the panel. Both stop the
 /// backend, whatever the settings say. Only the first request counts. Lives on the main thread;
 /// nothing here blocks.
 class Quit : public QObject {
     Q_OBJECT
 
   public:
-    /// `backend` outlives the object; `terminate` asks the program to end.
-    Quit(BackendControl& backend, std::function<void()> terminate, QuitTimings timings = {});
+    /// `backend` outlives the object.
+    explicit Quit(BackendControl& backend, QuitTimings timings = {});
 
     /// True from the first request on: the program is about to end.
     bool isUnderWay() const { return isUnderWay_; }
@@ -35,9 +35,12 @@ class Quit : public QObject {
     /// The panel's: calls `stopRun`, stops the backend and ends the program.
     void fromPanel(const std::function<void()>& stopRun);
 
+  Q_SIGNALS:
+    /// Everything has had its time: the program is to end now.
+    void terminationDue();
+
   private:
     BackendControl& backend_;
-    const std::function<void()> terminate_;
     const QuitTimings timings_;
     bool isUnderWay_ = false;
 };

@@ -1,6 +1,7 @@
 #include "ResultSection.h"
 
 #include "ReadingText.h"
+#include "ThreadChecks.h"
 
 #include <QVBoxLayout>
 
@@ -33,15 +34,18 @@ ResultSection::ResultSection(QWidget* parent)
 }
 
 void ResultSection::setStatus(const StatusLine& status) {
+    ORV_ON_MAIN();
     const bool failed = status.tone == Tone::Error;
     texts_->setRemark(failed ? status.headline : QString(), Tone::Error);
 }
 
 void ResultSection::setResult(const QString& original, const QString& translation) {
+    ORV_ON_MAIN();
     texts_->setTexts(original, translation);
 }
 
 void ResultSection::setEmptyText(const QString& text) {
+    ORV_ON_MAIN();
     texts_->setEmptyText(text);
 }
 

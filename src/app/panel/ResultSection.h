@@ -1,13 +1,13 @@
 #pragma once
 
+#include "Card.h"
 #include "PanelState.h"
-#include "Pieces.h"
 
 namespace orv {
 
 class ReadingText;
 
-/// The latest result, and above it an error. It keeps its height whatever it
+/// The panel's card with the latest result, and above it an error. It keeps its height whatever it
 /// shows: what is longer scrolls.
 class ResultSection : public Card {
     Q_OBJECT

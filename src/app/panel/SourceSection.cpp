@@ -5,11 +5,13 @@
 #include "L10n.h"
 #include "LevelBar.h"
 #include "PanelState.h"
-#include "Quantities.h"
+#include "QuantityTexts.h"
 #include "SegmentedControl.h"
 #include "SliderField.h"
 #include "SwitchRow.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "ToneLabel.h"
 #include "TranslationSettings.h"
 
@@ -152,6 +154,7 @@ void SourceSection::connectFields() {
 }
 
 void SourceSection::translate() {
+    ORV_ON_MAIN();
     const auto text = [this](const QString& key) { return l10n_.platformText(key); };
     heading_->setText(text(u"audio.source"_s));
     sources_->setAccessibleName(text(u"audio.type"_s));
@@ -174,6 +177,7 @@ void SourceSection::translate() {
 }
 
 void SourceSection::showSource() {
+    ORV_ON_MAIN();
     const AudioSourceType source = settings_.audioSourceType.get();
     sources_->setChosen(idOf(source));
     devicePage_->setVisible(source == AudioSourceType::Microphone);
@@ -182,12 +186,14 @@ void SourceSection::showSource() {
 }
 
 void SourceSection::showGain() {
+    ORV_ON_MAIN();
     autoGain_->setShown(settings_.autoGain.get());
     gain_->setValue(static_cast<int>(std::lround(settings_.audioGain.get() * 100.0F)));
     gain_->setVisible(!settings_.autoGain.get());
 }
 
 void SourceSection::refreshLists() {
+    ORV_ON_MAIN();
     const auto text = [this](const QString& key) { return l10n_.platformText(key); };
     const QString device = settings_.selectedInputDevice.get().value_or(QString());
     devices_->setEntries(deviceEntries(audio_.inputDevices(), device, text), device);
@@ -202,6 +208,7 @@ void SourceSection::refreshLists() {
 }
 
 void SourceSection::chooseApp(const QString& bundleId) {
+    ORV_ON_MAIN();
     const QList<RunningApp> apps = audio_.capturableApps();
     const auto chosen = std::find_if(apps.cbegin(), apps.cend(), [&](const RunningApp& app) {
         return app.bundleId == bundleId;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Pieces.h"
+#include "Buttons.h"
+#include "Card.h"
 
 class QLabel;
 class QPushButton;
@@ -17,7 +18,8 @@ class SwitchRow;
 class ToneLabel;
 class TranslationSettings;
 
-/// What is listened to: the kind of source, the device or the application, the level and the gain.
+/// The panel's card with the choice of what is listened to: the kind of source, the device or the
+/// application, the level and the gain.
 class SourceSection : public Card {
     Q_OBJECT
 

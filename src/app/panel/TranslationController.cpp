@@ -3,6 +3,7 @@
 #include "Dialogs.h"
 #include "Log.h"
 #include "Quit.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <QPointer>
@@ -24,6 +25,7 @@ TranslationController::TranslationController(ControllerEnvironment environment, 
 }
 
 void TranslationController::startTranslation() {
+    ORV_ON_MAIN();
     if (isTranslating_) {
         return;
     }
@@ -75,13 +77,14 @@ void TranslationController::handOver() {
 }
 
 void TranslationController::stopTranslation() {
+    ORV_ON_MAIN();
     if (!isTranslating_) {
         return;
     }
     captureStart_.stop();
     isTranslating_ = false;
     isStopping_ = true;
-    environment_.endSubtitles();
+    Q_EMIT subtitlesEnded();
     Q_EMIT TranslationStatusChanged(false);
     Q_EMIT stateChanged();
     environment_.capture.stopCapture([self = QPointer(this), number = ++stopNumber_] {
@@ -93,6 +96,7 @@ void TranslationController::stopTranslation() {
 }
 
 void TranslationController::quitApp() {
+    ORV_ON_MAIN();
     environment_.quit.fromPanel([this] { stopTranslation(); });
 }
 

@@ -2,13 +2,13 @@
 
 #include "BackendControl.h"
 #include "CaptureControl.h"
+#include "TextLookup.h"
 
 #include <QObject>
 #include <QString>
 #include <QTimer>
 
 #include <chrono>
-#include <functional>
 
 namespace orv {
 
@@ -28,14 +28,13 @@ struct ControllerEnvironment {
     CaptureControl& capture;
     BackendControl& backend;
     Dialogs& dialogs;
-    std::function<QString(const QString& key)> text; ///< A localised text.
-    std::function<void()> endSubtitles = [] {};      ///< Hides and silences the subtitle window.
+    TextLookup text;
     Quit& quit;
     ControllerTimings timings = {};
 };
 
-/// The flows behind the control panel's buttons: starting a translation, stopping it, quitting.
-/// Lives on the main thread; nothing here blocks.
+/// Runs the flows behind the control panel's buttons: starting a translation, stopping it,
+/// quitting. Lives on the main thread; nothing here blocks.
 class TranslationController : public QObject {
     Q_OBJECT
 
@@ -59,6 +58,7 @@ class TranslationController : public QObject {
     void quitApp();
 
   Q_SIGNALS:
+    void subtitlesEnded(); ///< Nothing of the run is to be shown or spoken any more.
     void TranslationStatusChanged(bool isTranslating); ///< A run was started or stopped.
     void stateChanged();                               ///< `isTranslating`, `isStopping`.
 

@@ -1,9 +1,12 @@
 #include "VMixWarningBanner.h"
 
+#include "Buttons.h"
 #include "L10n.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Symbols.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "VmixTracking.h"
 
 #include <QAccessible>
@@ -79,6 +82,7 @@ void VMixWarningBanner::layOut() {
 }
 
 void VMixWarningBanner::follow(bool shown) {
+    ORV_ON_MAIN();
     setVisible(shown);
     if (shown) {
         QAccessibleEvent event(this, QAccessible::Alert);
@@ -87,6 +91,7 @@ void VMixWarningBanner::follow(bool shown) {
 }
 
 void VMixWarningBanner::translate() {
+    ORV_ON_MAIN();
     title_->setText(l10n_.platformText(u"vmix.warn.title"_s));
     detail_->setText(l10n_.platformText(u"vmix.warn.detail"_s));
     disable_->setText(l10n_.platformText(u"vmix.warn.disable"_s));

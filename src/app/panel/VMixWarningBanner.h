@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pieces.h"
+#include "Card.h"
 
 class QLabel;
 class QPushButton;
@@ -10,8 +10,8 @@ namespace orv {
 class L10n;
 class VmixTracking;
 
-/// Tells that vMix cannot be reached, and offers to disable the output, to be reminded later, or
-/// not to be warned any more. Shown as long as `vmixShowWarningBanner` is true.
+/// The panel's card that tells that vMix cannot be reached, and offers to disable the output, to be
+/// reminded later, or not to be warned any more. Shown as long as `vmixShowWarningBanner` is true.
 class VMixWarningBanner : public Card {
     Q_OBJECT
 

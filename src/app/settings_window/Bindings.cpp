@@ -5,6 +5,7 @@
 #include "HexColor.h"
 #include "L10n.h"
 #include "OverlayDefaults.h"
+#include "ThreadChecks.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -37,6 +38,7 @@ UILanguage Bindings::language() const {
 }
 
 QString Bindings::text(const QString& key) const {
+    ORV_ON_MAIN();
     return l10n_.platformText(key);
 }
 

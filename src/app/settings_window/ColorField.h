@@ -10,8 +10,9 @@ namespace orv {
 
 class ColorPalette;
 
-/// A colour: a well that shows it and offers others, and a field for its hexadecimal form. Text in
-/// the field that is no colour changes nothing and is replaced when the field is left.
+/// A field for a colour: a well that shows it and offers others, and a field for its hexadecimal
+/// form. Text in the field that is no colour changes nothing and is replaced when the field is
+/// left.
 class ColorField : public QWidget {
     Q_OBJECT
 

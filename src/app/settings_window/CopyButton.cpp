@@ -1,6 +1,7 @@
 #include "CopyButton.h"
 
 #include "ButtonKind.h"
+#include "ThreadChecks.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -24,6 +25,7 @@ CopyButton::CopyButton(std::function<QString()> source, QWidget* parent,
 }
 
 void CopyButton::setTexts(const QString& copy, const QString& copied) {
+    ORV_ON_MAIN();
     copyText_ = copy;
     copiedText_ = copied;
     showText();
@@ -45,6 +47,7 @@ QSize CopyButton::sizeHint() const {
 }
 
 void CopyButton::copy() {
+    ORV_ON_MAIN();
     QGuiApplication::clipboard()->setText(source_());
     thanks_.start();
     showText();

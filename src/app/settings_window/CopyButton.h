@@ -8,8 +8,8 @@
 
 namespace orv {
 
-/// Copies a text and says so in its own place for a moment; assistive programs hear of it, since it
-/// is the button's name that changes. It is as wide as the longer of its two texts.
+/// A button that copies a text and says so in its own place for a moment; assistive programs hear
+/// of it, since it is the button's name that changes. It is as wide as the longer of its two texts.
 class CopyButton : public QPushButton {
     Q_OBJECT
 

@@ -1,13 +1,15 @@
 #include "GeneralTab.h"
 
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "ColorField.h"
 #include "L10n.h"
 #include "OverlayDefaults.h"
 #include "OverlayPreview.h"
 #include "PageSlider.h"
-#include "Pieces.h"
-#include "Quantities.h"
-#include "TabParts.h"
+#include "QuantityTexts.h"
+#include "TextLabels.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
 

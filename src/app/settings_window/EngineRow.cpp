@@ -1,6 +1,7 @@
 #include "EngineRow.h"
 
-#include "StylePaint.h"
+#include "PaintScope.h"
+#include "StyleDrawing.h"
 #include "Symbols.h"
 #include "Theme.h"
 

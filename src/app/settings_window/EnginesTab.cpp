@@ -1,10 +1,11 @@
 #include "EnginesTab.h"
 
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "EngineCatalogue.h"
 #include "EngineFields.h"
 #include "EngineRow.h"
-#include "Pieces.h"
-#include "TabParts.h"
 #include "Theme.h"
 #include "ToneLabel.h"
 #include "TranslationSettings.h"

@@ -1,9 +1,10 @@
 #include "GeneralTab.h"
 
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "FieldCombo.h"
 #include "L10n.h"
-#include "Pieces.h"
-#include "TabParts.h"
 #include "ToneLabel.h"
 #include "TranslationSettings.h"
 

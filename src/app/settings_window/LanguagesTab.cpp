@@ -3,8 +3,9 @@
 #include "Bindings.h"
 #include "LanguageFilter.h"
 #include "LanguageManager.h"
-#include "Pieces.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 
 #include <QHBoxLayout>
 #include <QIcon>
@@ -161,6 +162,7 @@ void LanguagesTab::addRows() {
 }
 
 void LanguagesTab::translate() {
+    ORV_ON_MAIN();
     heading_->setText(bindings_.text(u"settings.lang.supported"_s));
     search_->setPlaceholderText(bindings_.text(u"settings.lang.search"_s));
     search_->setAccessibleName(search_->placeholderText());
@@ -173,6 +175,7 @@ void LanguagesTab::translate() {
 }
 
 void LanguagesTab::showCount() {
+    ORV_ON_MAIN();
     const QList<Language>& languages = LanguageManager::allLanguages();
     const auto all = languages.size();
     const auto shown = std::ranges::count_if(languages, [this](const Language& language) {

@@ -12,7 +12,7 @@ class QStandardItemModel;
 
 namespace orv {
 
-/// All spoken languages in a grid, with a field to find one.
+/// The tab that lists all spoken languages in a grid, with a field to find one.
 class LanguagesTab : public QWidget {
     Q_OBJECT
 

@@ -2,12 +2,17 @@
 
 #include "OutputCards.h"
 
+#include "Bindings.h"
+#include "Buttons.h"
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "CopyButton.h"
 #include "FieldCombo.h"
 #include "OverlayServer.h"
-#include "Pieces.h"
 #include "PortField.h"
-#include "TabParts.h"
+#include "Section.h"
+#include "SettingsEnvironment.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
 

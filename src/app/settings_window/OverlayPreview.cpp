@@ -1,6 +1,7 @@
 #include "OverlayPreview.h"
 
 #include "Theme.h"
+#include "ThreadChecks.h"
 
 #include <QLinearGradient>
 #include <QPainter>
@@ -36,11 +37,13 @@ OverlayPreview::OverlayPreview(QWidget* parent)
 }
 
 void OverlayPreview::setAppearance(const SubtitleAppearance& appearance) {
+    ORV_ON_MAIN();
     appearance_ = appearance;
     update();
 }
 
 void OverlayPreview::setTexts(const QString& original, const QString& translation) {
+    ORV_ON_MAIN();
     original_ = original;
     translation_ = translation;
     update();

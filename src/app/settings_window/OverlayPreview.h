@@ -7,8 +7,8 @@
 
 namespace orv {
 
-/// The subtitles as they will look, over a picture that is light at one side and dark at the other,
-/// since nobody knows what they will stand on.
+/// A preview of the subtitles, over a picture that is light at one side and dark at the other,
+/// since they may be shown on anything.
 class OverlayPreview : public QWidget {
     Q_OBJECT
 

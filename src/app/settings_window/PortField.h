@@ -4,8 +4,8 @@
 
 namespace orv {
 
-/// A network port, 1 to 65535. The mouse wheel scrolls past it and never changes it; what was typed
-/// counts when the field is left, also by closing the window.
+/// A number field for a network port, 1 to 65535. The mouse wheel scrolls past it and never changes
+/// it; what was typed counts when the field is left, also by closing the window.
 class PortField : public QSpinBox {
     Q_OBJECT
 

@@ -5,6 +5,7 @@
 #include "FileChooser.h"
 #include "FileJobs.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <QDir>
@@ -35,6 +36,7 @@ SettingsActions::SettingsActions(ActionsEnvironment environment)
 SettingsActions::~SettingsActions() = default;
 
 void SettingsActions::pickServiceAccountJSON() {
+    ORV_ON_MAIN();
     environment_.chooser.chooseFile(
         {.title = environment_.text(u"settings.engine.choose_file"_s),
          .suffix = u"json"_s,
@@ -47,14 +49,17 @@ void SettingsActions::pickServiceAccountJSON() {
 }
 
 void SettingsActions::clearServiceAccount() {
+    ORV_ON_MAIN();
     environment_.settings.googleServiceAccountPath.set({});
 }
 
 void SettingsActions::openSupportDirectory() {
+    ORV_ON_MAIN();
     openFolder(environment_.supportFolder);
 }
 
 void SettingsActions::openOutputDirectory() {
+    ORV_ON_MAIN();
     openFolder(environment_.outputFolder);
 }
 
@@ -73,6 +78,7 @@ void SettingsActions::openFolder(const QString& path) {
 }
 
 void SettingsActions::clearCache() {
+    ORV_ON_MAIN();
     environment_.dialogs.showAlert({.style = AlertStyle::Warning,
                                     .title = environment_.text(u"alert.cache.title"_s),
                                     .message = environment_.text(u"alert.cache.msg"_s),
@@ -104,6 +110,7 @@ void SettingsActions::deleteLog() {
 }
 
 void SettingsActions::showProblem(const QString& message) const {
+    ORV_ON_MAIN();
     logLine(u"❌ "_s + message);
     environment_.dialogs.showAlert({.style = AlertStyle::Warning,
                                     .title = environment_.text(u"alert.failed.title"_s),

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "TextLookup.h"
+
 #include <QString>
 
-#include <functional>
 #include <memory>
 
 namespace orv {
@@ -20,14 +21,14 @@ struct ActionsEnvironment {
     Dialogs& dialogs;
     FileChooser& chooser;
     DesktopOpener& opener;
-    std::function<QString(const QString& key)> text; ///< A localised text.
-    QString supportFolder;                           ///< Where backend and log file are.
-    QString outputFolder;                            ///< Where the transcripts are.
-    QString backendLog;                              ///< The backend's log file.
+    TextLookup text;
+    QString supportFolder; ///< Where backend and log file are.
+    QString outputFolder;  ///< Where the transcripts are.
+    QString backendLog;    ///< The backend's log file.
 };
 
-/// What the settings window's buttons do to files. Everything that touches the disk happens in the
-/// background; what goes wrong is shown in an alert. Main thread only.
+/// The operations on files behind the settings window's buttons. Everything that touches the disk
+/// happens in the background; what goes wrong is shown in an alert. Main thread only.
 class SettingsActions {
   public:
     explicit SettingsActions(ActionsEnvironment environment);

@@ -3,7 +3,6 @@
 #include "OutputCards.h"
 #include "UserPaths.h"
 
-#include <functional>
 #include <vector>
 
 namespace orv {
@@ -14,14 +13,15 @@ class Dialogs;
 class EngineCatalogue;
 class FileChooser;
 class L10n;
+class SerialQueue;
 class SettingsActions;
 class TranslationSettings;
 class UpdateControl;
 class WhisperModelManager;
 
-/// What the settings window shows and works on. The references outlive it; the function may be
-/// empty and is called on the main thread.
+/// What the settings window shows and works on. The references outlive it.
 struct SettingsEnvironment {
+    SerialQueue& disk; ///< The queue for files.
     TranslationSettings& settings;
     const EngineCatalogue& engines;
     L10n& l10n;

@@ -1,6 +1,7 @@
 #include "SettingsTabBar.h"
 
-#include "StylePaint.h"
+#include "PaintScope.h"
+#include "StyleDrawing.h"
 #include "Theme.h"
 
 #include <QPainter>

@@ -4,7 +4,7 @@
 
 namespace orv {
 
-/// Tabs with their symbol over their name.
+/// A tab bar that shows each tab's symbol over its name.
 class SettingsTabBar : public QTabBar {
     Q_OBJECT
 

@@ -4,12 +4,13 @@
 #include "GeneralTab.h"
 #include "InfoTab.h"
 #include "LanguagesTab.h"
-#include "Pieces.h"
+#include "Page.h"
 #include "SettingsIcons.h"
 #include "SettingsTabBar.h"
 #include "StorageTab.h"
 #include "Symbols.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "WhisperTab.h"
 
 #include <QHBoxLayout>
@@ -54,6 +55,7 @@ const std::array<Tab, 6>& allTabs() {
 SettingsView::SettingsView(SettingsEnvironment environment, QWidget* parent)
     : QWidget(parent)
     , environment_(std::move(environment))
+    , files_(environment_.disk)
     , bindings_(std::make_unique<Bindings>(environment_.l10n))
     , tabs_(new SettingsTabBar(this))
     , pages_(new QStackedWidget(this)) {
@@ -106,6 +108,7 @@ SettingsView::~SettingsView() {
 }
 
 QString SettingsView::title() const {
+    ORV_ON_MAIN();
     return bindings_->text(u"settings.title"_s);
 }
 
@@ -114,6 +117,7 @@ TabContext SettingsView::context() const {
 }
 
 void SettingsView::showTab(int index) {
+    ORV_ON_MAIN();
     QWidget* page = pages_->widget(index);
     if (page->layout() == nullptr) {
         const Tab& tab = allTabs()[static_cast<std::size_t>(index)];

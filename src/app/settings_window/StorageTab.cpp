@@ -1,9 +1,12 @@
 #include "StorageTab.h"
 
-#include "Pieces.h"
+#include "Buttons.h"
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "SettingsActions.h"
 #include "Symbols.h"
-#include "TabParts.h"
+#include "TextLabels.h"
 
 #include <QDir>
 #include <QLabel>

@@ -1,9 +1,10 @@
 #include "UpdateRow.h"
 
 #include "Bindings.h"
-#include "Pieces.h"
+#include "Buttons.h"
 #include "Symbols.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "ToneLabel.h"
 
 #include <QHBoxLayout>
@@ -52,6 +53,7 @@ UpdateRow::UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent
 }
 
 void UpdateRow::check() {
+    ORV_ON_MAIN();
     state_ = State::Checking;
     refresh();
     updates_.checkForUpdate([self = QPointer(this)](UpdateOutcome outcome) {
@@ -63,6 +65,7 @@ void UpdateRow::check() {
 }
 
 void UpdateRow::refresh() {
+    ORV_ON_MAIN();
     const QString newer = updates_.availableVersion();
     check_->setText(bindings_.text(u"info.update.check"_s));
     check_->setEnabled(state_ != State::Checking);

@@ -11,7 +11,7 @@ namespace orv {
 class Bindings;
 class ToneLabel;
 
-/// The check for a newer release: a button, what came of it, and the way to the release.
+/// The row that checks for a newer release: a button, what came of it, and the way to the release.
 class UpdateRow : public QWidget {
     Q_OBJECT
 

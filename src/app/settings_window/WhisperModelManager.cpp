@@ -4,6 +4,7 @@
 #include "FileJobs.h"
 #include "Log.h"
 #include "SpawnProgram.h"
+#include "ThreadChecks.h"
 #include "WhisperModels.h"
 
 #include <QDir>
@@ -48,6 +49,7 @@ WhisperModelManager::~WhisperModelManager() {
 }
 
 WhisperModelManager::State WhisperModelManager::state(const QString& id) const {
+    ORV_ON_MAIN();
     if (downloads_.contains(id)) {
         return State::Downloading;
     }
@@ -58,6 +60,7 @@ WhisperModelManager::State WhisperModelManager::state(const QString& id) const {
 }
 
 void WhisperModelManager::refreshDownloadedModels() {
+    ORV_ON_MAIN();
     environment_.files.run(
         [folder = environment_.cacheFolder] { return downloadedWhisperModels(filesIn(folder)); },
         [self = QPointer(this)](const QSet<QString>& downloaded) {
@@ -69,6 +72,7 @@ void WhisperModelManager::refreshDownloadedModels() {
 }
 
 void WhisperModelManager::downloadWhisperModel(const QString& id) {
+    ORV_ON_MAIN();
     const State now = state(id);
     if (now == State::Downloading || now == State::Removing || whisperModelFiles(id).isEmpty()) {
         return;
@@ -101,6 +105,7 @@ void WhisperModelManager::downloadWhisperModel(const QString& id) {
 
 void WhisperModelManager::downloadFinished(const QString& id, int status,
                                            const QByteArray& output) {
+    ORV_ON_MAIN();
     downloads_.erase(id);
     if (status == 0) {
         logLine(u"✓ Whisper-Modell geladen: "_s + id);
@@ -117,6 +122,7 @@ void WhisperModelManager::downloadFinished(const QString& id, int status,
 }
 
 void WhisperModelManager::deleteWhisperModel(const QString& id) {
+    ORV_ON_MAIN();
     const State now = state(id);
     if (now == State::Downloading || now == State::Removing || whisperModelFiles(id).isEmpty()) {
         return;
@@ -133,6 +139,7 @@ void WhisperModelManager::deleteWhisperModel(const QString& id) {
 }
 
 void WhisperModelManager::removed(const QString& id, const QString& problem) {
+    ORV_ON_MAIN();
     removing_.remove(id);
     if (problem.isEmpty()) {
         downloaded_.remove(id);

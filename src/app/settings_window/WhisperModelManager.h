@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChildProcess.h"
+#include "TextLookup.h"
 
 #include <QHash>
 #include <QObject>
@@ -8,7 +9,6 @@
 #include <QString>
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <memory>
 
@@ -23,14 +23,14 @@ struct WhisperEnvironment {
     QString cacheFolder; ///< Where that library keeps its models.
     FileJobs& files;
     Dialogs& dialogs;
-    std::function<QString(const QString& key)> text; ///< A localised text.
+    TextLookup text;
     /// Between the signals to a download that has to be ended with the program.
     std::chrono::milliseconds pause = std::chrono::seconds(1);
 };
 
-/// Which models of the local recognition are on this computer; fetches and removes them. Downloads
-/// run as programs of their own, any number at the same time but one for each model, and end with
-/// the manager. What goes wrong is shown in an alert. Main thread only.
+/// The manager of the local recognition's models: knows which are on this computer, fetches and
+/// removes them. Downloads run as programs of their own, any number at the same time but one for
+/// each model, and end with the manager. What goes wrong is shown in an alert. Main thread only.
 class WhisperModelManager : public QObject {
     Q_OBJECT
 

@@ -1,11 +1,12 @@
 #include "WhisperModelRow.h"
 
 #include "Bindings.h"
-#include "Pieces.h"
-#include "Quantities.h"
+#include "Buttons.h"
+#include "QuantityTexts.h"
 #include "Symbols.h"
-#include "TabParts.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "ToneLabel.h"
 
 #include <QHBoxLayout>
@@ -73,6 +74,7 @@ WhisperModelRow::WhisperModelRow(const WhisperModel& model, WhisperModelManager&
 }
 
 void WhisperModelRow::refresh() {
+    ORV_ON_MAIN();
     const State state = models_.state(model_.id);
     const bool isThere = state == State::Downloaded || state == State::Removing;
     size_->setText(fileSizeText(bindings_.language(), model_.megabytes));
@@ -99,6 +101,7 @@ int WhisperModelRow::widestAction() const {
 }
 
 void WhisperModelRow::act() {
+    ORV_ON_MAIN();
     if (models_.state(model_.id) == State::Downloaded) {
         models_.deleteWhisperModel(model_.id);
     } else {

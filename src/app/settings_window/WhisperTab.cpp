@@ -1,8 +1,9 @@
 #include "WhisperTab.h"
 
+#include "Card.h"
+#include "CardColumn.h"
+#include "CardRows.h"
 #include "FieldCombo.h"
-#include "Pieces.h"
-#include "TabParts.h"
 #include "Theme.h"
 #include "TranslationSettings.h"
 #include "WhisperModelManager.h"

@@ -1,6 +1,7 @@
 #include "FieldCombo.h"
 
 #include "FieldComboAccessible.h"
+#include "ThreadChecks.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
@@ -96,6 +97,7 @@ int FieldCombo::rowOf(const QString& typed) const {
 }
 
 void FieldCombo::setEntries(const QList<FieldEntry>& entries, const QString& chosenId) {
+    ORV_ON_MAIN();
     if (entries != entries_) {
         const QSignalBlocker blocker(this);
         entries_ = entries;
@@ -108,6 +110,7 @@ void FieldCombo::setEntries(const QList<FieldEntry>& entries, const QString& cho
 }
 
 void FieldCombo::setChosen(const QString& id) {
+    ORV_ON_MAIN();
     const int index = findData(id);
     if (index != currentIndex()) {
         setCurrentIndex(index);

@@ -2,6 +2,7 @@
 
 #include "OrvaneStyle.h"
 #include "ScrollAreaAccessible.h"
+#include "ThreadChecks.h"
 
 #include <QApplication>
 
@@ -13,6 +14,7 @@ Look::Look(DesktopAppearance& appearance)
     QApplication::setStyle(style_);
     installScrollAreaAccessibility();
     appearance_.setHandler([this](ColourScheme scheme) {
+        ORV_ON_MAIN();
         style_->setScheme(scheme);
         // Lets the style see the desktop's own palette again and turn it into the theme's.
         QApplication::setPalette(QPalette());

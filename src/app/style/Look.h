@@ -6,8 +6,9 @@ namespace orv {
 
 class OrvaneStyle;
 
-/// Gives the application its style, keeps it as light or dark as the desktop, and mends what Qt
-/// tells assistive programs. Made once, after the application object and before any widget.
+/// The look of the application: gives it its style, keeps that as light or dark as the desktop, and
+/// mends what Qt tells assistive programs. Made once, after the application object and before any
+/// widget.
 class Look {
   public:
     /// `appearance` outlives it.

@@ -1,6 +1,9 @@
 #include "NoticeCard.h"
 
+#include "Buttons.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -23,6 +26,7 @@ NoticeCard::NoticeCard(QWidget* parent)
 }
 
 void NoticeCard::setTexts(const QString& text, const QString& closeText) {
+    ORV_ON_MAIN();
     text_->setText(text);
     close_->setText(closeText);
 }

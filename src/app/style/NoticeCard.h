@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pieces.h"
+#include "Card.h"
 
 class QPushButton;
 

@@ -1,11 +1,12 @@
 #include "OrvaneStyle.h"
 
 #include "StyleButtons.h"
+#include "StyleDrawing.h"
 #include "StyleFields.h"
 #include "StyleMetrics.h"
-#include "StylePaint.h"
 #include "SwitchRow.h"
 #include "Symbols.h"
+#include "Theme.h"
 
 #include <QAbstractItemView>
 #include <QAbstractScrollArea>

@@ -7,9 +7,10 @@
 
 namespace orv {
 
-/// Draws every control of the program in the colours of a theme: buttons, switches (check boxes),
-/// radio buttons, fields, lists, sliders, tabs, scroll bars, meters, menus, tool tips and the ring
-/// that shows the focus. Widgets need no colours and no style sheets of their own.
+/// The application's style: draws every control of the program in the colours of a theme: buttons,
+/// switches (check boxes), radio buttons, fields, lists, sliders, tabs, scroll bars, meters, menus,
+/// tool tips and the ring that shows the focus. Widgets need no colours and no style sheets of
+/// their own.
 ///
 /// The theme is light or dark as the desktop's scheme says; without one, as its palette is.
 class OrvaneStyle : public QProxyStyle {

@@ -2,11 +2,13 @@
 
 #include "OrvaneStyle.h"
 
+#include "PaintScope.h"
 #include "StyleBars.h"
 #include "StyleButtons.h"
+#include "StyleDrawing.h"
 #include "StyleFields.h"
-#include "StyleLists.h"
-#include "StylePaint.h"
+#include "StyleRows.h"
+#include "Theme.h"
 
 #include <QDateTime>
 #include <QStyleOption>

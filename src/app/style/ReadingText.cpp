@@ -1,5 +1,7 @@
 #include "ReadingText.h"
 
+#include "ThreadChecks.h"
+
 #include <QEvent>
 #include <QTextBlockFormat>
 #include <QTextCharFormat>
@@ -21,6 +23,7 @@ ReadingText::ReadingText(QWidget* parent)
 }
 
 void ReadingText::setTexts(const QString& original, const QString& translation) {
+    ORV_ON_MAIN();
     if (original == original_ && translation == translation_) {
         return;
     }
@@ -30,6 +33,7 @@ void ReadingText::setTexts(const QString& original, const QString& translation) 
 }
 
 void ReadingText::setRemark(const QString& remark, Tone tone) {
+    ORV_ON_MAIN();
     if (remark == remark_ && tone == remarkTone_) {
         return;
     }
@@ -39,6 +43,7 @@ void ReadingText::setRemark(const QString& remark, Tone tone) {
 }
 
 void ReadingText::setEmptyText(const QString& text) {
+    ORV_ON_MAIN();
     setPlaceholderText(text);
 }
 

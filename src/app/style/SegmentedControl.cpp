@@ -1,7 +1,7 @@
 #include "SegmentedControl.h"
 
 #include "ButtonKind.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Theme.h"
 
 #include <QHBoxLayout>

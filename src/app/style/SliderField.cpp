@@ -1,7 +1,8 @@
 #include "SliderField.h"
 
-#include "Pieces.h"
+#include "TextLabels.h"
 #include "Theme.h"
+#include "ThreadChecks.h"
 #include "ToneLabel.h"
 
 #include <QEvent>
@@ -16,8 +17,7 @@
 namespace orv {
 
 // The slider counts steps, so that keys, clicks and drags all land on them.
-SliderField::SliderField(int lowest, int highest, int step,
-                         std::function<QString(int value)> valueText, QWidget* parent)
+SliderField::SliderField(int lowest, int highest, int step, ValueText valueText, QWidget* parent)
     : QWidget(parent)
     , valueText_(std::move(valueText))
     , step_(step)
@@ -48,11 +48,13 @@ SliderField::SliderField(int lowest, int highest, int step,
 }
 
 void SliderField::setName(const QString& name) {
+    ORV_ON_MAIN();
     nameField(name_, slider_, name);
     showValue();
 }
 
 void SliderField::setValue(int value) {
+    ORV_ON_MAIN();
     if (slider_->isSliderDown()) {
         return; // The user is at it.
     }

@@ -18,10 +18,11 @@ class SliderField : public QWidget {
     Q_OBJECT
 
   public:
+    using ValueText = std::function<QString(int value)>;
+
     /// Whole numbers from `lowest` to `highest` in steps of `step`; `valueText` says a value as
     /// people read it.
-    SliderField(int lowest, int highest, int step, std::function<QString(int value)> valueText,
-                QWidget* parent = nullptr);
+    SliderField(int lowest, int highest, int step, ValueText valueText, QWidget* parent = nullptr);
 
     /// The name on screen and for assistive programs.
     void setName(const QString& name);
@@ -43,7 +44,7 @@ class SliderField : public QWidget {
   private:
     void showValue();
 
-    std::function<QString(int)> valueText_;
+    ValueText valueText_;
     int step_;
     QLabel* name_;
     ToneLabel* valueLabel_;

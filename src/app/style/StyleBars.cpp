@@ -1,6 +1,8 @@
 #include "StyleBars.h"
 
-#include "StylePaint.h"
+#include "PaintScope.h"
+#include "StyleDrawing.h"
+#include "Theme.h"
 
 #include <QStyle>
 #include <QStyleOptionProgressBar>

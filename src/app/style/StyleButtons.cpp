@@ -1,6 +1,8 @@
 #include "StyleButtons.h"
 
-#include "StylePaint.h"
+#include "PaintScope.h"
+#include "StyleDrawing.h"
+#include "Theme.h"
 
 #include <QFontMetrics>
 #include <QStyle>

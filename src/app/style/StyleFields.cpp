@@ -1,6 +1,8 @@
 #include "StyleFields.h"
 
-#include "StylePaint.h"
+#include "PaintScope.h"
+#include "StyleDrawing.h"
+#include "Theme.h"
 
 #include <QStyle>
 #include <QStyleOptionComboBox>

@@ -1,6 +1,6 @@
 #include "SymbolView.h"
 
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 #include "Theme.h"
 
 namespace orv {

@@ -5,8 +5,8 @@
 
 namespace orv {
 
-/// Shows a picture or symbol (see Symbols.h); a symbol in the quieter text colour. Only decoration:
-/// assistive programs do not hear of it.
+/// A widget that shows a picture or symbol (see Symbols.h); a symbol in the quieter text colour.
+/// Only decoration: assistive programs do not hear of it.
 class SymbolView : public QWidget {
     Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "OverlayConnection.h"
 
 #include "HttpRequest.h"
+#include "OverlayRequestHandler.h"
 
 #include <sys/socket.h>
 
@@ -36,9 +37,9 @@ ssize_t uninterrupted(Call call) {
 OverlayConnection::OverlayConnection(UniqueFd socket)
     : socket_(std::move(socket)) {}
 
-OverlayConnection::Waits OverlayConnection::advance(const Respond& respond) {
+OverlayConnection::Waits OverlayConnection::advance(const OverlayRequestHandler& handler) {
     if (waits_ == Waits::ForRequest) {
-        receiveRequest(respond);
+        receiveRequest(handler);
     }
     if (waits_ == Waits::ForRoomToSend) {
         sendAnswer();
@@ -49,7 +50,7 @@ OverlayConnection::Waits OverlayConnection::advance(const Respond& respond) {
     return waits_;
 }
 
-void OverlayConnection::receiveRequest(const Respond& respond) {
+void OverlayConnection::receiveRequest(const OverlayRequestHandler& handler) {
     std::array<char, httpFirstReadBytes> buffer; // NOLINT(*-init-variables): filled by recv
     const ssize_t received =
         uninterrupted([&] { return ::recv(socket_.get(), buffer.data(), buffer.size(), 0); });
@@ -59,7 +60,7 @@ void OverlayConnection::receiveRequest(const Respond& respond) {
     }
     const QByteArrayView firstRead(buffer.data(), static_cast<qsizetype>(received));
     clientIsDone_ = firstRead.isEmpty() || isWholeRequest(firstRead);
-    answer_ = respond(requestPath(firstRead));
+    answer_ = handler.answerTo(requestPath(firstRead));
     waits_ = Waits::ForRoomToSend;
 }
 

@@ -6,9 +6,10 @@
 #include <QByteArrayView>
 
 #include <cstddef>
-#include <functional>
 
 namespace orv {
+
+class OverlayRequestHandler;
 
 /// Serves one request on one non-blocking socket and then closes it. Told when the socket may be
 /// ready; never waits itself. Used on one thread.
@@ -18,9 +19,6 @@ namespace orv {
 /// still comes is then read and thrown away until the client closes its side.
 class OverlayConnection {
   public:
-    /// The whole answer to a path, head included.
-    using Respond = std::function<QByteArray(QByteArrayView path)>;
-
     /// What the connection needs before it can go on.
     enum class Waits { ForRequest, ForRoomToSend, ForClientToClose, ForNothing };
 
@@ -29,14 +27,14 @@ class OverlayConnection {
 
     /// Goes as far as it can without waiting. `ForNothing` means that the connection is over, by
     /// its own end or by the client's, and can be destroyed.
-    Waits advance(const Respond& respond);
+    Waits advance(const OverlayRequestHandler& handler);
 
     Waits waits() const { return waits_; }
 
     int socket() const { return socket_.get(); }
 
   private:
-    void receiveRequest(const Respond& respond);
+    void receiveRequest(const OverlayRequestHandler& handler);
     void sendAnswer();
     void discardRest();
 

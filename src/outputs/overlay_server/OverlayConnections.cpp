@@ -1,5 +1,7 @@
 #include "OverlayConnections.h"
 
+#include "OverlayRequestHandler.h"
+
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/resource.h>
@@ -39,11 +41,9 @@ std::size_t waitingConnectionBound(const OverlayLimits& limits, std::size_t desc
     return std::max<std::size_t>(1, std::min(limits.waitingConnections, descriptors / 2));
 }
 
-OverlayConnections::OverlayConnections(OverlayLimits limits, OverlayConnection::Respond respond,
-                                       ListenerFailed listenerFailed)
+OverlayConnections::OverlayConnections(OverlayLimits limits, OverlayRequestHandler& handler)
     : limits_(limits)
-    , respond_(std::move(respond))
-    , listenerFailed_(std::move(listenerFailed))
+    , handler_(handler)
     , bound_(waitingConnectionBound(limits, permittedDescriptors()))
     , epoll_(::epoll_create1(EPOLL_CLOEXEC))
     , nextId_(firstConnectionId)
@@ -153,7 +153,7 @@ bool OverlayConnections::findDescriptor(int listening) {
 
 void OverlayConnections::admit(UniqueFd socket) {
     OverlayConnection connection(std::move(socket));
-    const Waits waits = connection.advance(respond_);
+    const Waits waits = connection.advance(handler_);
     if (waits == Waits::ForNothing) {
         return;
     }
@@ -175,7 +175,7 @@ void OverlayConnections::advance(Id id) {
     }
     Waiting& waiting = entry->second;
     const Waits before = waiting.connection.waits();
-    const Waits after = waiting.connection.advance(respond_);
+    const Waits after = waiting.connection.advance(handler_);
     if (after == Waits::ForNothing) {
         remove(entry);
     } else if (after != before) {
@@ -228,7 +228,7 @@ void OverlayConnections::sweep() {
 
 void OverlayConnections::listenerFailed(int error) {
     stopListening();
-    listenerFailed_(std::error_code(error, std::generic_category()));
+    handler_.listenerFailed(std::error_code(error, std::generic_category()));
 }
 
 bool OverlayConnections::watch(int operation, int socket, Id id, Waits waits) const {

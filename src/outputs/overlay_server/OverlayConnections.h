@@ -8,9 +8,7 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <map>
-#include <system_error>
 #include <vector>
 
 namespace orv {
@@ -23,11 +21,8 @@ namespace orv {
 /// its connection is accepted is answered and closed on the spot.
 class OverlayConnections {
   public:
-    using ListenerFailed = std::function<void(std::error_code)>;
-
-    /// `listenerFailed` is told when a listening socket broke; none is watched any more then.
-    OverlayConnections(OverlayLimits limits, OverlayConnection::Respond respond,
-                       ListenerFailed listenerFailed);
+    /// The handler outlives the object.
+    OverlayConnections(OverlayLimits limits, OverlayRequestHandler& handler);
 
     OverlayConnections(const OverlayConnections&) = delete;
     OverlayConnections& operator=(const OverlayConnections&) = delete;
@@ -68,8 +63,7 @@ class OverlayConnections {
     std::chrono::milliseconds allowance(OverlayConnection::Waits waits) const;
 
     const OverlayLimits limits_;
-    const OverlayConnection::Respond respond_;
-    const ListenerFailed listenerFailed_;
+    OverlayRequestHandler& handler_;
     const std::size_t bound_;
     const UniqueFd epoll_;
     std::vector<int> listening_; ///< The place of a socket is its identifier.

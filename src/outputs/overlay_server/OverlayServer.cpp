@@ -3,6 +3,7 @@
 #include "Log.h"
 #include "OverlayConnections.h"
 #include "SettingsList.h"
+#include "ThreadChecks.h"
 
 #include <algorithm>
 #include <chrono>
@@ -37,9 +38,8 @@ OverlayServer::OverlayServer(OverlayLimits limits)
     , queue_(u"io.tavrin.orv.overlayserver"_s) {
     setAppearance(OverlayAppearance::fromSettings(SettingsList()));
     queue_.post([this] {
-        connections_ = std::make_unique<OverlayConnections>(
-            limits_, [this](QByteArrayView path) { return response(path).bytes(); },
-            [this](std::error_code error) { listenerFailed(error); });
+        OverlayRequestHandler& handler = *this;
+        connections_ = std::make_unique<OverlayConnections>(limits_, handler);
     });
 }
 
@@ -126,7 +126,13 @@ HttpResponse OverlayServer::latestResult() const {
     return textResponse(json);
 }
 
+QByteArray OverlayServer::answerTo(QByteArrayView path) const {
+    ORV_ON(queue_);
+    return response(path).bytes();
+}
+
 void OverlayServer::reconcile() {
+    ORV_ON(queue_);
     OverlayServing serving;
     {
         const std::lock_guard guard(lock_);
@@ -143,6 +149,7 @@ void OverlayServer::reconcile() {
 }
 
 void OverlayServer::startNow(std::uint16_t port) {
+    ORV_ON(queue_);
     stopNow();
     auto opened = OverlayListener::open(port, limits_.acceptDeferral);
     if (const auto* error = std::get_if<std::error_code>(&opened)) {
@@ -157,12 +164,14 @@ void OverlayServer::startNow(std::uint16_t port) {
 }
 
 void OverlayServer::stopNow() {
+    ORV_ON(queue_);
     connections_->stopListening();
     listener_.reset();
     isRunning_ = false;
 }
 
 void OverlayServer::listenerFailed(std::error_code error) {
+    ORV_ON(queue_);
     listener_.reset();
     isRunning_ = false;
     logLine(u"❌ OBS-Overlay-Server fehlgeschlagen: %1"_s.arg(text(error)));

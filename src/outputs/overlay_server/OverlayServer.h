@@ -6,6 +6,7 @@
 #include "OverlayLimits.h"
 #include "OverlayListener.h"
 #include "OverlayPage.h"
+#include "OverlayRequestHandler.h"
 #include "Result.h"
 #include "SharedInstance.h"
 
@@ -46,7 +47,7 @@ struct OverlayServing {
 ///
 /// Of results only the latest is kept: a page sees the one that is the latest at its poll, and none
 /// of those between two polls.
-class OverlayServer : public Output {
+class OverlayServer : public Output, private OverlayRequestHandler {
   public:
     /// Looks as the defaults say. Nothing runs until `applySettings` or `start`.
     explicit OverlayServer(OverlayLimits limits = {});
@@ -98,7 +99,8 @@ class OverlayServer : public Output {
     void reconcile();
     void startNow(std::uint16_t port);
     void stopNow();
-    void listenerFailed(std::error_code error);
+    QByteArray answerTo(QByteArrayView path) const override;
+    void listenerFailed(std::error_code error) override;
     HttpResponse latestResult() const;
 
     const OverlayLimits limits_;

@@ -5,6 +5,7 @@
 #include "SpeechSynthesizer.h"
 #include "SubtitleLabel.h"
 #include "SubtitleText.h"
+#include "ThreadChecks.h"
 
 #include <QGuiApplication>
 #include <QPaintEvent>
@@ -62,6 +63,7 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
 OverlayWindow::~OverlayWindow() = default;
 
 void OverlayWindow::prepare() {
+    ORV_ON_MAIN();
     if (choices_.isShown) {
         create();
         // The first text of a program takes tens of milliseconds: the fonts are looked for.
@@ -74,6 +76,7 @@ void OverlayWindow::prepare() {
 }
 
 void OverlayWindow::take(const Result& result) {
+    ORV_ON_MAIN();
     if (choices_.isShown) {
         showTranslation(result);
     }
@@ -96,6 +99,7 @@ void OverlayWindow::showTranslation(const Result& result) {
 }
 
 void OverlayWindow::present() {
+    ORV_ON_MAIN();
     std::optional<Result> result;
     {
         const std::lock_guard lock(mutex_);
@@ -116,6 +120,7 @@ void OverlayWindow::present() {
 }
 
 void OverlayWindow::endSubtitles() {
+    ORV_ON_MAIN();
     {
         const std::lock_guard lock(mutex_);
         waiting_.reset();
@@ -126,6 +131,7 @@ void OverlayWindow::endSubtitles() {
 }
 
 void OverlayWindow::setChoices(const SubtitleChoices& choices) {
+    ORV_ON_MAIN();
     const bool looksTheSame = choices.appearance == choices_.appearance;
     choices_ = choices;
     if (!looksTheSame) {
@@ -172,6 +178,7 @@ void OverlayWindow::bringToFront() {
 }
 
 void OverlayWindow::followMainScreen(QScreen* screen) {
+    ORV_ON_MAIN();
     if (followed_) {
         followed_->disconnect(this);
     }

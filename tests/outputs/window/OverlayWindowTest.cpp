@@ -1,5 +1,6 @@
 #include "OverlayWindow.h"
 
+#include "SerialQueue.h"
 #include "SpeechSynthesizer.h"
 #include "SubtitleLabel.h"
 #include "TranslationSettings.h"
@@ -80,7 +81,8 @@ class OverlayWindowTest : public ::testing::Test {
     QString small() const { return window->originalField().text(); }
 
     QTemporaryDir folder;
-    DefaultsStore store{folder.path() + u"/defaults.json"_s};
+    SerialQueue disk{u"test.disk"_s};
+    DefaultsStore store{disk, folder.path() + u"/defaults.json"_s};
     TranslationSettings settings{store};
     RecordedSpeech speech;
     bool composited = true;

@@ -1,7 +1,9 @@
-#include "StyleLists.h"
+#include "StyleRows.h"
 
+#include "PaintScope.h"
 #include "StyleButtons.h"
-#include "StylePaint.h"
+#include "StyleDrawing.h"
+#include "Theme.h"
 
 #include <QStyle>
 #include <QStyleOptionMenuItem>

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Theme.h"
-
 #include <QIcon>
 #include <QPainter>
 #include <QStyleOption>
@@ -9,24 +7,6 @@
 namespace orv {
 
 // What the drawing of all controls shares.
-
-/// Saves the painter's state, smooths edges, and gives the state back.
-class PaintScope {
-  public:
-    explicit PaintScope(QPainter* painter)
-        : painter_(painter) {
-        painter_->save();
-        painter_->setRenderHint(QPainter::Antialiasing);
-    }
-
-    ~PaintScope() { painter_->restore(); }
-
-    PaintScope(const PaintScope&) = delete;
-    PaintScope& operator=(const PaintScope&) = delete;
-
-  private:
-    QPainter* painter_;
-};
 
 /// A filled rounded rectangle with a border of one logical pixel inside `area` (none when `border`
 /// is invalid).
@@ -42,8 +22,8 @@ void drawChevron(QPainter* painter, const QRectF& area, const QColor& color, boo
 /// The tick of a chosen entry, in the middle of `area`.
 void drawTick(QPainter* painter, const QRectF& area, const QColor& color);
 
-/// One line of text, its mnemonic marks left out, with its base line where the painter's own font
-/// wants it: signs of other fonts (emoji) do not move it.
+/// One line of text, its mnemonic marks left out. The painter's own font alone decides where its
+/// base line is: signs that come from other fonts (emoji) do not move it.
 void drawLine(QPainter* painter, const QRect& area, Qt::Alignment alignment, const QString& text);
 
 /// The same in the middle of `area`, with the picture (emoji) that `text` begins with, if it does,

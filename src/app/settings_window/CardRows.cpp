@@ -1,7 +1,8 @@
-#include "TabParts.h"
+#include "CardRows.h"
 
-#include "Pieces.h"
+#include "Card.h"
 #include "SwitchRow.h"
+#include "TextLabels.h"
 #include "Theme.h"
 
 #include <QCheckBox>
@@ -13,20 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace orv {
-
-CardColumn::CardColumn(QWidget* parent)
-    : QWidget(parent)
-    , column_(new QVBoxLayout(this)) {
-    column_->setContentsMargins(space::large, space::tiny, space::large, space::large);
-    column_->setSpacing(space::medium);
-    column_->addStretch(1);
-}
-
-Card* CardColumn::addCard() {
-    auto* card = new Card(this);
-    column_->insertWidget(column_->count() - 1, card);
-    return card;
-}
 
 QLabel* addHeading(Card& card, Bindings& bindings, const QString& key) {
     QLabel* heading = card.addHeading();
@@ -47,12 +34,6 @@ QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key, Setting
     bindings.bind(box, setting);
     card.rows()->addWidget(box);
     return box;
-}
-
-Section addSection(CardColumn& column, Bindings& bindings, const QString& title) {
-    Card& card = *column.addCard();
-    addHeading(card, bindings, title);
-    return {.card = card, .name = [&bindings, title] { return bindings.text(title); }};
 }
 
 QWidget* atTheLeft(QWidget* control) {

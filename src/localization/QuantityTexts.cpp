@@ -1,4 +1,4 @@
-#include "Quantities.h"
+#include "QuantityTexts.h"
 
 #include <QLocale>
 

@@ -1,55 +1,28 @@
 #pragma once
 
 #include "Bindings.h"
-#include "SettingsEnvironment.h"
+#include "Section.h"
 
 #include <QList>
 #include <QString>
-#include <QWidget>
-
-#include <functional>
 
 class QBoxLayout;
 class QCheckBox;
 class QLabel;
-class QVBoxLayout;
+class QWidget;
 
 namespace orv {
 
 class Card;
 
-// What the tabs of the settings window are put together from, on top of the style's pieces.
+// Rows of the cards in a tab of the settings window. What is added goes to the end of the card, and
+// its texts follow the language.
 
-/// The content of a tab: a column of cards.
-class CardColumn : public QWidget {
-    Q_OBJECT
-
-  public:
-    explicit CardColumn(QWidget* parent = nullptr);
-
-    Card* addCard();
-
-  private:
-    QVBoxLayout* column_;
-};
-
-// All of these go to the end of the card and follow the language.
 QLabel* addHeading(Card& card, Bindings& bindings, const QString& key);
 QLabel* addHint(Card& card, Bindings& bindings, const QString& key);
 
 /// A switch that is named by the text of `key` and tied to `setting`.
 QCheckBox* addSwitch(Card& card, Bindings& bindings, const QString& key, Setting<bool>& setting);
-
-/// What comes before a control's own name; several sections have a host and a port.
-using SectionName = std::function<QString()>;
-
-/// A card headed by the text of `title`, and what its controls are told apart by.
-struct Section {
-    Card& card;
-    SectionName name;
-};
-
-Section addSection(CardColumn& column, Bindings& bindings, const QString& title);
 
 /// `control` at the left of whatever room there is, in its own width.
 QWidget* atTheLeft(QWidget* control);

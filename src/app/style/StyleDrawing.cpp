@@ -1,4 +1,4 @@
-#include "StylePaint.h"
+#include "StyleDrawing.h"
 
 #include <QPaintDevice>
 #include <QPainterPath>
