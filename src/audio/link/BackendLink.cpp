@@ -1,5 +1,6 @@
 #include "BackendLink.h"
 
+#include "BackendMessageHandler.h"
 #include "BackendSocket.h"
 #include "EventLoopThread.h"
 #include "PostTarget.h"
@@ -13,44 +14,19 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-/// Created and destroyed with the link, on the owner's thread.
-struct BackendLink::Owner {
-    Handlers handlers;
-    PostTarget target;
-};
-
 struct BackendLink::Remote {
     QPointer<BackendSocket> socket; ///< Touched on the link thread only.
     std::atomic<bool> cancelled = false;
 };
 
-BackendLink::BackendLink(EventLoopThread& thread, const QUrl& url, Handlers handlers,
+BackendLink::BackendLink(EventLoopThread& thread, const QUrl& url, Listener& listener,
                          Timings timings)
     : thread_(thread)
-    , owner_(std::make_unique<Owner>())
+    , owner_(std::make_unique<PostTarget>())
     , remote_(std::make_shared<Remote>()) {
-    owner_->handlers = std::move(handlers);
-    // The handlers run only through the target and die with it, so the plain pointer is safe.
-    BackendSocket::Events events{
-        .message =
-            [owner = owner_.get(), target = owner_->target.handle()](DownstreamMessage message) {
-                target.post([owner, message = std::move(message)] {
-                    const auto handler = owner->handlers.message; // May end the link while it runs.
-                    handler(message);
-                });
-            },
-        .failed =
-            [owner = owner_.get(), target = owner_->target.handle()](QString error) {
-                target.post([owner, error = std::move(error)] {
-                    const auto handler = owner->handlers.failed; // May end the link while it runs.
-                    handler(error);
-                });
-            },
-    };
-    thread_.post([remote = remote_, parent = thread_.context(), url, events = std::move(events),
-                  timings]() mutable {
-        remote->socket = new BackendSocket(url, std::move(events), timings, parent);
-    });
+    thread_.post([remote = remote_, &thread, url,
+                  handler = BackendMessageHandler(listener, owner_->handle()),
+                  timings] { remote->socket = new BackendSocket(thread, url, handler, timings); });
 }
 
 BackendLink::~BackendLink() {

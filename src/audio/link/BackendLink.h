@@ -14,8 +14,9 @@ namespace orv {
 
 class BackendSocket;
 class EventLoopThread;
+class PostTarget;
 
-/// One connection to the speech server. Opening it starts connecting; messages sent before that is
+/// A connection to the speech server. Making it starts connecting; messages sent before that is
 /// done leave in order once it is. There is no reconnection: a new run makes a new link.
 ///
 /// The object itself lives on its owner's thread; the socket lives on the link thread.
@@ -27,11 +28,16 @@ class BackendLink {
     /// handed to the network, else the error.
     using Sent = std::function<void(const QString& error)>;
 
-    /// Called on the owner's thread, never after the link has been cancelled or destroyed.
-    struct Handlers {
-        std::function<void(const DownstreamMessage& message)> message;
+    /// Whoever is told what comes over the link, on the owner's thread, never after the link has
+    /// been cancelled or destroyed. May end the link within a call.
+    class Listener {
+      public:
+        virtual ~Listener() = default;
+        virtual void receiveResult(const Result& result) = 0;
+        virtual void receiveStatus(const StatusMessage& status) = 0;
+        virtual void receiveFlushed() = 0; ///< The answer to a flush request.
         /// The connection failed or was closed by the peer; nothing follows.
-        std::function<void(const QString& error)> failed;
+        virtual void linkFailed(const QString& error) = 0;
     };
 
     struct Timings {
@@ -39,8 +45,8 @@ class BackendLink {
         std::chrono::milliseconds closing{1000};    ///< Longest wait for the closing handshake.
     };
 
-    /// Connects to `url`. `thread` must outlive the link.
-    BackendLink(EventLoopThread& thread, const QUrl& url, Handlers handlers, Timings timings);
+    /// Connects to `url`. `thread` and `listener` must outlive the link.
+    BackendLink(EventLoopThread& thread, const QUrl& url, Listener& listener, Timings timings);
 
     /// Cancels.
     ~BackendLink();
@@ -71,10 +77,8 @@ class BackendLink {
     void cancel();
 
   private:
-    struct Owner;
-
     EventLoopThread& thread_;
-    std::unique_ptr<Owner> owner_;
+    std::unique_ptr<PostTarget> owner_; ///< Where the listener is told; none once cancelled.
     std::shared_ptr<Remote> remote_;
 };
 

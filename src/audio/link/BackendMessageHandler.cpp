@@ -1,49 +1,41 @@
 #include "BackendMessageHandler.h"
 
-#include "Log.h"
+#include "BackendMessages.h"
 
 #include <utility>
-
-using namespace Qt::StringLiterals;
+#include <variant>
 
 namespace orv {
 
-BackendMessageHandler::BackendMessageHandler(Actions actions)
-    : actions_(std::move(actions)) {}
+namespace {
 
-void BackendMessageHandler::handle(const DownstreamMessage& message) {
-    if (const auto* result = std::get_if<Result>(&message)) {
-        if (!result->original.isEmpty()) {
-            logLine(u"📥 Original: "_s + result->original);
-        }
-        if (!result->translation.isEmpty()) {
-            logLine(u"📥 Übersetzung: "_s + result->translation);
-            actions_.publishResult(*result);
-        } else if (actions_.translatesOnClient()) {
-            actions_.translateOnClient(result->original);
-        }
-    } else if (const auto* status = std::get_if<StatusMessage>(&message)) {
-        handleStatus(*status);
-    } else if (std::holds_alternative<FlushedMessage>(message)) {
-        logLine(u"✓ Flush-Bestätigung vom Backend empfangen");
-        actions_.flushed();
-    }
+struct Dispatch {
+    BackendLink::Listener& listener;
+
+    void operator()(std::monostate) const {}
+
+    void operator()(const Result& result) const { listener.receiveResult(result); }
+
+    void operator()(const StatusMessage& status) const { listener.receiveStatus(status); }
+
+    void operator()(FlushedMessage) const { listener.receiveFlushed(); }
+};
+
+} // namespace
+
+BackendMessageHandler::BackendMessageHandler(BackendLink::Listener& listener,
+                                             PostTarget::Handle owner)
+    : listener_(&listener)
+    , owner_(std::move(owner)) {}
+
+void BackendMessageHandler::handleTranslation(const QByteArray& utf8) const {
+    owner_.post([listener = listener_, message = parseDownstream(utf8)] {
+        std::visit(Dispatch{*listener}, message);
+    });
 }
 
-void BackendMessageHandler::handleStatus(const StatusMessage& status) {
-    if (status.status != u"backend_version") {
-        logLine(u"📋 Backend Status: ["_s + status.status + u"] "_s + status.message);
-        actions_.publishStatus(status);
-        return;
-    }
-    const std::int64_t version = status.version.value_or(0);
-    if (version >= requiredBackendVersion) {
-        logLine(u"✓ Backend-Version OK: v"_s + QString::number(version));
-        return;
-    }
-    logLine(u"⚠️ Backend veraltet: v"_s + QString::number(version) + u", erwartet v"_s +
-            QString::number(requiredBackendVersion));
-    actions_.showNotice({AudioNotice::Kind::BackendOutdated, QString::number(version)});
+void BackendMessageHandler::handleFailure(const QString& error) const {
+    owner_.post([listener = listener_, error] { listener->linkFailed(error); });
 }
 
 } // namespace orv

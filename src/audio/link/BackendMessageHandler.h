@@ -1,37 +1,32 @@
 #pragma once
 
-#include "AudioNotice.h"
-#include "BackendMessages.h"
+#include "BackendLink.h"
+#include "PostTarget.h"
 
+#include <QByteArray>
 #include <QString>
-
-#include <functional>
 
 namespace orv {
 
-/// Does what a message of the backend asks for, and says so in the log. Lives on the main thread.
+/// The handler of what comes over a link: parses each message on the link thread and tells the
+/// link's listener of it on the owner's thread. A value, which is copied to the link thread and
+/// called there.
 class BackendMessageHandler {
   public:
-    /// Run on the main thread, inside `handle`.
-    struct Actions {
-        /// Whether an empty translation is to be made on this side, asked for each such result.
-        std::function<bool()> translatesOnClient;
-        /// Translates and then publishes by itself.
-        std::function<void(const QString& original)> translateOnClient;
-        std::function<void(const Result& result)> publishResult;
-        std::function<void(const StatusMessage& status)> publishStatus;
-        std::function<void(const AudioNotice& notice)> showNotice;
-        std::function<void()> flushed;
-    };
+    /// `owner` posts to the listener's thread as long as the link exists, and no longer than the
+    /// listener does.
+    BackendMessageHandler(BackendLink::Listener& listener, PostTarget::Handle owner);
 
-    explicit BackendMessageHandler(Actions actions);
+    /// Parses one downstream message and dispatches it by its kind. One that is to be ignored is
+    /// told to nobody.
+    void handleTranslation(const QByteArray& utf8) const;
 
-    void handle(const DownstreamMessage& message);
+    /// Tells that nothing follows.
+    void handleFailure(const QString& error) const;
 
   private:
-    void handleStatus(const StatusMessage& status);
-
-    Actions actions_;
+    BackendLink::Listener* listener_;
+    PostTarget::Handle owner_;
 };
 
 } // namespace orv

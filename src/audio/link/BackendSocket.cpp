@@ -1,5 +1,7 @@
 #include "BackendSocket.h"
 
+#include "EventLoopThread.h"
+#include "ThreadChecks.h"
 #include "WebSocketFailure.h"
 
 #include <QNetworkProxy>
@@ -20,24 +22,26 @@ void tell(const BackendLink::Sent& sent, const QString& error) {
 
 } // namespace
 
-BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timings timings,
-                             QObject* parent)
-    : QObject(parent)
-    , events_(std::move(events))
+BackendSocket::BackendSocket(EventLoopThread& thread, const QUrl& url,
+                             BackendMessageHandler messages, BackendLink::Timings timings)
+    : QObject(thread.context())
+    , thread_(thread)
+    , messages_(std::move(messages))
     , timings_(timings) {
-    socket_.setProxy(QNetworkProxy::NoProxy);
+    ORV_ON(thread_);
+    webSocketTask_.setProxy(QNetworkProxy::NoProxy);
     timer_.setSingleShot(true);
 
-    connect(&socket_, &QWebSocket::connected, this, &BackendSocket::onConnected);
-    connect(&socket_, &QWebSocket::disconnected, this, &BackendSocket::onDisconnected);
-    connect(&socket_, &QWebSocket::bytesWritten, this, &BackendSocket::onBytesWritten);
-    connect(&socket_, webSocketFailure<QWebSocket>(), this,
-            [this] { fail(socket_.errorString()); });
-    connect(&socket_, &QWebSocket::textMessageReceived, this,
-            [this](const QString& text) { events_.message(parseDownstream(text.toUtf8())); });
+    connect(&webSocketTask_, &QWebSocket::connected, this, &BackendSocket::onConnected);
+    connect(&webSocketTask_, &QWebSocket::disconnected, this, &BackendSocket::onDisconnected);
+    connect(&webSocketTask_, &QWebSocket::bytesWritten, this, &BackendSocket::onBytesWritten);
+    connect(&webSocketTask_, webSocketFailure<QWebSocket>(), this,
+            [this] { fail(webSocketTask_.errorString()); });
+    connect(&webSocketTask_, &QWebSocket::textMessageReceived, this,
+            [this](const QString& text) { receiveMessage(text.toUtf8()); });
     // A data frame is parsed as it is: what is not UTF-8 is not JSON either.
-    connect(&socket_, &QWebSocket::binaryMessageReceived, this,
-            [this](const QByteArray& bytes) { events_.message(parseDownstream(bytes)); });
+    connect(&webSocketTask_, &QWebSocket::binaryMessageReceived, this,
+            &BackendSocket::receiveMessage);
     connect(&timer_, &QTimer::timeout, this, [this] {
         if (closing_) {
             deleteLater();
@@ -47,16 +51,23 @@ BackendSocket::BackendSocket(const QUrl& url, Events events, BackendLink::Timing
     });
 
     timer_.start(timings_.handshake);
-    socket_.open(url);
+    webSocketTask_.open(url);
 }
 
 BackendSocket::~BackendSocket() {
-    socket_.disconnect(this);
-    socket_.abort();
+    ORV_ON(thread_);
+    webSocketTask_.disconnect(this);
+    webSocketTask_.abort();
     failPending(u"Verbindung abgebrochen"_s);
 }
 
+void BackendSocket::receiveMessage(const QByteArray& utf8) {
+    ORV_ON(thread_);
+    messages_.handleTranslation(utf8);
+}
+
 void BackendSocket::send(QByteArray message, BackendLink::Sent sent) {
+    ORV_ON(thread_);
     if (!failure_.isEmpty() || closing_) {
         tell(sent, failure_.isEmpty() ? u"Verbindung geschlossen"_s : failure_);
         return;
@@ -74,6 +85,7 @@ void BackendSocket::send(QByteArray message, BackendLink::Sent sent) {
 }
 
 void BackendSocket::close() {
+    ORV_ON(thread_);
     if (closing_) {
         return;
     }
@@ -84,25 +96,27 @@ void BackendSocket::close() {
     }
     timer_.start(timings_.closing);
     if (connected_) {
-        socket_.close(QWebSocketProtocol::CloseCodeGoingAway);
+        webSocketTask_.close(QWebSocketProtocol::CloseCodeGoingAway);
     }
 }
 
 void BackendSocket::onConnected() {
+    ORV_ON(thread_);
     connected_ = true;
     for (auto& [message, sent] : std::exchange(waitingForConnection_, {})) {
         waitingForNetwork_.push_back(std::move(sent));
         sender_.send(WebSocketFrameKind::Text, message);
     }
     if (closing_) {
-        socket_.close(QWebSocketProtocol::CloseCodeGoingAway);
+        webSocketTask_.close(QWebSocketProtocol::CloseCodeGoingAway);
     } else {
         timer_.stop();
     }
 }
 
 void BackendSocket::onBytesWritten() {
-    if (socket_.bytesToWrite() > 0) {
+    ORV_ON(thread_);
+    if (webSocketTask_.bytesToWrite() > 0) {
         return;
     }
     for (const BackendLink::Sent& sent : std::exchange(waitingForNetwork_, {})) {
@@ -111,20 +125,22 @@ void BackendSocket::onBytesWritten() {
 }
 
 void BackendSocket::onDisconnected() {
+    ORV_ON(thread_);
     if (closing_) {
         failPending(u"Verbindung geschlossen"_s);
         deleteLater();
         return;
     }
     QString error = u"Verbindung von der Gegenseite beendet (Code %1)"_s.arg(
-        static_cast<int>(socket_.closeCode()));
-    if (!socket_.closeReason().isEmpty()) {
-        error += u": "_s + socket_.closeReason();
+        static_cast<int>(webSocketTask_.closeCode()));
+    if (!webSocketTask_.closeReason().isEmpty()) {
+        error += u": "_s + webSocketTask_.closeReason();
     }
     fail(error);
 }
 
 void BackendSocket::fail(const QString& error) {
+    ORV_ON(thread_);
     if (closing_) {
         deleteLater();
     }
@@ -136,8 +152,8 @@ void BackendSocket::fail(const QString& error) {
     failPending(failure_);
     // Not from inside the socket's own signal.
     QMetaObject::invokeMethod(
-        this, [this] { socket_.abort(); }, Qt::QueuedConnection);
-    events_.failed(failure_);
+        this, [this] { webSocketTask_.abort(); }, Qt::QueuedConnection);
+    messages_.handleFailure(failure_);
 }
 
 void BackendSocket::failPending(const QString& error) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BackendLink.h"
+#include "BackendMessageHandler.h"
 #include "WebSocketSender.h"
 
 #include <QObject>
@@ -12,33 +13,33 @@
 
 namespace orv {
 
-/// The WebSocket behind a `BackendLink`. Lives on the link thread and is touched only there. It
-/// destroys itself once `close` is through, and ends with its parent.
+class EventLoopThread;
+
+/// The WebSocket of a `BackendLink`. Lives on the link thread and is touched only there. It
+/// destroys itself when it has closed, and at the latest when its thread ends.
 class BackendSocket : public QObject {
   public:
-    /// Run on the link thread.
-    struct Events {
-        std::function<void(DownstreamMessage message)> message;
-        std::function<void(QString error)> failed;
-    };
-
-    BackendSocket(const QUrl& url, Events events, BackendLink::Timings timings, QObject* parent);
+    /// Starts connecting. A child of `thread`, the link thread.
+    BackendSocket(EventLoopThread& thread, const QUrl& url, BackendMessageHandler messages,
+                  BackendLink::Timings timings);
     ~BackendSocket() override;
 
     void send(QByteArray message, BackendLink::Sent sent);
     void close();
 
   private:
+    void receiveMessage(const QByteArray& utf8);
     void onConnected();
     void onBytesWritten();
     void onDisconnected();
     void fail(const QString& error);
     void failPending(const QString& error);
 
-    QWebSocket socket_;
-    WebSocketSender sender_{socket_};
+    EventLoopThread& thread_;
+    QWebSocket webSocketTask_; ///< The one connection; a new link makes a new one.
+    WebSocketSender sender_{webSocketTask_};
     QTimer timer_;
-    Events events_;
+    BackendMessageHandler messages_;
     BackendLink::Timings timings_;
     std::deque<std::pair<QByteArray, BackendLink::Sent>> waitingForConnection_;
     std::deque<BackendLink::Sent> waitingForNetwork_;

@@ -1,31 +1,31 @@
-// What is said to and by the backend or the direct engine of a run.
+// What is said to and by the speech server or the direct engine of a run.
 
-#include "AudioManagerPrivate.h"
+#include "AudioEnvironment.h"
+#include "AudioRun.h"
 #include "DirectEngineSetup.h"
 #include "EngineCatalogue.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
-#include <functional>
+#include <cstdint>
+#include <span>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
-void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
-    if (!link_ || !chunker.isConnected()) {
-        pendingConfig = configuration;
-        logLine(u"⚠️ WebSocket nicht verbunden, Config wird später gesendet");
-        return;
-    }
-    configuration_ = configuration;
-    const EngineChoice engine = EngineChoice::fromSettings(env.settings, env.engines);
+void AudioRun::sendConfig() {
+    ORV_ON_MAIN();
+    const RunConfiguration run = configuration();
+    const EngineChoice engine =
+        EngineChoice::fromSettings(environment_.settings, environment_.engines);
     if (engine.lacksCredentials) {
         tellMissingCredentials(engine.sttEngine);
     }
-    const QString languages = configuration.sourceLang + u" → "_s + configuration.targetLang;
-    sender_.sendMessage(configMessage(configuration, engine), [languages](const QString& error) {
+    const QString languages = run.sourceLang + u" → "_s + run.targetLang;
+    sound_.sender.sendMessage(configMessage(run, engine), [languages](const QString& error) {
         if (error.isEmpty()) {
             logLine(u"✓ Config gesendet: "_s + languages);
         } else {
@@ -34,124 +34,107 @@ void AudioManager::Private::sendConfig(const RunConfiguration& configuration) {
     });
 }
 
-void AudioManager::Private::tellMissingCredentials(const QString& id) {
+void AudioRun::tellMissingCredentials(const QString& id) {
     logLine(u"❌ Credentials fehlen für "_s + id + u" — Whisper-Fallback"_s);
-    const EngineDescriptor* engine = env.engines.find(id);
-    if (engine == nullptr || !env.showNotice) {
-        return;
+    if (const EngineDescriptor* engine = environment_.engines.find(id)) {
+        Q_EMIT noticeRaised(missingCredentialsNotice(*engine, environment_.settings));
     }
-    target_.handle().post([this, notice = missingCredentialsNotice(*engine, env.settings)] {
-        env.showNotice(notice);
-    });
 }
 
-std::optional<RunConfiguration> AudioManager::Private::nextConfiguration() const {
-    return pendingConfig ? pendingConfig : configuration_;
+void AudioRun::receiveResult(const Result& result) {
+    ORV_ON_MAIN();
+    if (!result.original.isEmpty()) {
+        logLine(u"📥 Original: "_s + result.original);
+    }
+    if (!result.translation.isEmpty()) {
+        logLine(u"📥 Übersetzung: "_s + result.translation);
+        Q_EMIT resultArrived(result);
+    } else if (translatesOnClient()) {
+        translateOnClient(result.original);
+    }
 }
 
-BackendMessageHandler::Actions AudioManager::Private::messageActions() {
-    return {
-        .translatesOnClient =
-            [this] {
-                const EngineDescriptor* engine = env.engines.find(env.settings.sttEngine.get());
-                return engine != nullptr && engine->translatesOnClient &&
-                       configuration().sourceLang != configuration().targetLang;
-            },
-        .translateOnClient = [this](const QString& original) { translateOnClient(original); },
-        .publishResult = std::bind_front(&Private::publishResult, this),
-        .publishStatus = [this](const StatusMessage& status) { publishStatus(status); },
-        .showNotice =
-            [this](const AudioNotice& notice) {
-                if (env.showNotice) {
-                    env.showNotice(notice);
-                }
-            },
-        .flushed =
-            [this] {
-                if (gracefulStop_) {
-                    gracefulStop_->flushed();
-                }
-            },
-    };
+bool AudioRun::translatesOnClient() const {
+    const EngineDescriptor* engine =
+        environment_.engines.find(environment_.settings.sttEngine.get());
+    return engine != nullptr && engine->translatesOnClient &&
+           configuration().sourceLang != configuration().targetLang;
 }
 
-void AudioManager::Private::publishResult(const Result& result) {
-    currentResult = result;
-    Q_EMIT q.resultChanged();
-    Q_EMIT q.resultArrived(result);
-}
-
-void AudioManager::Private::translateOnClient(const QString& original) {
+void AudioRun::translateOnClient(const QString& original) {
     const RunConfiguration run = configuration();
     logLine(u"📥 Client-side Google Translate: "_s + run.sourceLang + u" → "_s + run.targetLang);
     if (!translation_) {
-        translation_ = std::make_unique<ClientTranslation>(
-            env.endpoints, [this](const Result& result) { publishResult(result); });
+        translation_ = std::make_unique<ClientTranslation>(environment_.endpoints);
+        connect(translation_.get(), &ClientTranslation::translated, this, &AudioRun::resultArrived);
     }
-    translation_->translate(original, run.targetLang, env.settings.googleApiKey.get());
+    translation_->translate(original, run.targetLang, environment_.settings.googleApiKey.get());
 }
 
-void AudioManager::Private::publishStatus(const StatusMessage& status) {
-    backendStatus = status.message;
-    isModelLoading = status.status == u"model_loading";
-    if (status.status == u"error") {
-        hasEngineError = true;
-    } else if (status.status == u"engine_loading" || status.status == u"engine" ||
-               status.status == u"model_loaded") {
-        hasEngineError = false;
-    }
-    Q_EMIT q.statusChanged();
-}
-
-void AudioManager::Private::startDirectEngine() {
-    const RunConfiguration run = nextConfiguration().value_or(RunConfiguration());
-    directEngine_ = setupDirectEngine(
-        env.settings,
-        {.engines = env.engines,
-         .endpoints = env.endpoints,
-         .timings = env.engineTimings,
-         .transcriptFolder = env.transcriptFolder},
-        run,
-        {.result = std::bind_front(&Private::publishResult, this),
-         .status = [this](const QString& status,
-                          const QString& message) { publishDirectEngineStatus(status, message); },
-         .connectFailed = [this] { abandonDirectEngine(); }});
-    if (!directEngine_) {
+void AudioRun::receiveStatus(const StatusMessage& status) {
+    ORV_ON_MAIN();
+    if (status.status == u"backend_version") {
+        receiveVersion(status.version.value_or(0));
         return;
     }
-    sender_.setPcmSink(
-        [this, session = directEngine_.get(), target = target_.handle()](const QByteArray& pcm) {
-            target.post([this, session, pcm] {
-                if (directEngine_.get() == session || endedDirectEngine_.get() == session) {
-                    session->sendAudio(pcm);
-                }
-            });
+    logLine(u"📋 Backend Status: ["_s + status.status + u"] "_s + status.message);
+    Q_EMIT backendStatusArrived(status);
+}
+
+void AudioRun::receiveVersion(std::int64_t version) {
+    if (version >= requiredBackendVersion) {
+        logLine(u"✓ Backend-Version OK: v"_s + QString::number(version));
+        return;
+    }
+    logLine(u"⚠️ Backend veraltet: v"_s + QString::number(version) + u", erwartet v"_s +
+            QString::number(requiredBackendVersion));
+    Q_EMIT noticeRaised({AudioNotice::Kind::BackendOutdated, QString::number(version)});
+}
+
+void AudioRun::receiveFlushed() {
+    ORV_ON_MAIN();
+    logLine(u"✓ Flush-Bestätigung vom Backend empfangen");
+    if (flushCompletionHandler_ != nullptr) {
+        flushCompletionHandler_->flushed();
+    }
+}
+
+void AudioRun::startDirectEngine() {
+    directEngine_ = setupDirectEngine(environment_, configuration());
+    useDirectEngine_ = directEngine_ != nullptr;
+    if (!useDirectEngine_) {
+        return;
+    }
+    DirectEngineSession* const session = directEngine_.get();
+    connect(session, &DirectEngineSession::resultArrived, this, &AudioRun::resultArrived);
+    connect(session, &DirectEngineSession::statusArrived, this, &AudioRun::engineStatusArrived);
+    connect(session, &DirectEngineSession::openFailed, this, &AudioRun::abandonDirectEngine);
+    sound_.sender.setPcmSink(session->pcmSink());
+    if (session->isStreaming()) {
+        sound_.ingest.setStreamTap([&sender = sound_.sender](std::span<const float> samples) {
+            sender.streamBuffer(samples);
         });
-    if (directEngine_->isStreaming()) {
-        ingest.setStreamTap(
-            [this](std::span<const float> samples) { sender_.streamBuffer(samples); });
     } else {
-        chunker.setRoute(ChunkRoute::DirectEngine);
+        sound_.chunker.setRoute(ChunkRoute::DirectEngine);
     }
-    directEngine_->connect(directEngineConfig(env.settings, env.engines, run));
+    session->open(directEngineConfig(environment_, configuration()));
 }
 
-void AudioManager::Private::abandonDirectEngine() {
-    ingest.endStreaming();
-    chunker.setRoute(ChunkRoute::Backend);
-    sender_.endPcmSink();
+void AudioRun::finishDirectEngine() {
+    if (std::exchange(useDirectEngine_, false)) {
+        directEngine_->finish();
+        sound_.chunker.setRoute(ChunkRoute::Backend);
+        logLine(u"🔌 Direct Engine disconnected");
+    }
+}
+
+void AudioRun::abandonDirectEngine() {
+    ORV_ON_MAIN();
+    useDirectEngine_ = false;
+    sound_.ingest.endStreaming();
+    sound_.chunker.setRoute(ChunkRoute::Backend);
+    sound_.sender.endPcmSink();
     directEngine_.reset();
-}
-
-void AudioManager::Private::publishDirectEngineStatus(const QString& status,
-                                                      const QString& message) {
-    backendStatus = message;
-    if (status == u"error") {
-        hasEngineError = true;
-    } else if (status == u"connected") {
-        hasEngineError = false;
-    }
-    Q_EMIT q.statusChanged();
 }
 
 } // namespace orv

@@ -1,18 +1,18 @@
 #include "ClientTranslation.h"
 
 #include "Post.h"
+#include "ThreadChecks.h"
 
 #include <utility>
 
 namespace orv {
 
-ClientTranslation::ClientTranslation(const ServiceEndpoints& endpoints,
-                                     std::function<void(const Result& result)> deliver)
-    : deliver_(std::move(deliver))
-    , client_(endpoints) {}
+ClientTranslation::ClientTranslation(const ServiceEndpoints& endpoints)
+    : client_(endpoints) {}
 
 void ClientTranslation::translate(const QString& original, const QString& targetLang,
                                   const QString& apiKey) {
+    ORV_ON_MAIN();
     ask(&questions_.emplace_back(Question{original, {}}), targetLang, apiKey);
 }
 
@@ -24,16 +24,16 @@ QCoro::Task<> ClientTranslation::ask(Question* question, QString targetLang, QSt
         co_return;
     }
     question->translation = translation;
-    post(&context_, [this] { deliverAnswered(); });
+    post(this, [this] { deliverAnswered(); });
 }
 
 void ClientTranslation::deliverAnswered() {
+    ORV_ON_MAIN();
     const Lifetime::Observer life = lifetime_.observe();
-    const auto deliver = deliver_; // May end the object while it runs.
     while (!life.ended() && !questions_.empty() && questions_.front().translation) {
         const Question answered = std::move(questions_.front());
         questions_.pop_front();
-        deliver({answered.original, *answered.translation});
+        Q_EMIT translated({answered.original, *answered.translation});
     }
 }
 

@@ -9,24 +9,27 @@
 #include <QString>
 
 #include <deque>
-#include <functional>
 #include <optional>
 
 namespace orv {
 
-/// Has the texts of one run translated that its backend only recognises. Results leave in the order
+/// The translator of what the backend of one run only recognises. Results leave in the order
 /// of the texts, whatever the order of the answers; a text that waits for the answer to an earlier
-/// one waits as long as the client at most. With the object ends whatever is under way, so that no
-/// run gets a result of another. Lives on the main thread.
-class ClientTranslation {
+/// one waits as long as the client at most. Destroying the object ends whatever is under way, so
+/// that no run gets a result of another. Lives on the main thread.
+class ClientTranslation : public QObject {
+    Q_OBJECT
+
   public:
-    /// `deliver` is called on the main thread, never within `translate`; the translation is empty
-    /// when there was none. It may destroy the object.
-    ClientTranslation(const ServiceEndpoints& endpoints,
-                      std::function<void(const Result& result)> deliver);
+    explicit ClientTranslation(const ServiceEndpoints& endpoints);
 
     /// Asks for one text's translation.
     void translate(const QString& original, const QString& targetLang, const QString& apiKey);
+
+  Q_SIGNALS:
+    /// Never within `translate`; the translation is empty when there was none. May destroy the
+    /// object.
+    void translated(const Result& result);
 
   private:
     struct Question {
@@ -37,11 +40,9 @@ class ClientTranslation {
     QCoro::Task<> ask(Question* question, QString targetLang, QString apiKey);
     void deliverAnswered();
 
-    const std::function<void(const Result& result)> deliver_;
     std::deque<Question> questions_; ///< Oldest first; growing and shrinking moves none of them.
     TranslationClient client_;
-    QObject context_;   ///< Of deliveries, which end with the object.
-    Lifetime lifetime_; // Last: ends first.
+    Lifetime lifetime_; // Declared last, so that it ends before the members above.
 };
 
 } // namespace orv

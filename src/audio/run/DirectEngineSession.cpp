@@ -1,7 +1,11 @@
 #include "DirectEngineSession.h"
 
+#include "AudioSender.h"
 #include "DirectEngineTranscriptWriter.h"
 #include "Log.h"
+#include "ThreadChecks.h"
+
+#include <QDateTime>
 
 #include <deque>
 #include <exception>
@@ -94,8 +98,8 @@ QCoro::Task<> sendWaiting(StatePtr state) {
 }
 
 template <typename StatePtr>
-QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
-                            std::function<void()> failed) {
+QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config, DirectEngineSession* session,
+                            PostTarget::Handle target) {
     try {
         co_await state->engine->connect(config);
         if (state->ended) {
@@ -109,43 +113,61 @@ QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config,
             co_return;
         }
         logEngineError(*state->engine, error);
-        failed();
+        target.post([session] { Q_EMIT session->openFailed(); });
     }
 }
 
+/// Brings sound from the send queue to its session.
+class Inlet : public PcmSink {
+  public:
+    Inlet(DirectEngineSession& session, PostTarget::Handle target)
+        : session_(&session)
+        , target_(std::move(target)) {}
+
+    void take(QByteArray pcm) override {
+        target_.post([session = session_, pcm = std::move(pcm)]() mutable {
+            session->sendAudio(std::move(pcm));
+        });
+    }
+
+    void end() override {
+        target_.post([session = session_] { session->end(); });
+    }
+
+  private:
+    DirectEngineSession* const session_; ///< There as long as the target is.
+    const PostTarget::Handle target_;
+};
+
 } // namespace
 
-DirectEngineSession::DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
-                                         std::shared_ptr<DirectEngineTranscriptWriter> writer,
-                                         Handlers handlers)
+DirectEngineSession::DirectEngineSession(
+    std::shared_ptr<CloudSTTEngine> engine,
+    std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter)
     : state_(std::make_shared<State>())
-    , writer_(std::move(writer))
-    , handlers_(std::move(handlers))
+    , directTranscriptWriter_(std::move(directTranscriptWriter))
     , target_(std::make_unique<PostTarget>()) {
+    ORV_ON_MAIN();
     state_->engine = std::move(engine);
-    state_->engine->onTranslation =
-        [this, target = target_->handle(),
-         transcript = std::weak_ptr(writer_)](const QString& original, const QString& translation) {
-            // At once: what has been delivered must not be lost on its way to the main thread.
-            if (const auto open = transcript.lock()) {
-                open->append(original, translation, QDateTime::currentDateTime());
-            }
-            target.post([this, result = Result{original, translation}] {
-                const auto handler = handlers_.result; // May end the session while it runs.
-                handler(result);
-            });
-        };
+    state_->engine->onTranslation = [this, target = target_->handle(),
+                                     transcript = std::weak_ptr(directTranscriptWriter_)](
+                                        const QString& original, const QString& translation) {
+        // At once: what has been delivered must not be lost on its way to the main thread.
+        if (const auto open = transcript.lock()) {
+            open->append(original, translation, QDateTime::currentDateTime());
+        }
+        target.post(
+            [this, result = Result{original, translation}] { Q_EMIT resultArrived(result); });
+    };
     state_->engine->onStatus = [this, target = target_->handle()](const QString& status,
                                                                   const QString& message) {
         logLine(u"📋 Direct Engine Status: ["_s + status + u"] "_s + message);
-        target.post([this, status, message] {
-            const auto handler = handlers_.status;
-            handler(status, message);
-        });
+        target.post([this, status, message] { Q_EMIT statusArrived(status, message); });
     };
 }
 
 DirectEngineSession::~DirectEngineSession() {
+    ORV_ON_MAIN();
     target_.reset();
     finish();
     end();
@@ -159,16 +181,17 @@ DirectEngineSession::~DirectEngineSession() {
     }
 }
 
-void DirectEngineSession::connect(const CloudEngineConfig& config) {
-    connectEngine(state_, config, [this, target = target_->handle()] {
-        target.post([this] {
-            const auto handler = handlers_.connectFailed; // Ends the session while it runs.
-            handler();
-        });
-    });
+void DirectEngineSession::open(const CloudEngineConfig& config) {
+    ORV_ON_MAIN();
+    connectEngine(state_, config, this, target_->handle());
+}
+
+std::shared_ptr<PcmSink> DirectEngineSession::pcmSink() {
+    return std::make_shared<Inlet>(*this, target_->handle());
 }
 
 void DirectEngineSession::sendAudio(QByteArray pcm) {
+    ORV_ON_MAIN();
     if (state_->ended) {
         return;
     }
@@ -182,11 +205,12 @@ void DirectEngineSession::sendAudio(QByteArray pcm) {
 }
 
 void DirectEngineSession::finish() {
+    ORV_ON_MAIN();
     // That its connection is over now is no news.
     state_->engine->onStatus = {};
-    if (writer_) {
-        writer_->close();
-        writer_.reset();
+    if (directTranscriptWriter_) {
+        directTranscriptWriter_->close();
+        directTranscriptWriter_.reset();
     }
     if (isStreaming()) {
         end();
@@ -194,6 +218,7 @@ void DirectEngineSession::finish() {
 }
 
 void DirectEngineSession::end() {
+    ORV_ON_MAIN();
     if (std::exchange(state_->ended, true)) {
         return;
     }

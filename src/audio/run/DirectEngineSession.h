@@ -5,41 +5,35 @@
 #include "Result.h"
 
 #include <QByteArray>
-#include <QDateTime>
+#include <QObject>
 #include <QString>
 
-#include <functional>
 #include <memory>
 
 namespace orv {
 
 class DirectEngineTranscriptWriter;
+class PcmSink;
 
-/// One direct engine for one run: connects it, feeds it in order, brings its results to the main
-/// thread and into the transcript. Lives on the main thread.
-class DirectEngineSession {
+/// The session of a direct engine in one run: connects the engine, feeds it in order, brings its
+/// results to the main thread and into the transcript. Lives on the main thread.
+class DirectEngineSession : public QObject {
+    Q_OBJECT
+
   public:
-    /// Run on the main thread; never after the session was destroyed, and after its end only
-    /// `result`, as `end` says.
-    struct Handlers {
-        std::function<void(const Result& result)> result;
-        /// "connected" or "error", and what to tell the user.
-        std::function<void(const QString& status, const QString& message)> status;
-        std::function<void()> connectFailed; ///< The session is of no further use.
-    };
-
-    /// `writer` may be null.
+    /// The transcript's writer may be null.
     DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
-                        std::shared_ptr<DirectEngineTranscriptWriter> writer, Handlers handlers);
+                        std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter);
 
     /// Ends, and gives up whatever the engine is still working on.
-    ~DirectEngineSession();
-
-    DirectEngineSession(const DirectEngineSession&) = delete;
-    DirectEngineSession& operator=(const DirectEngineSession&) = delete;
+    ~DirectEngineSession() override;
 
     /// Starts connecting; says how it went in the log.
-    void connect(const CloudEngineConfig& config);
+    void open(const CloudEngineConfig& config);
+
+    /// What brings sound to this session from another thread, and then its `end`; does nothing once
+    /// the session is destroyed.
+    std::shared_ptr<PcmSink> pcmSink();
 
     /// Queues one block of 16-bit PCM. Blocks go to the engine one after the other, once it is
     /// connected, each when the one before has been accepted. What fails is lost, with a log line,
@@ -51,19 +45,26 @@ class DirectEngineSession {
     void finish();
 
     /// Takes nothing more and disconnects the engine in the background, after the chunks that wait
-    /// for the answer to another: they are somebody's last words. Dropped is what waits for a
-    /// connection, and what waits for a streaming engine. What the engine has may still bring a
-    /// result while the session exists.
+    /// for the answer to another, because they hold the last words that were said. What waits for a
+    /// connection, or for a streaming engine, is dropped. What the engine has already got may still
+    /// bring a result while the session exists.
     void end();
 
     bool isStreaming() const;
+
+  Q_SIGNALS:
+    // Told later than what they are about. Each may destroy the session. After its end there is
+    // only `resultArrived`, as `end` says.
+    void resultArrived(const Result& result);
+    /// "connected" or "error", and what to tell the user.
+    void statusArrived(const QString& status, const QString& message);
+    void openFailed(); ///< The session is of no further use.
 
   private:
     struct State;
 
     std::shared_ptr<State> state_;
-    std::shared_ptr<DirectEngineTranscriptWriter> writer_;
-    Handlers handlers_;
+    std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter_;
     std::unique_ptr<PostTarget> target_;
 };
 

@@ -1,8 +1,10 @@
 #include "DirectEngineSetup.h"
 
+#include "AudioEnvironment.h"
 #include "DirectEngineTranscriptWriter.h"
 #include "EngineCatalogue.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <utility>
@@ -30,13 +32,13 @@ void logChosenEngine(const EngineDescriptor& chosen, const CloudSTTEngine& engin
 
 } // namespace
 
-std::unique_ptr<DirectEngineSession> setupDirectEngine(const TranslationSettings& settings,
-                                                       const DirectEngineParts& parts,
-                                                       const RunConfiguration& run,
-                                                       DirectEngineSession::Handlers handlers) {
+std::unique_ptr<DirectEngineSession> setupDirectEngine(const AudioEnvironment& environment,
+                                                       const RunConfiguration& run) {
+    ORV_ON_MAIN();
+    const TranslationSettings& settings = environment.settings;
     const QString id = settings.sttEngine.get();
     logLine(u"🔌 setupDirectEngine: engine="_s + id);
-    const EngineDescriptor* chosen = parts.engines.find(id);
+    const EngineDescriptor* chosen = environment.engines.find(id);
     if (chosen == nullptr) {
         logLine(u"🔌 Direct Engine: NONE — unknown engine "_s + id);
         return nullptr;
@@ -44,26 +46,29 @@ std::unique_ptr<DirectEngineSession> setupDirectEngine(const TranslationSettings
     if (!chosen->make) {
         return nullptr; // The backend recognises.
     }
-    std::shared_ptr<CloudSTTEngine> engine = chosen->make(parts.endpoints, parts.timings);
+    std::shared_ptr<CloudSTTEngine> engine =
+        chosen->make(environment.endpoints, environment.engineTimings);
     handOverTranslationKey(*engine, chosen->name, settings.googleApiKey.get());
     logChosenEngine(*chosen, *engine);
-    std::shared_ptr<DirectEngineTranscriptWriter> writer;
+    std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter;
     if (settings.saveTranscript.get()) {
-        writer = DirectEngineTranscriptWriter::open(parts.transcriptFolder, run.sourceLang,
-                                                    run.targetLang);
+        directTranscriptWriter = DirectEngineTranscriptWriter::open(environment.transcriptFolder,
+                                                                    run.sourceLang, run.targetLang);
     }
-    return std::make_unique<DirectEngineSession>(std::move(engine), std::move(writer),
-                                                 std::move(handlers));
+    return std::make_unique<DirectEngineSession>(std::move(engine),
+                                                 std::move(directTranscriptWriter));
 }
 
-CloudEngineConfig directEngineConfig(const TranslationSettings& settings,
-                                     const EngineCatalogue& engines, const RunConfiguration& run) {
+CloudEngineConfig directEngineConfig(const AudioEnvironment& environment,
+                                     const RunConfiguration& run) {
+    ORV_ON_MAIN();
+    const TranslationSettings& settings = environment.settings;
     CloudEngineConfig config{.sourceLang = run.sourceLang,
                              .targetLang = run.targetLang,
                              .apiKey = {},
                              .region = {},
                              .sampleRate = 48000};
-    if (const EngineDescriptor* chosen = engines.find(settings.sttEngine.get())) {
+    if (const EngineDescriptor* chosen = environment.engines.find(settings.sttEngine.get())) {
         for (const EngineField& field : chosen->fields) {
             if (field.config != nullptr) {
                 config.*field.config = (settings.*field.text).get();

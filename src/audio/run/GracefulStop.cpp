@@ -1,6 +1,7 @@
 #include "GracefulStop.h"
 
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <QString>
 
@@ -10,40 +11,44 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-GracefulStop::GracefulStop(std::size_t lastBufferSamples, Actions actions, Timings timings)
-    : actions_(std::move(actions))
+GracefulStop::GracefulStop(Steps& steps, Timings timings)
+    : steps_(steps)
     , timings_(timings) {
     timer_.setSingleShot(true);
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { advanceFrom(step_); });
-    if (lastBufferSamples >= minimumLastBuffer) {
-        enterLastBuffer(lastBufferSamples);
+}
+
+void GracefulStop::begin(std::vector<float> lastBuffer) {
+    ORV_ON_MAIN();
+    if (lastBuffer.size() >= minimumLastBuffer) {
+        enterLastBuffer(std::move(lastBuffer));
     } else {
         enterFlush();
     }
 }
 
 void GracefulStop::flushed() {
+    ORV_ON_MAIN();
     advanceFrom(Step::Flush);
 }
 
 void GracefulStop::linkFailed() {
+    ORV_ON_MAIN();
     linkBroken_ = true;
     advanceFrom(Step::Flush);
 }
 
-void GracefulStop::enterLastBuffer(std::size_t samples) {
+void GracefulStop::enterLastBuffer(std::vector<float>&& samples) {
     step_ = Step::LastBuffer;
-    logLine(u"📤 Sende letzten Buffer: "_s + QString::number(samples) + u" samples"_s);
+    logLine(u"📤 Sende letzten Buffer: "_s + QString::number(samples.size()) + u" samples"_s);
     wait(timings_.lastBuffer);
-    actions_.sendLastBuffer([this, target = target_.handle()] {
-        target.post([this] { advanceFrom(Step::LastBuffer); });
-    });
+    steps_.sendLastBuffer(std::move(samples), advancer(Step::LastBuffer));
 }
 
 void GracefulStop::enterFlush() {
     step_ = Step::Flush;
     wait(timings_.flush);
-    actions_.sendFlush();
+    steps_.sendFlush();
     logLine(u"⏳ Warte auf Backend-Verarbeitung...");
     if (linkBroken_) {
         advanceFrom(Step::Flush);
@@ -54,14 +59,19 @@ void GracefulStop::enterStop() {
     logLine(u"✓ Backend-Verarbeitung abgeschlossen");
     step_ = Step::Stop;
     wait(timings_.stop);
-    actions_.sendStop(
-        [this, target = target_.handle()] { target.post([this] { advanceFrom(Step::Stop); }); });
+    steps_.sendStop(advancer(Step::Stop));
+}
+
+BackendLink::Sent GracefulStop::advancer(Step step) {
+    return [this, step, target = target_.handle()](const QString&) {
+        target.post([this, step] { advanceFrom(step); });
+    };
 }
 
 void GracefulStop::finish() {
     step_ = Step::Done;
     timer_.stop();
-    actions_.done();
+    steps_.stepsDone();
 }
 
 void GracefulStop::wait(std::chrono::milliseconds limit) {
@@ -69,6 +79,7 @@ void GracefulStop::wait(std::chrono::milliseconds limit) {
 }
 
 void GracefulStop::advanceFrom(Step step) {
+    ORV_ON_MAIN();
     if (step != step_) {
         return; // Told twice, or too late.
     }
