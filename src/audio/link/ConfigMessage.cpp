@@ -1,6 +1,7 @@
 #include "ConfigMessage.h"
 
 #include "EngineCatalogue.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 
 #include <QJsonDocument>
@@ -37,6 +38,7 @@ QJsonObject membersOf(const EngineDescriptor* engine, const TranslationSettings&
 
 EngineChoice EngineChoice::fromSettings(const TranslationSettings& settings,
                                         const EngineCatalogue& engines) {
+    ORV_ON_MAIN();
     const EngineDescriptor* engine = engines.find(settings.sttEngine.get());
     return {.sttEngine = settings.sttEngine.get(),
             .members = membersOf(engine, settings),

@@ -5,6 +5,7 @@
 #include "LevelMeter.h"
 #include "Log.h"
 #include "SampleRateConverter.h"
+#include "ThreadChecks.h"
 
 #include <cstring>
 #include <utility>
@@ -32,7 +33,14 @@ AudioIngest::AudioIngest(Chunker& chunker)
 AudioIngest::~AudioIngest() = default;
 
 void AudioIngest::setSampleRateConverter(std::unique_ptr<SampleRateConverter> converter) {
+    ORV_ON_MAIN();
     sampleRateConverter_ = std::move(converter);
+}
+
+void AudioIngest::setStreamTap(StreamTap tap) {
+    ORV_ON_MAIN();
+    streamTap_ = std::move(tap);
+    streaming_ = static_cast<bool>(streamTap_);
 }
 
 void AudioIngest::processAudioBufferWithConversion(const MicrophoneBuffer& buffer, TimePoint now) {
@@ -79,6 +87,7 @@ void AudioIngest::addSamplesToBuffer(std::span<const float> samples, TimePoint n
 }
 
 bool AudioIngest::drainMeter(LevelMeter& meter) {
+    ORV_ON_MAIN();
     return mailbox_.drain([&meter](float level) { meter.apply(level); });
 }
 

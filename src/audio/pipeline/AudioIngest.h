@@ -17,12 +17,14 @@ class LevelMeter;
 class SampleRateConverter;
 struct MicrophoneBuffer;
 
-/// The one way in for captured sound: converts it, runs it through the sample pipeline, leaves the
-/// meter value for the main thread and passes the samples on to a streaming engine or the chunker.
+/// The entrance that all captured sound takes: converts it, runs it through the sample pipeline,
+/// leaves the meter value for the main thread and passes the samples on to a streaming engine or
+/// the chunker.
 ///
 /// Set up by the main thread while nothing is captured; then one capture thread calls the three
-/// entrances, one buffer at a time, while the main thread drains the meter. An entrance makes no
-/// system call and allocates nothing, but for the lines that are logged and the chunks handed out.
+/// functions that take sound, one buffer at a time, while the main thread drains the meter. They
+/// make no system call and allocate nothing, but for the lines that are logged and the chunks
+/// handed out.
 class AudioIngest {
   public:
     using TimePoint = Chunker::TimePoint;
@@ -45,10 +47,7 @@ class AudioIngest {
     void setSampleRateConverter(std::unique_ptr<SampleRateConverter> converter);
 
     /// With a tap, buffers go there and not to the chunker; an empty one ends that.
-    void setStreamTap(StreamTap tap) {
-        streamTap_ = std::move(tap);
-        streaming_ = static_cast<bool>(streamTap_);
-    }
+    void setStreamTap(StreamTap tap);
 
     /// Callable from any thread, also during a run: from the next buffer on the chunker gets the
     /// samples after all.
