@@ -12,20 +12,20 @@
 
 namespace orv {
 
-/// Where a chunk goes.
+/// The destination of a chunk.
 enum class ChunkRoute {
     Backend,      ///< The speech server.
     DirectEngine, ///< A direct engine that does not stream.
 };
 
-/// All samples that had gathered when it was taken: at least 20,001.
+/// A chunk of sound: all samples that had gathered when it was taken, at least 20,001.
 struct Chunk {
     std::vector<float> samples; ///< Mono, each in [-1, 1]. Give the memory back by `recycle`.
     ChunkRoute route = ChunkRoute::Backend;
     double sampleRate = 48000; ///< Hz.
 };
 
-/// Gathers samples and decides when they leave as a chunk: at a pause in speech, or when
+/// The gatherer of samples, which decides when they leave as a chunk: at a pause in speech, or when
 /// `sendAudioChunk` is called by the owner's timer. No sample is dropped or reordered.
 ///
 /// Samples come on the capture thread; everything else may be called from any thread at any time.

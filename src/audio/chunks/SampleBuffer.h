@@ -7,15 +7,15 @@
 
 namespace orv {
 
-/// The samples that wait to be chunked: 48 kHz mono, each in [-1, 1], in the order of capture.
-/// Callable from any thread; the lock inside is held only to copy, count or swap.
+/// The buffer of samples that wait to be chunked: 48 kHz mono, each in [-1, 1], in the order of
+/// capture. Callable from any thread; the lock inside is held only to copy, count or swap.
 ///
-/// Memory for the usual chunk is reserved at the start and handed round: a taken chunk leaves with
-/// its memory, a spare one takes its place, and `recycle` brings it back. As long as chunks come
-/// back and none is longer than the reserve, nothing here allocates.
+/// Memory for the usual chunk is reserved at the start and used again: a taken chunk leaves with
+/// its memory, spare memory takes its place, and `recycle` brings the chunk's memory back. As long
+/// as chunks come back and none is longer than the reserve, nothing here allocates.
 class SampleBuffer {
   public:
-    /// What a conditional take found.
+    /// The result of a conditional take.
     struct Taken {
         std::size_t count = 0;      ///< Samples there were, taken or not.
         std::vector<float> samples; ///< All of them, or empty when they stayed.

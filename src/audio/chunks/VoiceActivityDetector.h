@@ -5,13 +5,13 @@
 
 namespace orv {
 
-/// What counts as speech and as a pause.
+/// The settings of pause detection: what counts as speech, and what as a pause.
 struct VoiceActivitySettings {
     double silenceDurationMs = 600.0; ///< So long a pause ends an utterance, milliseconds.
     float thresholdDb = -35.0F;       ///< A buffer strictly louder than this is speech, dB.
 };
 
-/// What one buffer told the detector, in the order in which the caller acts on it.
+/// The findings in one buffer, in the order in which the caller acts on them.
 struct VoiceActivity {
     bool speechStarted = false;  ///< The first loud buffer of an utterance.
     bool silenceStarted = false; ///< The first quiet buffer of a pause within an utterance.
@@ -19,8 +19,8 @@ struct VoiceActivity {
     bool forcedDue = false;      ///< The longest chunk is full: send, and tell by `forcedSent`.
 };
 
-/// Finds the pauses in speech from the level of each captured buffer. A state machine that is told
-/// the time; it sends nothing itself. Belongs to one thread at a time.
+/// A detector of pauses in speech, by the level of each captured buffer. A state machine that is
+/// told the time; it sends nothing itself. Belongs to one thread at a time.
 class VoiceActivityDetector {
   public:
     using TimePoint = std::chrono::steady_clock::time_point;

@@ -21,7 +21,7 @@ QByteArray audioMessage(std::span<const float> samples, int sampleRate);
 QByteArray flushMessage();
 QByteArray stopMessage();
 
-/// How the backend is.
+/// The backend's message about its own state.
 struct StatusMessage {
     QString status;
     QString message;
@@ -30,12 +30,12 @@ struct StatusMessage {
     friend bool operator==(const StatusMessage&, const StatusMessage&) = default;
 };
 
-/// Everything sent before the flush request has been answered.
+/// The confirmation of a flush request: everything sent before it has been answered.
 struct FlushedMessage {
     friend bool operator==(const FlushedMessage&, const FlushedMessage&) = default;
 };
 
-/// `std::monostate` stands for a message that is to be ignored.
+/// One message of the backend; `std::monostate` stands for one that is to be ignored.
 using DownstreamMessage = std::variant<std::monostate, Result, StatusMessage, FlushedMessage>;
 
 /// Understands one message of the backend. Members that are missing or of the wrong type count as

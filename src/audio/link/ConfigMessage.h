@@ -15,7 +15,7 @@ class TranslationSettings;
 // The configuration message of the link to the speech server. But for `fromSettings`, which reads
 // the settings on the main thread, everything here may be called from any thread.
 
-/// What a run asks of the backend.
+/// A run's configuration: what it asks of the backend.
 struct RunConfiguration {
     QString sourceLang; ///< Language code, or "auto".
     QString targetLang; ///< Language code.

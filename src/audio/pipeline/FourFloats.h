@@ -13,8 +13,8 @@
 
 namespace orv {
 
-/// Four floats that are worked on at once, for the loops that every sample passes through. GCC
-/// turns neither a clamp with a defined result for NaN nor the narrowing to 16 bits into the
+/// A vector of four floats, for the loops that every sample passes through. GCC by itself turns
+/// neither a clamp with a defined result for NaN nor the narrowing to 16 bits into the
 /// instructions made for them, and takes two to three times as long. This one is written for any
 /// processor; see `FourFloats` for the one that is used.
 class PlainFourFloats {
@@ -76,7 +76,7 @@ class PlainFourFloats {
 
 #ifdef __SSE2__
 
-/// The same with the instructions that every x86-64 processor has.
+/// The same vector, with the instructions that every x86-64 processor has.
 class SseFourFloats {
   public:
     static constexpr std::size_t count = 4;

@@ -2,7 +2,8 @@
 
 namespace orv {
 
-/// The two values of the on-screen meter, fed once per captured buffer. Lives on the main thread.
+/// The level meter of the screen as its two values, level and peak, fed once per captured buffer.
+/// Lives on the main thread.
 class LevelMeter {
   public:
     /// Takes up the meter value (0..1) of one buffer: the level is smoothed, the peak jumps up and

@@ -6,12 +6,13 @@
 
 namespace orv {
 
-/// Carries the meter value of each captured buffer from the capture thread to the main thread,
-/// without a lock, an allocation or a system call. One thread posts, one other thread drains.
+/// A ring of meter values, one for each captured buffer, on their way from the capture thread to
+/// the main thread without a lock, an allocation or a system call. One thread posts, one other
+/// thread drains.
 ///
-/// The main thread looks in about thirty times a second, buffers come ten to a hundred times a
-/// second: a full mailbox means that the main thread stood still for seconds. What does not fit
-/// then is dropped; the meter is a tenth of a second away from the truth again soon after.
+/// The main thread drains it about thirty times a second, and buffers come ten to a hundred times
+/// a second: it is full only when the main thread stood still for seconds. Values that do not fit
+/// then are dropped, which the meter shows for a tenth of a second at most.
 class MeterMailbox {
   public:
     static constexpr std::size_t capacity = 256;

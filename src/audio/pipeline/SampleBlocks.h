@@ -6,9 +6,9 @@
 
 namespace orv {
 
-/// Captured buffers on their way from the capture thread to another one, each as a block of its
-/// own, in the order of capture. Callable from any thread; the lock inside is held only to change
-/// places. Memory is handed round: as long as blocks come back and none is longer than any before,
+/// A queue of captured buffers, from the capture thread to another one, each a block of its own, in
+/// the order of capture. Callable from any thread; the lock inside is held only to swap
+/// blocks. Memory is used again: as long as blocks come back and none is longer than any before,
 /// and no more are under way than ever before, nothing here allocates.
 class SampleBlocks {
   public:

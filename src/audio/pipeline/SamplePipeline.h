@@ -6,7 +6,7 @@
 
 namespace orv {
 
-/// What became of one captured buffer.
+/// The result of processing one captured buffer.
 struct ProcessedBuffer {
     /// Gained and clamped to [-1, 1], as many as came in. Valid until the next buffer.
     std::span<const float> samples;
@@ -27,9 +27,9 @@ float meterLevel(float levelDb) noexcept;
 /// leave it alone, so that silence does not pump it up.
 float adaptedGain(float gain, float rms, float smoothing) noexcept;
 
-/// Scales, measures and clamps one captured buffer after another, and lets the gain follow the
-/// signal. Used on the capture thread; set up on another one while nothing is captured. No system
-/// calls, and no allocation unless a buffer is larger than every one before it.
+/// The arithmetic that every captured buffer goes through: scales, measures and clamps it, and lets
+/// the gain follow the signal. Used on the capture thread; set up on another one while nothing is
+/// captured. No system calls, and no allocation unless a buffer is larger than every one before it.
 class SamplePipeline {
   public:
     /// `expectedSamples`: buffers up to this size never allocate.

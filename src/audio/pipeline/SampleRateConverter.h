@@ -8,9 +8,9 @@
 
 namespace orv {
 
-/// Converts one run's microphone buffers to 48 kHz mono float. One converter serves one capture
-/// run: its filter state carries over from buffer to buffer. Belongs to the capture thread once
-/// capturing has begun.
+/// A converter of one run's microphone buffers to 48 kHz mono float. One converter serves one
+/// capture run: its filter state carries over from buffer to buffer. Belongs to the capture thread
+/// once capturing has begun.
 class SampleRateConverter {
   public:
     /// What `create` came to.
