@@ -25,7 +25,7 @@ struct AudioEnvironment;
 
 /// One run, from its start to its stop, and the owner of what belongs to it: the link to the speech
 /// server, the direct engine, the translation on this side, the graceful stop. Lives on the main
-/// thread. What is told by a signal may destroy the run.
+/// thread. Whoever gets a signal may destroy the run, but for `noticeRaised`.
 ///
 /// After a graceful stop the run is over, but its last words may still bring results as long as it
 /// exists. Destroying it cancels the link and gives up everything; it leaves the sound path alone.
@@ -33,8 +33,8 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     Q_OBJECT
 
   public:
-    /// `configuration` is what the owner asks for at the time. The references outlive the run; only
-    /// `sound` may go a moment before it.
+    /// `configuration` is the owner's, which may change; it is read whenever it is needed. The
+    /// references outlive the run, but `sound` may be destroyed right before it.
     AudioRun(const AudioEnvironment& environment,
              const std::optional<RunConfiguration>& configuration, SoundPath& sound,
              EventLoopThread& linkThread);
