@@ -26,7 +26,6 @@ StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)
         AudioEnvironment{.settings = settings_,
                          .capture = capture_,
                          .engines = engines_,
-                         .showNotice = {},
                          .transcriptFolder = folder_.filePath(u"output"_s),
                          .endpoints = endpointsAt(port),
                          .backendPort = port});

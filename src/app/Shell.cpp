@@ -104,11 +104,6 @@ void Shell::createServices(const UserPaths& paths) {
         std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
                                                         .capture = *capture_,
                                                         .engines = parts_.engines,
-                                                        .showNotice =
-                                                            [this](const AudioNotice& notice) {
-                                                                window_.get();
-                                                                panel_->showNotice(notice);
-                                                            },
                                                         .transcriptFolder = paths.outputFolder(),
                                                         .endpoints = parts_.addresses.speech});
     controller_ =
@@ -186,6 +181,11 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
 void Shell::connectObjects() {
     QObject::connect(audio_.get(), &AudioManager::resultArrived, &results_,
                      &ResultHub::ShowTranslation);
+    QObject::connect(audio_.get(), &AudioManager::noticeRaised, audio_.get(),
+                     [this](const AudioNotice& notice) {
+                         window_.get();
+                         panel_->showNotice(notice);
+                     });
     QObject::connect(engine_.get(), &TranslationEngine::BackendStatusChanged, delegate_.get(),
                      &AppDelegate::backendStatusChanged);
     QObject::connect(controller_.get(), &TranslationController::TranslationStatusChanged,

@@ -1,110 +1,193 @@
 #include "AudioManager.h"
 
-#include "AudioManagerPrivate.h"
+#include "AudioRun.h"
+#include "Log.h"
+#include "Post.h"
+#include "SoundPath.h"
+#include "ThreadChecks.h"
 
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace orv {
 
 AudioManager::AudioManager(AudioEnvironment environment, QObject* parent)
     : QObject(parent)
-    , d_(std::make_unique<Private>(*this, std::move(environment))) {}
+    , environment_(std::move(environment))
+    , linkThread_(u"io.tavrin.orv.link"_s)
+    , sound_(std::make_unique<SoundPath>(environment_)) {
+    ORV_ON_MAIN();
+    connect(sound_.get(), &SoundPath::levelChanged, this, &AudioManager::levelChanged);
+    connect(&sound_->sources, &CaptureSources::listsChanged, this, &AudioManager::listsChanged);
+}
 
 AudioManager::~AudioManager() = default;
 
 QList<AudioDevice> AudioManager::inputDevices() const {
-    return d_->sources.inputDevices();
+    ORV_ON_MAIN();
+    return sound_->sources.inputDevices();
 }
 
 QList<RunningApp> AudioManager::runningApps() const {
-    return d_->sources.runningApps();
+    ORV_ON_MAIN();
+    return sound_->sources.runningApps();
 }
 
 QList<RunningApp> AudioManager::capturableApps() const {
-    return d_->sources.capturableApps();
+    ORV_ON_MAIN();
+    return sound_->sources.capturableApps();
 }
 
 bool AudioManager::isBlackHoleInstalled() const {
-    return d_->sources.isBlackHoleInstalled();
+    ORV_ON_MAIN();
+    return sound_->sources.isBlackHoleInstalled();
 }
 
 bool AudioManager::hasScreenCapturePermission() const {
-    return d_->sources.hasScreenCapturePermission();
-}
-
-QString AudioManager::currentOriginal() const {
-    return d_->currentResult.original;
-}
-
-QString AudioManager::currentTranslation() const {
-    return d_->currentResult.translation;
-}
-
-QString AudioManager::backendStatus() const {
-    return d_->backendStatus;
-}
-
-bool AudioManager::isModelLoading() const {
-    return d_->isModelLoading;
-}
-
-bool AudioManager::hasEngineError() const {
-    return d_->hasEngineError;
+    ORV_ON_MAIN();
+    return sound_->sources.hasScreenCapturePermission();
 }
 
 float AudioManager::audioLevel() const {
-    return d_->meter.audioLevel();
+    ORV_ON_MAIN();
+    return sound_->meter.audioLevel();
 }
 
 float AudioManager::peakLevel() const {
-    return d_->meter.peakLevel();
+    ORV_ON_MAIN();
+    return sound_->meter.peakLevel();
 }
 
 bool AudioManager::vadEnabled() const {
-    return d_->chunker.vadEnabled();
+    ORV_ON_MAIN();
+    return sound_->chunker.vadEnabled();
 }
 
 double AudioManager::vadSilenceDuration() const {
-    return d_->chunker.vadSilenceDuration();
+    ORV_ON_MAIN();
+    return sound_->chunker.vadSilenceDuration();
 }
 
 float AudioManager::vadThreshold() const {
-    return d_->chunker.vadThreshold();
+    ORV_ON_MAIN();
+    return sound_->chunker.vadThreshold();
+}
+
+bool AudioManager::isConnected() const {
+    ORV_ON_MAIN();
+    return sound_->chunker.isConnected();
+}
+
+bool AudioManager::isCapturing() const {
+    ORV_ON_MAIN();
+    return run_ && !run_->isOver();
 }
 
 void AudioManager::refreshLists() {
-    d_->sources.refreshLists();
+    ORV_ON_MAIN();
+    sound_->sources.refreshLists();
 }
 
 void AudioManager::setGain(float gain, bool autoGain) {
-    d_->requestedGain = gain;
-    d_->requestedAutoGain = autoGain;
+    ORV_ON_MAIN();
+    sound_->setGain(gain, autoGain);
 }
 
 void AudioManager::sendConfig(const QString& sourceLang, const QString& targetLang,
                               bool saveTranscript, bool showOriginal) {
-    d_->sendConfig({sourceLang, targetLang, saveTranscript, showOriginal});
+    ORV_ON_MAIN();
+    configuration_ = RunConfiguration{sourceLang, targetLang, saveTranscript, showOriginal};
+    if (isConnected()) {
+        run_->sendConfig();
+    } else {
+        logLine(u"⚠️ WebSocket nicht verbunden, Config wird später gesendet");
+    }
 }
 
 void AudioManager::startCapture(AudioSourceType source, const QString& deviceId,
                                 const QString& appBundleId) {
-    d_->startCapture(source, deviceId, appBundleId);
+    ORV_ON_MAIN();
+    if (isCapturing()) {
+        stopCaptureSync();
+    }
+    makeRun();
+    run_->start({source, deviceId, appBundleId});
+    Q_EMIT captureStateChanged();
 }
 
-bool AudioManager::isCapturing() const {
-    return d_->capturing;
-}
-
-bool AudioManager::isConnected() const {
-    return d_->chunker.isConnected();
+void AudioManager::makeRun() {
+    run_.reset(); // No run gets a result of another.
+    run_ = std::make_unique<AudioRun>(environment_, configuration_, *sound_, linkThread_);
+    connect(run_.get(), &AudioRun::resultArrived, this, &AudioManager::publishResult);
+    connect(run_.get(), &AudioRun::backendStatusArrived, this, &AudioManager::publishBackendStatus);
+    connect(run_.get(), &AudioRun::engineStatusArrived, this, &AudioManager::publishEngineStatus);
+    connect(run_.get(), &AudioRun::ended, this, &AudioManager::finishRun);
+    // Whoever shows a notice must not hold up what it is about.
+    connect(run_.get(), &AudioRun::noticeRaised, this, [this](const AudioNotice& notice) {
+        post(this, [this, notice] { Q_EMIT noticeRaised(notice); });
+    });
 }
 
 void AudioManager::stopCapture(std::function<void()> done) {
-    d_->stopCapture(std::move(done));
+    ORV_ON_MAIN();
+    logLine(u"🛑 Stoppe Audio-Capture");
+    if (done) {
+        stopCallbacks_.push_back(std::move(done));
+    }
+    if (!isCapturing()) {
+        finishRun();
+    } else if (!run_->isStopping()) { // Else everyone is told at its end.
+        run_->stop();
+    }
 }
 
 void AudioManager::stopCaptureSync() {
-    d_->stopCaptureSync();
+    ORV_ON_MAIN();
+    logLine(u"🛑 Stoppe Audio-Capture (sync)");
+    if (isCapturing()) {
+        run_->endAtOnce();
+    }
+    run_.reset();
+    finishRun();
+}
+
+void AudioManager::publishResult(const Result& result) {
+    currentResult_ = result;
+    Q_EMIT resultChanged();
+    Q_EMIT resultArrived(result);
+}
+
+void AudioManager::publishBackendStatus(const StatusMessage& status) {
+    backendStatus_ = status.message;
+    isModelLoading_ = status.status == u"model_loading";
+    if (status.status == u"error") {
+        hasEngineError_ = true;
+    } else if (status.status == u"engine_loading" || status.status == u"engine" ||
+               status.status == u"model_loaded") {
+        hasEngineError_ = false;
+    }
+    Q_EMIT statusChanged();
+}
+
+void AudioManager::publishEngineStatus(const QString& status, const QString& message) {
+    backendStatus_ = message;
+    if (status == u"error") {
+        hasEngineError_ = true;
+    } else if (status == u"connected") {
+        hasEngineError_ = false;
+    }
+    Q_EMIT statusChanged();
+}
+
+void AudioManager::finishRun() {
+    isModelLoading_ = false;
+    Q_EMIT levelChanged();
+    Q_EMIT statusChanged();
+    Q_EMIT captureStateChanged();
+    for (auto& done : std::exchange(stopCallbacks_, {})) {
+        post(this, std::move(done));
+    }
 }
 
 } // namespace orv

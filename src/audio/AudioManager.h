@@ -1,55 +1,33 @@
 #pragma once
 
 #include "AudioDevice.h"
+#include "AudioEnvironment.h"
 #include "AudioNotice.h"
 #include "AudioSourceType.h"
 #include "CaptureControl.h"
-#include "EngineTimings.h"
+#include "ConfigMessage.h"
+#include "EventLoopThread.h"
 #include "Result.h"
 #include "RunningApp.h"
-#include "ServiceEndpoints.h"
 
 #include <QList>
 #include <QObject>
 #include <QString>
 
-#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace orv {
 
-class AudioCapture;
-class EngineCatalogue;
-class TranslationSettings;
+class AudioRun;
+class SoundPath;
+struct StatusMessage;
 
-/// The fixed times of a capture run.
-struct AudioTimings {
-    std::chrono::milliseconds linkReady{300};       ///< From opening the link to using it.
-    std::chrono::milliseconds fixedChunk{3000};     ///< Between chunks without pause detection.
-    std::chrono::milliseconds lastBufferSend{2000}; ///< Longest wait for the last buffer's send.
-    std::chrono::milliseconds flush{120000};        ///< Longest wait for the flush confirmation.
-    std::chrono::milliseconds stopSend{1000};       ///< Longest wait for the stop message's send.
-    std::chrono::milliseconds meterRefresh{33};     ///< Between two readings of the level meter.
-};
-
-/// What the audio manager is given. The references outlive it.
-struct AudioEnvironment {
-    TranslationSettings& settings;
-    AudioCapture& capture;
-    const EngineCatalogue& engines;
-    /// Shows the user a notice; called on the main thread.
-    std::function<void(const AudioNotice& notice)> showNotice;
-    QString transcriptFolder; ///< Where runs with a direct engine put their transcripts.
-    ServiceEndpoints endpoints = {};
-    EngineTimings engineTimings = {};
-    quint16 backendPort = 8765;
-    AudioTimings timings = {};
-};
-
-/// Everything of a capture run: the source, the sample pipeline, the chunker, the link to the
-/// backend or a direct engine. Lives on the main thread; every public operation is called there and
-/// none of them blocks.
+/// The owner of everything between captured sound and results: starts and stops runs, and publishes
+/// what they bring. Lives on the main thread; every public operation is called there and none of
+/// them blocks.
 class AudioManager : public QObject, public CaptureControl {
     Q_OBJECT
 
@@ -63,11 +41,17 @@ class AudioManager : public QObject, public CaptureControl {
     QList<RunningApp> capturableApps() const;
     bool isBlackHoleInstalled() const;
     bool hasScreenCapturePermission() const;
-    QString currentOriginal() const;
-    QString currentTranslation() const;
-    QString backendStatus() const;
-    bool isModelLoading() const;
-    bool hasEngineError() const;
+
+    QString currentOriginal() const { return currentResult_.original; }
+
+    QString currentTranslation() const { return currentResult_.translation; }
+
+    QString backendStatus() const { return backendStatus_; }
+
+    bool isModelLoading() const { return isModelLoading_; }
+
+    bool hasEngineError() const { return hasEngineError_; }
+
     float audioLevel() const; ///< 0..1, smoothed.
     float peakLevel() const;  ///< 0..1, peak hold.
 
@@ -82,7 +66,8 @@ class AudioManager : public QObject, public CaptureControl {
     /// How the next run scales the signal. With auto-gain it starts from `gain` and follows.
     void setGain(float gain, bool autoGain) override;
 
-    /// Sends the run's configuration, or parks it until the link is ready.
+    /// What the run asks of the speech server, and later runs too: sent at once, or when the link
+    /// is ready.
     void sendConfig(const QString& sourceLang, const QString& targetLang, bool saveTranscript,
                     bool showOriginal) override;
 
@@ -92,7 +77,7 @@ class AudioManager : public QObject, public CaptureControl {
     void startCapture(AudioSourceType source, const QString& deviceId,
                       const QString& appBundleId) override;
 
-    /// True from `startCapture` until a stop.
+    /// True from `startCapture` until the end of a stop.
     bool isCapturing() const override;
 
     /// True while chunks can be sent.
@@ -115,10 +100,30 @@ class AudioManager : public QObject, public CaptureControl {
     void statusChanged();       ///< `backendStatus`, `isModelLoading`, `hasEngineError`.
     void levelChanged();        ///< `audioLevel`, `peakLevel`.
     void captureStateChanged(); ///< `isCapturing`.
+    /// Something that the user has to know, told later than what it is about.
+    void noticeRaised(const AudioNotice& notice);
 
   private:
-    class Private;
-    std::unique_ptr<Private> d_;
+    void makeRun();
+    void publishResult(const Result& result);
+    void publishBackendStatus(const StatusMessage& status);
+    void publishEngineStatus(const QString& status, const QString& message);
+    void finishRun();
+
+    const AudioEnvironment environment_;
+    Result currentResult_;
+    QString backendStatus_;
+    bool isModelLoading_ = false;
+    bool hasEngineError_ = false;
+    std::optional<RunConfiguration> configuration_; ///< As last asked for.
+    std::vector<std::function<void()>> stopCallbacks_;
+
+    // Destroyed from below: the capture ends first, then the sending, then the run with its link.
+    EventLoopThread linkThread_;
+    /// From a start on. After a graceful stop it stays until the next start, because its last words
+    /// may still be translated.
+    std::unique_ptr<AudioRun> run_;
+    std::unique_ptr<SoundPath> sound_;
 };
 
 } // namespace orv

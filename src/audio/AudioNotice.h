@@ -4,7 +4,8 @@
 
 namespace orv {
 
-/// Something about a run that the user has to know. The words are chosen by whoever shows it.
+/// A notice about a run: something that the user has to know. The words are chosen by whoever shows
+/// it.
 struct AudioNotice {
     enum class Kind {
         ApiKeyMissing,         ///< `detail`: the engine's identifier, first letter upper case.

@@ -141,7 +141,6 @@ class ControlPanelFixture : public ::testing::Test {
     AudioManager audio{AudioEnvironment{.settings = settings,
                                         .capture = sound,
                                         .engines = engines,
-                                        .showNotice = {},
                                         .transcriptFolder = folder.path()}};
     Quit quit{engine, {.panel = std::chrono::milliseconds(1)}};
     TranslationController controller{

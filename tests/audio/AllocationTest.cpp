@@ -74,6 +74,23 @@ Cost costOf(Work work) {
     return {allocationCount() - allocations, SystemCallCount::calls(), SystemCallCount::wakes()};
 }
 
+/// A direct engine's service that counts what it gets.
+class Service : public orv::PcmSink {
+  public:
+    explicit Service(std::atomic<int>& received)
+        : received_(received) {}
+
+    void take(QByteArray /*pcm*/) override {
+        ++received_;
+        received_.notify_one();
+    }
+
+    void end() override {}
+
+  private:
+    std::atomic<int>& received_;
+};
+
 /// Where captured sound goes.
 enum class Road { Chunks, Stream };
 
@@ -93,10 +110,7 @@ class CapturePath {
         chunker_.setRoute(orv::ChunkRoute::DirectEngine);
         ingest_.pipeline().setAutoGain(true);
         ingest_.setSampleRateConverter(orv::SampleRateConverter::create(rate).converter);
-        sender_.setPcmSink([this](const QByteArray&) {
-            ++received_;
-            received_.notify_one();
-        });
+        sender_.setPcmSink(std::make_shared<Service>(received_));
         if (road == Road::Stream) {
             ingest_.setStreamTap(
                 [this](std::span<const float> samples) { sender_.streamBuffer(samples); });
@@ -148,8 +162,7 @@ class CapturePath {
                      start};
     AudioIngest ingest_{chunker_};
     orv::LevelMeter meter_;
-    orv::AudioSender sender_{
-        [this](std::vector<float>&& samples) { chunker_.recycle(std::move(samples)); }};
+    orv::AudioSender sender_{chunker_};
 };
 
 TEST(Allocation, theCounterCounts) {

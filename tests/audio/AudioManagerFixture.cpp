@@ -40,16 +40,17 @@ void AudioManagerFixture::makeManager() {
     if (engine) {
         engines = catalogueOf(engine);
     }
-    manager = std::make_unique<AudioManager>(AudioEnvironment{
-        .settings = settings,
-        .capture = capture,
-        .engines = engines,
-        .showNotice = [this](const AudioNotice& notice) { notices.append(notice); },
-        .transcriptFolder = folder.filePath(u"output"_s),
-        .endpoints = endpoints,
-        .engineTimings = engineTimings,
-        .backendPort = backend.port(),
-        .timings = timings});
+    manager = std::make_unique<AudioManager>(
+        AudioEnvironment{.settings = settings,
+                         .capture = capture,
+                         .engines = engines,
+                         .transcriptFolder = folder.filePath(u"output"_s),
+                         .endpoints = endpoints,
+                         .engineTimings = engineTimings,
+                         .backendPort = backend.port(),
+                         .timings = timings});
+    QObject::connect(manager.get(), &AudioManager::noticeRaised, manager.get(),
+                     [this](const AudioNotice& notice) { notices.append(notice); });
     QObject::connect(manager.get(), &AudioManager::resultChanged, manager.get(), [this] {
         fannedOut.append(u"published: "_s + manager->currentOriginal() + u"|"_s +
                          manager->currentTranslation());

@@ -50,12 +50,22 @@ class TranslationService : public ServicePeer {
 
 class ClientTranslationTest : public testing::Test {
   protected:
+    ClientTranslationTest() {
+        makeTranslation([this](const Result& result) { results.append(result); });
+    }
+
+    template <typename Take>
+    void makeTranslation(Take take) {
+        translation = std::make_unique<ClientTranslation>(service.endpoints());
+        QObject::connect(translation.get(), &ClientTranslation::translated, translation.get(),
+                         std::move(take));
+    }
+
     void ask(const QString& text) { translation->translate(text, u"es"_s, u"KEY"_s); }
 
     TranslationService service;
     QList<Result> results;
-    std::unique_ptr<ClientTranslation> translation = std::make_unique<ClientTranslation>(
-        service.endpoints(), [this](const Result& result) { results.append(result); });
+    std::unique_ptr<ClientTranslation> translation;
 };
 
 TEST_F(ClientTranslationTest, answersKeepTheOrderOfTheTexts) {
@@ -83,8 +93,7 @@ TEST_F(ClientTranslationTest, endsWithItsRun) {
     service.waitFor(u"one"_s);
     translation.reset();
     service.answer(u"one"_s, u"uno"_s);
-    translation = std::make_unique<ClientTranslation>(
-        service.endpoints(), [this](const Result& result) { results.append(result); });
+    makeTranslation([this](const Result& result) { results.append(result); });
     ask(u"two"_s);
     service.waitFor(u"two"_s);
     service.answer(u"two"_s, u"dos"_s);
@@ -93,11 +102,11 @@ TEST_F(ClientTranslationTest, endsWithItsRun) {
 }
 
 TEST_F(ClientTranslationTest, mayBeEndedByWhoeverGetsAResult) {
-    translation = std::make_unique<ClientTranslation>(
-        service.endpoints(), [this, kept = QByteArray(64, 'x')](const Result& result) {
-            translation.reset();
-            results.append({result.original, QString::fromLatin1(kept.left(1))});
-        });
+    makeTranslation([this, kept = QByteArray(64, 'x')](const Result& result) {
+        const QString original = result.original;
+        translation.reset();
+        results.append({original, QString::fromLatin1(kept.left(1))});
+    });
     ask(u"one"_s);
     ask(u"two"_s);
     service.waitFor(u"one"_s);

@@ -275,12 +275,11 @@ TEST_F(DirectEngineRun, fallsBackToTheBackendsChunksWhenAChunkedEngineCannotConn
 
 TEST_F(DirectEngineRun, losesTheOldestOfMoreThanFitsTheMemoryAndSaysSo) {
     useChunked();
-    DirectEngineSession session(engine, nullptr,
-                                {.result = {}, .status = [](auto&...) {}, .connectFailed = {}});
+    DirectEngineSession session(engine, nullptr);
     for (char block = 1; block <= 34; ++block) {
         session.sendAudio(QByteArray(1 << 20, block)); // Waits for the connection.
     }
-    session.connect({});
+    session.open({});
     ASSERT_EQ(engine->audio.size(), 32);
     EXPECT_EQ(engine->audio.first().front(), 3);
     EXPECT_EQ(engine->audio.last().front(), 34);

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -20,30 +22,33 @@ using test::waitUntil;
 /// Long enough that no test is decided by it unless it says so.
 constexpr GracefulStop::Timings patient{.lastBuffer = 1h, .flush = 1h, .stop = 1h};
 
-class GracefulStopTest : public testing::Test {
+class GracefulStopTest : public testing::Test, public GracefulStop::Steps {
   protected:
     void begin(std::size_t samples, GracefulStop::Timings timings = patient) {
-        stop = std::make_unique<GracefulStop>(
-            samples,
-            GracefulStop::Actions{.sendLastBuffer =
-                                      [this](GracefulStop::Actions::Sent sent) {
-                                          steps.append(u"last"_s);
-                                          lastSent = std::move(sent);
-                                      },
-                                  .sendFlush = [this] { steps.append(u"flush"_s); },
-                                  .sendStop =
-                                      [this](GracefulStop::Actions::Sent sent) {
-                                          steps.append(u"stop"_s);
-                                          stopSent = std::move(sent);
-                                      },
-                                  .done = [this] { steps.append(u"done"_s); }},
-            timings);
+        stop = std::make_unique<GracefulStop>(*this, timings);
+        stop->begin(std::vector<float>(samples));
     }
+
+    void sendLastBuffer(std::vector<float>&& samples, BackendLink::Sent sent) override {
+        steps.append(u"last"_s);
+        lastBuffer = std::move(samples);
+        lastSent = std::move(sent);
+    }
+
+    void sendFlush() override { steps.append(u"flush"_s); }
+
+    void sendStop(BackendLink::Sent sent) override {
+        steps.append(u"stop"_s);
+        stopSent = std::move(sent);
+    }
+
+    void stepsDone() override { steps.append(u"done"_s); }
 
     test::LogCapture log;
     QStringList steps;
-    GracefulStop::Actions::Sent lastSent;
-    GracefulStop::Actions::Sent stopSent;
+    std::vector<float> lastBuffer;
+    BackendLink::Sent lastSent;
+    BackendLink::Sent stopSent;
     std::unique_ptr<GracefulStop> stop;
 };
 
@@ -56,17 +61,18 @@ TEST_F(GracefulStopTest, sendsNoLastBufferOf1000Samples) {
 TEST_F(GracefulStopTest, sendsALastBufferOf1001Samples) {
     begin(1001);
     EXPECT_EQ(steps, QStringList{u"last"_s});
+    EXPECT_EQ(lastBuffer.size(), 1001U);
     EXPECT_TRUE(log.contains(u"📤 Sende letzten Buffer: 1001 samples"_s));
 }
 
 TEST_F(GracefulStopTest, goesStepByStepAsEachIsConfirmed) {
     begin(48000);
-    lastSent();
+    lastSent({});
     ASSERT_TRUE(waitUntil([&] { return steps.size() == 2; }));
     EXPECT_EQ(log.lines().last(), u"⏳ Warte auf Backend-Verarbeitung..."_s);
     stop->flushed();
     EXPECT_EQ(log.lines().last(), u"✓ Backend-Verarbeitung abgeschlossen"_s);
-    stopSent();
+    stopSent({});
     ASSERT_TRUE(waitUntil([&] { return steps.size() == 4; }));
     EXPECT_EQ(steps, (QStringList{u"last"_s, u"flush"_s, u"stop"_s, u"done"_s}));
 }
@@ -91,7 +97,7 @@ TEST_F(GracefulStopTest, goesOnWhenTheStopMessagesSendHangs) {
 TEST_F(GracefulStopTest, ignoresALateSendCompletion) {
     begin(48000, {.lastBuffer = 1ms, .flush = 1h, .stop = 1h});
     ASSERT_TRUE(waitUntil([&] { return steps.contains(u"flush"_s); }));
-    lastSent();
+    lastSent({});
     test::drainEvents();
     EXPECT_EQ(steps, (QStringList{u"last"_s, u"flush"_s}));
 }
@@ -106,7 +112,7 @@ TEST_F(GracefulStopTest, remembersALinkThatBrokeDuringTheLastBuffer) {
     begin(48000);
     stop->linkFailed();
     EXPECT_EQ(steps, QStringList{u"last"_s});
-    lastSent();
+    lastSent({});
     ASSERT_TRUE(waitUntil([&] { return steps.size() == 3; }));
     EXPECT_EQ(steps, (QStringList{u"last"_s, u"flush"_s, u"stop"_s}));
 }
@@ -114,7 +120,7 @@ TEST_F(GracefulStopTest, remembersALinkThatBrokeDuringTheLastBuffer) {
 TEST_F(GracefulStopTest, isQuietOnceDestroyed) {
     begin(48000);
     stop.reset();
-    lastSent();
+    lastSent({});
     test::drainEvents();
     EXPECT_EQ(steps, QStringList{u"last"_s});
 }

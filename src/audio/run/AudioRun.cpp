@@ -1,0 +1,134 @@
+// The course of a run: opening the link, starting the source, stopping both.
+
+#include "AudioRun.h"
+
+#include "AudioEnvironment.h"
+#include "Log.h"
+#include "Post.h"
+#include "ThreadChecks.h"
+
+#include <QUrl>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+AudioRun::AudioRun(const AudioEnvironment& environment,
+                   const std::optional<RunConfiguration>& configuration, SoundPath& sound,
+                   EventLoopThread& linkThread)
+    : environment_(environment)
+    , configuration_(configuration)
+    , sound_(sound)
+    , linkThread_(linkThread) {
+    readyTimer_.setTimerType(Qt::PreciseTimer); // A coarse one may end before its time.
+    readyTimer_.setSingleShot(true);
+    connect(&readyTimer_, &QTimer::timeout, this, &AudioRun::linkReady);
+}
+
+void AudioRun::start(const SourceChoice& source) {
+    ORV_ON_MAIN();
+    source_ = source;
+    sound_.prepare();
+    const QUrl url(u"ws://127.0.0.1:%1"_s.arg(environment_.backendPort));
+    BackendLink::Listener& listener = *this;
+    link_ = std::make_unique<BackendLink>(linkThread_, url, listener, BackendLink::Timings{});
+    sound_.sender.setLink(link_->sender());
+    logLine(u"🔌 WebSocket zum Backend verbunden (maxMsg=16MB)");
+    readyTimer_.start(environment_.timings.linkReady);
+}
+
+void AudioRun::linkReady() {
+    ORV_ON_MAIN();
+    sound_.chunker.setConnected(true);
+    startDirectEngine();
+    if (configuration_) {
+        sendConfig();
+    }
+    sound_.listen(source_);
+}
+
+void AudioRun::linkFailed(const QString& error) {
+    ORV_ON_MAIN();
+    logLine(u"❌ WebSocket receive: "_s + error);
+    sound_.chunker.setConnected(false);
+    if (gracefulStop_) {
+        gracefulStop_->linkFailed();
+    }
+}
+
+void AudioRun::stop() {
+    ORV_ON_MAIN();
+    readyTimer_.stop();
+    finishDirectEngine();
+    sound_.stopListening();
+    // Behind the last chunk, which may still be on its way through the sender.
+    sound_.sender.endPcmSink();
+    if (!sound_.chunker.isConnected()) {
+        finish();
+        Q_EMIT ended();
+        return;
+    }
+    GracefulStop::Steps& steps = *this;
+    gracefulStop_ = std::make_unique<GracefulStop>(
+        steps, GracefulStop::Timings{.lastBuffer = environment_.timings.lastBufferSend,
+                                     .flush = environment_.timings.flush,
+                                     .stop = environment_.timings.stopSend});
+    gracefulStop_->begin(sound_.chunker.takeAll());
+}
+
+void AudioRun::sendLastBuffer(std::vector<float>&& samples, BackendLink::Sent sent) {
+    ORV_ON_MAIN();
+    sound_.sender.sendAudio(std::move(samples), sound_.chunker.currentSampleRate(),
+                            std::move(sent));
+}
+
+void AudioRun::sendFlush() {
+    ORV_ON_MAIN();
+    flushCompletionHandler_ = gracefulStop_.get();
+    sound_.sender.sendMessage(flushMessage());
+}
+
+void AudioRun::sendStop(BackendLink::Sent sent) {
+    ORV_ON_MAIN();
+    flushCompletionHandler_ = nullptr;
+    sound_.sender.sendMessage(stopMessage(), std::move(sent));
+}
+
+void AudioRun::stepsDone() {
+    ORV_ON_MAIN();
+    // Not within the graceful stop, which goes with this.
+    post(this, [this] {
+        if (gracefulStop_) {
+            gracefulStop_.reset();
+            finish();
+            Q_EMIT ended();
+        }
+    });
+}
+
+void AudioRun::endAtOnce() {
+    ORV_ON_MAIN();
+    readyTimer_.stop();
+    flushCompletionHandler_ = nullptr;
+    gracefulStop_.reset();
+    if (std::exchange(useDirectEngine_, false)) {
+        directEngine_.reset();
+        sound_.sender.endPcmSink();
+        sound_.chunker.setRoute(ChunkRoute::Backend);
+        logLine(u"🔌 Direct Engine disconnected (sync)");
+    }
+    directEngine_.reset();
+    translation_.reset();
+    sound_.stopListening();
+    finish();
+}
+
+void AudioRun::finish() {
+    isOver_ = true;
+    link_.reset();
+    sound_.clear();
+}
+
+} // namespace orv

@@ -1,0 +1,40 @@
+#include "ClientTranslation.h"
+
+#include "Post.h"
+#include "ThreadChecks.h"
+
+#include <utility>
+
+namespace orv {
+
+ClientTranslation::ClientTranslation(const ServiceEndpoints& endpoints)
+    : client_(endpoints) {}
+
+void ClientTranslation::translate(const QString& original, const QString& targetLang,
+                                  const QString& apiKey) {
+    ORV_ON_MAIN();
+    ask(&questions_.emplace_back(Question{original, {}}), targetLang, apiKey);
+}
+
+QCoro::Task<> ClientTranslation::ask(Question* question, QString targetLang, QString apiKey) {
+    const Lifetime::Observer life = lifetime_.observe();
+    const QString translation =
+        co_await client_.googleTranslateText(question->original, targetLang, apiKey);
+    if (life.ended()) {
+        co_return;
+    }
+    question->translation = translation;
+    post(this, [this] { deliverAnswered(); });
+}
+
+void ClientTranslation::deliverAnswered() {
+    ORV_ON_MAIN();
+    const Lifetime::Observer life = lifetime_.observe();
+    while (!life.ended() && !questions_.empty() && questions_.front().translation) {
+        const Question answered = std::move(questions_.front());
+        questions_.pop_front();
+        Q_EMIT translated({answered.original, *answered.translation});
+    }
+}
+
+} // namespace orv
