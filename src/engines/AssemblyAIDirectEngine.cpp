@@ -55,8 +55,7 @@ QString AssemblyAIDirectEngine::name() const {
 
 QCoro::Task<> AssemblyAIDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
-        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey,
-                               u"AssemblyAI API Key fehlt"_s);
+        throw CloudEngineError::missingApiKey(u"AssemblyAI API Key fehlt"_s);
     }
     open(assemblyaiUrl(endpoints().at(assemblyaiHost), config.sampleRate), {}, config);
     const Lifetime::Observer life = observe();

@@ -24,6 +24,13 @@ T readable(std::optional<T> answer) {
     return *std::move(answer);
 }
 
+HttpCall soundCall(const QUrl& url, const QByteArray& key, const QByteArray& contentType,
+                   const QByteArray& wav) {
+    return {.url = url,
+            .headers = {{"Ocp-Apim-Subscription-Key", key}, {"Content-Type", contentType}},
+            .body = wav};
+}
+
 } // namespace
 
 EngineDescriptor azureEngine() {
@@ -102,11 +109,10 @@ QString AzureDirectEngine::name() const {
 
 QCoro::Task<> AzureDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
-        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey,
-                               u"Azure Subscription Key fehlt"_s);
+        throw CloudEngineError::missingApiKey(u"Azure Subscription Key fehlt"_s);
     }
     if (config.region.isEmpty()) {
-        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey, u"Azure Region fehlt"_s);
+        throw CloudEngineError::missingApiKey(u"Azure Region fehlt"_s);
     }
     apiKey_ = config.apiKey;
     region_ = config.region;
@@ -172,10 +178,8 @@ QCoro::Task<QByteArray> AzureDirectEngine::post(QUrl url, QByteArray wav) {
     if (!url.isValid() || key.isNull()) {
         throw ServiceError(u"Azure: Ungültige Anfrage"_s);
     }
-    QNetworkRequest request(url);
-    request.setRawHeader("Ocp-Apim-Subscription-Key", key);
-    request.setRawHeader("Content-Type", azureContentType(sampleRate_));
-    co_return co_await http_.post(request, std::move(wav), timings_.recognition);
+    HttpCall call = soundCall(url, key, azureContentType(sampleRate_), wav);
+    co_return co_await http_.fetch(std::move(call), timings_.recognition);
 }
 
 } // namespace orv

@@ -4,8 +4,8 @@
 #include "CloudSTTEngine.h"
 #include "EngineDescriptor.h"
 #include "EngineTimings.h"
-#include "HttpRequests.h"
 #include "Lifetime.h"
+#include "ServiceClient.h"
 #include "ServiceEndpoints.h"
 
 #include <span>
@@ -57,7 +57,7 @@ class AzureDirectEngine : public CloudSTTEngine {
     QString targetLang_;
     std::int64_t sampleRate_ = 48000;
     bool isActive_ = false;
-    HttpRequests http_;
+    ServiceClient http_;
     Lifetime lifetime_; // Last: ends first.
 };
 

@@ -30,6 +30,14 @@ class CloudEngineError : public std::exception {
 
     CloudEngineError(Kind kind, const QString& message);
 
+    static CloudEngineError missingApiKey(const QString& message) {
+        return {Kind::MissingApiKey, message};
+    }
+
+    static CloudEngineError connectionFailed(const QString& message) {
+        return {Kind::ConnectionFailed, message};
+    }
+
     Kind kind() const { return kind_; }
 
     /// For people, unchanged as given.

@@ -58,13 +58,12 @@ QString DeepgramDirectEngine::name() const {
 
 QCoro::Task<> DeepgramDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
-        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey, u"Deepgram API Key fehlt"_s);
+        throw CloudEngineError::missingApiKey(u"Deepgram API Key fehlt"_s);
     }
     const QUrl url =
         deepgramUrl(endpoints().at(deepgramHost), config.sampleRate, config.sourceLang);
     if (!url.isValid()) {
-        throw CloudEngineError(CloudEngineError::Kind::ConnectionFailed,
-                               u"Ungültige Deepgram URL"_s);
+        throw CloudEngineError::connectionFailed(u"Ungültige Deepgram URL"_s);
     }
     open(url, u"Token "_s, config);
     keepAliveTimer_.start();

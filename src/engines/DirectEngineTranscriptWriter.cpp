@@ -98,8 +98,8 @@ struct DirectEngineTranscriptWriter::Files {
         }
     };
 
-    Output txt;
-    Output srt;
+    Output txtHandle;
+    Output srtHandle;
     QDateTime startTime;
     std::int64_t srtIndex = 0;
 };
@@ -124,7 +124,7 @@ DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceL
     }
     auto files = std::make_unique<Files>();
     files->startTime = opened;
-    if (!files->txt.open(txt, header.size()) || !files->srt.open(srt, 0)) {
+    if (!files->txtHandle.open(txt, header.size()) || !files->srtHandle.open(srt, 0)) {
         logLine(u"❌ DirectEngineTranscriptWriter: FileHandle konnte nicht geöffnet werden");
         return nullptr;
     }
@@ -144,20 +144,20 @@ void DirectEngineTranscriptWriter::append(const QString& original, const QString
     // Never locked: the last owner must not be the queue, which joins its thread.
     queue_.post(
         [writer = weak_from_this(), files = files_.get(), original, translation, timestamp] {
-            if (writer.expired() || !files->txt.file.isOpen()) {
+            if (writer.expired() || !files->txtHandle.file.isOpen()) {
                 return;
             }
-            files->txt.write(transcriptEntry(original, translation, timestamp));
+            files->txtHandle.write(transcriptEntry(original, translation, timestamp));
             const double start = static_cast<double>(files->startTime.msecsTo(timestamp)) / 1000.0;
             files->srtIndex += 1;
-            files->srt.write(subtitleCue(files->srtIndex, start, original, translation));
+            files->srtHandle.write(subtitleCue(files->srtIndex, start, original, translation));
         });
 }
 
 void DirectEngineTranscriptWriter::close() {
     queue_.sync([files = files_.get()] {
-        files->txt.file.close();
-        files->srt.file.close();
+        files->txtHandle.file.close();
+        files->srtHandle.file.close();
     });
 }
 

@@ -61,8 +61,7 @@ QString GoogleCloudDirectEngine::name() const {
 
 QCoro::Task<> GoogleCloudDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
-        throw CloudEngineError(CloudEngineError::Kind::MissingApiKey,
-                               u"Google Cloud API Key fehlt"_s);
+        throw CloudEngineError::missingApiKey(u"Google Cloud API Key fehlt"_s);
     }
     apiKey_ = config.apiKey;
     sourceLang_ = googleLocale(config.sourceLang);
@@ -134,9 +133,8 @@ QCoro::Task<QByteArray> GoogleCloudDirectEngine::post(QUrl url, QByteArray body,
     if (!url.isValid()) {
         throw ServiceError(u"Google Cloud: Ungültige Adresse"_s);
     }
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
-    co_return co_await http_.post(request, std::move(body), timeout);
+    HttpCall call = jsonCall(url, body);
+    co_return co_await http_.fetch(std::move(call), timeout);
 }
 
 void GoogleCloudDirectEngine::deliver(const QString& transcript, const QString& translation) {

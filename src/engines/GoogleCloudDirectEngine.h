@@ -3,8 +3,8 @@
 #include "CloudSTTEngine.h"
 #include "EngineDescriptor.h"
 #include "EngineTimings.h"
-#include "HttpRequests.h"
 #include "Lifetime.h"
+#include "ServiceClient.h"
 #include "ServiceEndpoints.h"
 
 #include <QUrl>
@@ -56,7 +56,7 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
     QString targetLang_;
     std::int64_t sampleRate_ = 48000;
     bool isActive_ = false;
-    HttpRequests http_;
+    ServiceClient http_;
     Lifetime lifetime_; // Last: ends first.
 };
 

@@ -22,10 +22,22 @@ void StreamingSocket::Connection::open(const QNetworkRequest& request) {
         return;
     }
     limit_.start(timings_.streamRequest);
-    socket_.open(request);
+    if (request.url().scheme() == u"ws" || NetworkPreparation::isDone()) {
+        connectToService();
+    } else {
+        preparation_.start();
+    }
+}
+
+void StreamingSocket::Connection::connectToService() {
+    if (!isOver()) {
+        socket_.open(request_);
+    }
 }
 
 void StreamingSocket::Connection::connectSignals() {
+    QObject::connect(&preparation_, &NetworkPreparation::ready, &context_,
+                     [this] { connectToService(); });
     QObject::connect(&limit_, &QTimer::timeout, &limit_, [this] { fail(u"Zeitüberschreitung"_s); });
     QObject::connect(&socket_, &QWebSocket::connected, &context_, [this] { onConnected(); });
     QObject::connect(&socket_, &QWebSocket::bytesWritten, &context_, [this] { onBytesWritten(); });
@@ -72,35 +84,27 @@ void StreamingSocket::Connection::stopReceiving() {
     deliverLater();
 }
 
-Completion<QString> StreamingSocket::Connection::send(std::function<void()> write) {
+Completion<QString> StreamingSocket::Connection::sendFrame(WebSocketFrameKind kind,
+                                                           const QByteArray& payload) {
     Completion<QString> sent;
     if (isOver()) {
         sent.complete(*failure_);
     } else if (!connected_) {
-        waitingForConnection_.push_back({std::move(write), sent});
+        waitingForConnection_.push_back({kind, payload, sent});
     } else {
         waitingForNetwork_.push_back(sent);
-        write();
+        sender_.send(kind, payload);
         socket_.flush();
         settle();
     }
     return sent;
 }
 
-Completion<QString> StreamingSocket::Connection::sendText(const QString& text) {
-    return send([this, text] { socket_.sendTextMessage(text); });
-}
-
-Completion<QString> StreamingSocket::Connection::sendFrame(WebSocketFrameKind kind,
-                                                           const QByteArray& payload) {
-    return send([this, kind, payload] { sender_.send(kind, payload); });
-}
-
 void StreamingSocket::Connection::onConnected() {
     connected_ = true;
     for (Outgoing& outgoing : std::exchange(waitingForConnection_, {})) {
-        waitingForNetwork_.push_back(std::move(outgoing.sent));
-        outgoing.write();
+        waitingForNetwork_.push_back(outgoing.sent);
+        sender_.send(outgoing.kind, outgoing.payload);
     }
     socket_.flush();
     onBytesWritten();

@@ -1,14 +1,15 @@
 #pragma once
 
+#include "NetworkPreparation.h"
 #include "StreamingSocket.h"
 #include "WebSocketSender.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QTimer>
 #include <QWebSocket>
 
 #include <deque>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -28,19 +29,19 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
 
     Completion<Message> receive();
     void stopReceiving();
-    Completion<QString> sendText(const QString& text);
     Completion<QString> sendFrame(WebSocketFrameKind kind, const QByteArray& payload);
     void hurry();
     void close();
 
   private:
     struct Outgoing {
-        std::function<void()> write;
+        WebSocketFrameKind kind = WebSocketFrameKind::Text;
+        QByteArray payload;
         Completion<QString> sent;
     };
 
-    Completion<QString> send(std::function<void()> write);
     void connectSignals();
+    void connectToService();
     void onConnected();
     void onBytesWritten();
     void settle();
@@ -58,6 +59,7 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     WebSocketSender sender_{socket_};
     const EngineTimings timings_;
     QNetworkRequest request_;
+    NetworkPreparation preparation_;
     QObject context_;
     QTimer limit_; ///< For whatever the service is to do next.
     std::deque<Outgoing> waitingForConnection_;

@@ -23,7 +23,7 @@ void StreamingSocket::stopReceiving() {
 }
 
 Completion<QString> StreamingSocket::sendText(const QString& text) {
-    return connection_->sendText(text);
+    return connection_->sendFrame(WebSocketFrameKind::Text, text.toUtf8());
 }
 
 Completion<QString> StreamingSocket::sendSound(WebSocketFrameKind kind, const QByteArray& payload) {

@@ -3,7 +3,6 @@
 #include "ServiceError.h"
 #include "TranslationMessages.h"
 
-#include <QNetworkRequest>
 #include <QUrl>
 
 #include <utility>
@@ -22,11 +21,10 @@ QCoro::Task<QString> TranslationClient::googleTranslateText(QString text, QStrin
     if (!url.isValid()) {
         co_return QString();
     }
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
+    HttpCall call = jsonCall(url, translationRequestBody(text, targetLang));
     QByteArray answer;
     try {
-        answer = co_await http_.post(request, translationRequestBody(text, targetLang), timeout_);
+        answer = co_await http_.fetch(std::move(call), timeout_);
     } catch (const ServiceError&) {
         answer.clear(); // No answer is no translation.
     }

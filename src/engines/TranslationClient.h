@@ -1,7 +1,7 @@
 #pragma once
 
 #include "EngineTimings.h"
-#include "HttpRequests.h"
+#include "ServiceClient.h"
 #include "ServiceEndpoints.h"
 
 #include <QCoroTask>
@@ -25,7 +25,7 @@ class TranslationClient {
   private:
     ServiceEndpoints endpoints_;
     std::chrono::milliseconds timeout_;
-    HttpRequests http_;
+    ServiceClient http_;
 };
 
 } // namespace orv

@@ -29,7 +29,7 @@ class VmixRequestsTest : public ::testing::Test {
   protected:
     VmixRequestsTest() { EXPECT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost))); }
 
-    void add(Clock::time_point deadline, VmixSession::Done done) {
+    void add(Clock::time_point deadline, VmixRequests::Done done) {
         const QUrl url(u"http://127.0.0.1:%1/API/"_s.arg(server.serverPort()));
         requests.add(url, std::move(done), deadline);
     }

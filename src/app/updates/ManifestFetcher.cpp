@@ -1,11 +1,8 @@
 #include "ManifestFetcher.h"
 
-#include <QNetworkReply>
-#include <QNetworkRequest>
-#include <QTimer>
+#include "ThreadChecks.h"
 
-#include <memory>
-#include <utility>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -13,33 +10,35 @@ namespace orv {
 
 namespace {
 
-QNetworkRequest manifestRequest(const QUrl& url, const QByteArray& agent) {
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::UserAgentHeader, agent);
-    request.setRawHeader("Accept", "application/json");
-    request.setRawHeader("Cache-Control", "no-cache");
-    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute,
-                         QNetworkRequest::AlwaysNetwork);
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(mostRedirections);
-    return request;
+HttpCall manifestCall(const QUrl& url, const QByteArray& agent) {
+    return {.url = url,
+            .headers = {{"User-Agent", agent},
+                        {"Accept", "application/json"},
+                        {"Cache-Control", "no-cache"}}};
 }
 
-DecodedUpdateInfo answerIn(QNetworkReply& reply) {
-    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (status.isValid() && (status.toInt() < 200 || status.toInt() > 299)) {
-        return {{}, u"HTTP-Status "_s + QString::number(status.toInt())};
+/// Where an answer to a request for `from` sends us on; none unless it does, and may.
+std::optional<QUrl> redirection(const HttpOutcome& outcome, const QUrl& from) {
+    const int status = outcome.status;
+    const bool sendsOn =
+        status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+    if (!sendsOn || outcome.location.isEmpty()) {
+        return std::nullopt;
     }
-    if (reply.error() != QNetworkReply::NoError) {
-        return {{}, reply.errorString()};
+    const QUrl url = from.resolved(QUrl::fromEncoded(outcome.location));
+    const bool isAllowed =
+        url.scheme() == u"https" || (url.scheme() == u"http" && from.scheme() == u"http");
+    return isAllowed && url.isValid() && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
+}
+
+DecodedUpdateInfo manifestIn(const HttpOutcome& outcome) {
+    if (!outcome.error.isEmpty()) {
+        return {{}, outcome.error};
     }
-    if (!status.isValid()) {
-        return {{}, u"keine HTTP-Antwort"_s};
+    if (outcome.status < 200 || outcome.status > 299) {
+        return {{}, u"HTTP-Status "_s + QString::number(outcome.status)};
     }
-    return decodeUpdateInfo(reply.readAll());
+    return decodeUpdateInfo(outcome.body);
 }
 
 } // namespace
@@ -55,32 +54,29 @@ bool leadsNowhere(const QUrl& url) {
 ManifestFetcher::ManifestFetcher(const QByteArray& agent)
     : agent_(agent) {}
 
-void ManifestFetcher::fetch(const QUrl& url, std::chrono::milliseconds limit, const Done& done) {
-    QNetworkReply* reply = network_.get(manifestRequest(url, agent_));
-    reply->setParent(this);
-    // Bounds the memory; some more than is taken, or too much would never be seen to arrive.
-    reply->setReadBufferSize(2 * largestManifest);
-    const auto finish = [reply, done](const DecodedUpdateInfo& result) {
-        reply->disconnect();
-        reply->abort();
-        reply->deleteLater();
-        done(result);
-    };
-    const auto checkSize = [reply, finish] {
-        const qint64 announced = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
-        if (announced > largestManifest || reply->bytesAvailable() > largestManifest) {
-            finish({{}, u"Antwort zu groß"_s});
-        }
-    };
-    connect(reply, &QNetworkReply::metaDataChanged, reply, checkSize);
-    connect(reply, &QNetworkReply::readyRead, reply, checkSize);
-    connect(reply, &QNetworkReply::finished, reply, [reply, finish] { finish(answerIn(*reply)); });
-    // The timer belongs to the reply and goes with it.
-    auto* timer = new QTimer(reply);
-    timer->setSingleShot(true);
-    timer->setTimerType(Qt::PreciseTimer);
-    connect(timer, &QTimer::timeout, reply, [finish] { finish({{}, u"Zeitüberschreitung"_s}); });
-    timer->start(limit);
+void ManifestFetcher::fetch(const QUrl& url, std::chrono::milliseconds limit) {
+    ORV_ON_MAIN();
+    deadline_ = QDeadlineTimer(limit, Qt::PreciseTimer);
+    redirections_ = 0;
+    ask(url);
+}
+
+void ManifestFetcher::ask(const QUrl& url) {
+    url_ = url;
+    const HttpLimits limits{.whole = std::chrono::milliseconds(deadline_.remainingTime()),
+                            .largestBody = largestManifest};
+    exchange_ = http_.send(manifestCall(url, agent_), limits);
+    connect(exchange_.get(), &HttpExchange::ended, this, &ManifestFetcher::answered);
+}
+
+void ManifestFetcher::answered(const HttpOutcome& outcome) {
+    const auto next = redirection(outcome, url_);
+    if (next && redirections_ < mostRedirections) {
+        ++redirections_;
+        ask(*next);
+    } else {
+        Q_EMIT fetched(manifestIn(outcome));
+    }
 }
 
 } // namespace orv

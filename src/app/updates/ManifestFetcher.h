@@ -1,14 +1,15 @@
 #pragma once
 
+#include "HttpClient.h"
 #include "UpdateInfo.h"
 
-#include <QNetworkAccessManager>
+#include <QByteArray>
+#include <QDeadlineTimer>
 #include <QObject>
-#include <QString>
 #include <QUrl>
 
 #include <chrono>
-#include <functional>
+#include <memory>
 
 namespace orv {
 
@@ -22,8 +23,7 @@ inline constexpr int mostRedirections = 5;
 /// "invalid"), so that nobody needs to be asked.
 bool leadsNowhere(const QUrl& url);
 
-/// Fetches manifests over HTTP and HTTPS. Lives on the thread it is made on, which must have an
-/// event loop; making it may take a while, since it readies what HTTPS needs.
+/// Fetches manifests over HTTP and HTTPS, one at a time. Lives on the main thread.
 class ManifestFetcher : public QObject {
     Q_OBJECT
 
@@ -31,18 +31,27 @@ class ManifestFetcher : public QObject {
     /// `agent` is how the program introduces itself.
     explicit ManifestFetcher(const QByteArray& agent);
 
-    using Done = std::function<void(const DecodedUpdateInfo& result)>;
-
-    /// Fetches one manifest, never from a cache, and calls `done` later, once. Failures are: no
+    /// Fetches one manifest, never from a cache; `fetched` follows later, once. Failures are: no
     /// whole answer within `limit`, no connection or no trusted one, an answer that is not HTTP, a
     /// status outside 200 to 299, more than `largestManifest` bytes, a body that is no manifest,
     /// too many redirections, and one that leads to another scheme or from HTTPS to HTTP. Ends with
     /// the object, without an answer.
-    void fetch(const QUrl& url, std::chrono::milliseconds limit, const Done& done);
+    void fetch(const QUrl& url, std::chrono::milliseconds limit);
+
+  Q_SIGNALS:
+    /// Whoever hears of it may fetch the next one.
+    void fetched(const orv::DecodedUpdateInfo& result);
 
   private:
-    QNetworkAccessManager network_;
-    QByteArray agent_;
+    void ask(const QUrl& url);
+    void answered(const HttpOutcome& outcome);
+
+    const QByteArray agent_;
+    HttpClient http_{HttpClient::Proxies::OfTheSystem};
+    QUrl url_; ///< Whom the exchange asks.
+    QDeadlineTimer deadline_;
+    int redirections_ = 0;
+    std::unique_ptr<HttpExchange> exchange_; ///< Goes before the client.
 };
 
 } // namespace orv

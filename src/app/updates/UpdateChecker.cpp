@@ -1,10 +1,9 @@
 #include "UpdateChecker.h"
 
 #include "DesktopOpener.h"
-#include "EventLoopThread.h"
 #include "Log.h"
 #include "ManifestFetcher.h"
-#include "PostTarget.h"
+#include "ThreadChecks.h"
 #include "Version.h"
 #include "WebAddress.h"
 
@@ -14,20 +13,12 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-/// The thread with the network on it. Answers come back through `results`.
-struct UpdateChecker::Fetching {
-    PostTarget results;
-    std::unique_ptr<ManifestFetcher> fetcher; ///< Lives on `thread`.
-    EventLoopThread thread{u"update-check"_s};
-
-    ~Fetching() {
-        thread.sync([this] { fetcher.reset(); });
-    }
-};
-
 UpdateChecker::UpdateChecker(UpdateEnvironment environment, QObject* parent)
     : QObject(parent)
-    , environment_(std::move(environment)) {
+    , environment_(std::move(environment))
+    , fetcher_(
+          std::make_unique<ManifestFetcher>("Orvane/" + environment_.currentVersion.toUtf8())) {
+    connect(fetcher_.get(), &ManifestFetcher::fetched, this, &UpdateChecker::answered);
     schedule_.setTimerType(Qt::VeryCoarseTimer);
     schedule_.setInterval(environment_.timings.interval);
     connect(&schedule_, &QTimer::timeout, this, [this] { checkForUpdate(); });
@@ -42,6 +33,7 @@ UpdateChecker& UpdateChecker::shared() {
 }
 
 void UpdateChecker::checkForUpdate(std::function<void(UpdateOutcome outcome)> done) {
+    ORV_ON_MAIN();
     if (done) {
         waiting_.push_back(std::move(done));
     }
@@ -61,34 +53,17 @@ void UpdateChecker::ask(qsizetype index) {
     } else if (leadsNowhere(*url)) {
         addressFailed(index, u"Host nicht gefunden"_s);
     } else {
-        fetch(index);
+        asked_ = index;
+        fetcher_->fetch(*url, environment_.timings.answer);
     }
 }
 
-void UpdateChecker::fetch(qsizetype index) {
-    if (!fetching_) {
-        fetching_ = std::make_unique<Fetching>();
+void UpdateChecker::answered(const DecodedUpdateInfo& result) {
+    if (result.error.isEmpty()) {
+        manifestArrived(result.info);
+    } else {
+        addressFailed(asked_, result.error);
     }
-    const auto answered = [this, index](const DecodedUpdateInfo& result) {
-        if (result.error.isEmpty()) {
-            manifestArrived(result.info);
-        } else {
-            addressFailed(index, result.error);
-        }
-    };
-    fetching_->thread.post([fetching = fetching_.get(), answered,
-                            address = environment_.updateURLs.at(index),
-                            limit = environment_.timings.answer,
-                            agent = QByteArray("Orvane/" + environment_.currentVersion.toUtf8())] {
-        if (!fetching->fetcher) {
-            fetching->fetcher = std::make_unique<ManifestFetcher>(agent);
-        }
-        const auto hand = [answered,
-                           results = fetching->results.handle()](const DecodedUpdateInfo& result) {
-            results.post([answered, result] { answered(result); });
-        };
-        fetching->fetcher->fetch(webAddress(address).value_or(QUrl()), limit, hand);
-    });
 }
 
 void UpdateChecker::addressFailed(qsizetype index, const QString& error) {
@@ -125,12 +100,6 @@ void UpdateChecker::publish(const UpdateInfo& info) {
 }
 
 void UpdateChecker::finish(UpdateOutcome outcome) {
-    // Not here: this may be called by what came through the target inside.
-    QTimer::singleShot(0, this, [this] {
-        if (!checking_) {
-            fetching_.reset();
-        }
-    });
     checking_ = false;
     for (const auto& done : std::exchange(waiting_, {})) {
         done(outcome);

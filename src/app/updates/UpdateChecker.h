@@ -17,6 +17,7 @@
 namespace orv {
 
 class DesktopOpener;
+class ManifestFetcher;
 
 /// The update check's fixed times.
 struct UpdateTimings {
@@ -33,8 +34,7 @@ struct UpdateEnvironment {
 };
 
 /// Finds out whether a newer release exists: once after it is made, then every 24 hours, and
-/// whenever asked. Lives on the main thread; the network is dealt with on a thread that exists only
-/// while a check runs.
+/// whenever asked. Lives on the main thread and never waits.
 class UpdateChecker : public QObject, public UpdateControl {
     Q_OBJECT
 
@@ -81,10 +81,8 @@ class UpdateChecker : public QObject, public UpdateControl {
     void releaseNotesChanged(const QString& releaseNotes);
 
   private:
-    struct Fetching;
-
     void ask(qsizetype index);
-    void fetch(qsizetype index);
+    void answered(const DecodedUpdateInfo& result);
     void addressFailed(qsizetype index, const QString& error);
     void manifestArrived(const UpdateInfo& info);
     void publish(const UpdateInfo& info);
@@ -96,7 +94,8 @@ class UpdateChecker : public QObject, public UpdateControl {
     QTimer schedule_;
     bool checking_ = false;
     std::vector<std::function<void(UpdateOutcome)>> waiting_;
-    std::unique_ptr<Fetching> fetching_; ///< While a check needs the network.
+    qsizetype asked_ = 0; ///< Whose answer is waited for.
+    std::unique_ptr<ManifestFetcher> fetcher_;
     SharedInstance<UpdateChecker> sharedInstance_{*this};
 };
 

@@ -1,5 +1,7 @@
 #include "VmixRequests.h"
 
+#include "ThreadChecks.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -9,14 +11,18 @@ namespace orv {
 
 VmixRequests::VmixRequests(const VmixLimits& limits, LookUpHost lookUp)
     : limits_(limits)
-    , lookups_(std::move(lookUp)) {
+    , http_(HttpClient::Proxies::None, AfterAnswer::Close, std::move(lookUp)) {
     limit_.setSingleShot(true);
     limit_.setTimerType(Qt::PreciseTimer);
     limit_.callOnTimeout(&limit_, [this] { endOverdue(); });
 }
 
-void VmixRequests::add(const QUrl& url, VmixSession::Done done,
-                       std::chrono::steady_clock::time_point deadline) {
+void VmixRequests::get(const QUrl& url, Done done) {
+    add(url, std::move(done), std::chrono::steady_clock::now() + limits_.request);
+}
+
+void VmixRequests::add(const QUrl& url, Done done, std::chrono::steady_clock::time_point deadline) {
+    ORV_ON_MAIN();
     requests_.push_back({url, std::move(done), deadline});
     startNext();
     dropOldest();
@@ -40,9 +46,10 @@ void VmixRequests::startNext() {
 }
 
 void VmixRequests::start(Requests::iterator request) {
-    request->connection = std::make_unique<HttpGet>(
-        request->url, [this, request](const QString& error) { end(request, error); });
-    request->connection->start(lookups_);
+    request->connection = http_.send({.url = request->url}, {});
+    QObject::connect(
+        request->connection.get(), &HttpExchange::ended, request->connection.get(),
+        [this, request](const HttpOutcome& outcome) { end(request, QString(outcome.error)); });
 }
 
 void VmixRequests::dropOldest() {
@@ -53,7 +60,7 @@ void VmixRequests::dropOldest() {
 }
 
 void VmixRequests::end(Requests::iterator request, const QString& error) {
-    const VmixSession::Done done = std::move(request->done);
+    const Done done = std::move(request->done);
     // The connection goes with it: an answer that it has read but not told is forgotten, and the
     // next one to this host finds room.
     requests_.erase(request);

@@ -1,23 +1,41 @@
 #pragma once
 
 #include "HostLookups.h"
-#include "HttpGet.h"
-#include "VmixSession.h"
+#include "HttpClient.h"
 
+#include <QString>
 #include <QTimer>
 #include <QUrl>
 
 #include <chrono>
+#include <cstddef>
+#include <functional>
 #include <list>
 #include <memory>
 
 namespace orv {
 
-/// The requests of a `VmixSession`: those with a connection and those that wait for one. Lives on
-/// the session's thread.
+/// How much a session with vMix allows itself.
+struct VmixLimits {
+    /// For a whole request, from handing it over to the last byte of the answer.
+    std::chrono::milliseconds request{2000};
+    int connectionsPerHost = 2; ///< At a time, to one host and port.
+    std::size_t waiting = 64;   ///< Requests that have no connection yet.
+};
+
+/// GET requests to vMix: those with a connection and those that wait for one. Lives on the main
+/// thread; no call waits.
+///
+/// A request that gets no connection in time fails as one that gets no answer does. When more come
+/// than can leave, the oldest that wait are dropped without a word, neither sent nor answered: of
+/// the texts for a title only the newest matter. So besides the requests with a connection there
+/// are never more than `VmixLimits::waiting`.
 class VmixRequests {
   public:
-    VmixRequests(const VmixLimits& limits, LookUpHost lookUp);
+    /// Called with the reason of a failure; empty for an answer.
+    using Done = std::function<void(const QString& error)>;
+
+    explicit VmixRequests(const VmixLimits& limits = {}, LookUpHost lookUp = systemLookUp);
 
     /// Ends what is under way, unanswered.
     ~VmixRequests() = default;
@@ -27,15 +45,18 @@ class VmixRequests {
 
     /// Sends the request as soon as its host has a connection to spare. `done` is told of the first
     /// that comes, the answer or the deadline, and finds the request's own connection closed.
-    void add(const QUrl& url, VmixSession::Done done,
-             std::chrono::steady_clock::time_point deadline);
+    /// `done` may be empty.
+    void add(const QUrl& url, Done done, std::chrono::steady_clock::time_point deadline);
+
+    /// The same, with the deadline that the limits say.
+    void get(const QUrl& url, Done done);
 
   private:
     struct Request {
         QUrl url;
-        VmixSession::Done done;
+        Done done;
         std::chrono::steady_clock::time_point deadline;
-        std::unique_ptr<HttpGet> connection = {}; ///< None while it waits.
+        std::unique_ptr<HttpExchange> connection = {}; ///< None while it waits.
     };
 
     using Requests = std::list<Request>; // Oldest first; the first one's time is up first.
@@ -49,7 +70,7 @@ class VmixRequests {
     void endOverdue();
 
     const VmixLimits limits_;
-    HostLookups lookups_;
+    HttpClient http_;
     Requests requests_;
     QTimer limit_; ///< Rings when the first request's time is up.
 };

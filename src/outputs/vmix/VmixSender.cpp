@@ -1,6 +1,7 @@
 #include "VmixSender.h"
 
 #include "Log.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 #include "VmixRequest.h"
 #include "VmixTracking.h"
@@ -19,17 +20,18 @@ VmixSender::VmixSender(const TranslationSettings& settings, VmixTracking& tracki
 VmixSender::~VmixSender() = default;
 
 void VmixSender::sendToVmix(const Result& result) {
+    ORV_ON_MAIN();
     if (!settings_.vmixEnabled.get()) {
         return;
     }
     sendText(result.translation, settings_.vmixFieldTranslation.get(),
-             [this, translation = result.translation, main = main_.handle()](const QString& error) {
-                 main.post([this, translation, error] { translationDone(translation, error); });
+             [this, translation = result.translation](const QString& error) {
+                 translationDone(translation, error);
              });
     sendText(result.original, settings_.vmixFieldOriginal.get(), {});
 }
 
-void VmixSender::sendText(const QString& text, const QString& fieldName, VmixSession::Done done) {
+void VmixSender::sendText(const QString& text, const QString& fieldName, VmixRequests::Done done) {
     if (text.isEmpty() || fieldName.isEmpty()) {
         return;
     }
@@ -41,10 +43,14 @@ void VmixSender::sendText(const QString& text, const QString& fieldName, VmixSes
     if (!url) {
         return;
     }
+    vmixSession().get(*url, std::move(done));
+}
+
+VmixRequests& VmixSender::vmixSession() {
     if (!session_) {
-        session_ = std::make_unique<VmixSession>(limits_, lookUp_);
+        session_ = std::make_unique<VmixRequests>(limits_, lookUp_);
     }
-    session_->get(*url, std::move(done));
+    return *session_;
 }
 
 void VmixSender::translationDone(const QString& translation, const QString& error) {

@@ -2,8 +2,7 @@
 
 #include "HostLookups.h"
 #include "Output.h"
-#include "PostTarget.h"
-#include "VmixSession.h"
+#include "VmixRequests.h"
 
 #include <QString>
 
@@ -16,7 +15,7 @@ class VmixTracking;
 
 /// Writes results into a title of vMix: one request for each text. Lives on the main thread; no
 /// call waits for the network. What is dropped when results arrive faster than vMix takes them is
-/// said at `VmixSession`: the oldest that wait. A dropped text counts neither as success nor as
+/// said at `VmixRequests`: the oldest that wait. A dropped text counts neither as success nor as
 /// failure.
 class VmixSender : public Output {
   public:
@@ -36,15 +35,16 @@ class VmixSender : public Output {
     void sendToVmix(const Result& result);
 
   private:
-    void sendText(const QString& text, const QString& fieldName, VmixSession::Done done);
+    /// The HTTP session that is vMix's alone.
+    VmixRequests& vmixSession();
+    void sendText(const QString& text, const QString& fieldName, VmixRequests::Done done);
     void translationDone(const QString& translation, const QString& error);
 
     const TranslationSettings& settings_;
     VmixTracking& tracking_;
     const VmixLimits limits_;
     LookUpHost lookUp_;
-    PostTarget main_;
-    std::unique_ptr<VmixSession> session_; ///< Made on first use.
+    std::unique_ptr<VmixRequests> session_; ///< Made on first use. Goes first.
 };
 
 } // namespace orv

@@ -1,5 +1,7 @@
 #include "DatagramSender.h"
 
+#include "ThreadChecks.h"
+
 #include <QNetworkProxy>
 #include <QUdpSocket>
 
@@ -31,50 +33,25 @@ QString sendFrom(QUdpSocket& socket, const Datagram& datagram, const QHostAddres
 
 } // namespace
 
-DatagramSender::DatagramSender(Failed failed, LookUpHost lookUp)
-    : failed_(std::move(failed))
-    , lookUp_(std::move(lookUp))
-    , thread_(u"io.tavrin.orv.vrchat"_s) {}
+DatagramSender::DatagramSender(LookUpHost lookUp)
+    : lookups_(std::move(lookUp)) {}
 
-DatagramSender::~DatagramSender() {
-    thread_.sync([this] { lookups_.reset(); });
-}
-
-void DatagramSender::send(Datagram datagram) {
-    const std::lock_guard lock(mutex_);
-    waiting_.push_back(std::move(datagram));
-    if (waiting_.size() > maximumWaiting) {
-        waiting_.pop_front();
-    } else if (waiting_.size() == 1) {
-        thread_.post([this] { sendWaiting(); });
-    }
-}
-
-void DatagramSender::sendWaiting() {
-    std::deque<Datagram> taken;
-    {
-        const std::lock_guard lock(mutex_);
-        taken.swap(waiting_);
-    }
-    for (const Datagram& datagram : taken) {
-        sendOne(datagram);
-    }
-}
-
-void DatagramSender::sendOne(const Datagram& datagram) {
-    if (!lookups_) {
-        lookups_ = std::make_unique<HostLookups>(lookUp_);
-    }
-    lookups_->resolve(datagram.host, [this, datagram](const HostAnswer& answer) {
-        QString error = answer.error;
-        if (error.isEmpty()) {
-            QUdpSocket socket;
-            error = sendFrom(socket, datagram, preferred(answer.addresses));
-        }
-        if (!error.isEmpty()) {
-            failed_(error);
-        }
+void DatagramSender::send(const Datagram& datagram) {
+    ORV_ON_MAIN();
+    lookups_.resolve(datagram.host, [this, datagram](const HostAnswer& answer) {
+        addressesFound(datagram, answer);
     });
+}
+
+void DatagramSender::addressesFound(const Datagram& datagram, const HostAnswer& answer) {
+    QString error = answer.error;
+    if (error.isEmpty()) {
+        QUdpSocket socket;
+        error = sendFrom(socket, datagram, preferred(answer.addresses));
+    }
+    if (!error.isEmpty()) {
+        Q_EMIT failed(error);
+    }
 }
 
 } // namespace orv

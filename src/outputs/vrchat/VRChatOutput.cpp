@@ -2,6 +2,7 @@
 
 #include "DatagramSender.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 #include "TranslationSettings.h"
 #include "VRChatMessage.h"
 
@@ -22,6 +23,7 @@ QString VRChatOutput::vrchatMessage(const Result& result) const {
 }
 
 void VRChatOutput::sendToVRChat(const Result& result) {
+    ORV_ON_MAIN();
     if (!settings_.vrchatEnabled.get()) {
         return;
     }
@@ -32,6 +34,7 @@ void VRChatOutput::sendToVRChat(const Result& result) {
 }
 
 void VRChatOutput::sendVRChatTest() {
+    ORV_ON_MAIN();
     sendWithSettings(u"ORV — VRChat OSC ✓"_s);
 }
 
@@ -42,10 +45,17 @@ void VRChatOutput::sendWithSettings(const QString& message) {
 
 void VRChatOutput::sendOSCChatbox(const QString& message, bool playSound, const QString& host,
                                   std::int64_t port) {
-    std::call_once(firstUse_, [this] {
-        sender_ = std::make_unique<DatagramSender>(
-            [](const QString& error) { logLine(u"❌ VRChat OSC: " + error); }, lookUp_);
-    });
+    if (!threadChecks::isMain()) {
+        main_.handle().post([this, message, playSound, host, port] {
+            sendOSCChatbox(message, playSound, host, port);
+        });
+        return;
+    }
+    if (!sender_) {
+        sender_ = std::make_unique<DatagramSender>(lookUp_);
+        QObject::connect(sender_.get(), &DatagramSender::failed, sender_.get(),
+                         [](const QString& error) { logLine(u"❌ VRChat OSC: " + error); });
+    }
     sender_->send({chatboxPacket(message, playSound), host, clampedPort(port)});
 }
 

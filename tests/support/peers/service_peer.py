@@ -37,17 +37,20 @@ def say(**event) -> None:
         sys.stdout.flush()
 
 
-def tls_context():
-    """A server context with a certificate for 127.0.0.1 made on the spot, and its path."""
+def tls_context(name=None):
+    """A server context with a certificate for 127.0.0.1, or for a host's name, made on the spot, and
+    its path. Says: hello {name}, what a client calls the host that it wants, or null."""
     key = os.path.join(_folder.name, "key.pem")
     certificate = os.path.join(_folder.name, "certificate.pem")
     subprocess.run(
         ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
-         "-nodes", "-keyout", key, "-out", certificate, "-days", "2", "-subj", "/CN=127.0.0.1",
-         "-addext", "subjectAltName=IP:127.0.0.1"],
+         "-nodes", "-keyout", key, "-out", certificate, "-days", "2", "-subj",
+         f"/CN={name or '127.0.0.1'}", "-addext",
+         f"subjectAltName=DNS:{name}" if name else "subjectAltName=IP:127.0.0.1"],
         check=True, capture_output=True)
     context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
     context.load_cert_chain(certificate, key)
+    context.sni_callback = lambda connection, wanted, own: say(event="hello", name=wanted)
     return context, certificate
 
 
@@ -69,15 +72,16 @@ class QuietServer:
 
 
 def commands_to(server_class, handler):
-    """Serves on a free port, with TLS where the command line has --tls, says listening {port,
-    certificate}, and then gives what it is told, one object after the other."""
+    """Serves on a free port, with TLS where the command line has --tls or the host's --name, says
+    listening {port, certificate}, and then gives what it is told, one object after the other."""
     parser = argparse.ArgumentParser()
     parser.add_argument("--tls", action="store_true")
+    parser.add_argument("--name")
     options = parser.parse_args()
     server = server_class(("127.0.0.1", 0), handler)
     certificate = None
-    if options.tls:
-        server.context, certificate = tls_context()
+    if options.tls or options.name:
+        server.context, certificate = tls_context(options.name)
     threading.Thread(target=server.serve_forever, daemon=True).start()
     say(event="listening", port=server.server_address[1], certificate=certificate)
     for line in sys.stdin:

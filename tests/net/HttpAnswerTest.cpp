@@ -139,6 +139,60 @@ TEST(HttpAnswer, staysWhatItIsOnceDecided) {
     EXPECT_EQ(answer.close(), State::Whole);
 }
 
+TEST(HttpAnswer, keepsNoContentUnlessItIsTold) {
+    HttpAnswer answer;
+    EXPECT_EQ(answer.read("HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nabc"), State::Whole);
+    EXPECT_EQ(answer.body(), QByteArray());
+}
+
+TEST(HttpAnswer, keepsStatusContentAndWhereItLeads) {
+    HttpAnswer sized(10);
+    sized.read("HTTP/1.1 302 F\r\nLOCATION:  /There \r\nContent-Length: 3\r\n\r\nab");
+    EXPECT_EQ(sized.read("cde"), State::Whole);
+    EXPECT_EQ(sized.status(), 302);
+    EXPECT_EQ(sized.location(), "/There");
+    EXPECT_EQ(sized.body(), "abc");
+    HttpAnswer chunked(10);
+    chunked.read("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nab\r\n1\r\nc\r\n");
+    EXPECT_EQ(chunked.read("0\r\n\r\n"), State::Whole);
+    EXPECT_EQ(chunked.body(), "abc");
+    HttpAnswer untilClose(10);
+    untilClose.read("HTTP/1.1 200 OK\r\n\r\nabc");
+    EXPECT_EQ(untilClose.close(), State::Whole);
+    EXPECT_EQ(untilClose.body(), "abc");
+}
+
+TEST(HttpAnswer, readsNoMoreContentThanItMay) {
+    const QByteArray head = "HTTP/1.1 200 OK\r\n";
+    for (const char* rest :
+         {"Content-Length: 4\r\n\r\n", "Content-Length: 9223372036854775807\r\n\r\n", "\r\nabcd",
+          "Transfer-Encoding: chunked\r\n\r\n2\r\nab\r\n2\r\n",
+          "Transfer-Encoding: chunked\r\n\r\n2\r\nab\r\n7fffffffffffffff\r\n"}) {
+        HttpAnswer answer(3);
+        EXPECT_EQ(answer.read(QByteArray(head + rest)), State::TooLarge) << rest;
+        EXPECT_LE(answer.body().size(), 4) << "one piece too much at most";
+    }
+    HttpAnswer fits(3);
+    EXPECT_EQ(fits.read(QByteArray(head + "Content-Length: 3\r\n\r\nabc")), State::Whole);
+}
+
+TEST(HttpAnswer, saysWhetherTheConnectionCarriesAnother) {
+    const auto leavesOpen = [](const QByteArray& bytes) {
+        HttpAnswer answer;
+        EXPECT_EQ(answer.read(bytes), State::Whole) << bytes.constData();
+        return answer.leavesConnectionOpen();
+    };
+    EXPECT_TRUE(leavesOpen("HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\na"));
+    EXPECT_TRUE(leavesOpen("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"));
+    EXPECT_FALSE(leavesOpen("HTTP/1.0 200 OK\r\nContent-Length: 1\r\n\r\na"));
+    EXPECT_FALSE(leavesOpen("HTTP/1.1 200 OK\r\nConnection: Close\r\nContent-Length: 1\r\n\r\na"));
+    EXPECT_FALSE(leavesOpen("HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nabc")) << "what is that";
+    HttpAnswer untilClose;
+    untilClose.read("HTTP/1.1 200 OK\r\n\r\n");
+    untilClose.close();
+    EXPECT_FALSE(untilClose.leavesConnectionOpen());
+}
+
 } // namespace
 
 } // namespace orv::test

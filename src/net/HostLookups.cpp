@@ -1,5 +1,7 @@
 #include "HostLookups.h"
 
+#include "ThreadChecks.h"
+
 #include <QUrl>
 
 #include <iterator>
@@ -58,6 +60,7 @@ HostLookups::HostLookups(LookUpHost lookUp)
     : lookUp_(std::move(lookUp)) {}
 
 void HostLookups::resolve(const QString& host, Done done) {
+    ORV_ON_MAIN();
     // Asked this way the system only reads the text.
     const HostAnswer literal = ask(host.toUtf8(), AI_NUMERICHOST);
     if (literal.error.isEmpty() && !host.contains(QChar::Null)) {

@@ -25,7 +25,7 @@ using LookUpHost = std::function<HostAnswer(const QString& host)>;
 /// The system's own way: files, DNS and whatever else it is set up to ask.
 HostAnswer systemLookUp(const QString& host);
 
-/// Host names made addresses without anybody waiting. Lives on one thread with an event loop.
+/// Host names made addresses without anybody waiting. Lives on the main thread.
 ///
 /// Questions are asked anew each time; only those for a name that is being asked for just then
 /// share its answer. The system cannot be told to give a question up, so each is asked on a

@@ -14,9 +14,10 @@ bool isDigit(char sign) {
 
 HttpAnswer::State HttpAnswer::read(QByteArrayView bytes) {
     while (state_ == State::Reading && !bytes.isEmpty()) {
-        const bool skips = part_ == Part::SizedBody || part_ == Part::BodyUntilClose;
-        bytes = bytes.sliced(skips ? skip(bytes.size()) : readLine(bytes));
+        const bool isContent = part_ == Part::SizedBody || part_ == Part::BodyUntilClose;
+        bytes = bytes.sliced(isContent ? takeContent(bytes) : readLine(bytes));
     }
+    rest_ = rest_ || !bytes.isEmpty();
     return state_;
 }
 
@@ -79,6 +80,7 @@ void HttpAnswer::readStatus(QByteArrayView line) {
         return;
     }
     status_ = line.sliced(9, 3).toInt();
+    closes_ = line[7] == '0';
     part_ = Part::Header;
 }
 
@@ -89,7 +91,8 @@ void HttpAnswer::readHeader(QByteArrayView line) {
         return;
     }
     const QByteArray name = line.first(colon).toByteArray().toLower();
-    const QByteArray value = line.sliced(colon + 1).trimmed().toByteArray().toLower();
+    const QByteArray text = line.sliced(colon + 1).trimmed().toByteArray();
+    const QByteArray value = text.toLower();
     if (name == "transfer-encoding") {
         chunked_ = value.endsWith("chunked");
     } else if (name == "content-length") {
@@ -98,6 +101,10 @@ void HttpAnswer::readHeader(QByteArrayView line) {
         if (!isNumber || !std::all_of(value.begin(), value.end(), isDigit)) {
             fail();
         }
+    } else if (name == "connection") {
+        closes_ = closes_ || value.contains("close");
+    } else if (name == "location") {
+        location_ = text;
     }
 }
 
@@ -107,12 +114,20 @@ void HttpAnswer::headRead() {
         part_ = Part::Status;
         chunked_ = false;
         left_ = -1;
+        location_.clear();
     } else if (status_ == 101 || status_ == 204 || status_ == 304 || (!chunked_ && left_ == 0)) {
         state_ = State::Whole;
     } else if (chunked_) {
         part_ = Part::ChunkSize;
     } else {
         part_ = left_ > 0 ? Part::SizedBody : Part::BodyUntilClose;
+        limitContent();
+    }
+}
+
+void HttpAnswer::limitContent() {
+    if (largestBody_ && left_ > *largestBody_ - body_.size()) {
+        state_ = State::TooLarge;
     }
 }
 
@@ -125,23 +140,36 @@ void HttpAnswer::readChunkSize(QByteArrayView line) {
         fail();
     } else {
         part_ = left_ == 0 ? Part::Trailer : Part::SizedBody;
+        limitContent();
     }
 }
 
-qsizetype HttpAnswer::skip(qsizetype available) {
-    if (part_ == Part::BodyUntilClose) {
-        return available;
+qsizetype HttpAnswer::takeContent(QByteArrayView bytes) {
+    const bool untilClose = part_ == Part::BodyUntilClose;
+    const auto taken = untilClose
+                           ? bytes.size()
+                           : static_cast<qsizetype>(std::min<std::int64_t>(bytes.size(), left_));
+    if (largestBody_) {
+        body_ += bytes.first(taken);
+        if (body_.size() > *largestBody_) {
+            state_ = State::TooLarge;
+        }
     }
-    const auto taken = static_cast<qsizetype>(std::min<std::int64_t>(available, left_));
-    left_ -= taken;
-    if (left_ == 0) {
-        if (chunked_) {
-            part_ = Part::ChunkEnd;
-        } else {
-            state_ = State::Whole;
+    if (!untilClose) {
+        left_ -= taken;
+        if (left_ == 0 && state_ == State::Reading) {
+            contentTaken();
         }
     }
     return taken;
+}
+
+void HttpAnswer::contentTaken() {
+    if (chunked_) {
+        part_ = Part::ChunkEnd;
+    } else {
+        state_ = State::Whole;
+    }
 }
 
 } // namespace orv
