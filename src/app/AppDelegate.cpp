@@ -25,9 +25,7 @@ AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
 
 void AppDelegate::applicationDidFinishLaunching() {
     updateMenuBarIcon(false, false);
-    environment_.tray.setClickHandler([this](TrayClick click) { statusBarButtonClicked(click); });
-    environment_.tray.setAvailabilityHandler(
-        [this](bool available) { trayAvailabilityChanged(available); });
+    environment_.tray.setListener(this);
     environment_.overlayServer.applySettings(OverlayServing::fromSettings(environment_.settings));
     observeUpdates();
     askForNotifications();
@@ -68,6 +66,10 @@ void AppDelegate::askForNotifications() {
                         (answer.error.isEmpty() ? boolText(false) : answer.error));
             }
         });
+}
+
+void AppDelegate::trayClicked(TrayClick click) {
+    statusBarButtonClicked(click);
 }
 
 void AppDelegate::statusBarButtonClicked(TrayClick click) {

@@ -50,7 +50,7 @@ struct DelegateEnvironment {
 
 /// The life of the application: launch, the item in the tray with its panel and menu, quitting and
 /// termination. Lives on the main thread.
-class AppDelegate : public QObject {
+class AppDelegate : public QObject, private Tray::Listener {
     Q_OBJECT
 
   public:
@@ -93,7 +93,8 @@ class AppDelegate : public QObject {
     QList<TrayMenuItem> contextMenu();
     void observeUpdates();
     void askForNotifications();
-    void trayAvailabilityChanged(bool available);
+    void trayClicked(TrayClick click) override;
+    void trayAvailabilityChanged(bool available) override;
 
     struct IconState {
         bool backendRunning = false;

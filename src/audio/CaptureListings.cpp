@@ -32,7 +32,7 @@ void CaptureSources::refreshLists() {
     scanRunningApps();
 }
 
-void CaptureSources::platformListsChanged() {
+void CaptureSources::captureListsChanged() {
     askDevices(Announce::Changes);
     askCapturableApps(Announce::Changes);
     askRunningApps(Announce::Changes);

@@ -73,15 +73,12 @@ void CaptureSources::microphoneAccessAnswered(bool granted) {
 }
 
 void CaptureSources::startMicrophoneCaptureInternal() {
-    run_->microphone = capture_.createMicrophoneStream();
+    run_->microphone = capture_.createMicrophoneStream(*this);
     if (!run_->microphone) {
         failed(u"❌ Audio Engine konnte nicht erstellt werden"_s);
         return;
     }
-    run_->microphone->prepare(run_->deviceId, [this](const MicrophonePreparation& found) {
-        // The stream, and with it what it hands over, may be dropped on the way.
-        microphonePrepared(MicrophonePreparation(found));
-    });
+    run_->microphone->prepare(run_->deviceId);
 }
 
 void CaptureSources::microphonePrepared(const MicrophonePreparation& found) {
@@ -131,20 +128,20 @@ bool CaptureSources::choosePath() {
 }
 
 void CaptureSources::startMicrophoneStream() {
-    run_->microphone->start(
-        framesPerBuffer,
-        [this](const MicrophoneBuffer& buffer) {
-            ingest_.processAudioBufferWithConversion(buffer, AudioIngest::TimePoint::clock::now());
-        },
-        [this](const QString& error) { microphoneStopped(error); },
-        [this](const QString& error) {
-            if (error.isEmpty()) {
-                logLine(captureLines::microphoneStarted(run_->format));
-                running();
-            } else {
-                failed(QString(u"❌ Mikrofon-Engine Fehler: "_s + error));
-            }
-        });
+    run_->microphone->start(framesPerBuffer);
+}
+
+void CaptureSources::microphoneStarted(const QString& error) {
+    if (error.isEmpty()) {
+        logLine(captureLines::microphoneStarted(run_->format));
+        running();
+    } else {
+        failed(QString(u"❌ Mikrofon-Engine Fehler: "_s + error));
+    }
+}
+
+void CaptureSources::microphoneBuffer(const MicrophoneBuffer& buffer) {
+    ingest_.processAudioBufferWithConversion(buffer, AudioIngest::TimePoint::clock::now());
 }
 
 void CaptureSources::microphoneStopped(const QString& error) {

@@ -22,17 +22,12 @@ void CaptureSources::startScreenCaptureAudio() {
                     ? QString(u"🔊 Starte App-Audio Capture für: "_s + run_->appBundleId)
                     : u"🔊 Starte System-Audio Capture (alle Apps)"_s);
     }
-    run_->screenCapture = capture_.createScreenCaptureStream();
-    run_->screenCapture->start(
-        request,
-        [this](std::span<const std::byte> block) {
-            ingest_.addScreenCaptureBlock(block, AudioIngest::TimePoint::clock::now());
-        },
-        [this](const QString& error) { screenCaptureStopped(error); },
-        [this](const ScreenCaptureStart& outcome) {
-            // The stream, and with it what it hands over, may be dropped on the way.
-            screenCaptureStarted(ScreenCaptureStart(outcome));
-        });
+    run_->screenCapture = capture_.createScreenCaptureStream(*this);
+    run_->screenCapture->start(request);
+}
+
+void CaptureSources::screenCaptureBlock(std::span<const std::byte> block) {
+    ingest_.addScreenCaptureBlock(block, AudioIngest::TimePoint::clock::now());
 }
 
 void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {

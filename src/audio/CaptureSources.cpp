@@ -27,18 +27,12 @@ CaptureSources::CaptureSources(AudioCapture& capture, AudioIngest& ingest, Captu
     , timings_(timings) {
     retry_.setSingleShot(true);
     connect(&retry_, &QTimer::timeout, this, &CaptureSources::retry);
-    capture_.setListsChangedHandler([this] { platformListsChanged(); });
-    capture_.setAvailabilityHandler([this](bool available) {
-        if (available && retry_.isActive()) {
-            retry();
-        }
-    });
+    capture_.setListener(this);
     refreshLists();
 }
 
 CaptureSources::~CaptureSources() {
-    capture_.setListsChangedHandler({});
-    capture_.setAvailabilityHandler({});
+    capture_.setListener(nullptr);
     run_.reset();
 }
 
@@ -129,6 +123,12 @@ void CaptureSources::retry() {
         startMicrophoneCaptureInternal();
     } else {
         startScreenCaptureAudio();
+    }
+}
+
+void CaptureSources::captureAvailabilityChanged(bool available) {
+    if (available && retry_.isActive()) {
+        retry();
     }
 }
 

@@ -14,9 +14,8 @@ namespace orv {
 DesktopNotifications::DesktopNotifications(QDBusConnection bus)
     : bus_(std::move(bus)) {}
 
-void DesktopNotifications::requestAuthorization(
-    NotificationOptions /*options*/,
-    std::function<void(const NotificationAuthorization& answer)> done) {
+void DesktopNotifications::requestAuthorization(NotificationOptions /*options*/,
+                                                Answer<const NotificationAuthorization&> done) {
     const QDBusMessage question = QDBusMessage::createMethodCall(
         u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s,
         u"org.freedesktop.Notifications"_s, u"GetCapabilities"_s);

@@ -16,9 +16,8 @@ class DesktopNotifications : public QObject, public UserNotifications {
     /// On the user's message bus, unless a test brings another one.
     explicit DesktopNotifications(QDBusConnection bus = QDBusConnection::sessionBus());
 
-    void requestAuthorization(
-        NotificationOptions options,
-        std::function<void(const NotificationAuthorization& answer)> done) override;
+    void requestAuthorization(NotificationOptions options,
+                              Answer<const NotificationAuthorization&> done) override;
 
   private:
     QDBusConnection bus_;

@@ -38,7 +38,7 @@ ColourScheme colourSchemeFrom(const QVariant& value) {
     }
 }
 
-void PortalAppearance::setHandler(std::function<void(ColourScheme)> handler) {
+void PortalAppearance::setHandler(Handler handler) {
     handler_ = std::move(handler);
     if (!handler_) {
         return;

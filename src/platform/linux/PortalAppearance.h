@@ -15,12 +15,12 @@ namespace orv {
 /// 2 light, anything else no preference. Readers get it wrapped in one or two variants.
 ColourScheme colourSchemeFrom(const QVariant& value);
 
-/// Asks the settings portal on the session bus, asynchronously.
+/// The appearance that the settings portal on the session bus tells, asked for asynchronously.
 class PortalAppearance : public QObject, public DesktopAppearance {
     Q_OBJECT
 
   public:
-    void setHandler(std::function<void(ColourScheme)> handler) override;
+    void setHandler(Handler handler) override;
 
   private Q_SLOTS:
     void settingChanged(const QDBusMessage& message);
@@ -29,7 +29,7 @@ class PortalAppearance : public QObject, public DesktopAppearance {
     void ask();
     void answered(QDBusPendingCallWatcher* call);
 
-    std::function<void(ColourScheme)> handler_;
+    Handler handler_;
     bool connected_ = false;
 };
 

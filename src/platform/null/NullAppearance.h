@@ -4,10 +4,10 @@
 
 namespace orv {
 
-/// A desktop that has no wish.
+/// The appearance of a desktop that has no such setting.
 class NullAppearance : public DesktopAppearance {
   public:
-    void setHandler(std::function<void(ColourScheme)> /*handler*/) override {}
+    void setHandler(Handler /*handler*/) override {}
 };
 
 } // namespace orv

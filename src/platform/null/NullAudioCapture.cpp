@@ -17,38 +17,35 @@ struct NullAudioCapture::State {
 
 class NullAudioCapture::Microphone final : public MicrophoneStream {
   public:
-    explicit Microphone(std::shared_ptr<State> state)
-        : state_(std::move(state)) {}
+    Microphone(std::shared_ptr<State> state, Listener& listener)
+        : state_(std::move(state))
+        , listener_(listener) {}
 
     ~Microphone() override { release(); }
 
-    void prepare(const QString& deviceId,
-                 std::function<void(const MicrophonePreparation&)> done) override {
+    void prepare(const QString& deviceId) override {
         ++state_->asked.preparations;
         state_->asked.deviceId = deviceId;
-        post(&context_,
-             [done = std::move(done), answer = state_->answers.preparation] { done(answer); });
+        post(&context_, [this, answer = state_->answers.preparation] {
+            listener_.microphonePrepared(answer);
+        });
     }
 
-    void start(std::size_t framesPerBuffer, BufferHandler onBuffer, StoppedHandler onStopped,
-               std::function<void(const QString& error)> done) override {
+    void start(std::size_t framesPerBuffer) override {
         state_->asked.framesPerBuffer = framesPerBuffer;
-        onBuffer_ = std::move(onBuffer);
-        onStopped_ = std::move(onStopped);
-        post(&context_,
-             [this, done = std::move(done), error = state_->answers.microphoneStartError] {
-                 if (error.isEmpty()) {
-                     state_->microphone = this;
-                 }
-                 done(error);
-             });
+        post(&context_, [this, error = state_->answers.microphoneStartError] {
+            if (error.isEmpty()) {
+                state_->microphone = this;
+            }
+            listener_.microphoneStarted(error);
+        });
     }
 
-    void deliver(const MicrophoneBuffer& buffer) { onBuffer_(buffer); }
+    void deliver(const MicrophoneBuffer& buffer) { listener_.microphoneBuffer(buffer); }
 
     void end(const QString& error) {
         release();
-        post(&context_, [handler = onStopped_, error] { handler(error); });
+        post(&context_, [this, error] { listener_.microphoneStopped(error); });
     }
 
   private:
@@ -59,36 +56,33 @@ class NullAudioCapture::Microphone final : public MicrophoneStream {
     }
 
     std::shared_ptr<State> state_;
+    Listener& listener_;
     QObject context_;
-    BufferHandler onBuffer_;
-    StoppedHandler onStopped_;
 };
 
 class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
   public:
-    explicit ScreenCapture(std::shared_ptr<State> state)
-        : state_(std::move(state)) {}
+    ScreenCapture(std::shared_ptr<State> state, Listener& listener)
+        : state_(std::move(state))
+        , listener_(listener) {}
 
     ~ScreenCapture() override { release(); }
 
-    void start(const ScreenCaptureRequest& request, BlockHandler onBlock, StoppedHandler onStopped,
-               std::function<void(const ScreenCaptureStart&)> done) override {
+    void start(const ScreenCaptureRequest& request) override {
         ++state_->asked.screenCaptureStarts;
         state_->asked.screenCapture = request;
-        onBlock_ = std::move(onBlock);
-        onStopped_ = std::move(onStopped);
-        post(&context_, [this, done = std::move(done), answer = state_->answers.screenCapture] {
+        post(&context_, [this, answer = state_->answers.screenCapture] {
             if (isOver_) {
                 return;
             }
             if (answer.error.isEmpty()) {
                 state_->screenCapture = this;
             }
-            done(answer);
+            listener_.screenCaptureStarted(answer);
         });
     }
 
-    void stop(std::function<void(const QString& error)> done) override {
+    void stop(Answer<const QString&> done) override {
         isOver_ = true;
         release();
         post(&context_, [done = std::move(done), error = state_->answers.screenCaptureStopError] {
@@ -96,13 +90,13 @@ class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
         });
     }
 
-    void deliver(std::span<const std::byte> block) { onBlock_(block); }
+    void deliver(std::span<const std::byte> block) { listener_.screenCaptureBlock(block); }
 
     void end(const QString& error) {
         release();
-        post(&context_, [this, handler = onStopped_, error] {
+        post(&context_, [this, error] {
             if (!isOver_) {
-                handler(error);
+                listener_.screenCaptureStopped(error);
             }
         });
     }
@@ -115,10 +109,9 @@ class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
     }
 
     std::shared_ptr<State> state_;
+    Listener& listener_;
     QObject context_;
     bool isOver_ = false;
-    BlockHandler onBlock_;
-    StoppedHandler onStopped_;
 };
 
 NullAudioCapture::Answers::Answers() {
@@ -182,64 +175,61 @@ bool NullAudioCapture::endScreenCapture(const QString& error) {
 
 void NullAudioCapture::tellListsChanged() {
     post(&context_, [this] {
-        if (onListsChanged_) {
-            onListsChanged_();
+        if (listener_) {
+            listener_->captureListsChanged();
         }
     });
 }
 
 void NullAudioCapture::tellAvailability(bool available) {
     post(&context_, [this, available] {
-        if (onAvailability_) {
-            onAvailability_(available);
+        if (listener_) {
+            listener_->captureAvailabilityChanged(available);
         }
     });
 }
 
-void NullAudioCapture::microphoneAuthorization(std::function<void(CaptureAuthorization)> done) {
+void NullAudioCapture::microphoneAuthorization(Answer<CaptureAuthorization> done) {
     post(&context_,
          [done = std::move(done), answer = state_->answers.authorization] { done(answer); });
 }
 
-void NullAudioCapture::requestMicrophoneAccess(std::function<void(bool granted)> done) {
+void NullAudioCapture::requestMicrophoneAccess(Answer<bool> done) {
     ++state_->asked.accessRequests;
     post(&context_,
          [done = std::move(done), answer = state_->answers.accessGranted] { done(answer); });
 }
 
-void NullAudioCapture::listInputDevices(std::function<void(const QList<AudioDevice>&)> done) {
+void NullAudioCapture::listInputDevices(Answer<const QList<AudioDevice>&> done) {
     ++state_->asked.listings;
     post(&context_,
          [done = std::move(done), answer = state_->answers.inputDevices] { done(answer); });
 }
 
-void NullAudioCapture::listCapturableApps(
-    std::function<void(const std::optional<QList<RunningApp>>&)> done) {
+void NullAudioCapture::listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) {
     ++state_->asked.listings;
     post(&context_,
          [done = std::move(done), answer = state_->answers.capturableApps] { done(answer); });
 }
 
-void NullAudioCapture::listRunningApps(std::function<void(const QList<RunningApp>&)> done) {
+void NullAudioCapture::listRunningApps(Answer<const QList<RunningApp>&> done) {
     ++state_->asked.listings;
     post(&context_,
          [done = std::move(done), answer = state_->answers.runningApps] { done(answer); });
 }
 
-std::unique_ptr<MicrophoneStream> NullAudioCapture::createMicrophoneStream() {
-    return std::make_unique<Microphone>(state_);
+std::unique_ptr<MicrophoneStream>
+NullAudioCapture::createMicrophoneStream(MicrophoneStream::Listener& listener) {
+    return std::make_unique<Microphone>(state_, listener);
 }
 
-std::unique_ptr<ScreenCaptureStream> NullAudioCapture::createScreenCaptureStream() {
-    return std::make_unique<ScreenCapture>(state_);
+std::unique_ptr<ScreenCaptureStream>
+NullAudioCapture::createScreenCaptureStream(ScreenCaptureStream::Listener& listener) {
+    return std::make_unique<ScreenCapture>(state_, listener);
 }
 
-void NullAudioCapture::setListsChangedHandler(std::function<void()> handler) {
-    onListsChanged_ = std::move(handler);
-}
-
-void NullAudioCapture::setAvailabilityHandler(std::function<void(bool available)> handler) {
-    onAvailability_ = std::move(handler);
+void NullAudioCapture::setListener(Listener* listener) {
+    listener_ = listener;
 }
 
 } // namespace orv

@@ -66,16 +66,16 @@ class NullAudioCapture final : public AudioCapture {
     void tellListsChanged();
     void tellAvailability(bool available);
 
-    void microphoneAuthorization(std::function<void(CaptureAuthorization)> done) override;
-    void requestMicrophoneAccess(std::function<void(bool granted)> done) override;
-    void listInputDevices(std::function<void(const QList<AudioDevice>&)> done) override;
-    void
-    listCapturableApps(std::function<void(const std::optional<QList<RunningApp>>&)> done) override;
-    void listRunningApps(std::function<void(const QList<RunningApp>&)> done) override;
-    std::unique_ptr<MicrophoneStream> createMicrophoneStream() override;
-    std::unique_ptr<ScreenCaptureStream> createScreenCaptureStream() override;
-    void setListsChangedHandler(std::function<void()> handler) override;
-    void setAvailabilityHandler(std::function<void(bool available)> handler) override;
+    void microphoneAuthorization(Answer<CaptureAuthorization> done) override;
+    void requestMicrophoneAccess(Answer<bool> done) override;
+    void listInputDevices(Answer<const QList<AudioDevice>&> done) override;
+    void listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) override;
+    void listRunningApps(Answer<const QList<RunningApp>&> done) override;
+    std::unique_ptr<MicrophoneStream>
+    createMicrophoneStream(MicrophoneStream::Listener& listener) override;
+    std::unique_ptr<ScreenCaptureStream>
+    createScreenCaptureStream(ScreenCaptureStream::Listener& listener) override;
+    void setListener(Listener* listener) override;
 
   private:
     struct State;
@@ -84,8 +84,7 @@ class NullAudioCapture final : public AudioCapture {
 
     std::shared_ptr<State> state_;
     QObject context_;
-    std::function<void()> onListsChanged_;
-    std::function<void(bool)> onAvailability_;
+    Listener* listener_ = nullptr;
 };
 
 } // namespace orv

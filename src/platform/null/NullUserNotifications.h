@@ -11,9 +11,8 @@ namespace orv {
 /// A desktop without notifications: nothing is ever granted.
 class NullUserNotifications : public UserNotifications {
   public:
-    void requestAuthorization(
-        NotificationOptions /*options*/,
-        std::function<void(const NotificationAuthorization& answer)> done) override {
+    void requestAuthorization(NotificationOptions /*options*/,
+                              Answer<const NotificationAuthorization&> done) override {
         QTimer::singleShot(0, &context_, [done = std::move(done)] { done({}); });
     }
 

@@ -53,8 +53,8 @@ PulseAudioCapture::PulseAudioCapture(PulseOptions options, RunningAppPlaces plac
     settle_.setSingleShot(true);
     settle_.setInterval(50ms);
     QObject::connect(&settle_, &QTimer::timeout, &context_, [this] {
-        if (onListsChanged_) {
-            onListsChanged_();
+        if (listener_) {
+            listener_->captureListsChanged();
         }
     });
     const PulseLock lock(*connection_);
@@ -70,7 +70,7 @@ PulseAudioCapture::~PulseAudioCapture() {
     connection_->forget(this);
 }
 
-void PulseAudioCapture::microphoneAuthorization(std::function<void(CaptureAuthorization)> done) {
+void PulseAudioCapture::microphoneAuthorization(Answer<CaptureAuthorization> done) {
     const PulseLock lock(*connection_);
     connection_->whenSettled(this, [this, done = std::move(done)](bool ready) {
         post(&context_, [done, ready] {
@@ -79,13 +79,13 @@ void PulseAudioCapture::microphoneAuthorization(std::function<void(CaptureAuthor
     });
 }
 
-void PulseAudioCapture::requestMicrophoneAccess(std::function<void(bool granted)> done) {
+void PulseAudioCapture::requestMicrophoneAccess(Answer<bool> done) {
     microphoneAuthorization([done = std::move(done)](CaptureAuthorization status) {
         done(status == CaptureAuthorization::Authorized);
     });
 }
 
-void PulseAudioCapture::listInputDevices(std::function<void(const QList<AudioDevice>&)> done) {
+void PulseAudioCapture::listInputDevices(Answer<const QList<AudioDevice>&> done) {
     const PulseLock lock(*connection_);
     connection_->whenSettled(this, [this, done = std::move(done)](bool) {
         connection_->listSources(this, [this, done](const auto& sources) {
@@ -95,8 +95,7 @@ void PulseAudioCapture::listInputDevices(std::function<void(const QList<AudioDev
     });
 }
 
-void PulseAudioCapture::listCapturableApps(
-    std::function<void(const std::optional<QList<RunningApp>>&)> done) {
+void PulseAudioCapture::listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) {
     scanner_->scan(&context_, [this, done = std::move(done)](const QList<RunningApp>& running) {
         const PulseLock lock(*connection_);
         connection_->whenSettled(this, [this, done, running](bool) {
@@ -114,24 +113,22 @@ void PulseAudioCapture::listCapturableApps(
     });
 }
 
-void PulseAudioCapture::listRunningApps(std::function<void(const QList<RunningApp>&)> done) {
+void PulseAudioCapture::listRunningApps(Answer<const QList<RunningApp>&> done) {
     scanner_->scan(&context_, std::move(done));
 }
 
-std::unique_ptr<MicrophoneStream> PulseAudioCapture::createMicrophoneStream() {
-    return std::make_unique<PulseMicrophone>(connection_);
+std::unique_ptr<MicrophoneStream>
+PulseAudioCapture::createMicrophoneStream(MicrophoneStream::Listener& listener) {
+    return std::make_unique<PulseMicrophone>(connection_, listener);
 }
 
-std::unique_ptr<ScreenCaptureStream> PulseAudioCapture::createScreenCaptureStream() {
-    return std::make_unique<PulseScreenCapture>(connection_, scanner_);
+std::unique_ptr<ScreenCaptureStream>
+PulseAudioCapture::createScreenCaptureStream(ScreenCaptureStream::Listener& listener) {
+    return std::make_unique<PulseScreenCapture>(connection_, scanner_, listener);
 }
 
-void PulseAudioCapture::setListsChangedHandler(std::function<void()> handler) {
-    onListsChanged_ = std::move(handler);
-}
-
-void PulseAudioCapture::setAvailabilityHandler(std::function<void(bool available)> handler) {
-    onAvailability_ = std::move(handler);
+void PulseAudioCapture::setListener(Listener* listener) {
+    listener_ = listener;
 }
 
 void PulseAudioCapture::pulseReady() {
@@ -152,9 +149,8 @@ void PulseAudioCapture::pulseChanged(PulseChange change) {
 
 void PulseAudioCapture::tellAvailability(bool available) {
     post(&context_, [this, available] {
-        if (onAvailability_) {
-            const auto handler = onAvailability_;
-            handler(available);
+        if (listener_) {
+            listener_->captureAvailabilityChanged(available);
         }
     });
 }

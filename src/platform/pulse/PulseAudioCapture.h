@@ -20,22 +20,22 @@ class PulseAudioCapture final : public AudioCapture, private PulseListener {
     ~PulseAudioCapture() override;
 
     /// Authorized when the server can be reached, else Denied.
-    void microphoneAuthorization(std::function<void(CaptureAuthorization)> done) override;
-    void requestMicrophoneAccess(std::function<void(bool granted)> done) override;
+    void microphoneAuthorization(Answer<CaptureAuthorization> done) override;
+    void requestMicrophoneAccess(Answer<bool> done) override;
 
     /// Sources that are not monitors. A virtual cable is made with a remapped or virtual source and
     /// is listed by that.
-    void listInputDevices(std::function<void(const QList<AudioDevice>&)> done) override;
+    void listInputDevices(Answer<const QList<AudioDevice>&> done) override;
     /// Who plays now, and the running programs with a desktop entry; no value without a server.
-    void
-    listCapturableApps(std::function<void(const std::optional<QList<RunningApp>>&)> done) override;
-    void listRunningApps(std::function<void(const QList<RunningApp>&)> done) override;
+    void listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) override;
+    void listRunningApps(Answer<const QList<RunningApp>&> done) override;
 
-    std::unique_ptr<MicrophoneStream> createMicrophoneStream() override;
-    std::unique_ptr<ScreenCaptureStream> createScreenCaptureStream() override;
+    std::unique_ptr<MicrophoneStream>
+    createMicrophoneStream(MicrophoneStream::Listener& listener) override;
+    std::unique_ptr<ScreenCaptureStream>
+    createScreenCaptureStream(ScreenCaptureStream::Listener& listener) override;
 
-    void setListsChangedHandler(std::function<void()> handler) override;
-    void setAvailabilityHandler(std::function<void(bool available)> handler) override;
+    void setListener(Listener* listener) override;
 
   private:
     void pulseReady() override;
@@ -46,10 +46,9 @@ class PulseAudioCapture final : public AudioCapture, private PulseListener {
 
     std::shared_ptr<PulseConnection> connection_;
     std::shared_ptr<RunningAppScanner> scanner_;
-    QObject context_; ///< What the completions are posted to; lives where this object does.
+    QObject context_; ///< What the answers are posted to; lives where this object does.
     QTimer settle_;   ///< Gathers changes that come together.
-    std::function<void()> onListsChanged_;
-    std::function<void(bool)> onAvailability_;
+    Listener* listener_ = nullptr;
 };
 
 } // namespace orv

@@ -9,9 +9,7 @@ using namespace std::chrono_literals;
 
 namespace orv {
 
-void PulseTimer::schedule(pa_context* context, std::chrono::microseconds delay,
-                          std::function<void()> action) {
-    action_ = std::move(action);
+void PulseTimer::schedule(pa_context* context, std::chrono::microseconds delay) {
     scheduled_ = true;
     const pa_usec_t when = pa_rtclock_now() + static_cast<pa_usec_t>(delay.count());
     if (event_) {
@@ -32,8 +30,7 @@ void PulseTimer::cancel() {
 void PulseTimer::fired(pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
     auto* timer = static_cast<PulseTimer*>(self);
     timer->scheduled_ = false;
-    const std::function<void()> action = std::exchange(timer->action_, nullptr);
-    action();
+    timer->action_();
 }
 
 template <typename Info, typename Value, Value (*Convert)(const Info&)>
@@ -63,7 +60,7 @@ struct PulseConnection::ListRequest : Request {
 PulseConnection::PulseConnection(PulseOptions options)
     : options_(std::move(options))
     , loop_(pa_threaded_mainloop_new())
-    , reconnect_(std::make_unique<PulseTimer>(api()))
+    , reconnect_(std::make_unique<PulseTimer>(api(), [this] { connect(); }))
     , pause_(options_.firstReconnect) {
     pa_threaded_mainloop_set_name(loop_.get(), "orv-capture");
     pa_threaded_mainloop_start(loop_.get());
@@ -89,7 +86,7 @@ void PulseConnection::removeListener(PulseListener* listener) {
     std::erase(listeners_, listener);
 }
 
-void PulseConnection::whenSettled(const void* owner, std::function<void(bool ready)> done) {
+void PulseConnection::whenSettled(const void* owner, SettledDone done) {
     if (settled_) {
         done(ready_);
         return;
@@ -211,7 +208,7 @@ void PulseConnection::failed() {
     const bool wasReady = std::exchange(ready_, false);
     const auto pause = pause_;
     pause_ = std::min(pause_ * 2, options_.longestReconnect);
-    reconnect_->schedule(context_.get(), pause, [this] { connect(); });
+    reconnect_->schedule(context_.get(), pause);
     for (const auto& request : std::exchange(requests_, {})) {
         request->operation.reset();
         request->lost();

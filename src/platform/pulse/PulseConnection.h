@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace orv {
@@ -26,7 +27,8 @@ struct PulseOptions {
 /// What may change at the sound server.
 enum class PulseChange { Sources, Sinks, Playbacks, PlaybackMoved, Server };
 
-/// Hears of the server. Called on the loop's thread with the loop's lock held.
+/// Who follows what happens at the sound server. Called on the loop's thread with the loop's lock
+/// held.
 class PulseListener {
   public:
     virtual void pulseReady() {}
@@ -43,8 +45,13 @@ class PulseListener {
 /// Everything with the loop's lock held.
 class PulseTimer {
   public:
-    explicit PulseTimer(pa_mainloop_api* api)
-        : api_(api) {}
+    /// What is done when the time has come, on the loop's thread. It may schedule the timer again
+    /// or cancel it, but not destroy it.
+    using Action = std::function<void()>;
+
+    PulseTimer(pa_mainloop_api* api, Action action)
+        : api_(api)
+        , action_(std::move(action)) {}
 
     ~PulseTimer() { cancel(); }
 
@@ -52,8 +59,7 @@ class PulseTimer {
     PulseTimer& operator=(const PulseTimer&) = delete;
 
     /// Replaces what was scheduled before. `context` only lends its loop.
-    void schedule(pa_context* context, std::chrono::microseconds delay,
-                  std::function<void()> action);
+    void schedule(pa_context* context, std::chrono::microseconds delay);
     void cancel();
 
     bool isScheduled() const { return scheduled_; }
@@ -64,7 +70,7 @@ class PulseTimer {
     pa_mainloop_api* api_;
     pa_time_event* event_ = nullptr;
     bool scheduled_ = false;
-    std::function<void()> action_;
+    const Action action_;
 };
 
 /// The connection to the sound server with a thread of its own, made again whenever it breaks.
@@ -76,6 +82,7 @@ class PulseConnection {
   public:
     template <typename Value>
     using ListDone = std::function<void(const std::optional<std::vector<Value>>& values)>;
+    using SettledDone = std::function<void(bool ready)>;
 
     explicit PulseConnection(PulseOptions options);
     ~PulseConnection();
@@ -85,6 +92,9 @@ class PulseConnection {
     const PulseOptions& options() const { return options_; }
 
     pa_threaded_mainloop* loop() const { return loop_.get(); }
+
+    /// True on the loop's thread, which is the capture thread.
+    bool isCurrent() const { return pa_threaded_mainloop_in_thread(loop_.get()) != 0; }
 
     pa_mainloop_api* api() const { return pa_threaded_mainloop_get_api(loop_.get()); }
 
@@ -97,7 +107,7 @@ class PulseConnection {
     bool isReady() const { return ready_; }
 
     /// Tells whether the server can be used, at once or when the try under way has come to an end.
-    void whenSettled(const void* owner, std::function<void(bool ready)> done);
+    void whenSettled(const void* owner, SettledDone done);
 
     // Questions to the server. No value: the connection is not there or broke. A name that does
     // not exist yields an empty list.
@@ -145,10 +155,11 @@ class PulseConnection {
     bool settled_ = false; ///< The first try, or a later one, has come to an end.
     std::vector<PulseListener*> listeners_;
     std::list<std::unique_ptr<Request>> requests_;
-    std::list<std::pair<const void*, std::function<void(bool)>>> waiting_;
+    std::list<std::pair<const void*, SettledDone>> waiting_;
 };
 
-/// Holds the loop still. Only for moments: the capture thread waits meanwhile.
+/// Holds the loop's lock, so that nothing happens on its thread. Only for moments: the capture
+/// thread waits meanwhile.
 class PulseLock {
   public:
     explicit PulseLock(const PulseConnection& connection)

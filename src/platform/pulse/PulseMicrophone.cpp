@@ -20,8 +20,10 @@ bool runsAtWantedRate(double sampleRate) {
 
 } // namespace
 
-PulseMicrophone::PulseMicrophone(std::shared_ptr<PulseConnection> connection)
-    : connection_(std::move(connection)) {}
+PulseMicrophone::PulseMicrophone(std::shared_ptr<PulseConnection> connection,
+                                 MicrophoneStream::Listener& listener)
+    : connection_(std::move(connection))
+    , listener_(listener) {}
 
 PulseMicrophone::~PulseMicrophone() {
     const PulseLock lock(*connection_);
@@ -29,13 +31,11 @@ PulseMicrophone::~PulseMicrophone() {
     stream_.reset();
 }
 
-void PulseMicrophone::prepare(const QString& deviceId,
-                              std::function<void(const MicrophonePreparation&)> done) {
+void PulseMicrophone::prepare(const QString& deviceId) {
     const PulseLock lock(*connection_);
     connection_->forget(this);
     stream_.reset();
     preparation_ = {};
-    prepared_ = std::move(done);
     isChosen_ = false;
     connection_->whenSettled(this, [this, name = deviceId.toUtf8()](bool ready) {
         if (!ready) {
@@ -92,18 +92,18 @@ void PulseMicrophone::use(const PulseSource& source) {
 void PulseMicrophone::askFor48kHz() {
     PulseRecording question = recording(wantedRate);
     question.paused = true;
-    const auto cannotOpen = [this](const QString& error) {
-        stream_.reset();
-        isChosen_ = false;
-        preparation_.selectError = error;
-        findDefault();
-    };
-    stream_ = PulseRecordStream::open(
-        *connection_, question, [](const float*, std::size_t) {}, [this] { readBack(); },
-        cannotOpen);
+    purpose_ = Purpose::RateQuestion;
+    stream_ = PulseRecordStream::open(*connection_, question, *this);
     if (!stream_) {
-        cannotOpen(connection_->lastError());
+        cannotAskFor48kHz(connection_->lastError());
     }
+}
+
+void PulseMicrophone::cannotAskFor48kHz(const QString& error) {
+    stream_.reset();
+    isChosen_ = false;
+    preparation_.selectError = error;
+    findDefault();
 }
 
 void PulseMicrophone::readBack() {
@@ -128,40 +128,54 @@ void PulseMicrophone::readBack() {
 
 void PulseMicrophone::finishPreparation(MicrophoneFailure failure) {
     preparation_.failure = failure;
-    post(&context_,
-         [done = std::exchange(prepared_, nullptr), result = preparation_] { done(result); });
+    post(&context_, [this, found = preparation_] { listener_.microphonePrepared(found); });
 }
 
-void PulseMicrophone::start(std::size_t framesPerBuffer, BufferHandler onBuffer,
-                            StoppedHandler onStopped,
-                            std::function<void(const QString& error)> done) {
+void PulseMicrophone::start(std::size_t framesPerBuffer) {
     const PulseLock lock(*connection_);
-    onBuffer_ = std::move(onBuffer);
-    onStopped_ = std::move(onStopped);
-    started_ = std::move(done);
+    framesPerBuffer_ = framesPerBuffer;
+    purpose_ = Purpose::Start;
     collector_.emplace(framesPerBuffer, static_cast<std::size_t>(source_.channels));
     PulseRecording wanted = recording(static_cast<std::uint32_t>(preparation_.format.sampleRate));
     wanted.fragmentFrames = framesPerBuffer;
-    stream_ = PulseRecordStream::open(
-        *connection_, wanted,
-        [this, framesPerBuffer](const float* samples, std::size_t frames) {
-            collector_->push(samples, frames, [&](const float* full) {
-                onBuffer_({.firstChannel = full, .frames = framesPerBuffer, .stride = 1});
-            });
-        },
-        [this] { post(&context_, [done = std::exchange(started_, nullptr)] { done({}); }); },
-        [this](const QString& error) { startEnded(error); });
+    stream_ = PulseRecordStream::open(*connection_, wanted, *this);
     if (!stream_) {
-        startEnded(connection_->lastError());
+        captureEnded(connection_->lastError());
     }
 }
 
-void PulseMicrophone::startEnded(const QString& error) {
-    stream_.reset();
-    if (started_) {
-        post(&context_, [done = std::exchange(started_, nullptr), error] { done(error); });
+void PulseMicrophone::recordingReady() {
+    if (purpose_ == Purpose::RateQuestion) {
+        readBack();
+        return;
+    }
+    purpose_ = Purpose::Capture;
+    post(&context_, [this] { listener_.microphoneStarted({}); });
+}
+
+void PulseMicrophone::recorded(const float* samples, std::size_t frames) {
+    if (purpose_ == Purpose::RateQuestion) {
+        return;
+    }
+    collector_->push(samples, frames, [this](const float* full) {
+        listener_.microphoneBuffer({.firstChannel = full, .frames = framesPerBuffer_, .stride = 1});
+    });
+}
+
+void PulseMicrophone::recordingEnded(const QString& error) {
+    if (purpose_ == Purpose::RateQuestion) {
+        cannotAskFor48kHz(error);
     } else {
-        post(&context_, [handler = onStopped_, error] { handler(error); });
+        captureEnded(error);
+    }
+}
+
+void PulseMicrophone::captureEnded(const QString& error) {
+    stream_.reset();
+    if (purpose_ == Purpose::Start) {
+        post(&context_, [this, error] { listener_.microphoneStarted(error); });
+    } else {
+        post(&context_, [this, error] { listener_.microphoneStopped(error); });
     }
 }
 

@@ -1,7 +1,5 @@
 #include "PulseRecordStream.h"
 
-#include <utility>
-
 namespace orv {
 
 namespace {
@@ -38,18 +36,16 @@ void PulseRecordStream::Release::operator()(pa_stream* stream) const {
     pa_stream_unref(stream);
 }
 
-PulseRecordStream::PulseRecordStream(pa_stream* stream, std::size_t channels, DataHandler onData,
-                                     ReadyHandler onReady, EndedHandler onEnded)
+PulseRecordStream::PulseRecordStream(pa_stream* stream, std::size_t channels,
+                                     const PulseConnection& connection, Listener& listener)
     : stream_(stream)
     , channels_(channels)
-    , onData_(std::move(onData))
-    , onReady_(std::move(onReady))
-    , onEnded_(std::move(onEnded)) {}
+    , connection_(connection)
+    , listener_(listener) {}
 
-std::unique_ptr<PulseRecordStream> PulseRecordStream::open(PulseConnection& connection,
+std::unique_ptr<PulseRecordStream> PulseRecordStream::open(const PulseConnection& connection,
                                                            const PulseRecording& recording,
-                                                           DataHandler onData, ReadyHandler onReady,
-                                                           EndedHandler onEnded) {
+                                                           Listener& listener) {
     const pa_sample_spec spec = {.format = PA_SAMPLE_FLOAT32NE,
                                  .rate = recording.sampleRate,
                                  .channels = recording.channels};
@@ -58,8 +54,8 @@ std::unique_ptr<PulseRecordStream> PulseRecordStream::open(PulseConnection& conn
     if (!raw) {
         return nullptr;
     }
-    std::unique_ptr<PulseRecordStream> stream(new PulseRecordStream(
-        raw, recording.channels, std::move(onData), std::move(onReady), std::move(onEnded)));
+    std::unique_ptr<PulseRecordStream> stream(
+        new PulseRecordStream(raw, recording.channels, connection, listener));
     if (recording.playback) {
         pa_stream_set_monitor_stream(raw, *recording.playback);
     }
@@ -91,11 +87,10 @@ std::unique_ptr<PulseRecordStream> PulseRecordStream::open(PulseConnection& conn
 void PulseRecordStream::stateChanged() {
     const pa_stream_state_t state = pa_stream_get_state(stream_.get());
     if (state == PA_STREAM_READY) {
-        onReady_();
+        listener_.recordingReady();
     } else if (state == PA_STREAM_FAILED || state == PA_STREAM_TERMINATED) {
         const int error = pa_context_errno(pa_stream_get_context(stream_.get()));
-        const EndedHandler handler = std::move(onEnded_);
-        handler(
+        listener_.recordingEnded(
             QString::fromUtf8(pa_strerror(state == PA_STREAM_TERMINATED ? PA_ERR_KILLED : error)));
     }
 }
@@ -109,7 +104,7 @@ void PulseRecordStream::readable() {
             return;
         }
         if (const std::size_t frames = bytes / frameSize; frames > 0) {
-            onData_(static_cast<const float*>(data), frames);
+            listener_.recorded(static_cast<const float*>(data), frames);
         }
         pa_stream_drop(stream_.get());
     }

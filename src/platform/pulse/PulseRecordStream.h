@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -26,20 +25,30 @@ struct PulseRecording {
 };
 
 /// One recording stream of the sound server. Created, used and destroyed on the loop's thread or
-/// with a `PulseLock` held; handlers come on the loop's thread and never after the destruction.
+/// with a `PulseLock` held.
 class PulseRecordStream {
   public:
-    /// `samples` is null for a hole in the recording; there is always at least one frame.
-    using DataHandler = std::function<void(const float* samples, std::size_t frames)>;
-    using ReadyHandler = std::function<void()>;
-    /// The stream could not be opened, or is over. It may be destroyed in the handler.
-    using EndedHandler = std::function<void(const QString& error)>;
+    /// Who has the sound recorded. Called on the loop's thread, and never after the destruction.
+    class Listener {
+      public:
+        /// The stream is open. It may be destroyed in this call.
+        virtual void recordingReady() = 0;
+
+        /// `samples` is null for a hole in the recording; there is always at least one frame.
+        virtual void recorded(const float* samples, std::size_t frames) = 0;
+
+        /// The stream could not be opened, or is over. It may be destroyed in this call, and this
+        /// object with it.
+        virtual void recordingEnded(const QString& error) = 0;
+
+      protected:
+        ~Listener() = default;
+    };
 
     /// Null, and `connection.lastError()`, when the stream cannot even be asked for.
-    static std::unique_ptr<PulseRecordStream> open(PulseConnection& connection,
-                                                   const PulseRecording& recording,
-                                                   DataHandler onData, ReadyHandler onReady,
-                                                   EndedHandler onEnded);
+    /// `listener` outlives the stream, `connection` as well.
+    static std::unique_ptr<PulseRecordStream>
+    open(const PulseConnection& connection, const PulseRecording& recording, Listener& listener);
 
     PulseRecordStream(const PulseRecordStream&) = delete;
     PulseRecordStream& operator=(const PulseRecordStream&) = delete;
@@ -49,16 +58,15 @@ class PulseRecordStream {
         void operator()(pa_stream* stream) const;
     };
 
-    PulseRecordStream(pa_stream* stream, std::size_t channels, DataHandler onData,
-                      ReadyHandler onReady, EndedHandler onEnded);
+    PulseRecordStream(pa_stream* stream, std::size_t channels, const PulseConnection& connection,
+                      Listener& listener);
     void stateChanged();
     void readable();
 
     std::unique_ptr<pa_stream, Release> stream_;
     const std::size_t channels_;
-    DataHandler onData_;
-    ReadyHandler onReady_;
-    EndedHandler onEnded_;
+    const PulseConnection& connection_;
+    Listener& listener_;
 };
 
 } // namespace orv

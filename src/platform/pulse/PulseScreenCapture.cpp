@@ -24,31 +24,60 @@ BlockMixer::Time now() {
 
 } // namespace
 
+/// One of the recordings that are mixed.
+class PulseScreenCapture::Tap final : private PulseRecordStream::Listener {
+  public:
+    Tap(PulseScreenCapture& owner, std::uint32_t id)
+        : owner_(owner)
+        , id_(id) {}
+
+    /// False, and the connection's last error, when the recording cannot even be asked for.
+    bool open(const PulseRecording& recording) {
+        stream_ = PulseRecordStream::open(*owner_.connection_, recording, *this);
+        return stream_ != nullptr;
+    }
+
+  private:
+    void recordingReady() override { owner_.streamReady(); }
+
+    void recorded(const float* samples, std::size_t frames) override {
+        owner_.mixer_->push(id_, samples, frames, now());
+    }
+
+    void recordingEnded(const QString& error) override {
+        owner_.streamEnded(id_, error); // Destroys this object.
+    }
+
+    PulseScreenCapture& owner_;
+    const std::uint32_t id_;
+    std::unique_ptr<PulseRecordStream> stream_;
+};
+
 PulseScreenCapture::PulseScreenCapture(std::shared_ptr<PulseConnection> connection,
-                                       std::shared_ptr<RunningAppScanner> scanner)
+                                       std::shared_ptr<RunningAppScanner> scanner,
+                                       Listener& listener)
     : connection_(std::move(connection))
     , scanner_(std::move(scanner))
-    , ticker_(connection_->api())
-    , retake_(connection_->api()) {}
+    , listener_(listener)
+    , ticker_(connection_->api(), [this] { tick(); })
+    , retake_(connection_->api(), [this] { takeUp(); }) {}
 
 PulseScreenCapture::~PulseScreenCapture() {
     const PulseLock lock(*connection_);
     release();
 }
 
-void PulseScreenCapture::start(const ScreenCaptureRequest& request, BlockHandler onBlock,
-                               StoppedHandler onStopped,
-                               std::function<void(const ScreenCaptureStart&)> done) {
+void PulseScreenCapture::start(const ScreenCaptureRequest& request) {
     const PulseLock lock(*connection_);
     release();
     isStopped_ = false;
     request_ = request;
     outcome_ = {};
     outcome_.contentRead = false;
-    onBlock_ = std::move(onBlock);
-    onStopped_ = std::move(onStopped);
-    started_ = std::move(done);
-    mixer_.emplace(now(), [this](std::span<const float> block) { onBlock_(std::as_bytes(block)); });
+    isStarting_ = true;
+    mixer_.emplace(now(), [this](std::span<const float> block) {
+        listener_.screenCaptureBlock(std::as_bytes(block));
+    });
     connection_->addListener(this);
     if (!request_.applicationId) {
         begin({});
@@ -56,7 +85,7 @@ void PulseScreenCapture::start(const ScreenCaptureRequest& request, BlockHandler
     }
     scanner_->scan(&context_, [this](const QList<RunningApp>& apps) {
         const PulseLock lockAgain(*connection_);
-        if (started_) {
+        if (isStarting_) {
             begin(apps);
         }
     });
@@ -106,13 +135,13 @@ void PulseScreenCapture::startApplication(const QList<RunningApp>& runningApps) 
 }
 
 void PulseScreenCapture::pulseLost() {
-    if (started_) {
+    if (isStarting_) {
         failStart(u"Verbindung zum Soundserver verloren"_s);
         return;
     }
-    post(&context_, [this, handler = onStopped_] {
+    post(&context_, [this] {
         if (!isStopped_) {
-            handler(u"Verbindung zum Soundserver verloren"_s);
+            listener_.screenCaptureStopped(u"Verbindung zum Soundserver verloren"_s);
         }
     });
     release();
@@ -122,7 +151,7 @@ void PulseScreenCapture::pulseChanged(PulseChange change) {
     const bool concernsApplication =
         change == PulseChange::Playbacks || change == PulseChange::PlaybackMoved;
     const bool concernsSink = change == PulseChange::Server || change == PulseChange::Sinks;
-    if (!started_ && (request_.applicationId ? concernsApplication : concernsSink)) {
+    if (!isStarting_ && (request_.applicationId ? concernsApplication : concernsSink)) {
         takeUp();
     }
 }
@@ -145,7 +174,7 @@ void PulseScreenCapture::takeUpSink() {
             return;
         }
         outcome_.contentRead = true;
-        if (found->empty() && started_) {
+        if (found->empty() && isStarting_) {
             outcome_.displayFound = false;
             failStart(u"Keine Audio-Ausgabe vorhanden"_s);
             return;
@@ -197,44 +226,40 @@ void PulseScreenCapture::adjustStreams(const std::map<std::uint32_t, PulseRecord
 void PulseScreenCapture::openStream(std::uint32_t id, const PulseRecording& recording) {
     PulseRecording shaped = recording;
     shaped.fragmentFrames = fragmentFrames;
-    std::unique_ptr<PulseRecordStream> stream = PulseRecordStream::open(
-        *connection_, shaped,
-        [this, id](const float* samples, std::size_t frames) {
-            mixer_->push(id, samples, frames, now());
-        },
-        [this] {
-            if (started_) {
-                finishStart();
-                takeUp(); // Another default may have been chosen meanwhile.
-            }
-        },
-        [this, id](const QString& error) { streamEnded(id, error); });
-    if (!stream) {
+    auto tap = std::make_unique<Tap>(*this, id);
+    if (!tap->open(shaped)) {
         streamEnded(id, connection_->lastError());
         return;
     }
     mixer_->addStream(id);
-    streams_[id] = std::move(stream);
+    streams_[id] = std::move(tap);
+}
+
+void PulseScreenCapture::streamReady() {
+    if (isStarting_) {
+        finishStart();
+        takeUp(); // Another default may have been chosen meanwhile.
+    }
 }
 
 void PulseScreenCapture::streamEnded(std::uint32_t id, const QString& error) {
-    if (started_) {
+    if (isStarting_) {
         failStart(error);
         return;
     }
     mixer_->removeStream(id);
     streams_.erase(id);
-    retake_.schedule(connection_->context(), connection_->options().retake, [this] { takeUp(); });
+    retake_.schedule(connection_->context(), connection_->options().retake);
 }
 
 void PulseScreenCapture::tick() {
     mixer_->advance(now());
-    ticker_.schedule(connection_->context(), BlockMixer::blockDuration, [this] { tick(); });
+    ticker_.schedule(connection_->context(), BlockMixer::blockDuration);
 }
 
 void PulseScreenCapture::finishStart() {
     tellStarted();
-    ticker_.schedule(connection_->context(), BlockMixer::blockDuration, [this] { tick(); });
+    ticker_.schedule(connection_->context(), BlockMixer::blockDuration);
 }
 
 void PulseScreenCapture::failStart(const QString& error) {
@@ -244,14 +269,15 @@ void PulseScreenCapture::failStart(const QString& error) {
 }
 
 void PulseScreenCapture::tellStarted() {
-    post(&context_, [this, done = std::exchange(started_, nullptr), outcome = outcome_] {
+    isStarting_ = false;
+    post(&context_, [this, outcome = outcome_] {
         if (!isStopped_) {
-            done(outcome);
+            listener_.screenCaptureStarted(outcome);
         }
     });
 }
 
-void PulseScreenCapture::stop(std::function<void(const QString& error)> done) {
+void PulseScreenCapture::stop(Answer<const QString&> done) {
     isStopped_ = true;
     const PulseLock lock(*connection_);
     release();
@@ -265,7 +291,7 @@ void PulseScreenCapture::release() {
     retake_.cancel();
     streams_.clear();
     mixer_.reset();
-    started_ = nullptr;
+    isStarting_ = false;
     askingForStreams_ = false;
     askAgain_ = false;
 }

@@ -15,19 +15,20 @@
 
 namespace orv {
 
-/// What the machine plays: the monitor of the default sink, whichever it is at the time, or the
-/// monitors of one application's playback streams, whichever there are.
+/// Capture of what the machine plays: of the default sink's monitor, whichever it is at the time,
+/// or of the monitors of one application's playback streams, whichever there are.
 class PulseScreenCapture final : public ScreenCaptureStream, private PulseListener {
   public:
     PulseScreenCapture(std::shared_ptr<PulseConnection> connection,
-                       std::shared_ptr<RunningAppScanner> scanner);
+                       std::shared_ptr<RunningAppScanner> scanner, Listener& listener);
     ~PulseScreenCapture() override;
 
-    void start(const ScreenCaptureRequest& request, BlockHandler onBlock, StoppedHandler onStopped,
-               std::function<void(const ScreenCaptureStart&)> done) override;
-    void stop(std::function<void(const QString& error)> done) override;
+    void start(const ScreenCaptureRequest& request) override;
+    void stop(Answer<const QString&> done) override;
 
   private:
+    class Tap;
+
     // On the loop's thread, or with its lock held.
     void pulseLost() override;
     void pulseChanged(PulseChange change) override;
@@ -38,6 +39,7 @@ class PulseScreenCapture final : public ScreenCaptureStream, private PulseListen
     void takeUpPlaybacks();
     void adjustStreams(const std::map<std::uint32_t, PulseRecording>& wanted);
     void openStream(std::uint32_t id, const PulseRecording& recording);
+    void streamReady();
     void streamEnded(std::uint32_t id, const QString& error);
     void tick();
     void finishStart();
@@ -47,17 +49,16 @@ class PulseScreenCapture final : public ScreenCaptureStream, private PulseListen
 
     std::shared_ptr<PulseConnection> connection_;
     std::shared_ptr<RunningAppScanner> scanner_;
-    QObject context_; ///< What the completions are posted to; lives where this object does.
+    Listener& listener_;
+    QObject context_; ///< What the listener's calls are posted to; lives where this object does.
 
     bool isStopped_ = false; ///< Of the owner's thread: what is still on its way is dropped.
 
     ScreenCaptureRequest request_;
     ScreenCaptureStart outcome_;
-    std::function<void(const ScreenCaptureStart&)> started_;
-    BlockHandler onBlock_;
-    StoppedHandler onStopped_;
+    bool isStarting_ = false;         ///< `start` is not answered yet.
     std::optional<BlockMixer> mixer_; ///< There from `start` until the capture is over.
-    std::map<std::uint32_t, std::unique_ptr<PulseRecordStream>> streams_;
+    std::map<std::uint32_t, std::unique_ptr<Tap>> streams_;
     PulseTimer ticker_;
     PulseTimer retake_;
     bool askingForStreams_ = false;

@@ -17,8 +17,7 @@ FileDialogs::~FileDialogs() {
     }
 }
 
-void FileDialogs::chooseFile(const FileChoice& choice,
-                             std::function<void(const QString& path)> chosen) {
+void FileDialogs::chooseFile(const FileChoice& choice, Answer<const QString&> chosen) {
     if (open_) {
         open_->raise();
         open_->activateWindow();

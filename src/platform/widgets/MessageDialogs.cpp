@@ -53,7 +53,7 @@ MessageDialogs::~MessageDialogs() {
     }
 }
 
-void MessageDialogs::showAlert(const Alert& alert, std::function<void(int chosen)> done) {
+void MessageDialogs::showAlert(const Alert& alert, Answer<int> done) {
     Q_ASSERT(!alert.buttons.isEmpty());
     auto* box = new QMessageBox;
     open_.removeIf([](const QPointer<QMessageBox>& other) { return other.isNull(); });

@@ -11,7 +11,6 @@
 #include <QScreen>
 
 #include <chrono>
-#include <utility>
 
 // Outside the namespace, as the macro demands. Static libraries do not register resources alone.
 static void registerTrayIcons() {
@@ -55,12 +54,12 @@ SystemTray::SystemTray() {
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-bool SystemTray::isAvailable() const {
-    return available_;
+void SystemTray::setListener(Listener* listener) {
+    listener_ = listener;
 }
 
-void SystemTray::setAvailabilityHandler(std::function<void(bool available)> handler) {
-    availabilityChanged_ = std::move(handler);
+bool SystemTray::isAvailable() const {
+    return available_;
 }
 
 void SystemTray::setIcon(TrayIcon icon, const QString& description) {
@@ -89,10 +88,6 @@ bool SystemTray::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     return QObject::eventFilter(watched, event);
-}
-
-void SystemTray::setClickHandler(std::function<void(TrayClick click)> handler) {
-    clicked_ = std::move(handler);
 }
 
 void SystemTray::showMenu(const QList<TrayMenuItem>& items) {
@@ -125,17 +120,17 @@ void SystemTray::activated(QSystemTrayIcon::ActivationReason reason) {
         return;
     }
     // The second of two quick clicks arrives as a double click only; it is a click like any other.
-    if (clicked_) {
-        clicked_(TrayClick::Primary);
+    if (listener_) {
+        listener_->trayClicked(TrayClick::Primary);
     }
 }
 
 void SystemTray::menuAboutToShow() {
-    if (menuAsked_ || !clicked_) {
+    if (menuAsked_ || !listener_) {
         return;
     }
     menuAsked_ = true;
-    clicked_(TrayClick::Secondary);
+    listener_->trayClicked(TrayClick::Secondary);
     menuAsked_ = false;
 }
 
@@ -154,8 +149,8 @@ void SystemTray::checkAvailability() {
         return;
     }
     available_ = available;
-    if (availabilityChanged_) {
-        availabilityChanged_(available);
+    if (listener_) {
+        listener_->trayAvailabilityChanged(available);
     }
 }
 

@@ -4,18 +4,64 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
 
 namespace {
 
 using namespace Qt::StringLiterals;
 using orv::MicrophoneFailure;
 using orv::MicrophonePreparation;
+using orv::MicrophoneStream;
 using orv::NullAudioCapture;
 using orv::ScreenCaptureStart;
+using orv::ScreenCaptureStream;
 using orv::test::drainEvents;
 using orv::test::waitUntil;
 using testing::ElementsAre;
+
+/// Keeps what a microphone tells.
+struct MicrophoneUser : MicrophoneStream::Listener {
+    void microphonePrepared(const MicrophonePreparation& found) override { prepared = found; }
+
+    void microphoneStarted(const QString& error) override { started = error; }
+
+    void microphoneBuffer(const orv::MicrophoneBuffer& buffer) override {
+        heard.push_back(*buffer.firstChannel);
+    }
+
+    void microphoneStopped(const QString& error) override { stops.append(error); }
+
+    std::optional<MicrophonePreparation> prepared;
+    std::optional<QString> started;
+    std::vector<float> heard; ///< The first sample of each buffer.
+    QStringList stops;
+};
+
+/// Keeps what a screen capture tells.
+struct ScreenUser : ScreenCaptureStream::Listener {
+    void screenCaptureStarted(const ScreenCaptureStart& outcome) override { started = outcome; }
+
+    void screenCaptureBlock(std::span<const std::byte> /*block*/) override { ++blocks; }
+
+    void screenCaptureStopped(const QString& error) override { stops.append(error); }
+
+    std::optional<ScreenCaptureStart> started;
+    int blocks = 0;
+    QStringList stops;
+};
+
+/// Keeps what the services tell.
+struct ServicesUser : orv::AudioCapture::Listener {
+    void captureListsChanged() override { ++listChanges; }
+
+    void captureAvailabilityChanged(bool is) override { available = is; }
+
+    int listChanges = 0;
+    std::optional<bool> available;
+};
 
 TEST(NullAudioCapture, isAMachineWithoutSoundUnlessToldOtherwise) {
     NullAudioCapture capture;
@@ -27,25 +73,24 @@ TEST(NullAudioCapture, isAMachineWithoutSoundUnlessToldOtherwise) {
     EXPECT_FALSE(answered) << "answers come later";
     ASSERT_TRUE(waitUntil([&] { return answered; }));
 
-    MicrophoneFailure failure = MicrophoneFailure::None;
-    const auto microphone = capture.createMicrophoneStream();
-    microphone->prepare({}, [&](const MicrophonePreparation& found) { failure = found.failure; });
-    QString error;
-    const auto screen = capture.createScreenCaptureStream();
-    screen->start({}, {}, {}, [&](const ScreenCaptureStart& start) { error = start.error; });
-    ASSERT_TRUE(waitUntil([&] { return !error.isEmpty(); }));
-    EXPECT_EQ(failure, MicrophoneFailure::NoInput);
+    MicrophoneUser microphoneUser;
+    const auto microphone = capture.createMicrophoneStream(microphoneUser);
+    microphone->prepare({});
+    ScreenUser screenUser;
+    const auto screen = capture.createScreenCaptureStream(screenUser);
+    screen->start({});
+    ASSERT_TRUE(waitUntil([&] { return microphoneUser.prepared && screenUser.started; }));
+    EXPECT_FALSE(screenUser.started->error.isEmpty());
+    EXPECT_EQ(microphoneUser.prepared->failure, MicrophoneFailure::NoInput);
     EXPECT_FALSE(capture.isScreenCaptureRunning());
     EXPECT_FALSE(capture.deliverBlock({}));
 }
 
 TEST(NullAudioCapture, deliversWhatIsPutInUntilTheStreamIsDestroyed) {
     NullAudioCapture capture;
-    auto stream = capture.createMicrophoneStream();
-    std::vector<float> heard;
-    stream->start(
-        4096, [&](const orv::MicrophoneBuffer& buffer) { heard.push_back(*buffer.firstChannel); },
-        {}, [](const QString&) {});
+    MicrophoneUser user;
+    auto stream = capture.createMicrophoneStream(user);
+    stream->start(4096);
     EXPECT_FALSE(capture.isMicrophoneRunning());
     ASSERT_TRUE(waitUntil([&] { return capture.isMicrophoneRunning(); }));
     EXPECT_EQ(capture.asked().framesPerBuffer, 4096U);
@@ -53,40 +98,76 @@ TEST(NullAudioCapture, deliversWhatIsPutInUntilTheStreamIsDestroyed) {
     EXPECT_TRUE(capture.deliver({.firstChannel = &sample, .frames = 1, .stride = 1}));
     stream.reset();
     EXPECT_FALSE(capture.deliver({.firstChannel = &sample, .frames = 1, .stride = 1}));
-    EXPECT_THAT(heard, ElementsAre(0.5F));
+    EXPECT_THAT(user.heard, ElementsAre(0.5F));
 }
 
 TEST(NullAudioCapture, aStreamThatEndsByItselfSaysSoOnce) {
     NullAudioCapture capture;
     capture.answers().screenCapture = {};
-    const auto stream = capture.createScreenCaptureStream();
-    QStringList errors;
-    stream->start(
-        {}, {}, [&](const QString& error) { errors.append(error); },
-        [](const ScreenCaptureStart&) {});
+    ScreenUser user;
+    const auto stream = capture.createScreenCaptureStream(user);
+    stream->start({});
     ASSERT_TRUE(waitUntil([&] { return capture.isScreenCaptureRunning(); }));
     EXPECT_TRUE(capture.endScreenCapture(u"gone"_s));
     EXPECT_FALSE(capture.endScreenCapture(u"gone"_s));
     drainEvents();
-    EXPECT_EQ(errors, QStringList{u"gone"_s});
+    EXPECT_EQ(user.stops, QStringList{u"gone"_s});
 }
 
 TEST(NullAudioCapture, nothingComesFromADestroyedStream) {
     NullAudioCapture capture;
-    auto stream = capture.createMicrophoneStream();
-    bool called = false;
-    stream->prepare({}, [&](const MicrophonePreparation&) { called = true; });
+    MicrophoneUser user;
+    auto stream = capture.createMicrophoneStream(user);
+    stream->prepare({});
     stream.reset();
     drainEvents();
-    EXPECT_FALSE(called);
+    EXPECT_FALSE(user.prepared);
+}
+
+TEST(NullAudioCapture, aStreamMayBeDestroyedByWhatItTells) {
+    struct FleetingUser : MicrophoneUser {
+        void microphonePrepared(const MicrophonePreparation& found) override {
+            stream.reset();
+            MicrophoneUser::microphonePrepared(found);
+        }
+
+        std::unique_ptr<MicrophoneStream> stream;
+    };
+
+    NullAudioCapture capture;
+    capture.answers().preparation.deviceNumber = u"3"_s;
+    FleetingUser user;
+    user.stream = capture.createMicrophoneStream(user);
+    user.stream->prepare({});
+    ASSERT_TRUE(waitUntil([&] { return user.prepared.has_value(); }));
+    EXPECT_EQ(user.prepared->deviceNumber, u"3"_s) << "what is told stays valid";
+}
+
+TEST(NullAudioCapture, tellsOfNewsUntilTheListenerIsTakenAway) {
+    NullAudioCapture capture;
+    ServicesUser user;
+    capture.setListener(&user);
+    capture.tellListsChanged();
+    capture.tellAvailability(true);
+    EXPECT_EQ(user.listChanges, 0) << "news come later";
+    ASSERT_TRUE(waitUntil([&] { return user.available.has_value(); }));
+    EXPECT_EQ(user.listChanges, 1);
+    EXPECT_TRUE(*user.available);
+    capture.tellListsChanged();
+    capture.tellAvailability(false);
+    capture.setListener(nullptr);
+    drainEvents();
+    EXPECT_EQ(user.listChanges, 1);
+    EXPECT_TRUE(*user.available);
 }
 
 TEST(NullAudioCapture, aStopIsAnsweredAndEndsTheBlocks) {
     NullAudioCapture capture;
     capture.answers().screenCapture = {};
     capture.answers().screenCaptureStopError = u"stuck"_s;
-    const auto stream = capture.createScreenCaptureStream();
-    stream->start({}, {}, {}, [](const ScreenCaptureStart&) {});
+    ScreenUser user;
+    const auto stream = capture.createScreenCaptureStream(user);
+    stream->start({});
     ASSERT_TRUE(waitUntil([&] { return capture.isScreenCaptureRunning(); }));
     QString answer;
     stream->stop([&](const QString& error) { answer = error; });
@@ -98,13 +179,13 @@ TEST(NullAudioCapture, aStopIsAnsweredAndEndsTheBlocks) {
 TEST(NullAudioCapture, aStopDuringTheStartIsFinal) {
     NullAudioCapture capture;
     capture.answers().screenCapture = {};
-    const auto stream = capture.createScreenCaptureStream();
-    bool started = false;
-    stream->start({}, {}, {}, [&](const ScreenCaptureStart&) { started = true; });
+    ScreenUser user;
+    const auto stream = capture.createScreenCaptureStream(user);
+    stream->start({});
     bool stopped = false;
     stream->stop([&](const QString&) { stopped = true; });
     ASSERT_TRUE(waitUntil([&] { return stopped; }));
-    EXPECT_FALSE(started);
+    EXPECT_FALSE(user.started);
     EXPECT_FALSE(capture.isScreenCaptureRunning());
 }
 

@@ -41,9 +41,9 @@ TEST_F(PulseAudioCaptureTest, withoutAServerEverythingAnswersAndNothingIsThere) 
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
     EXPECT_THAT(inputDevices(), IsEmpty());
     EXPECT_FALSE(capturableApps());
-    const auto microphone = capture->createMicrophoneStream();
+    const auto microphone = createMicrophone();
     EXPECT_EQ(prepare(*microphone, u"mic"_s).failure, MicrophoneFailure::NoEngine);
-    const auto screen = capture->createScreenCaptureStream();
+    const auto screen = createScreenCapture();
     EXPECT_FALSE(start(*screen).error.isEmpty());
 }
 
@@ -51,50 +51,48 @@ TEST_F(PulseAudioCaptureTest, aServerThatComesLaterIsFound) {
     pulse.kill();
     capture = std::make_unique<PulseAudioCapture>(options, orv::RunningAppPlaces{});
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
-    bool available = false;
-    capture->setAvailabilityHandler([&](bool is) { available = is; });
+    capture->setListener(this);
     pulse.start();
-    ASSERT_TRUE(waitUntil([&] { return available; }));
+    ASSERT_TRUE(waitUntil([&] { return isToldAvailable(); }));
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Authorized);
     EXPECT_THAT(inputDevices(), SizeIs(2));
 }
 
 TEST_F(PulseAudioCaptureTest, aRestartIsToldAsAwayAndBack) {
-    QList<bool> told;
-    capture->setAvailabilityHandler([&](bool is) { told.append(is); });
-    ASSERT_TRUE(waitUntil([&] { return told == QList<bool>{true}; }));
+    capture->setListener(this);
+    ASSERT_TRUE(waitUntil([&] { return availability == QList<bool>{true}; }));
     pulse.kill();
-    ASSERT_TRUE(waitUntil([&] { return told == QList<bool>{true, false}; }));
+    ASSERT_TRUE(waitUntil([&] { return availability == QList<bool>{true, false}; }));
     pulse.start();
-    ASSERT_TRUE(waitUntil([&] { return told == QList<bool>{true, false, true}; }));
+    ASSERT_TRUE(waitUntil([&] { return availability == QList<bool>{true, false, true}; }));
 }
 
 TEST_F(PulseAudioCaptureTest, aDeviceThatComesOrGoesIsTold) {
-    int changes = 0;
-    capture->setListsChangedHandler([&] { ++changes; });
+    capture->setListener(this);
     ASSERT_THAT(inputDevices(), SizeIs(2));
-    ASSERT_TRUE(waitUntil([&] { return changes > 0; })) << "the first connection is news as well";
-    changes = 0;
+    ASSERT_TRUE(waitUntil([&] { return listChanges > 0; }))
+        << "the first connection is news as well";
+    listChanges = 0;
     const QString module =
         pulse.load(u"module-remap-source source_name=usb master=speakers.monitor"_s);
-    ASSERT_TRUE(waitUntil([&] { return changes > 0 && inputDevices().size() == 3; }));
-    changes = 0;
+    ASSERT_TRUE(waitUntil([&] { return listChanges > 0 && inputDevices().size() == 3; }));
+    listChanges = 0;
     pulse.unload(module);
-    ASSERT_TRUE(waitUntil([&] { return changes > 0 && inputDevices().size() == 2; }));
+    ASSERT_TRUE(waitUntil([&] { return listChanges > 0 && inputDevices().size() == 2; }));
 }
 
 TEST_F(PulseAudioCaptureTest, anApplicationThatStartsOrStopsPlayingIsTold) {
     EXPECT_EQ(capturableApps(), QList<RunningApp>());
-    int changes = 0;
-    capture->setListsChangedHandler([&] { ++changes; });
+    capture->setListener(this);
     auto player = std::make_unique<PulsePlayer>(pulse, toneSamples(700), u"org.one"_s);
     const auto second = std::make_unique<PulsePlayer>(pulse, toneSamples(900), u"org.one"_s);
     ASSERT_TRUE(waitUntil([&] {
-        return changes > 0 && capturableApps() == QList<RunningApp>{{u"org.one"_s, u"org.one"_s}};
+        return listChanges > 0 &&
+               capturableApps() == QList<RunningApp>{{u"org.one"_s, u"org.one"_s}};
     })) << "once, however many streams it has";
-    changes = 0;
+    listChanges = 0;
     player.reset();
-    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+    EXPECT_TRUE(waitUntil([&] { return listChanges > 0; }));
 }
 
 TEST_F(PulseAudioCaptureTest, aRunningApplicationThatPlaysNothingCanBeChosen) {
@@ -112,7 +110,7 @@ TEST_F(PulseAudioCaptureTest, aRunningApplicationThatPlaysNothingCanBeChosen) {
     EXPECT_EQ(capturableApps(), (QList<RunningApp>{{u"web"_s, u"Web"_s}}));
 
     const PulsePlayer other(pulse, toneSamples(700), u"org.one"_s);
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     const orv::ScreenCaptureStart outcome =
         start(*stream, {.applicationId = u"web"_s, .waitForApplication = false});
     EXPECT_TRUE(outcome.applicationFound);
@@ -126,7 +124,7 @@ TEST_F(PulseAudioCaptureTest, destroyingItWithQuestionsOpenCallsNobody) {
     capture->listCapturableApps(fail);
     capture->listRunningApps(fail);
     capture->microphoneAuthorization(fail);
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     capture.reset();
     orv::test::drainEvents();
     EXPECT_EQ(prepare(*stream, u"mic"_s).failure, MicrophoneFailure::None)

@@ -27,46 +27,78 @@ PulseCaptureFixture::PulseCaptureFixture()
     capture = std::make_unique<PulseAudioCapture>(options, RunningAppPlaces{});
 }
 
+std::unique_ptr<MicrophoneStream> PulseCaptureFixture::createMicrophone() {
+    return capture->createMicrophoneStream(*this);
+}
+
+std::unique_ptr<ScreenCaptureStream> PulseCaptureFixture::createScreenCapture() {
+    return capture->createScreenCaptureStream(*this);
+}
+
 MicrophonePreparation PulseCaptureFixture::prepare(MicrophoneStream& stream,
                                                    const QString& device) {
-    std::optional<MicrophonePreparation> result;
-    stream.prepare(device, [&](const MicrophonePreparation& found) { result = found; });
-    EXPECT_FALSE(result) << "completions come later";
-    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
-    return result.value_or(MicrophonePreparation{});
+    preparation.reset();
+    stream.prepare(device);
+    EXPECT_FALSE(preparation) << "answers come later";
+    EXPECT_TRUE(waitUntil([&] { return preparation.has_value(); }));
+    return preparation.value_or(MicrophonePreparation{});
 }
 
 QString PulseCaptureFixture::start(MicrophoneStream& stream) {
-    std::optional<QString> result;
-    stream.start(
-        4096,
-        [this](const MicrophoneBuffer& buffer) {
-            EXPECT_EQ(buffer.frames, 4096U);
-            EXPECT_EQ(buffer.stride, 1U);
-            heard.add({buffer.firstChannel, buffer.frames});
-        },
-        [this](const QString& error) { stops.append(error); },
-        [&](const QString& error) { result = error; });
-    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
-    return result.value_or(u"no answer"_s);
+    microphoneStart.reset();
+    stream.start(4096);
+    EXPECT_TRUE(waitUntil([&] { return microphoneStart.has_value(); }));
+    return microphoneStart.value_or(u"no answer"_s);
 }
 
 ScreenCaptureStart PulseCaptureFixture::start(ScreenCaptureStream& stream,
                                               const ScreenCaptureRequest& request) {
-    std::optional<ScreenCaptureStart> result;
-    stream.start(
-        request,
-        [this](std::span<const std::byte> bytes) {
-            EXPECT_EQ(bytes.size(), blockFloats * sizeof(float));
-            std::vector<float> block(bytes.size() / sizeof(float));
-            std::memcpy(block.data(), bytes.data(), bytes.size());
-            heard.add(std::span(block).first(channelFloats));
-            blocks.add(block);
-        },
-        [this](const QString& error) { stops.append(error); },
-        [&](const ScreenCaptureStart& outcome) { result = outcome; });
-    EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
-    return result.value_or(ScreenCaptureStart{});
+    screenCaptureStart.reset();
+    stream.start(request);
+    EXPECT_TRUE(waitUntil([&] { return screenCaptureStart.has_value(); }));
+    return screenCaptureStart.value_or(ScreenCaptureStart{});
+}
+
+void PulseCaptureFixture::microphonePrepared(const MicrophonePreparation& found) {
+    preparation = found;
+}
+
+void PulseCaptureFixture::microphoneStarted(const QString& error) {
+    microphoneStart = error;
+}
+
+void PulseCaptureFixture::microphoneBuffer(const MicrophoneBuffer& buffer) {
+    EXPECT_EQ(buffer.frames, 4096U);
+    EXPECT_EQ(buffer.stride, 1U);
+    heard.add({buffer.firstChannel, buffer.frames});
+}
+
+void PulseCaptureFixture::microphoneStopped(const QString& error) {
+    stops.append(error);
+}
+
+void PulseCaptureFixture::screenCaptureStarted(const ScreenCaptureStart& outcome) {
+    screenCaptureStart = outcome;
+}
+
+void PulseCaptureFixture::screenCaptureBlock(std::span<const std::byte> bytes) {
+    EXPECT_EQ(bytes.size(), blockFloats * sizeof(float));
+    std::vector<float> block(bytes.size() / sizeof(float));
+    std::memcpy(block.data(), bytes.data(), bytes.size());
+    heard.add(std::span(block).first(channelFloats));
+    blocks.add(block);
+}
+
+void PulseCaptureFixture::screenCaptureStopped(const QString& error) {
+    stops.append(error);
+}
+
+void PulseCaptureFixture::captureListsChanged() {
+    ++listChanges;
+}
+
+void PulseCaptureFixture::captureAvailabilityChanged(bool available) {
+    availability.append(available);
 }
 
 QList<AudioDevice> PulseCaptureFixture::inputDevices() {

@@ -27,7 +27,7 @@ TEST_F(PulseMicrophoneTest, listsDevicesByIdentifierAndDescriptionWithoutMonitor
 }
 
 TEST_F(PulseMicrophoneTest, at48kHzNothingIsSwitchedAndTheToneHasItsPitch) {
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     const MicrophonePreparation found = prepare(*stream, u"mic"_s);
     EXPECT_EQ(found.failure, MicrophoneFailure::None);
     EXPECT_TRUE(found.deviceFound);
@@ -50,7 +50,7 @@ TEST_F(PulseMicrophoneTest, samplesArriveBitForBit) {
     for (const qint16 sample : played) {
         expected.push_back(float(sample) / 32768.0F);
     }
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     prepare(*stream, u"mic"_s);
     ASSERT_EQ(start(*stream), QString());
     // No gap while the player is late, as it may be for long.
@@ -63,7 +63,7 @@ TEST_F(PulseMicrophoneTest, samplesArriveBitForBit) {
 }
 
 TEST_F(PulseMicrophoneTest, aDeviceThatCanIsSwitchedTo48kHz) {
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     const MicrophonePreparation found = prepare(*stream, u"slow.monitor"_s);
     EXPECT_EQ(found.rateSwitch, RateSwitch::Switched);
     EXPECT_EQ(found.rateBefore, 44100);
@@ -76,7 +76,7 @@ TEST_F(PulseMicrophoneTest, aDeviceThatCanIsSwitchedTo48kHz) {
 }
 
 TEST_F(PulseMicrophoneTest, aDeviceThatCannotKeepsItsRateAndIsDeliveredAtIt) {
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     const MicrophonePreparation found = prepare(*stream, u"mic44"_s);
     EXPECT_EQ(found.rateSwitch, RateSwitch::NotSupported);
     EXPECT_EQ(found.format.sampleRate, 44100);
@@ -87,7 +87,7 @@ TEST_F(PulseMicrophoneTest, aDeviceThatCannotKeepsItsRateAndIsDeliveredAtIt) {
 
 TEST_F(PulseMicrophoneTest, anUnknownDeviceGivesWayToTheDefaultWhoseRateIsLeftAlone) {
     pulse.pactl({u"set-default-source"_s, u"mic44"_s});
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     const MicrophonePreparation found = prepare(*stream, u"no-such-device"_s);
     EXPECT_EQ(found.failure, MicrophoneFailure::None);
     EXPECT_FALSE(found.deviceFound);
@@ -98,7 +98,7 @@ TEST_F(PulseMicrophoneTest, anUnknownDeviceGivesWayToTheDefaultWhoseRateIsLeftAl
 }
 
 TEST_F(PulseMicrophoneTest, noIdentifierMeansTheDefaultDevice) {
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     const MicrophonePreparation found = prepare(*stream, {});
     EXPECT_TRUE(found.deviceFound);
     EXPECT_EQ(found.rateSwitch, RateSwitch::NotTried);
@@ -109,34 +109,32 @@ TEST_F(PulseMicrophoneTest, noIdentifierMeansTheDefaultDevice) {
 TEST_F(PulseMicrophoneTest, aDeviceThatIsUnpluggedEndsTheCaptureOnce) {
     const QString module =
         pulse.load(u"module-remap-source source_name=usb master=speakers.monitor"_s);
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     ASSERT_TRUE(prepare(*stream, u"usb"_s).deviceFound);
     ASSERT_EQ(start(*stream), QString());
     ASSERT_TRUE(hearsMore(1));
     pulse.unload(module);
     ASSERT_TRUE(waitUntil([&] { return !stops.isEmpty(); }));
     pulse.kill();
-    bool lost = false;
-    capture->setAvailabilityHandler([&](bool available) { lost = !available; });
-    ASSERT_TRUE(waitUntil([&] { return lost; }));
+    capture->setListener(this);
+    ASSERT_TRUE(waitUntil([&] { return !availability.isEmpty() && !availability.last(); }));
     EXPECT_THAT(stops, SizeIs(1));
 }
 
 TEST_F(PulseMicrophoneTest, aServerThatGoesAwayEndsTheCaptureOnce) {
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     prepare(*stream, u"mic"_s);
     ASSERT_EQ(start(*stream), QString());
     pulse.kill();
     ASSERT_TRUE(waitUntil([&] { return !stops.isEmpty(); }));
-    bool available = false;
-    capture->setAvailabilityHandler([&](bool is) { available = is; });
+    capture->setListener(this);
     pulse.start();
-    ASSERT_TRUE(waitUntil([&] { return available; }));
+    ASSERT_TRUE(waitUntil([&] { return isToldAvailable(); }));
     EXPECT_THAT(stops, SizeIs(1));
 }
 
 TEST_F(PulseMicrophoneTest, noBufferComesAfterTheStreamIsDestroyed) {
-    auto stream = capture->createMicrophoneStream();
+    auto stream = createMicrophone();
     prepare(*stream, u"mic"_s);
     ASSERT_EQ(start(*stream), QString());
     ASSERT_TRUE(hearsMore(1));
@@ -151,16 +149,15 @@ TEST_F(PulseMicrophoneTest, noBufferComesAfterTheStreamIsDestroyed) {
 }
 
 TEST_F(PulseMicrophoneTest, aStreamDestroyedWhileItOpensLeavesNothingAtTheServer) {
-    auto stream = capture->createMicrophoneStream();
+    auto stream = createMicrophone();
     prepare(*stream, u"mic"_s);
-    stream->start(
-        4096, [](const orv::MicrophoneBuffer&) {}, [](const QString&) {},
-        [](const QString&) { FAIL() << "destroyed before"; });
+    stream->start(4096);
     stream.reset();
     EXPECT_THAT(inputDevices(), SizeIs(2));
     EXPECT_TRUE(waitUntil([&] {
         return pulse.pactl({u"list"_s, u"short"_s, u"source-outputs"_s}).split(u'\n').size() == 2;
     }));
+    EXPECT_FALSE(microphoneStart) << "destroyed before";
 }
 
 TEST_F(PulseMicrophoneTest, theUsersDefaultsAndVolumesAreLeftAlone) {
@@ -175,7 +172,7 @@ TEST_F(PulseMicrophoneTest, theUsersDefaultsAndVolumesAreLeftAlone) {
         return answers;
     };
     const QStringList before = state();
-    const auto stream = capture->createMicrophoneStream();
+    const auto stream = createMicrophone();
     prepare(*stream, u"mic"_s);
     ASSERT_EQ(start(*stream), QString());
     ASSERT_TRUE(hearsMore(1));

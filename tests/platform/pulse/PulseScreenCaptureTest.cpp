@@ -44,7 +44,7 @@ class PulseScreenCaptureTest : public PulseCaptureFixture {
 };
 
 TEST_F(PulseScreenCaptureTest, systemAudioIsWhatEveryonePlaysOnTheDefaultSink) {
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_EQ(start(*stream).error, QString());
     const PulsePlayer one(pulse, toneSamples(700), u"one"_s);
     const PulsePlayer two(pulse, toneSamples(1900), u"two"_s);
@@ -55,7 +55,7 @@ TEST_F(PulseScreenCaptureTest, systemAudioIsWhatEveryonePlaysOnTheDefaultSink) {
 TEST_F(PulseScreenCaptureTest, blocksArePlanarLeftThenRight) {
     pulse.load(u"module-remap-sink sink_name=left master=speakers channels=1 "
                "channel_map=front-left master_channel_map=front-left remix=no"_s);
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_EQ(start(*stream).error, QString());
     const PulsePlayer player(pulse, toneSamples(1000), u"one"_s, u"left"_s);
     ASSERT_TRUE(hears({1000}, {500, 2000}));
@@ -72,7 +72,7 @@ TEST_F(PulseScreenCaptureTest, blocksArePlanarLeftThenRight) {
 
 TEST_F(PulseScreenCaptureTest, silentBlocksComeAtThePaceOfTheClockWhileTheSinkSleeps) {
     pulse.pactl({u"suspend-sink"_s, u"speakers"_s, u"1"_s});
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(start(*stream).error, QString());
     ASSERT_TRUE(hearsMore(1));
@@ -89,7 +89,7 @@ TEST_F(PulseScreenCaptureTest, systemAudioFollowsTheDefaultSink) {
     // The server moves plain streams along with the default; those of remapped sinks stay.
     pulse.load(u"module-remap-sink sink_name=to_speakers master=speakers"_s);
     pulse.load(u"module-remap-sink sink_name=to_cable master=cable"_s);
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_EQ(start(*stream).error, QString());
     const PulsePlayer one(pulse, toneSamples(700), u"one"_s, u"to_speakers"_s);
     const PulsePlayer two(pulse, toneSamples(1900), u"two"_s, u"to_cable"_s);
@@ -104,7 +104,7 @@ TEST_F(PulseScreenCaptureTest, systemAudioFollowsTheDefaultSink) {
 TEST_F(PulseScreenCaptureTest, aSinkThatDisappearsIsReplacedByTheNextDefault) {
     const QString module = pulse.load(u"module-null-sink sink_name=usb rate=48000"_s);
     pulse.pactl({u"set-default-sink"_s, u"usb"_s});
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_EQ(start(*stream).error, QString());
     {
         const PulsePlayer player(pulse, toneSamples(700), u"one"_s, u"usb"_s);
@@ -126,7 +126,7 @@ TEST_F(PulseScreenCaptureTest, withoutAnyOutputThereIsNothingToCapture) {
             }
         }
     }
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     const ScreenCaptureStart outcome = start(*stream);
     EXPECT_FALSE(outcome.displayFound);
     EXPECT_FALSE(outcome.error.isEmpty());
@@ -136,7 +136,7 @@ TEST_F(PulseScreenCaptureTest, oneApplicationIsHeardAloneWhileAnotherPlays) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
     const PulsePlayer two(pulse, toneSamples(1900), u"org.two"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     const ScreenCaptureStart outcome = start(*stream, app(u"org.one"_s));
     EXPECT_TRUE(outcome.applicationFound);
     EXPECT_EQ(outcome.applicationName, u"org.one"_s);
@@ -146,7 +146,7 @@ TEST_F(PulseScreenCaptureTest, oneApplicationIsHeardAloneWhileAnotherPlays) {
 TEST_F(PulseScreenCaptureTest, anApplicationIsFoundByItsProgramToo) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_TRUE(start(*stream, app(u"pacat"_s)).applicationFound);
     EXPECT_TRUE(hears({700}, {}));
 }
@@ -154,7 +154,7 @@ TEST_F(PulseScreenCaptureTest, anApplicationIsFoundByItsProgramToo) {
 TEST_F(PulseScreenCaptureTest, severalStreamsOfOneApplicationAreMixed) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_TRUE(start(*stream, app(u"org.one"_s)).applicationFound);
     const PulsePlayer other(pulse, toneSamples(1300), u"org.one"_s, u"cable"_s);
     const PulsePlayer two(pulse, toneSamples(1900), u"org.two"_s);
@@ -165,7 +165,7 @@ TEST_F(PulseScreenCaptureTest, aStreamThatEndsAndReturnsIsTakenUpAgain) {
     auto one = std::make_unique<PulsePlayer>(pulse, toneSamples(700), u"org.one"_s);
     const PulsePlayer two(pulse, toneSamples(1900), u"org.two"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     start(*stream, app(u"org.one"_s));
     ASSERT_TRUE(hears({700}, {1900}));
     one.reset();
@@ -179,7 +179,7 @@ TEST_F(PulseScreenCaptureTest, aStreamThatEndsAndReturnsIsTakenUpAgain) {
 TEST_F(PulseScreenCaptureTest, anApplicationThatMovesToAnotherSinkIsFollowed) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     start(*stream, app(u"org.one"_s));
     ASSERT_TRUE(hears({700}, {}));
     const QString input =
@@ -190,7 +190,7 @@ TEST_F(PulseScreenCaptureTest, anApplicationThatMovesToAnotherSinkIsFollowed) {
 }
 
 TEST_F(PulseScreenCaptureTest, anUnknownApplicationYieldsSystemAudio) {
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     const ScreenCaptureStart outcome = start(*stream, app(u"org.nobody"_s));
     EXPECT_EQ(outcome.error, QString());
     EXPECT_FALSE(outcome.applicationFound);
@@ -200,7 +200,7 @@ TEST_F(PulseScreenCaptureTest, anUnknownApplicationYieldsSystemAudio) {
 
 TEST_F(PulseScreenCaptureTest, anApplicationThatIsWaitedForIsHeardWhenItComes) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     EXPECT_TRUE(start(*stream, app(u"org.two"_s, true)).applicationFound);
     ASSERT_TRUE(hears({}, {700}));
     const PulsePlayer two(pulse, toneSamples(1900), u"org.two"_s);
@@ -208,7 +208,7 @@ TEST_F(PulseScreenCaptureTest, anApplicationThatIsWaitedForIsHeardWhenItComes) {
 }
 
 TEST_F(PulseScreenCaptureTest, aStopEndsTheBlocksAndTheRecording) {
-    const auto stream = capture->createScreenCaptureStream();
+    const auto stream = createScreenCapture();
     start(*stream);
     ASSERT_TRUE(hearsMore(1));
     std::optional<QString> answer;
@@ -221,11 +221,8 @@ TEST_F(PulseScreenCaptureTest, aStopEndsTheBlocksAndTheRecording) {
 }
 
 TEST_F(PulseScreenCaptureTest, aStopDuringTheStartIsFinal) {
-    const auto stream = capture->createScreenCaptureStream();
-    bool started = false;
-    stream->start(
-        {}, [](std::span<const std::byte>) {}, [](const QString&) {},
-        [&](const ScreenCaptureStart&) { started = true; });
+    const auto stream = createScreenCapture();
+    stream->start({});
     // The recording begins at the server; its answer may already wait for this thread, whose events
     // do not run meanwhile.
     const QDeadlineTimer limit(20s);
@@ -235,24 +232,23 @@ TEST_F(PulseScreenCaptureTest, aStopDuringTheStartIsFinal) {
     bool stopped = false;
     stream->stop([&](const QString&) { stopped = true; });
     ASSERT_TRUE(waitUntil([&] { return stopped; }));
-    EXPECT_FALSE(started);
+    EXPECT_FALSE(screenCaptureStart);
     EXPECT_TRUE(waitUntil([&] { return recordings() == 0; }));
 }
 
 TEST_F(PulseScreenCaptureTest, aServerThatGoesAwayEndsTheCaptureOnce) {
     const PulsePlayer one(pulse, toneSamples(700), u"org.one"_s);
     ASSERT_TRUE(isCapturable(u"org.one"_s));
-    const auto everything = capture->createScreenCaptureStream();
-    const auto single = capture->createScreenCaptureStream();
+    const auto everything = createScreenCapture();
+    const auto single = createScreenCapture();
     start(*everything);
     start(*single, app(u"org.one"_s));
     ASSERT_TRUE(hearsMore(1));
     pulse.kill();
     ASSERT_TRUE(waitUntil([&] { return stops.size() == 2; }));
-    bool available = false;
-    capture->setAvailabilityHandler([&](bool is) { available = is; });
+    capture->setListener(this);
     pulse.start();
-    ASSERT_TRUE(waitUntil([&] { return available; }));
+    ASSERT_TRUE(waitUntil([&] { return isToldAvailable(); }));
     EXPECT_THAT(stops, SizeIs(2));
 }
 
