@@ -6,6 +6,7 @@
 #include "CaptureSources.h"
 #include "Log.h"
 #include "SampleRateConverter.h"
+#include "ThreadChecks.h"
 
 #include <QPointer>
 
@@ -82,6 +83,7 @@ void CaptureSources::startMicrophoneCaptureInternal() {
 }
 
 void CaptureSources::microphonePrepared(const MicrophonePreparation& found) {
+    ORV_ON_MAIN();
     if (found.failure == MicrophoneFailure::NoEngine) {
         failed(u"❌ Audio Engine konnte nicht erstellt werden"_s);
         return;
@@ -132,6 +134,7 @@ void CaptureSources::startMicrophoneStream() {
 }
 
 void CaptureSources::microphoneStarted(const QString& error) {
+    ORV_ON_MAIN();
     if (error.isEmpty()) {
         logLine(captureLines::microphoneStarted(run_->format));
         running();
@@ -145,6 +148,7 @@ void CaptureSources::microphoneBuffer(const MicrophoneBuffer& buffer) {
 }
 
 void CaptureSources::microphoneStopped(const QString& error) {
+    ORV_ON_MAIN();
     logLine(QString(u"❌ Mikrofon-Engine gestoppt: "_s + error));
     retryLater();
 }

@@ -4,6 +4,7 @@
 #include "CaptureRun.h"
 #include "CaptureSources.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <utility>
 
@@ -31,6 +32,7 @@ void CaptureSources::screenCaptureBlock(std::span<const std::byte> block) {
 }
 
 void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
+    ORV_ON_MAIN();
     if (!outcome.displayFound) {
         failed(u"❌ Kein Display gefunden"_s);
         return;
@@ -65,6 +67,7 @@ void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
 }
 
 void CaptureSources::screenCaptureStopped(const QString& error) {
+    ORV_ON_MAIN();
     logLine(QString(u"❌ SCStream gestoppt: "_s + error));
     retryLater();
 }

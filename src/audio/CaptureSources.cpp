@@ -4,6 +4,7 @@
 #include "CaptureRun.h"
 #include "Log.h"
 #include "SampleRateConverter.h"
+#include "ThreadChecks.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,6 +26,7 @@ CaptureSources::CaptureSources(AudioCapture& capture, AudioIngest& ingest, Captu
     , capture_(capture)
     , ingest_(ingest)
     , timings_(timings) {
+    ORV_ON_MAIN();
     retry_.setSingleShot(true);
     connect(&retry_, &QTimer::timeout, this, &CaptureSources::retry);
     capture_.setListener(this);
@@ -32,6 +34,7 @@ CaptureSources::CaptureSources(AudioCapture& capture, AudioIngest& ingest, Captu
 }
 
 CaptureSources::~CaptureSources() {
+    ORV_ON_MAIN();
     capture_.setListener(nullptr);
     run_.reset();
 }
@@ -42,6 +45,7 @@ bool CaptureSources::isRunning() const {
 
 bool CaptureSources::start(AudioSourceType source, const QString& deviceId,
                            const QString& appBundleId) {
+    ORV_ON_MAIN();
     stop();
     const int raw = static_cast<int>(source);
     if (!audioSourceFromRaw(raw)) {
@@ -64,6 +68,7 @@ bool CaptureSources::start(AudioSourceType source, const QString& deviceId,
 }
 
 void CaptureSources::stop() {
+    ORV_ON_MAIN();
     if (!run_) {
         return;
     }
@@ -127,6 +132,7 @@ void CaptureSources::retry() {
 }
 
 void CaptureSources::captureAvailabilityChanged(bool available) {
+    ORV_ON_MAIN();
     if (available && retry_.isActive()) {
         retry();
     }

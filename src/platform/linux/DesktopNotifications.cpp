@@ -1,5 +1,7 @@
 #include "DesktopNotifications.h"
 
+#include "ThreadChecks.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
@@ -16,6 +18,7 @@ DesktopNotifications::DesktopNotifications(QDBusConnection bus)
 
 void DesktopNotifications::requestAuthorization(NotificationOptions /*options*/,
                                                 Answer<const NotificationAuthorization&> done) {
+    ORV_ON_MAIN();
     const QDBusMessage question = QDBusMessage::createMethodCall(
         u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s,
         u"org.freedesktop.Notifications"_s, u"GetCapabilities"_s);

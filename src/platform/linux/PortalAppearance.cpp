@@ -1,5 +1,7 @@
 #include "PortalAppearance.h"
 
+#include "ThreadChecks.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -39,6 +41,7 @@ ColourScheme colourSchemeFrom(const QVariant& value) {
 }
 
 void PortalAppearance::setHandler(Handler handler) {
+    ORV_ON_MAIN();
     handler_ = std::move(handler);
     if (!handler_) {
         return;

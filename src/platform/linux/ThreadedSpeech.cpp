@@ -2,6 +2,7 @@
 
 #include "EventLoopThread.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <QCoreApplication>
 
@@ -148,6 +149,7 @@ ThreadedSpeech::ThreadedSpeech(EngineMaker maker, SpeechTimings timings)
     , timings_(timings) {}
 
 ThreadedSpeech::~ThreadedSpeech() {
+    ORV_ON_MAIN();
     if (!thread_) {
         return;
     }
@@ -163,14 +165,17 @@ ThreadedSpeech::~ThreadedSpeech() {
 }
 
 void ThreadedSpeech::prepare() {
+    ORV_ON_MAIN();
     request({.prepare = true});
 }
 
 void ThreadedSpeech::speak(const QString& text) {
+    ORV_ON_MAIN();
     request({.text = text});
 }
 
 void ThreadedSpeech::stop() {
+    ORV_ON_MAIN();
     if (thread_) {
         request({.stop = true});
     }

@@ -1,6 +1,7 @@
 #include "NullAudioCapture.h"
 
 #include "Post.h"
+#include "ThreadChecks.h"
 
 #include <utility>
 
@@ -24,6 +25,7 @@ class NullAudioCapture::Microphone final : public MicrophoneStream {
     ~Microphone() override { release(); }
 
     void prepare(const QString& deviceId) override {
+        ORV_ON_MAIN();
         ++state_->asked.preparations;
         state_->asked.deviceId = deviceId;
         post(&context_, [this, answer = state_->answers.preparation] {
@@ -32,6 +34,7 @@ class NullAudioCapture::Microphone final : public MicrophoneStream {
     }
 
     void start(std::size_t framesPerBuffer) override {
+        ORV_ON_MAIN();
         state_->asked.framesPerBuffer = framesPerBuffer;
         post(&context_, [this, error = state_->answers.microphoneStartError] {
             if (error.isEmpty()) {
@@ -69,6 +72,7 @@ class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
     ~ScreenCapture() override { release(); }
 
     void start(const ScreenCaptureRequest& request) override {
+        ORV_ON_MAIN();
         ++state_->asked.screenCaptureStarts;
         state_->asked.screenCapture = request;
         post(&context_, [this, answer = state_->answers.screenCapture] {
@@ -83,6 +87,7 @@ class NullAudioCapture::ScreenCapture final : public ScreenCaptureStream {
     }
 
     void stop(Answer<const QString&> done) override {
+        ORV_ON_MAIN();
         isOver_ = true;
         release();
         post(&context_, [done = std::move(done), error = state_->answers.screenCaptureStopError] {
@@ -158,6 +163,7 @@ bool NullAudioCapture::deliverBlock(std::span<const std::byte> block) {
 }
 
 bool NullAudioCapture::endMicrophone(const QString& error) {
+    ORV_ON_MAIN();
     if (!isMicrophoneRunning()) {
         return false;
     }
@@ -166,6 +172,7 @@ bool NullAudioCapture::endMicrophone(const QString& error) {
 }
 
 bool NullAudioCapture::endScreenCapture(const QString& error) {
+    ORV_ON_MAIN();
     if (!isScreenCaptureRunning()) {
         return false;
     }
@@ -190,29 +197,34 @@ void NullAudioCapture::tellAvailability(bool available) {
 }
 
 void NullAudioCapture::microphoneAuthorization(Answer<CaptureAuthorization> done) {
+    ORV_ON_MAIN();
     post(&context_,
          [done = std::move(done), answer = state_->answers.authorization] { done(answer); });
 }
 
 void NullAudioCapture::requestMicrophoneAccess(Answer<bool> done) {
+    ORV_ON_MAIN();
     ++state_->asked.accessRequests;
     post(&context_,
          [done = std::move(done), answer = state_->answers.accessGranted] { done(answer); });
 }
 
 void NullAudioCapture::listInputDevices(Answer<const QList<AudioDevice>&> done) {
+    ORV_ON_MAIN();
     ++state_->asked.listings;
     post(&context_,
          [done = std::move(done), answer = state_->answers.inputDevices] { done(answer); });
 }
 
 void NullAudioCapture::listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) {
+    ORV_ON_MAIN();
     ++state_->asked.listings;
     post(&context_,
          [done = std::move(done), answer = state_->answers.capturableApps] { done(answer); });
 }
 
 void NullAudioCapture::listRunningApps(Answer<const QList<RunningApp>&> done) {
+    ORV_ON_MAIN();
     ++state_->asked.listings;
     post(&context_,
          [done = std::move(done), answer = state_->answers.runningApps] { done(answer); });
@@ -220,15 +232,18 @@ void NullAudioCapture::listRunningApps(Answer<const QList<RunningApp>&> done) {
 
 std::unique_ptr<MicrophoneStream>
 NullAudioCapture::createMicrophoneStream(MicrophoneStream::Listener& listener) {
+    ORV_ON_MAIN();
     return std::make_unique<Microphone>(state_, listener);
 }
 
 std::unique_ptr<ScreenCaptureStream>
 NullAudioCapture::createScreenCaptureStream(ScreenCaptureStream::Listener& listener) {
+    ORV_ON_MAIN();
     return std::make_unique<ScreenCapture>(state_, listener);
 }
 
 void NullAudioCapture::setListener(Listener* listener) {
+    ORV_ON_MAIN();
     listener_ = listener;
 }
 

@@ -4,6 +4,7 @@
 #include "Post.h"
 #include "PulseMicrophone.h"
 #include "PulseScreenCapture.h"
+#include "ThreadChecks.h"
 
 #include <QCoreApplication>
 
@@ -50,6 +51,7 @@ QList<AudioDevice> inputDevices(const std::vector<PulseSource>& sources) {
 PulseAudioCapture::PulseAudioCapture(PulseOptions options, RunningAppPlaces places)
     : connection_(std::make_shared<PulseConnection>(std::move(options)))
     , scanner_(std::make_shared<RunningAppScanner>(std::move(places))) {
+    ORV_ON_MAIN();
     settle_.setSingleShot(true);
     settle_.setInterval(50ms);
     QObject::connect(&settle_, &QTimer::timeout, &context_, [this] {
@@ -65,12 +67,14 @@ PulseAudioCapture::PulseAudioCapture(PulseOptions options, RunningAppPlaces plac
 }
 
 PulseAudioCapture::~PulseAudioCapture() {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     connection_->removeListener(this);
     connection_->forget(this);
 }
 
 void PulseAudioCapture::microphoneAuthorization(Answer<CaptureAuthorization> done) {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     connection_->whenSettled(this, [this, done = std::move(done)](bool ready) {
         post(&context_, [done, ready] {
@@ -80,12 +84,14 @@ void PulseAudioCapture::microphoneAuthorization(Answer<CaptureAuthorization> don
 }
 
 void PulseAudioCapture::requestMicrophoneAccess(Answer<bool> done) {
+    ORV_ON_MAIN();
     microphoneAuthorization([done = std::move(done)](CaptureAuthorization status) {
         done(status == CaptureAuthorization::Authorized);
     });
 }
 
 void PulseAudioCapture::listInputDevices(Answer<const QList<AudioDevice>&> done) {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     connection_->whenSettled(this, [this, done = std::move(done)](bool) {
         connection_->listSources(this, [this, done](const auto& sources) {
@@ -96,6 +102,7 @@ void PulseAudioCapture::listInputDevices(Answer<const QList<AudioDevice>&> done)
 }
 
 void PulseAudioCapture::listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) {
+    ORV_ON_MAIN();
     scanner_->scan(&context_, [this, done = std::move(done)](const QList<RunningApp>& running) {
         const PulseLock lock(*connection_);
         connection_->whenSettled(this, [this, done, running](bool) {
@@ -114,20 +121,24 @@ void PulseAudioCapture::listCapturableApps(Answer<const std::optional<QList<Runn
 }
 
 void PulseAudioCapture::listRunningApps(Answer<const QList<RunningApp>&> done) {
+    ORV_ON_MAIN();
     scanner_->scan(&context_, std::move(done));
 }
 
 std::unique_ptr<MicrophoneStream>
 PulseAudioCapture::createMicrophoneStream(MicrophoneStream::Listener& listener) {
+    ORV_ON_MAIN();
     return std::make_unique<PulseMicrophone>(connection_, listener);
 }
 
 std::unique_ptr<ScreenCaptureStream>
 PulseAudioCapture::createScreenCaptureStream(ScreenCaptureStream::Listener& listener) {
+    ORV_ON_MAIN();
     return std::make_unique<PulseScreenCapture>(connection_, scanner_, listener);
 }
 
 void PulseAudioCapture::setListener(Listener* listener) {
+    ORV_ON_MAIN();
     listener_ = listener;
 }
 

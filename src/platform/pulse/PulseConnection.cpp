@@ -1,5 +1,7 @@
 #include "PulseConnection.h"
 
+#include "ThreadChecks.h"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -42,6 +44,7 @@ struct PulseConnection::ListRequest : Request {
 
     static void answer(pa_context*, const Info* info, int end, void* user) {
         auto* self = static_cast<ListRequest*>(user);
+        ORV_ON(self->connection);
         if (end == 0 && info) {
             self->values.push_back(Convert(*info));
             return;
@@ -62,6 +65,7 @@ PulseConnection::PulseConnection(PulseOptions options)
     , loop_(pa_threaded_mainloop_new())
     , reconnect_(std::make_unique<PulseTimer>(api(), [this] { connect(); }))
     , pause_(options_.firstReconnect) {
+    ORV_ON_MAIN();
     pa_threaded_mainloop_set_name(loop_.get(), "orv-capture");
     pa_threaded_mainloop_start(loop_.get());
     const PulseLock lock(*this);
@@ -69,7 +73,7 @@ PulseConnection::PulseConnection(PulseOptions options)
 }
 
 PulseConnection::~PulseConnection() {
-    Q_ASSERT(!pa_threaded_mainloop_in_thread(loop_.get()));
+    ORV_ON_MAIN();
     Q_ASSERT(listeners_.empty());
     pa_threaded_mainloop_stop(loop_.get());
     requests_.clear();
@@ -222,6 +226,7 @@ void PulseConnection::failed() {
 }
 
 void PulseConnection::subscribed(pa_subscription_event_type_t type) {
+    ORV_ON(*this);
     const auto facility = type & PA_SUBSCRIPTION_EVENT_FACILITY_MASK;
     const bool comesOrGoes =
         (type & PA_SUBSCRIPTION_EVENT_TYPE_MASK) != PA_SUBSCRIPTION_EVENT_CHANGE;

@@ -1,6 +1,7 @@
 #include "PulseMicrophone.h"
 
 #include "Post.h"
+#include "ThreadChecks.h"
 
 #include <cmath>
 #include <utility>
@@ -26,12 +27,14 @@ PulseMicrophone::PulseMicrophone(std::shared_ptr<PulseConnection> connection,
     , listener_(listener) {}
 
 PulseMicrophone::~PulseMicrophone() {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     connection_->forget(this);
     stream_.reset();
 }
 
 void PulseMicrophone::prepare(const QString& deviceId) {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     connection_->forget(this);
     stream_.reset();
@@ -132,6 +135,7 @@ void PulseMicrophone::finishPreparation(MicrophoneFailure failure) {
 }
 
 void PulseMicrophone::start(std::size_t framesPerBuffer) {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     framesPerBuffer_ = framesPerBuffer;
     purpose_ = Purpose::Start;

@@ -1,5 +1,7 @@
 #include "PulseRecordStream.h"
 
+#include "ThreadChecks.h"
+
 namespace orv {
 
 namespace {
@@ -96,6 +98,7 @@ void PulseRecordStream::stateChanged() {
 }
 
 void PulseRecordStream::readable() {
+    ORV_ON(connection_);
     const std::size_t frameSize = channels_ * sizeof(float);
     while (pa_stream_readable_size(stream_.get()) > 0) {
         const void* data = nullptr;

@@ -2,6 +2,7 @@
 
 #include "ApplicationIdentity.h"
 #include "Post.h"
+#include "ThreadChecks.h"
 
 #include <QCoreApplication>
 
@@ -63,11 +64,13 @@ PulseScreenCapture::PulseScreenCapture(std::shared_ptr<PulseConnection> connecti
     , retake_(connection_->api(), [this] { takeUp(); }) {}
 
 PulseScreenCapture::~PulseScreenCapture() {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     release();
 }
 
 void PulseScreenCapture::start(const ScreenCaptureRequest& request) {
+    ORV_ON_MAIN();
     const PulseLock lock(*connection_);
     release();
     isStopped_ = false;
@@ -135,6 +138,7 @@ void PulseScreenCapture::startApplication(const QList<RunningApp>& runningApps) 
 }
 
 void PulseScreenCapture::pulseLost() {
+    ORV_ON(*connection_);
     if (isStarting_) {
         failStart(u"Verbindung zum Soundserver verloren"_s);
         return;
@@ -148,6 +152,7 @@ void PulseScreenCapture::pulseLost() {
 }
 
 void PulseScreenCapture::pulseChanged(PulseChange change) {
+    ORV_ON(*connection_);
     const bool concernsApplication =
         change == PulseChange::Playbacks || change == PulseChange::PlaybackMoved;
     const bool concernsSink = change == PulseChange::Server || change == PulseChange::Sinks;
@@ -253,6 +258,7 @@ void PulseScreenCapture::streamEnded(std::uint32_t id, const QString& error) {
 }
 
 void PulseScreenCapture::tick() {
+    ORV_ON(*connection_);
     mixer_->advance(now());
     ticker_.schedule(connection_->context(), BlockMixer::blockDuration);
 }
@@ -278,6 +284,7 @@ void PulseScreenCapture::tellStarted() {
 }
 
 void PulseScreenCapture::stop(Answer<const QString&> done) {
+    ORV_ON_MAIN();
     isStopped_ = true;
     const PulseLock lock(*connection_);
     release();

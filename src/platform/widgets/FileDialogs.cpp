@@ -1,5 +1,7 @@
 #include "FileDialogs.h"
 
+#include "ThreadChecks.h"
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -18,6 +20,7 @@ FileDialogs::~FileDialogs() {
 }
 
 void FileDialogs::chooseFile(const FileChoice& choice, Answer<const QString&> chosen) {
+    ORV_ON_MAIN();
     if (open_) {
         open_->raise();
         open_->activateWindow();

@@ -1,6 +1,7 @@
 #include "MessageDialogs.h"
 
 #include "SvgIcon.h"
+#include "ThreadChecks.h"
 
 #include <QLabel>
 #include <QMessageBox>
@@ -54,6 +55,7 @@ MessageDialogs::~MessageDialogs() {
 }
 
 void MessageDialogs::showAlert(const Alert& alert, Answer<int> done) {
+    ORV_ON_MAIN();
     Q_ASSERT(!alert.buttons.isEmpty());
     auto* box = new QMessageBox;
     open_.removeIf([](const QPointer<QMessageBox>& other) { return other.isNull(); });

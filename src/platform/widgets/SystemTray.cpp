@@ -2,6 +2,7 @@
 
 #include "ScreenPlacement.h"
 #include "TemplateIcon.h"
+#include "ThreadChecks.h"
 
 #include <QAction>
 #include <QEvent>
@@ -55,14 +56,17 @@ SystemTray::SystemTray() {
 }
 
 void SystemTray::setListener(Listener* listener) {
+    ORV_ON_MAIN();
     listener_ = listener;
 }
 
 bool SystemTray::isAvailable() const {
+    ORV_ON_MAIN();
     return available_;
 }
 
 void SystemTray::setIcon(TrayIcon icon, const QString& description) {
+    ORV_ON_MAIN();
     shown_ = icon;
     drawIcon();
     icon_.setToolTip(description);
@@ -91,6 +95,7 @@ bool SystemTray::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void SystemTray::showMenu(const QList<TrayMenuItem>& items) {
+    ORV_ON_MAIN();
     menu_.clear();
     for (const TrayMenuItem& item : items) {
         if (item.text.isEmpty()) {
