@@ -4,8 +4,8 @@
 
 namespace orv {
 
-/// Makes the system's fonts known to the program on a thread of its own, so that the first window
-/// that shows a text need not wait for it. Making one is all there is to do; destroying it waits
+/// The loading of the system's fonts on a thread of its own, so that the first window that shows a
+/// text need not wait for it. Making one is all there is to do; destroying it waits
 /// for the thread, which takes some ten milliseconds. Whoever needs fonts earlier loads them as
 /// ever.
 class FontPreparation {

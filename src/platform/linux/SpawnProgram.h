@@ -25,6 +25,7 @@ struct ProgramCall {
     std::vector<int> descriptors;
 };
 
+/// What became of a call.
 struct SpawnedProgram {
     pid_t pid = -1; ///< Of a child of the calling process, which has to wait for it.
     QString error;  ///< Why there is no program; empty on success.

@@ -9,8 +9,8 @@
 
 namespace orv {
 
-/// Asks `lsof`, a tool that lists what has network ports open. The port is in use exactly when the
-/// tool says anything at all; a tool that can't be run says nothing.
+/// A port probe that asks `lsof`, a tool that lists what has network ports open. The port is in use
+/// exactly when the tool says anything at all; a tool that can't be run says nothing.
 class SystemPortProbe : public PortProbe {
   public:
     /// `tool` is an absolute path or a name to be looked up in PATH. A tool that takes longer than

@@ -4,7 +4,7 @@
 
 namespace orv {
 
-/// Sees nothing: every port is free.
+/// A port probe that sees nothing: every port is free.
 class NullPortProbe : public PortProbe {
   public:
     bool isPortInUse(quint16 /*port*/) override { return false; }

@@ -6,6 +6,8 @@
 
 namespace orv {
 
+// Owners of the library's objects. Each release says what has to hold when it happens.
+
 struct PulseMainloopRelease {
     /// Not with the loop's lock held: waits for the loop's thread.
     void operator()(pa_threaded_mainloop* loop) const {

@@ -21,6 +21,7 @@ struct PulseSource {
     pa_channel_map channelMap = {};
 };
 
+/// What the program needs to know of a sink, which is an output.
 struct PulseSink {
     QByteArray name;
     QByteArray monitorName;
