@@ -27,10 +27,7 @@ AppDelegate::AppDelegate(DelegateEnvironment environment, QObject* parent)
 void AppDelegate::applicationDidFinishLaunching() {
     ORV_ON_MAIN();
     updateMenuBarIcon(false, false);
-    environment_.statusItem.setClickHandler(
-        [this](TrayClick click) { statusBarButtonClicked(click); });
-    environment_.statusItem.setAvailabilityHandler(
-        [this](bool available) { followTray(available); });
+    environment_.statusItem.setListener(this);
     environment_.overlayServer.applySettings(OverlayServing::fromSettings(environment_.settings));
     observeUpdates();
     askForNotifications();
@@ -71,6 +68,10 @@ void AppDelegate::askForNotifications() {
                         (answer.error.isEmpty() ? boolText(false) : answer.error));
             }
         });
+}
+
+void AppDelegate::trayClicked(TrayClick click) {
+    statusBarButtonClicked(click);
 }
 
 void AppDelegate::statusBarButtonClicked(TrayClick click) {
@@ -187,9 +188,9 @@ void AppDelegate::translationStatusChanged(bool isTranslating) {
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
 }
 
-void AppDelegate::followTray(bool available) {
+void AppDelegate::trayAvailabilityChanged(bool available) {
     ORV_ON_MAIN();
-    Q_EMIT trayAvailabilityChanged(available);
+    Q_EMIT trayCameOrWent(available);
     // A panel that is open as a window when the tray comes stays; one that is hidden when the tray
     // goes would be out of reach.
     if (!available) {

@@ -49,7 +49,7 @@ struct DelegateEnvironment {
 
 /// The application delegate: runs the launch and the end of the program, and between them the item
 /// in the tray with its panel and menu. Lives on the main thread.
-class AppDelegate : public QObject {
+class AppDelegate : public QObject, private Tray::Listener {
     Q_OBJECT
 
   public:
@@ -90,14 +90,15 @@ class AppDelegate : public QObject {
 
   Q_SIGNALS:
     /// The tray has come or gone, and the panel is about to be shown accordingly.
-    void trayAvailabilityChanged(bool available);
+    void trayCameOrWent(bool available);
 
   private:
     /// The menu as it stands now, top to bottom.
     QList<TrayMenuItem> contextMenu();
     void observeUpdates();
     void askForNotifications();
-    void followTray(bool available);
+    void trayClicked(TrayClick click) override;
+    void trayAvailabilityChanged(bool available) override;
 
     struct IconState {
         bool backendRunning = false;

@@ -190,7 +190,7 @@ void Shell::connectObjects() {
                      &AppDelegate::backendStatusChanged);
     QObject::connect(controller_.get(), &TranslationController::TranslationStatusChanged,
                      delegate_.get(), &AppDelegate::translationStatusChanged);
-    QObject::connect(delegate_.get(), &AppDelegate::trayAvailabilityChanged, delegate_.get(),
+    QObject::connect(delegate_.get(), &AppDelegate::trayCameOrWent, delegate_.get(),
                      [this](bool available) {
                          if (panel_ != nullptr) {
                              panel_->setHasTray(available);

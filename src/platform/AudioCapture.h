@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Answer.h"
 #include "AudioDevice.h"
 #include "RunningApp.h"
 
@@ -7,7 +8,6 @@
 #include <QString>
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -61,29 +61,43 @@ struct MicrophonePreparation {
     AudioFormat format;        ///< As it will be delivered.
 };
 
-/// Capture from one input device. All calls and all completions happen on the thread that created
-/// it; buffers arrive on the platform's capture thread. Destroying the object ends the capture; no
-/// handler runs after the destructor has returned. A handler that runs on the owner's thread may
-/// destroy the object.
+/// Capture from one input device. Made, used and destroyed on the main thread. Destroying it ends
+/// the capture; nothing comes to its listener after the destructor has returned.
 class MicrophoneStream {
   public:
-    using BufferHandler = std::function<void(const MicrophoneBuffer&)>;
-    /// Called once when a running capture ends by itself: device or sound service gone.
-    using StoppedHandler = std::function<void(const QString& error)>;
+    /// Who uses the stream, and outlives it. Called on the main thread, but for the buffers. A call
+    /// on the main thread may destroy the stream; what the call hands over stays valid until its
+    /// return.
+    class Listener {
+      public:
+        /// The answer to `prepare`: comes later, once.
+        virtual void microphonePrepared(const MicrophonePreparation& found) = 0;
+
+        /// The answer to `start`: comes later, once, with an empty string or the reason of the
+        /// failure.
+        virtual void microphoneStarted(const QString& error) = 0;
+
+        /// Sound, on the platform's capture thread, which must not be held up: no memory is asked
+        /// for and the system is not called. The first buffers may come before the answer to
+        /// `start`.
+        virtual void microphoneBuffer(const MicrophoneBuffer& buffer) = 0;
+
+        /// A running capture has ended by itself: device or sound service gone. Comes once.
+        virtual void microphoneStopped(const QString& error) = 0;
+
+      protected:
+        ~Listener() = default;
+    };
 
     virtual ~MicrophoneStream() = default;
 
     /// Chooses the device (`deviceId`; empty: the default input), asks it for 48 kHz and tells the
-    /// format that buffers will have. Never blocks; `done` is called later, once.
-    virtual void prepare(const QString& deviceId,
-                         std::function<void(const MicrophonePreparation&)> done) = 0;
+    /// format that buffers will have. Never blocks.
+    virtual void prepare(const QString& deviceId) = 0;
 
     /// After a successful `prepare`: starts delivering buffers of `framesPerBuffer` frames (the
-    /// platform may deliver other sizes). Never blocks; `done` is called later, once, with an
-    /// empty string or the reason of the failure.
-    virtual void start(std::size_t framesPerBuffer, BufferHandler onBuffer,
-                       StoppedHandler onStopped,
-                       std::function<void(const QString& error)> done) = 0;
+    /// platform may deliver other sizes). Never blocks.
+    virtual void start(std::size_t framesPerBuffer) = 0;
 };
 
 /// What to capture of everything the machine plays.
@@ -111,51 +125,77 @@ struct ScreenCaptureStart {
 /// change of what the machine plays on, do not end the capture.
 class ScreenCaptureStream {
   public:
-    /// One block of raw bytes, on the capture thread, valid only during the call.
-    using BlockHandler = std::function<void(std::span<const std::byte>)>;
-    using StoppedHandler = std::function<void(const QString& error)>;
+    /// Who uses the stream, and outlives it. Threads and lifetime as for
+    /// `MicrophoneStream::Listener`.
+    class Listener {
+      public:
+        /// The answer to `start`: comes later, once.
+        virtual void screenCaptureStarted(const ScreenCaptureStart& outcome) = 0;
+
+        /// One block of raw bytes, on the platform's capture thread like a microphone's buffers;
+        /// valid only during the call.
+        virtual void screenCaptureBlock(std::span<const std::byte> block) = 0;
+
+        /// A running capture has ended by itself: the sound service is gone. Comes once.
+        virtual void screenCaptureStopped(const QString& error) = 0;
+
+      protected:
+        ~Listener() = default;
+    };
 
     virtual ~ScreenCaptureStream() = default;
 
-    /// Starts capturing. Never blocks; `done` is called later, once.
-    virtual void start(const ScreenCaptureRequest& request, BlockHandler onBlock,
-                       StoppedHandler onStopped,
-                       std::function<void(const ScreenCaptureStart&)> done) = 0;
+    /// Starts capturing. Never blocks.
+    virtual void start(const ScreenCaptureRequest& request) = 0;
 
-    /// Ends the capture, or its start: no block, no `onStopped` and no answer of `start` come after
-    /// the return. `done` is called later, once, with an empty string or what went wrong, unless
-    /// the object is destroyed before.
-    virtual void stop(std::function<void(const QString& error)> done) = 0;
+    /// Ends the capture, or its start: nothing comes to the listener after the return. The answer
+    /// is an empty string or what went wrong.
+    virtual void stop(Answer<const QString&> done) = 0;
 };
 
 /// The sound services of a platform: what can be listened to, and the listening. Lives on the main
-/// thread; nothing here blocks, and every completion and handler runs later on that thread.
+/// thread; nothing here blocks. Every question is answered.
 class AudioCapture {
   public:
+    /// Who follows the sound services. Called on the main thread.
+    class Listener {
+      public:
+        /// Devices or applications have come or gone; several changes may be told at once.
+        virtual void captureListsChanged() = 0;
+
+        /// The sound service has gone away (false) or is there again (true), which is the moment
+        /// to start a capture again that ended by itself.
+        virtual void captureAvailabilityChanged(bool available) = 0;
+
+      protected:
+        ~Listener() = default;
+    };
+
     virtual ~AudioCapture() = default;
 
-    virtual void microphoneAuthorization(std::function<void(CaptureAuthorization)> done) = 0;
-    virtual void requestMicrophoneAccess(std::function<void(bool granted)> done) = 0;
+    virtual void microphoneAuthorization(Answer<CaptureAuthorization> done) = 0;
+    /// Answers whether the access was granted.
+    virtual void requestMicrophoneAccess(Answer<bool> done) = 0;
 
     /// Devices that have input channels, without the platform's own loop-backs of outputs unless a
     /// person would choose them as an input.
-    virtual void listInputDevices(std::function<void(const QList<AudioDevice>&)> done) = 0;
+    virtual void listInputDevices(Answer<const QList<AudioDevice>&> done) = 0;
     /// Applications whose sound can be captured; no value when the platform refuses to tell.
-    virtual void
-    listCapturableApps(std::function<void(const std::optional<QList<RunningApp>>&)> done) = 0;
+    virtual void listCapturableApps(Answer<const std::optional<QList<RunningApp>>&> done) = 0;
     /// Running applications that may play sound, whether they do so now or not.
-    virtual void listRunningApps(std::function<void(const QList<RunningApp>&)> done) = 0;
+    virtual void listRunningApps(Answer<const QList<RunningApp>&> done) = 0;
 
-    virtual std::unique_ptr<MicrophoneStream> createMicrophoneStream() = 0;
-    virtual std::unique_ptr<ScreenCaptureStream> createScreenCaptureStream() = 0;
+    // A stream may outlive the object that made it.
 
-    /// Called when devices or applications come or go (several changes may be told at once). One
-    /// handler; an empty one ends it.
-    virtual void setListsChangedHandler(std::function<void()> handler) = 0;
+    /// Null when the sound service cannot be used at all.
+    virtual std::unique_ptr<MicrophoneStream>
+    createMicrophoneStream(MicrophoneStream::Listener& listener) = 0;
+    /// Never null.
+    virtual std::unique_ptr<ScreenCaptureStream>
+    createScreenCaptureStream(ScreenCaptureStream::Listener& listener) = 0;
 
-    /// Called when the sound service goes away (false) or is there again (true): the moment to
-    /// start a capture again that `StoppedHandler` ended. One handler; an empty one ends it.
-    virtual void setAvailabilityHandler(std::function<void(bool available)> handler) = 0;
+    /// One listener; null ends it.
+    virtual void setListener(Listener* listener) = 0;
 };
 
 /// The sound services of this machine. Returns at once; the service is contacted in the background

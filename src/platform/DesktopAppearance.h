@@ -5,17 +5,20 @@
 
 namespace orv {
 
-/// What the desktop wants programs to look like.
+/// What programs shall look like, as the user has told the desktop.
 enum class ColourScheme { NoPreference, Dark, Light };
 
-/// Tells the person's wish for light or dark programs. Lives on the main thread; nothing blocks.
+/// The desktop's setting whether programs are light or dark. Lives on the main thread; nothing
+/// blocks.
 class DesktopAppearance {
   public:
+    using Handler = std::function<void(ColourScheme)>;
+
     virtual ~DesktopAppearance() = default;
 
     /// Called later with the scheme, and again whenever it changes; not at all where the desktop
-    /// has no such wish to tell. One handler; an empty one ends it.
-    virtual void setHandler(std::function<void(ColourScheme)> handler) = 0;
+    /// has no such setting. One handler; an empty one ends it.
+    virtual void setHandler(Handler handler) = 0;
 };
 
 /// This desktop's.

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Answer.h"
+
 #include <QString>
 #include <QStringList>
 
-#include <functional>
-
 namespace orv {
 
+/// How serious an alert is.
 enum class AlertStyle { Informational, Warning };
 
 /// The picture beside an alert's texts.
@@ -24,14 +25,14 @@ struct Alert {
     AlertIcon icon = AlertIcon::OfStyle;
 };
 
-/// Shows alerts. Main thread only.
+/// The desktop's modal alerts. Main thread only.
 class Dialogs {
   public:
     virtual ~Dialogs() = default;
 
-    /// Shows `alert` above the program's windows and returns at once. `done`, when given, is called
-    /// later, once, with the index of the chosen button (closing the alert chooses the last one).
-    virtual void showAlert(const Alert& alert, std::function<void(int chosen)> done = {}) = 0;
+    /// Shows `alert` above the program's windows and returns at once. The answer, where one is
+    /// asked for, is the index of the chosen button (closing the alert chooses the last one).
+    virtual void showAlert(const Alert& alert, Answer<int> done = {}) = 0;
 };
 
 } // namespace orv

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "Answer.h"
 
-#include <functional>
+#include <QString>
 
 namespace orv {
 
@@ -13,16 +13,14 @@ struct FileChoice {
     QString startsWith; ///< A file whose folder is shown first; may be empty.
 };
 
-/// Lets the user choose a file. Main thread only.
+/// The desktop's panel in which the user chooses a file. Main thread only.
 class FileChooser {
   public:
     virtual ~FileChooser() = default;
 
-    /// Shows a panel and returns at once. `chosen` is called later with the file's absolute path,
-    /// once, or not at all when the user cancels. While a panel is open, asking again only brings
-    /// it to the front.
-    virtual void chooseFile(const FileChoice& choice,
-                            std::function<void(const QString& path)> chosen) = 0;
+    /// Shows a panel and returns at once. The answer is the file's absolute path; there is none
+    /// when the user cancels. While a panel is open, asking again only brings it to the front.
+    virtual void chooseFile(const FileChoice& choice, Answer<const QString&> chosen) = 0;
 };
 
 } // namespace orv

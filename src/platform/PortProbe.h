@@ -6,7 +6,7 @@
 
 namespace orv {
 
-/// Tells whether anything on this machine uses a TCP or UDP port.
+/// A look at whether anything on this machine uses a TCP or UDP port.
 class PortProbe {
   public:
     virtual ~PortProbe() = default;

@@ -6,7 +6,7 @@
 
 namespace orv {
 
-/// Reads texts aloud, with the platform's default voice at its default rate. Called on the main
+/// The platform's default voice, which reads texts aloud at its default rate. Called on the main
 /// thread; nothing here waits, whatever the speech service does. Not being able to speak is no
 /// error: the log says so once, and the calls do nothing.
 class SpeechSynthesizer {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Answer.h"
+
 #include <QFlags>
 #include <QString>
-
-#include <functional>
 
 namespace orv {
 
@@ -23,11 +23,9 @@ class UserNotifications {
   public:
     virtual ~UserNotifications() = default;
 
-    /// Asks whether the program may notify the user. Returns at once; `done` is called later, once,
-    /// unless the object goes first.
-    virtual void
-    requestAuthorization(NotificationOptions options,
-                         std::function<void(const NotificationAuthorization& answer)> done) = 0;
+    /// Asks whether the program may notify the user. Returns at once; the answer always comes.
+    virtual void requestAuthorization(NotificationOptions options,
+                                      Answer<const NotificationAuthorization&> done) = 0;
 };
 
 } // namespace orv

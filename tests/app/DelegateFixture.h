@@ -55,7 +55,7 @@ class DelegateFixture : public ::testing::Test {
                                         return window;
                                     },
                                 .timings = timings});
-        QObject::connect(delegate.get(), &AppDelegate::trayAvailabilityChanged, delegate.get(),
+        QObject::connect(delegate.get(), &AppDelegate::trayCameOrWent, delegate.get(),
                          [this](bool available) {
                              panel.calls.append(available ? u"tray came"_s : u"tray went"_s);
                          });

@@ -122,30 +122,27 @@ class FakeUserNotifications : public UserNotifications {
 
 class FakeTray : public Tray {
   public:
-    bool isAvailable() const override { return available; }
+    void setListener(Listener* newListener) override { listener = newListener; }
 
-    void setAvailabilityHandler(std::function<void(bool available)> handler) override {
-        availabilityChanged = std::move(handler);
-    }
+    bool isAvailable() const override { return available; }
 
     void setIcon(TrayIcon newIcon, const QString& newDescription) override {
         icon = newIcon;
         description = newDescription;
     }
 
-    void setClickHandler(std::function<void(TrayClick click)> handler) override {
-        click = std::move(handler);
-    }
-
     void showMenu(const QList<TrayMenuItem>& items) override { menus.append(items); }
 
     QRect geometry() const override { return {700, 0, 24, 24}; }
 
+    void click(TrayClick button) { listener->trayClicked(button); }
+
+    void availabilityChanged(bool is) { listener->trayAvailabilityChanged(is); }
+
     bool available = true;
     TrayIcon icon = TrayIcon::Translating;
     QString description;
-    std::function<void(bool)> availabilityChanged;
-    std::function<void(TrayClick)> click;
+    Listener* listener = nullptr;
     QList<QList<TrayMenuItem>> menus;
 };
 

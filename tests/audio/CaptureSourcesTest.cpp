@@ -46,7 +46,7 @@ class CaptureSourcesTest : public testing::Test {
         makeSources();
     }
 
-    /// The old ones go first: the platform has one handler for each kind of news.
+    /// The old ones go first: the platform has one listener.
     void makeSources(orv::CaptureTimings timings = {.firstRetry = 10ms, .longestRetry = 40ms}) {
         sources.reset();
         sources = std::make_unique<CaptureSources>(capture, ingest, timings);

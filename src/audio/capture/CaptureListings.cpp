@@ -3,6 +3,7 @@
 #include "CaptureLines.h"
 #include "CaptureSources.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <QPointer>
 
@@ -32,7 +33,8 @@ void CaptureSources::refreshLists() {
     scanRunningApps();
 }
 
-void CaptureSources::platformListsChanged() {
+void CaptureSources::captureListsChanged() {
+    ORV_ON_MAIN();
     askDevices(Announce::Changes);
     askCapturableApps(Announce::Changes);
     askRunningApps(Announce::Changes);
@@ -44,6 +46,7 @@ void CaptureSources::platformListsChanged() {
 }
 
 void CaptureSources::askDevices(Announce announce) {
+    ORV_ON_MAIN();
     capture_.listInputDevices(
         [owner = QPointer(this), announce](const QList<AudioDevice>& devices) {
             if (!owner || (announce == Announce::Changes && devices == owner->inputDevices_)) {
@@ -63,6 +66,7 @@ void CaptureSources::askDevices(Announce announce) {
 }
 
 void CaptureSources::askCapturableApps(Announce announce) {
+    ORV_ON_MAIN();
     capture_.listCapturableApps(
         [owner = QPointer(this), announce](const std::optional<QList<RunningApp>>& answer) {
             const QList<RunningApp> apps = answer.value_or(QList<RunningApp>());
@@ -76,6 +80,7 @@ void CaptureSources::askCapturableApps(Announce announce) {
 }
 
 void CaptureSources::askRunningApps(Announce announce) {
+    ORV_ON_MAIN();
     capture_.listRunningApps([owner = QPointer(this), announce](const QList<RunningApp>& apps) {
         if (!owner || (announce == Announce::Changes && apps == owner->runningApps_)) {
             return;
@@ -87,6 +92,7 @@ void CaptureSources::askRunningApps(Announce announce) {
 }
 
 void CaptureSources::checkScreenCapturePermission() {
+    ORV_ON_MAIN();
     capture_.listCapturableApps(
         [owner = QPointer(this)](const std::optional<QList<RunningApp>>& answer) {
             if (owner && std::exchange(owner->hasScreenCapturePermission_, answer.has_value()) !=

@@ -6,6 +6,7 @@
 #include "CaptureSources.h"
 #include "Log.h"
 #include "SampleRateConverter.h"
+#include "ThreadChecks.h"
 
 #include <QPointer>
 
@@ -73,18 +74,16 @@ void CaptureSources::microphoneAccessAnswered(bool granted) {
 }
 
 void CaptureSources::startMicrophoneCaptureInternal() {
-    run_->microphone = capture_.createMicrophoneStream();
+    run_->microphone = capture_.createMicrophoneStream(*this);
     if (!run_->microphone) {
         failed(u"❌ Audio Engine konnte nicht erstellt werden"_s);
         return;
     }
-    run_->microphone->prepare(run_->deviceId, [this](const MicrophonePreparation& found) {
-        // The stream, and with it what it hands over, may be dropped on the way.
-        microphonePrepared(MicrophonePreparation(found));
-    });
+    run_->microphone->prepare(run_->deviceId);
 }
 
 void CaptureSources::microphonePrepared(const MicrophonePreparation& found) {
+    ORV_ON_MAIN();
     if (found.failure == MicrophoneFailure::NoEngine) {
         failed(u"❌ Audio Engine konnte nicht erstellt werden"_s);
         return;
@@ -131,23 +130,25 @@ bool CaptureSources::choosePath() {
 }
 
 void CaptureSources::startMicrophoneStream() {
-    run_->microphone->start(
-        framesPerBuffer,
-        [this](const MicrophoneBuffer& buffer) {
-            ingest_.processAudioBufferWithConversion(buffer, AudioIngest::TimePoint::clock::now());
-        },
-        [this](const QString& error) { microphoneStopped(error); },
-        [this](const QString& error) {
-            if (error.isEmpty()) {
-                logLine(captureLines::microphoneStarted(run_->format));
-                running();
-            } else {
-                failed(QString(u"❌ Mikrofon-Engine Fehler: "_s + error));
-            }
-        });
+    run_->microphone->start(framesPerBuffer);
+}
+
+void CaptureSources::microphoneStarted(const QString& error) {
+    ORV_ON_MAIN();
+    if (error.isEmpty()) {
+        logLine(captureLines::microphoneStarted(run_->format));
+        running();
+    } else {
+        failed(QString(u"❌ Mikrofon-Engine Fehler: "_s + error));
+    }
+}
+
+void CaptureSources::microphoneBuffer(const MicrophoneBuffer& buffer) {
+    ingest_.processAudioBufferWithConversion(buffer, AudioIngest::TimePoint::clock::now());
 }
 
 void CaptureSources::microphoneStopped(const QString& error) {
+    ORV_ON_MAIN();
     logLine(QString(u"❌ Mikrofon-Engine gestoppt: "_s + error));
     retryLater();
 }

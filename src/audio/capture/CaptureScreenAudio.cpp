@@ -4,6 +4,7 @@
 #include "CaptureRun.h"
 #include "CaptureSources.h"
 #include "Log.h"
+#include "ThreadChecks.h"
 
 #include <utility>
 
@@ -22,20 +23,16 @@ void CaptureSources::startScreenCaptureAudio() {
                     ? QString(u"🔊 Starte App-Audio Capture für: "_s + run_->appBundleId)
                     : u"🔊 Starte System-Audio Capture (alle Apps)"_s);
     }
-    run_->screenCapture = capture_.createScreenCaptureStream();
-    run_->screenCapture->start(
-        request,
-        [this](std::span<const std::byte> block) {
-            ingest_.addScreenCaptureBlock(block, AudioIngest::TimePoint::clock::now());
-        },
-        [this](const QString& error) { screenCaptureStopped(error); },
-        [this](const ScreenCaptureStart& outcome) {
-            // The stream, and with it what it hands over, may be dropped on the way.
-            screenCaptureStarted(ScreenCaptureStart(outcome));
-        });
+    run_->screenCapture = capture_.createScreenCaptureStream(*this);
+    run_->screenCapture->start(request);
+}
+
+void CaptureSources::screenCaptureBlock(std::span<const std::byte> block) {
+    ingest_.addScreenCaptureBlock(block, AudioIngest::TimePoint::clock::now());
 }
 
 void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
+    ORV_ON_MAIN();
     if (!outcome.displayFound) {
         failed(u"❌ Kein Display gefunden"_s);
         return;
@@ -70,6 +67,7 @@ void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
 }
 
 void CaptureSources::screenCaptureStopped(const QString& error) {
+    ORV_ON_MAIN();
     logLine(QString(u"❌ SCStream gestoppt: "_s + error));
     retryLater();
 }

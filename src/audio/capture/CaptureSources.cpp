@@ -4,6 +4,7 @@
 #include "CaptureRun.h"
 #include "Log.h"
 #include "SampleRateConverter.h"
+#include "ThreadChecks.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,20 +26,16 @@ CaptureSources::CaptureSources(AudioCapture& capture, AudioIngest& ingest, Captu
     , capture_(capture)
     , ingest_(ingest)
     , timings_(timings) {
+    ORV_ON_MAIN();
     retry_.setSingleShot(true);
     connect(&retry_, &QTimer::timeout, this, &CaptureSources::retry);
-    capture_.setListsChangedHandler([this] { platformListsChanged(); });
-    capture_.setAvailabilityHandler([this](bool available) {
-        if (available && retry_.isActive()) {
-            retry();
-        }
-    });
+    capture_.setListener(this);
     refreshLists();
 }
 
 CaptureSources::~CaptureSources() {
-    capture_.setListsChangedHandler({});
-    capture_.setAvailabilityHandler({});
+    ORV_ON_MAIN();
+    capture_.setListener(nullptr);
     run_.reset();
 }
 
@@ -48,6 +45,7 @@ bool CaptureSources::isRunning() const {
 
 bool CaptureSources::start(AudioSourceType source, const QString& deviceId,
                            const QString& appBundleId) {
+    ORV_ON_MAIN();
     stop();
     const int raw = static_cast<int>(source);
     if (!audioSourceFromRaw(raw)) {
@@ -70,6 +68,7 @@ bool CaptureSources::start(AudioSourceType source, const QString& deviceId,
 }
 
 void CaptureSources::stop() {
+    ORV_ON_MAIN();
     if (!run_) {
         return;
     }
@@ -129,6 +128,13 @@ void CaptureSources::retry() {
         startMicrophoneCaptureInternal();
     } else {
         startScreenCaptureAudio();
+    }
+}
+
+void CaptureSources::captureAvailabilityChanged(bool available) {
+    ORV_ON_MAIN();
+    if (available && retry_.isActive()) {
+        retry();
     }
 }
 

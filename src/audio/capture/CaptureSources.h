@@ -15,6 +15,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <span>
 
 namespace orv {
 
@@ -39,7 +40,10 @@ std::optional<AudioSourceType> audioSourceFromRaw(int raw);
 /// microphone. A capture that has run and ends by itself (device unplugged, sound service
 /// restarted) is taken up again until `stop`: when the service is back, when a device comes, or
 /// after a growing pause. It then waits for the device or application it had and takes no other.
-class CaptureSources : public QObject {
+class CaptureSources : public QObject,
+                       private AudioCapture::Listener,
+                       private MicrophoneStream::Listener,
+                       private ScreenCaptureStream::Listener {
     Q_OBJECT
 
   public:
@@ -95,15 +99,18 @@ class CaptureSources : public QObject {
     void microphoneAuthorized(CaptureAuthorization status);
     void microphoneAccessAnswered(bool granted);
     void startMicrophoneCaptureInternal();
-    void microphonePrepared(const MicrophonePreparation& found);
+    void microphonePrepared(const MicrophonePreparation& found) override;
     bool choosePath();
     void startMicrophoneStream();
-    void microphoneStopped(const QString& error);
+    void microphoneStarted(const QString& error) override;
+    void microphoneBuffer(const MicrophoneBuffer& buffer) override;
+    void microphoneStopped(const QString& error) override;
 
     // System or application sound.
     void startScreenCaptureAudio();
-    void screenCaptureStarted(const ScreenCaptureStart& outcome);
-    void screenCaptureStopped(const QString& error);
+    void screenCaptureStarted(const ScreenCaptureStart& outcome) override;
+    void screenCaptureBlock(std::span<const std::byte> block) override;
+    void screenCaptureStopped(const QString& error) override;
 
     // The course of a run.
     template <typename Work>
@@ -118,14 +125,16 @@ class CaptureSources : public QObject {
     void askDevices(Announce announce);
     void askCapturableApps(Announce announce);
     void askRunningApps(Announce announce);
-    void platformListsChanged();
+    void captureListsChanged() override;
+    void captureAvailabilityChanged(bool available) override;
 
     AudioCapture& capture_;
     AudioIngest& ingest_;
     const CaptureTimings timings_;
     QTimer retry_;
     std::shared_ptr<Run> run_; ///< Answers of the platform hold it weakly.
-    std::list<std::unique_ptr<ScreenCaptureStream>> retired_; ///< Until they have said goodbye.
+    /// Stopped ones. Each is kept until the platform has answered its stop.
+    std::list<std::unique_ptr<ScreenCaptureStream>> retired_;
 
     QList<AudioDevice> inputDevices_;
     QList<RunningApp> runningApps_;

@@ -4,7 +4,8 @@
 
 namespace orv {
 
-/// Opens by the desktop's own associations. What the desktop refuses is logged.
+/// A desktop opener that goes by the desktop's own associations. What the desktop refuses is
+/// logged.
 class DesktopServices : public DesktopOpener {
   public:
     void openAddress(const QString& url) override;

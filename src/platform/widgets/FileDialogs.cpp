@@ -1,5 +1,7 @@
 #include "FileDialogs.h"
 
+#include "ThreadChecks.h"
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -17,8 +19,8 @@ FileDialogs::~FileDialogs() {
     }
 }
 
-void FileDialogs::chooseFile(const FileChoice& choice,
-                             std::function<void(const QString& path)> chosen) {
+void FileDialogs::chooseFile(const FileChoice& choice, Answer<const QString&> chosen) {
+    ORV_ON_MAIN();
     if (open_) {
         open_->raise();
         open_->activateWindow();

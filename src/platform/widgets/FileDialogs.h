@@ -17,8 +17,7 @@ class FileDialogs : public FileChooser {
     FileDialogs(const FileDialogs&) = delete;
     FileDialogs& operator=(const FileDialogs&) = delete;
 
-    void chooseFile(const FileChoice& choice,
-                    std::function<void(const QString& path)> chosen) override;
+    void chooseFile(const FileChoice& choice, Answer<const QString&> chosen) override;
 
   private:
     QPointer<QFileDialog> open_;

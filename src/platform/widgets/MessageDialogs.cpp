@@ -1,6 +1,7 @@
 #include "MessageDialogs.h"
 
 #include "SvgIcon.h"
+#include "ThreadChecks.h"
 
 #include <QLabel>
 #include <QMessageBox>
@@ -53,7 +54,8 @@ MessageDialogs::~MessageDialogs() {
     }
 }
 
-void MessageDialogs::showAlert(const Alert& alert, std::function<void(int chosen)> done) {
+void MessageDialogs::showAlert(const Alert& alert, Answer<int> done) {
+    ORV_ON_MAIN();
     Q_ASSERT(!alert.buttons.isEmpty());
     auto* box = new QMessageBox;
     open_.removeIf([](const QPointer<QMessageBox>& other) { return other.isNull(); });

@@ -18,7 +18,7 @@ class MessageDialogs : public Dialogs {
     MessageDialogs(const MessageDialogs&) = delete;
     MessageDialogs& operator=(const MessageDialogs&) = delete;
 
-    void showAlert(const Alert& alert, std::function<void(int chosen)> done = {}) override;
+    void showAlert(const Alert& alert, Answer<int> done = {}) override;
 
   private:
     QList<QPointer<QMessageBox>> open_;

@@ -2,6 +2,7 @@
 
 #include "ScreenPlacement.h"
 #include "TemplateIcon.h"
+#include "ThreadChecks.h"
 
 #include <QAction>
 #include <QEvent>
@@ -11,7 +12,6 @@
 #include <QScreen>
 
 #include <chrono>
-#include <utility>
 
 // Outside the namespace, as the macro demands. Static libraries do not register resources alone.
 static void registerTrayIcons() {
@@ -55,15 +55,18 @@ SystemTray::SystemTray() {
     QCoreApplication::instance()->installEventFilter(this);
 }
 
+void SystemTray::setListener(Listener* listener) {
+    ORV_ON_MAIN();
+    listener_ = listener;
+}
+
 bool SystemTray::isAvailable() const {
+    ORV_ON_MAIN();
     return available_;
 }
 
-void SystemTray::setAvailabilityHandler(std::function<void(bool available)> handler) {
-    availabilityChanged_ = std::move(handler);
-}
-
 void SystemTray::setIcon(TrayIcon icon, const QString& description) {
+    ORV_ON_MAIN();
     shown_ = icon;
     drawIcon();
     icon_.setToolTip(description);
@@ -91,11 +94,8 @@ bool SystemTray::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
-void SystemTray::setClickHandler(std::function<void(TrayClick click)> handler) {
-    clicked_ = std::move(handler);
-}
-
 void SystemTray::showMenu(const QList<TrayMenuItem>& items) {
+    ORV_ON_MAIN();
     menu_.clear();
     for (const TrayMenuItem& item : items) {
         if (item.text.isEmpty()) {
@@ -125,17 +125,17 @@ void SystemTray::activated(QSystemTrayIcon::ActivationReason reason) {
         return;
     }
     // The second of two quick clicks arrives as a double click only; it is a click like any other.
-    if (clicked_) {
-        clicked_(TrayClick::Primary);
+    if (listener_) {
+        listener_->trayClicked(TrayClick::Primary);
     }
 }
 
 void SystemTray::menuAboutToShow() {
-    if (menuAsked_ || !clicked_) {
+    if (menuAsked_ || !listener_) {
         return;
     }
     menuAsked_ = true;
-    clicked_(TrayClick::Secondary);
+    listener_->trayClicked(TrayClick::Secondary);
     menuAsked_ = false;
 }
 
@@ -154,8 +154,8 @@ void SystemTray::checkAvailability() {
         return;
     }
     available_ = available;
-    if (availabilityChanged_) {
-        availabilityChanged_(available);
+    if (listener_) {
+        listener_->trayAvailabilityChanged(available);
     }
 }
 

@@ -14,17 +14,16 @@ namespace orv {
 /// The resource with the icon's drawing, whose shape alone counts.
 QString traySymbol(TrayIcon icon);
 
-/// The desktop's notification area.
+/// The program's item in the desktop's notification area.
 class SystemTray : public QObject, public Tray {
     Q_OBJECT
 
   public:
     SystemTray();
 
+    void setListener(Listener* listener) override;
     bool isAvailable() const override;
-    void setAvailabilityHandler(std::function<void(bool available)> handler) override;
     void setIcon(TrayIcon icon, const QString& description) override;
-    void setClickHandler(std::function<void(TrayClick click)> handler) override;
     void showMenu(const QList<TrayMenuItem>& items) override;
     QRect geometry() const override;
 
@@ -42,8 +41,7 @@ class SystemTray : public QObject, public Tray {
     QSystemTrayIcon icon_;
     TrayIcon shown_ = TrayIcon::Idle;
     QColor ink_; ///< Of the icon as it is drawn.
-    std::function<void(TrayClick)> clicked_;
-    std::function<void(bool)> availabilityChanged_;
+    Listener* listener_ = nullptr;
     QTimer availabilityCheck_;
     bool available_ = false;
     bool menuAsked_ = false; ///< The desktop itself is about to show the menu.

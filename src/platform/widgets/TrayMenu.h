@@ -4,8 +4,8 @@
 
 namespace orv {
 
-/// A menu whose shortcuts work while it is open, as the platform of origin has it; Qt's own work
-/// only in the window that has the focus, which a tray's menu does not belong to.
+/// A menu whose shortcuts work while it is open. Those of a plain QMenu work only in the window
+/// that has the focus, which a tray's menu does not belong to.
 class TrayMenu : public QMenu {
     Q_OBJECT
 

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "PortProbe.h"
+
+namespace orv {
+
+/// A port probe that sees nothing: every port is free.
+class NullPortProbe : public PortProbe {
+  public:
+    bool isPortInUse(quint16 /*port*/) override { return false; }
+};
+
+} // namespace orv
