@@ -17,11 +17,6 @@ import sys
 
 _ROOT = pathlib.Path(__file__).resolve().parents[2]
 
-# Misnamed, in folders that are being rewritten. To be emptied.
-EXCEPTIONS = {
-    "src/app/updates/Version.h",
-}
-
 # Comments, directives, strings and characters.
 _NOISE = re.compile(
     r"""//[^\n]*|/\*.*?\*/|^\s*#(?:[^\n\\]|\\.)*|"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)+'""",
@@ -106,18 +101,11 @@ def is_well_named(stem, classes, names):
     return not classes and any(shares_word(words_of(name), wanted) for name in names)
 
 
-def problems_in(root, exceptions=frozenset()):
-    left = set(exceptions)
+def problems_in(root):
     for file in headers_of(root):
         classes, names = declared_in((root / file).read_text(encoding="utf-8"))
-        if is_well_named(pathlib.Path(file).stem, classes, names):
-            continue
-        if file in left:
-            left.remove(file)
-        else:
+        if not is_well_named(pathlib.Path(file).stem, classes, names):
             yield f"{file}: declares {', '.join(sorted(classes or names)) or 'nothing'}"
-    for file in sorted(left):
-        yield f"{file}: needs no exception any more"
 
 
 def headers_of(root):
@@ -127,7 +115,7 @@ def headers_of(root):
 
 def main():
     root = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else _ROOT
-    problems = list(problems_in(root, EXCEPTIONS))
+    problems = list(problems_in(root))
     for problem in problems:
         print(problem)
     sys.exit(1 if problems else 0)

@@ -8,9 +8,9 @@ import names
 
 
 class Names(ProjectTest):
-    def problems(self, text, name="Wheel", exceptions=()):
+    def problems(self, text, name="Wheel"):
         self.write(**{f"src__{name}_h": text})
-        return list(names.problems_in(self.root, exceptions))
+        return list(names.problems_in(self.root))
 
     def assert_good(self, text, name="Wheel"):
         self.assertEqual(self.problems(text, name), [])
@@ -46,12 +46,6 @@ class Names(ProjectTest):
     def test_classes_that_have_little_in_common_need_more_than_a_plural(self):
         self.assertEqual(self.problems("class Hub {};\nclass Spoke {};\nclass FrontWheel {};", "Wheels"),
                          ["src/Wheels.h: declares FrontWheel, Hub, Spoke"])
-
-    def test_an_exception_holds_as_long_as_it_is_needed(self):
-        exceptions = {"src/Wheel.h"}
-        self.assertEqual(self.problems("class Hub {};", exceptions=exceptions), [])
-        self.assertEqual(self.problems("class Wheel {};", exceptions=exceptions),
-                         ["src/Wheel.h: needs no exception any more"])
 
 
 if __name__ == "__main__":

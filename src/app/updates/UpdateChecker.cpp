@@ -73,7 +73,7 @@ void UpdateChecker::addressFailed(qsizetype index, const QString& error) {
 
 void UpdateChecker::manifestArrived(const UpdateInfo& info) {
     const QString& current = environment_.currentVersion;
-    if (!isNewer(info.version, current)) {
+    if (!isNewerVersion(info.version, current)) {
         logLine(u"Update: up to date (" % current % u')');
         finish(UpdateOutcome::UpToDate);
         return;

@@ -37,7 +37,7 @@ std::vector<std::int64_t> numbers(QStringView version) {
 
 } // namespace
 
-bool isNewer(QStringView candidate, QStringView than) {
+bool isNewerVersion(QStringView candidate, QStringView than) {
     std::vector<std::int64_t> ours = numbers(candidate);
     std::vector<std::int64_t> theirs = numbers(than);
     const std::size_t length = std::max(ours.size(), theirs.size());
