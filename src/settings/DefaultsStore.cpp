@@ -131,8 +131,11 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
             }
             values_.insert(key, value);
             ++generation_;
+            if (std::exchange(attemptWanted_, true)) {
+                return;
+            }
         }
-        wantAttempt();
+        postAttempt();
     }
 
     void remove(const QString& key) {
@@ -143,8 +146,11 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
             }
             values_.remove(key);
             ++generation_;
+            if (std::exchange(attemptWanted_, true)) {
+                return;
+            }
         }
-        wantAttempt();
+        postAttempt();
     }
 
     bool waitUntilWritten(std::chrono::milliseconds limit) {
@@ -155,9 +161,11 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
         }
         // An attempt that is under way may have begun before the last change: the next one counts.
         const std::uint64_t deciding = attempts_ + (isAttempting_ ? 2 : 1);
-        lock.unlock();
-        wantAttempt();
-        lock.lock();
+        if (!std::exchange(attemptWanted_, true)) {
+            lock.unlock();
+            postAttempt();
+            lock.lock();
+        }
         attempted_.wait_for(lock, limit,
                             [&] { return written_ >= wanted || attempts_ >= deciding; });
         return written_ >= wanted;
@@ -206,14 +214,9 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
         }
     }
 
-    /// Callable from any thread. Wishes that come before the disk takes notice are one.
-    void wantAttempt() {
-        {
-            const std::lock_guard lock(mutex_);
-            if (std::exchange(attemptWanted_, true)) {
-                return;
-            }
-        }
+    /// Callable from any thread, by whoever has set `attemptWanted_`: changes that come before the
+    /// disk takes notice share one attempt.
+    void postAttempt() {
         disk_.postUrgent([self = weak_from_this()] {
             if (const auto store = self.lock()) {
                 store->attempt();

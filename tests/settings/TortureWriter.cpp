@@ -31,10 +31,12 @@ int main(int argc, char** argv) {
             ::_exit(3); // Nobody listens any more.
         }
     });
+    // A flood without end would leave the store's writer hardly a turn at the store's lock.
+    constexpr std::int64_t stepsOfAFlood = 200;
     for (std::int64_t step = first;; ++step) {
         store.setString(orv::test::tortureKey(step), orv::test::tortureText(step));
         store.setInteger(u"last"_s, step);
-        if (waits) {
+        if (waits || step % stepsOfAFlood == 0) {
             store.waitUntilWritten();
         }
     }

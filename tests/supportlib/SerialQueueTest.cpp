@@ -87,11 +87,14 @@ TEST(SerialQueue, anUrgentJobComesBeforeAllThatWait) {
     std::vector<QString> order;
     {
         SerialQueue queue(u"test"_s);
+        std::promise<void> begun;
         std::promise<void> posted;
         queue.post([&] {
+            begun.set_value();
             posted.get_future().wait();
             order.push_back(u"under way"_s);
         });
+        begun.get_future().wait();
         queue.post([&] {
             order.push_back(u"first"_s);
             queue.postUrgent([&] { order.push_back(u"urgent by a job"_s); });
