@@ -21,7 +21,7 @@ PLAYER = "org.example.Player"
 
 # How long the reader is quiet until everything said is taken to have been answered.
 _QUIET_SECONDS = 3.0
-_ANSWER_LIMIT = 20.0
+_ANSWER_LIMIT = 60.0
 
 # How long another user of the backend's port is waited for.
 _PORT_LIMIT = 60.0
