@@ -43,9 +43,9 @@ Completion<HttpOutcome> ServiceClient::start(HttpCall call, std::chrono::millise
 /// Whoever waits goes on inside this call, and may destroy the client.
 void ServiceClient::end(Requests::iterator request, const HttpOutcome& outcome) {
     const Completion<HttpOutcome> waiting = request->outcome;
-    const HttpOutcome result = outcome;
+    HttpOutcome result = outcome; // Goes with the request otherwise.
     requests_.erase(request);
-    waiting.complete(result);
+    waiting.complete(std::move(result));
 }
 
 } // namespace orv

@@ -26,8 +26,6 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-#include <utility>
-
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -42,9 +40,9 @@ const QKeyCombination startStopKeysOfNumberPad = Qt::CTRL | Qt::Key_Enter;
 
 } // namespace
 
-ControlPanel::ControlPanel(PanelEnvironment environment, QWidget* parent)
+ControlPanel::ControlPanel(const PanelEnvironment& environment, QWidget* parent)
     : QWidget(parent)
-    , environment_(std::move(environment))
+    , environment_(environment)
     , header_(new PanelHeader(this)) {
     // Made in reading order, which is the order in which Tab leads through them.
     auto* page = new PanelPage(makeSections(), this);

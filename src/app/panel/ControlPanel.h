@@ -38,7 +38,7 @@ class ControlPanel : public QWidget {
     Q_OBJECT
 
   public:
-    explicit ControlPanel(PanelEnvironment environment, QWidget* parent = nullptr);
+    explicit ControlPanel(const PanelEnvironment& environment, QWidget* parent = nullptr);
 
     /// Shows `notice` as a line within the panel that the user can close.
     void showNotice(const AudioNotice& notice);

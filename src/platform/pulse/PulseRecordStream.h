@@ -31,6 +31,8 @@ class PulseRecordStream {
     /// Who has the sound recorded. Called on the loop's thread, and never after the destruction.
     class Listener {
       public:
+        virtual ~Listener() = default;
+
         /// The stream is open. It may be destroyed in this call.
         virtual void recordingReady() = 0;
 
@@ -40,9 +42,6 @@ class PulseRecordStream {
         /// The stream could not be opened, or is over. It may be destroyed in this call, and this
         /// object with it.
         virtual void recordingEnded(const QString& error) = 0;
-
-      protected:
-        ~Listener() = default;
     };
 
     /// Null, and `connection.lastError()`, when the stream cannot even be asked for.
