@@ -86,9 +86,9 @@ TEST(SerialQueue, destroyingItRunsWhatWasPostedAlsoByJobs) {
 TEST(SerialQueue, anUrgentJobComesBeforeAllThatWait) {
     std::vector<QString> order;
     {
-        SerialQueue queue(u"test"_s);
         std::promise<void> begun;
         std::promise<void> posted;
+        SerialQueue queue(u"test"_s); // Its last jobs run while it ends, and use the two.
         queue.post([&] {
             begun.set_value();
             posted.get_future().wait();
