@@ -3,8 +3,8 @@
 
 run.py MODULE.CLASS.METHOD   runs one test
 run.py --list                says what there is, a line each, fields parted by "|":
-                             name, what to run, seconds it may take, whether sanitizers run it too,
-                             whether it uses the speech server's port, whether it is in real time
+                             name, what to run, whether sanitizers run it too, whether it uses
+                             the speech server's port, whether it is in real time
 run.py --can-isolate         succeeds where a process may have a network of its own
 """
 
@@ -17,8 +17,6 @@ FOLDER = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(FOLDER))
 
 from harness.isolation import isolate  # noqa: E402
-
-_DEFAULT_TIME_LIMIT = 120
 
 
 def tests_of(suite):
@@ -48,7 +46,6 @@ def line_of(module, case, method):
     if unknown := [one for one in journeys if not hasattr(case, f"test_{one}")]:
         raise RuntimeError(f"{case.__name__} has no tests {unknown}")
     return "|".join((f"{case.__name__}.{name}", f"{module}.{case.__name__}.{method}",
-                     str(getattr(case, "TIME_LIMIT", _DEFAULT_TIME_LIMIT)),
                      "journey" if name in journeys else "",
                      "port" if getattr(case, "USES_PORT", False) else "",
                      "real-time" if getattr(case, "REAL_TIME", False) else ""))

@@ -68,7 +68,7 @@ class DesktopTest(unittest.TestCase):
 
     def start_program(self):
         self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("App gestartet", limit=60)
+        self.program.wait_for_line("App gestartet")
         return self.program
 
     def start_on_loopback(self, **environment):
@@ -84,7 +84,7 @@ class DesktopTest(unittest.TestCase):
         # Its windows are known to the desktop by the program's own name.
         self.program = Program(self.desktop, ON_LOOPBACK, environment={
             **environment, "PATH": path, "RESOURCE_NAME": "orvane"})
-        self.program.wait_for_line("App gestartet", limit=60)
+        self.program.wait_for_line("App gestartet")
         return self.program
 
     def opened(self):
@@ -103,8 +103,8 @@ class DesktopTest(unittest.TestCase):
 
     def start_automatically(self):
         self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("Auto-Start Backend aktiviert", limit=60)
-        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
+        self.program.wait_for_line("Auto-Start Backend aktiviert")
+        self.program.wait_for_line("✓ Backend läuft auf Port")
 
     def open_panel(self, name="Quit"):
         """Opens the panel and waits for the focus: only a window that has it notices that the user

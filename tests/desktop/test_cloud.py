@@ -37,7 +37,6 @@ _ANSWERED_SHARE = 0.8
 
 
 class Cloud(unittest.TestCase):
-    TIME_LIMIT = 240
     REAL_TIME = True
     USES_PORT = True
     JOURNEYS = ("deepgram", "assemblyai", "azure", "google_rest")

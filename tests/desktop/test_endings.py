@@ -22,7 +22,6 @@ while True:
 
 
 class Endings(DesktopTest):
-    TIME_LIMIT = 240
     USES_PORT = True
     JOURNEYS = (
         "terminating_while_it_translates_ends_everything",
@@ -75,7 +74,7 @@ class Endings(DesktopTest):
     def start_again_and_adopt(self):
         """Another start adopts the backend, and does not end what it did not start."""
         self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("✓ Backend läuft bereits auf Port 8765", limit=60)
+        self.program.wait_for_line("✓ Backend läuft bereits auf Port 8765")
         self.assertEqual(self.program.terminate(), 0)
         self.assertTrue(port_is_open(BACKEND_PORT))
 
@@ -127,7 +126,7 @@ class Endings(DesktopTest):
         self.press("Start Backend")
         self.program.wait_for_line("✓ Backend-Prozess gestartet")
         self.close_the_window_and_bring_it_back()
-        self.accessibility.wait_for(self.program.pid, "Stop Backend", "push button", limit=90)
+        self.accessibility.wait_for(self.program.pid, "Stop Backend", "push button")
 
     def test_closing_the_only_window_does_not_break_off_an_installation(self):
         wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
@@ -137,7 +136,7 @@ class Endings(DesktopTest):
         self.press("Install Backend")
         self.wait_until_gone("Install Backend")
         self.close_the_window_and_bring_it_back()
-        self.accessibility.wait_for(self.program.pid, "Stop Backend", limit=120)
+        self.accessibility.wait_for(self.program.pid, "Stop Backend")
 
 
 if __name__ == "__main__":

@@ -11,7 +11,6 @@ from harness.speech import recorded_sentences
 
 
 class FirstMinutes(DesktopTest):
-    TIME_LIMIT = 300
     REAL_TIME = True
     USES_PORT = True
 
@@ -21,7 +20,7 @@ class FirstMinutes(DesktopTest):
         # Nothing of this user has ever been written: the desktop's language decides.
         (self.desktop.home / ".config" / "orvane" / "defaults.json").unlink()
         self.program = Program(self.desktop, PROGRAM)
-        self.program.wait_for_line("App gestartet", limit=60)
+        self.program.wait_for_line("App gestartet")
 
     def speak_until_a_subtitle_is_shown(self):
         """Plays recorded speech until the panel shows the translation that has come back."""
@@ -49,7 +48,7 @@ class FirstMinutes(DesktopTest):
         self.wait_for("Backend Not Found")
         self.press("Install Backend")
         # What it has asked for happens once the backend is there, without another press.
-        self.accessibility.wait_for(self.program.pid, "Stop Backend", limit=120)
+        self.accessibility.wait_for(self.program.pid, "Stop Backend")
         self.assertIn("✓ Backend installiert", self.program.lines())
 
         self.choose_language("From", "english")
@@ -83,7 +82,7 @@ class FirstMinutes(DesktopTest):
         library.unlink()
         self.press("Start Backend")
         self.press("Install Backend")
-        self.accessibility.wait_for(self.program.pid, "Stop Backend", limit=120)
+        self.accessibility.wait_for(self.program.pid, "Stop Backend")
         self.press("Quit")
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()

@@ -33,7 +33,6 @@ def local_sockets_of(pid):
 
 
 class Life(DesktopTest):
-    TIME_LIMIT = 300
     USES_PORT = True
 
     def start_again(self, **environment):
@@ -131,7 +130,7 @@ class Life(DesktopTest):
         session = Session(self.desktop)
         self.program = self.start_again(**session.environment)
         session.wait_for_program()
-        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
+        self.program.wait_for_line("✓ Backend läuft auf Port")
         session.end()
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.assertIn("App wird beendet - stoppe Backend (autoStopBackend=true)...",

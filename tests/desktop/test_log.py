@@ -41,12 +41,12 @@ class Log(DesktopTest):
         self.reader = PausingReader()
         self.addCleanup(self.reader.go_on)
         self.program = Program(self.desktop, PROGRAM, reader=self.reader)
-        self.program.wait_for_line("App gestartet", limit=60)
+        self.program.wait_for_line("App gestartet")
         self.open_panel()
         self.press("Start Backend")
         self.wait_for("Stop Backend")
         self.press("Start Translation")
-        self.program.wait_for_line("✓ Config gesendet", limit=60)
+        self.program.wait_for_line("✓ Config gesendet")
         wait_until(self.overlay.text, "the browser overlay")
 
     def publish(self, one):
@@ -57,7 +57,7 @@ class Log(DesktopTest):
 
     def check_that_all_goes_on(self):
         heard = self.backend.audio_messages()
-        wait_until(lambda: self.backend.audio_messages() > heard + 1, "more sound", limit=60)
+        wait_until(lambda: self.backend.audio_messages() > heard + 1, "more sound")
         self.press("Show Original Text")
         self.wait_until_stored("showOriginal", True)
 

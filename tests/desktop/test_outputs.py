@@ -24,7 +24,6 @@ _CHATBOX_LIMIT = 144
 
 
 class Outputs(unittest.TestCase):
-    TIME_LIMIT = 240
     REAL_TIME = True
     USES_PORT = True
 

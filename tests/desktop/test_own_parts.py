@@ -14,7 +14,6 @@ from harness.speech import recorded_sentences
 
 
 class OwnParts(DesktopTest):
-    TIME_LIMIT = 180
     REAL_TIME = True
     USES_PORT = True
 

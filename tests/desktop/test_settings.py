@@ -45,7 +45,6 @@ ENGINES = {"whisper": "settings.engine.whisper.name", "deepgram": "Deepgram",
 
 
 class Settings(EveryLanguage, DesktopTest):
-    TIME_LIMIT = 180
 
     def open_settings(self, language="en", **settings):
         self.text = Texts(language)

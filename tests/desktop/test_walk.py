@@ -40,7 +40,6 @@ class _Releases(http.server.BaseHTTPRequestHandler):
 
 
 class Walk(EveryLanguage, DesktopTest):
-    TIME_LIMIT = 240
     USES_PORT = True
     JOURNEYS = ("everything_in_german",)
 

@@ -239,9 +239,8 @@ TEST_F(VmixSenderTest, theRealLimitIsTwoSecondsForTheWholeRequest) {
     tell(u"drip"_s);
     const auto start = std::chrono::steady_clock::now();
     expectFailure();
-    const auto taken = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(taken, 2000ms);
-    EXPECT_LT(taken, 6s);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 2000ms);
+    EXPECT_EQ(VmixLimits{}.request, 2000ms);
     EXPECT_EQ(VmixLimits{}.connectionsPerHost, 2);
 }
 
@@ -360,18 +359,18 @@ TEST_F(VmixSenderTest, tenThousandResultsWhileVmixHangsStayFewRequestsAndTwoConn
     }
     const auto atMost = static_cast<long>(limits.waiting) + limits.connectionsPerHost;
     EXPECT_LE(alive.use_count() - 1, atMost);
-    ASSERT_TRUE(waitForRequests(2));
     // From the first whose time is up on, others take over the connections.
     ASSERT_TRUE(waitUntil([&] { return ended > 0; }));
-    const QUrl last(vmix.url(u"http"_s) + u"/API/?Value=last"_s);
-    session.get(last, [alive](const QString&) {});
-    session.get(last, [alive](const QString&) {});
-    const auto lastOnes = [this] {
-        return std::ranges::count_if(vmix.events(u"request"_s), [](const QJsonObject& request) {
-            return request[u"target"_s].toString().endsWith(u"last"_s);
-        });
+    tell(u"answer"_s);
+    int answered = 0;
+    const VmixRequests::Done count = [&answered](const QString& error) {
+        answered += error.isEmpty() ? 1 : 0;
     };
-    ASSERT_TRUE(waitUntil([&] { return lastOnes() == 2; }));
+    const QUrl last(vmix.url(u"http"_s) + u"/API/?Value=last"_s);
+    const auto inAMinute = std::chrono::steady_clock::now() + 1min;
+    session.add(last, count, inAMinute);
+    session.add(last, count, inAMinute);
+    EXPECT_TRUE(waitUntil([&] { return answered == 2; }));
     EXPECT_TRUE(waitUntil([&] { return alive.use_count() == 1; })) << "all end with their limit";
     for (const QJsonObject& request : vmix.events(u"request"_s)) {
         EXPECT_LE(request[u"open"_s].toInt(), 2);

@@ -3,12 +3,12 @@
 import contextlib
 import os
 
-from .processes import Timeout, wait_until
+from .processes import PATIENCE, Timeout, wait_until
 
 
 # How long the program may be busy before a question counts as failed, also at its start. The
 # library's own 0.8 s is less than a busy machine needs.
-_PATIENCE_MILLISECONDS = 20_000
+_PATIENCE_MILLISECONDS = 60_000
 
 # What some versions of the library call a role, and how it is called here.
 _ROLES = {"button": "push button"}
@@ -84,7 +84,7 @@ class Accessibility:
                 return node
         return None
 
-    def wait_for(self, pid, name, role=None, limit=20.0):
+    def wait_for(self, pid, name, role=None, limit=PATIENCE):
         return wait_until(lambda: self.find(pid, name, role), f"a control called {name!r}", limit)
 
     def names(self, pid):
@@ -93,7 +93,7 @@ class Accessibility:
                  for node in self.nodes(pid)]
         return [names for names in found if names]
 
-    def press(self, pid, name, limit=20.0):
+    def press(self, pid, name, limit=PATIENCE):
         """Presses the button (or switch) called `name` as soon as it can be pressed."""
 
         def pressed():

@@ -62,11 +62,16 @@ def end_on_signals():
         signal.signal(number, unwind)
 
 
+# Seconds that anything is waited for. Only a broken program makes a test wait so long; a machine that
+# several suites share makes it wait for a while.
+PATIENCE = 120.0
+
+
 class Timeout(Exception):
     """A condition did not come true in time."""
 
 
-def wait_until(condition, what, limit=20.0, interval=0.02):
+def wait_until(condition, what, limit=PATIENCE, interval=0.02):
     """Returns the first true value of `condition`; raises `Timeout` after `limit` seconds."""
     deadline = time.monotonic() + limit
     while True:

@@ -9,7 +9,7 @@ import subprocess
 import threading
 import urllib.request
 
-from .processes import Timeout, processes_with, wait_until
+from .processes import PATIENCE, Timeout, processes_with, wait_until
 
 BACKEND_PORT = 8765
 
@@ -107,7 +107,7 @@ class Program:
     def lines(self):
         return self.log_file.read_text(encoding="utf-8", errors="replace").splitlines()
 
-    def wait_for_line(self, start, limit=20.0):
+    def wait_for_line(self, start, limit=PATIENCE):
         """Waits until a line that begins with `start` was printed; returns it."""
 
         def found():
@@ -127,17 +127,17 @@ class Program:
         """The program and everything it has started that still runs: {pid: command line}."""
         return processes_with(self._MARK, self._mark)
 
-    def wait_until_nothing_is_left(self, limit=15.0):
+    def wait_until_nothing_is_left(self, limit=PATIENCE):
         wait_until(lambda: not self.processes(), "the end of everything the program started", limit)
 
     def tail(self, count=25):
         return "\n".join(self.lines()[-count:])
 
-    def wait_for_end(self, limit=20.0):
+    def wait_for_end(self, limit=PATIENCE):
         """The exit status, once the program has ended by itself."""
         return self.process.wait(limit)
 
-    def terminate(self, patience=15.0):
+    def terminate(self, patience=PATIENCE):
         self._desktop.children.stop(self.process, patience)
         return self.process.returncode
 

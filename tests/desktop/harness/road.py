@@ -8,7 +8,7 @@ import time
 
 from .accessibility import Accessibility
 from .desktop import Desktop
-from .processes import Timeout, wait_until
+from .processes import PATIENCE, Timeout, wait_until
 from .program import BACKEND_PORT, Overlay, Program, free_port, port_is_open, write_settings
 from .sound import MICROPHONE, Sound
 from .speech import Sentence, word_errors, words_of
@@ -22,9 +22,6 @@ PLAYER = "org.example.Player"
 # How long the reader is quiet until everything said is taken to have been answered.
 _QUIET_SECONDS = 3.0
 _ANSWER_LIMIT = 60.0
-
-# How long another user of the backend's port is waited for.
-_PORT_LIMIT = 60.0
 
 
 @dataclasses.dataclass
@@ -107,7 +104,7 @@ class Road:
 
     def __enter__(self):
         wait_until(lambda: not port_is_open(BACKEND_PORT),
-                   f"port {BACKEND_PORT}, which another speech server uses", _PORT_LIMIT)
+                   f"port {BACKEND_PORT}, which another speech server uses")
         self.desktop.__enter__()
         self.desktop.environment.update(self._environment)
         try:
@@ -154,26 +151,26 @@ class Road:
 
     def start_backend(self):
         self.press("Start Backend")
-        self.program.wait_for_line("✓ Backend läuft auf Port", limit=90)
+        self.program.wait_for_line("✓ Backend läuft auf Port")
         self.accessibility.wait_for(self.program.pid, "Stop Backend")
         self._say("the speech server runs")
 
     def start_translation(self):
         self.press("Start Translation")
-        self.program.wait_for_line("✓ Config gesendet", limit=60)
+        self.program.wait_for_line("✓ Config gesendet")
         # Before it opens the stream that stays, the program may try out another.
         self.program.wait_for_line("✅ Mikrofon-Engine gestartet" if self._source == MICROPHONE_ROAD
                                    else "✅ ScreenCaptureKit Audio gestartet")
         wait_until(self.sound.recording_streams, "the program to listen")
         self._say("the program listens")
 
-    def stop_translation(self, limit=60):
+    def stop_translation(self, limit=PATIENCE):
         """Stops the run and waits until the last words have been processed."""
         self.press("Stop Translation")
         self.accessibility.wait_for(self.program.pid, "Start Translation")
         self.wait_for_end_of_run(limit)
 
-    def wait_for_end_of_run(self, limit=60):
+    def wait_for_end_of_run(self, limit=PATIENCE):
         wait_until(lambda: not self.accessibility.find(
             self.program.pid, "Processing last translation..."), "the end of the run", limit)
 

@@ -7,7 +7,7 @@ import subprocess
 import threading
 import time
 
-from .processes import wait_until
+from .processes import PATIENCE, wait_until
 
 SPEAKERS = "orvane_speakers"
 MICROPHONE = "orvane_microphone"
@@ -124,12 +124,12 @@ class Listener:
             if max(array.array("h", block)) > self._AUDIBLE:
                 self._loud.append(self._count)
 
-    def wait_for_sound(self, since, limit=20.0):
+    def wait_for_sound(self, since, limit=PATIENCE):
         """Seconds from the moment `since` (of the monotonic clock) to the first sound after it."""
         return wait_until(lambda: next((t for t in map(self._moment, list(self._loud))
                                         if t > since), None), "a sound", limit) - since
 
-    def wait_for_silence(self, seconds, limit=60.0):
+    def wait_for_silence(self, seconds, limit=PATIENCE):
         """Waits until nothing was heard for so long; returns when the last sound was."""
 
         def quiet():

@@ -6,7 +6,7 @@ import time
 from Xlib import X, display, error
 from Xlib.ext import xtest
 
-from .processes import Timeout
+from .processes import PATIENCE, Timeout
 
 
 class WindowWatch:
@@ -45,7 +45,7 @@ class WindowWatch:
             event_mask=X.StructureNotifyMask)
         self._display.sync()
 
-    def wait_for_wider(self, number, width, limit=20.0):
+    def wait_for_wider(self, number, width, limit=PATIENCE):
         """The time at which the window `number`, which is followed, was made wider than `width`."""
         deadline = time.monotonic() + limit
         while True:
@@ -54,7 +54,7 @@ class WindowWatch:
                     and event.width > width:
                 return time.monotonic()
 
-    def wait_for_window(self, width, limit=20.0):
+    def wait_for_window(self, width, limit=PATIENCE):
         """The time at which a window at least as wide as `width` was on the screen and painted."""
         deadline = time.monotonic() + limit
         while True:
