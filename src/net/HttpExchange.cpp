@@ -1,5 +1,6 @@
 #include "HttpExchange.h"
 
+#include "ConnectionRace.h"
 #include "HttpClient.h"
 #include "Post.h"
 
@@ -84,7 +85,7 @@ void HttpExchange::findHost() {
     proxy_ = client_.proxyFor(call_.url);
     if (proxy_.type() != QNetworkProxy::NoProxy) {
         // Which finds the address itself.
-        connectTo(call_.url.host(QUrl::FullyEncoded));
+        take(connectTo(call_.url.host(QUrl::FullyEncoded)));
         return;
     }
     client_.lookups_.resolve(call_.url.host(), [self = QPointer(this)](const HostAnswer& answer) {
@@ -95,34 +96,39 @@ void HttpExchange::findHost() {
 }
 
 void HttpExchange::addressesFound(const HostAnswer& answer) {
-    addresses_ = answer.addresses;
     if (isOver_) {
         return;
     }
-    if (addresses_.isEmpty()) {
+    if (answer.addresses.isEmpty()) {
         finish(answer.error);
     } else {
-        connectToNext();
+        connectToAny(answer.addresses);
     }
 }
 
-void HttpExchange::connectToNext() {
-    connectTo(addresses_.takeFirst().toString());
+void HttpExchange::connectToAny(const QList<QHostAddress>& addresses) {
+    race_ = std::make_unique<ConnectionRace>(
+        addresses, [this](const QHostAddress& address) { return connectTo(address.toString()); });
+    connect(race_.get(), &ConnectionRace::won, this, [this] {
+        take(race_->takeWinner());
+        connected();
+    });
+    connect(race_.get(), &ConnectionRace::lost, this, &HttpExchange::finish);
+    race_->start();
 }
 
-void HttpExchange::connectTo(const QString& peer) {
+std::unique_ptr<QTcpSocket> HttpExchange::connectTo(const QString& peer) const {
     if (!isEncrypted()) {
-        take(std::make_unique<QTcpSocket>());
-        socket_->setProxy(proxy_);
-        socket_->connectToHost(peer, port());
-        return;
+        auto socket = std::make_unique<QTcpSocket>();
+        socket->setProxy(proxy_);
+        socket->connectToHost(peer, port());
+        return socket;
     }
-    auto secure = std::make_unique<QSslSocket>();
-    QSslSocket& socket = *secure;
-    take(std::move(secure));
-    socket.setProxy(proxy_);
+    auto socket = std::make_unique<QSslSocket>();
+    socket->setProxy(proxy_);
     // Certificate and server name indication go by the name, not by the address.
-    socket.connectToHostEncrypted(peer, port(), call_.url.host(QUrl::FullyEncoded));
+    socket->connectToHostEncrypted(peer, port(), call_.url.host(QUrl::FullyEncoded));
+    return socket;
 }
 
 void HttpExchange::take(std::unique_ptr<QTcpSocket> socket) {
@@ -171,10 +177,10 @@ void HttpExchange::readAnswer() {
 
 void HttpExchange::socketFailed(QAbstractSocket::SocketError error) {
     const bool isStale = isReused_ && !hasRead_;
-    if (isStale || (!isConnected_ && !addresses_.isEmpty())) {
+    if (isStale) {
         socket_->disconnect(this);
         // Not from inside the socket's own signal.
-        orv::post(this, [this, isStale] { goOn(isStale); });
+        orv::post(this, [this] { beginAnew(); });
     } else if (error == QAbstractSocket::RemoteHostClosedError && isConnected_) {
         answer_.read(socket_->readAll());
         answer_.close();
@@ -184,16 +190,11 @@ void HttpExchange::socketFailed(QAbstractSocket::SocketError error) {
     }
 }
 
-void HttpExchange::goOn(bool anew) {
-    if (isOver_) {
-        return;
-    }
-    if (anew) {
+void HttpExchange::beginAnew() {
+    if (!isOver_) {
         isReused_ = false;
         isConnected_ = false;
         findHost();
-    } else {
-        connectToNext();
     }
 }
 
@@ -220,6 +221,9 @@ void HttpExchange::finish(const QString& error) {
     isOver_ = true;
     whole_.stop();
     idle_.stop();
+    if (race_) {
+        race_->disconnect(this);
+    }
     if (socket_) {
         socket_->disconnect(this);
     }
@@ -235,6 +239,7 @@ void HttpExchange::finish(const QString& error) {
 }
 
 void HttpExchange::end() {
+    race_.reset();
     if (socket_ && outcome_.error.isEmpty() && answer_.leavesConnectionOpen()) {
         client_.keep(call_.url, std::move(socket_));
     } else if (socket_) {

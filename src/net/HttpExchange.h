@@ -4,6 +4,8 @@
 #include "HttpAnswer.h"
 #include "HttpCall.h"
 
+#include <QHostAddress>
+#include <QList>
 #include <QNetworkProxy>
 #include <QObject>
 #include <QTcpSocket>
@@ -13,16 +15,18 @@
 
 namespace orv {
 
+class ConnectionRace;
 class HttpClient;
 
 /// One HTTP request on its way, from the host's name to the end of the answer; `HttpClient::send`
 /// makes it. Lives on the main thread, which never waits for it.
 ///
-/// Addresses are tried in the system's order until one takes the connection. The request is sent
-/// once, unless a kept connection turns out to have been closed meanwhile: then over a new one.
-/// Nothing is followed or remembered: a redirection is an answer like any other, since what is sent
-/// must not go where nobody has sent it; there are no cookies and no credentials. With HTTPS the
-/// server has to show a trusted certificate for the name in the address.
+/// Addresses are tried in the system's order until one takes the connection; see `ConnectionRace`.
+/// The request is sent once, unless a kept connection turns out to have been closed meanwhile: then
+/// over a new one. Nothing is followed or remembered: a redirection is an answer like any other,
+/// since what is sent must not go where nobody has sent it; there are no cookies and no
+/// credentials. With HTTPS the server has to show a trusted certificate for the name in the
+/// address.
 class HttpExchange : public QObject {
     Q_OBJECT
 
@@ -45,10 +49,10 @@ class HttpExchange : public QObject {
     void begin();
     void findHost();
     void addressesFound(const HostAnswer& answer);
-    void connectToNext();
-    void connectTo(const QString& peer);
+    void connectToAny(const QList<QHostAddress>& addresses);
+    std::unique_ptr<QTcpSocket> connectTo(const QString& peer) const;
     void take(std::unique_ptr<QTcpSocket> socket);
-    void goOn(bool anew);
+    void beginAnew();
 
     bool isEncrypted() const;
     quint16 port() const;
@@ -69,7 +73,7 @@ class HttpExchange : public QObject {
     QTimer whole_;
     QTimer idle_;
     QNetworkProxy proxy_ = QNetworkProxy::NoProxy;
-    QList<QHostAddress> addresses_; ///< Those not tried yet.
+    std::unique_ptr<ConnectionRace> race_;
     std::unique_ptr<QTcpSocket> socket_;
     bool isConnected_ = false;
     bool isReused_ = false; ///< The connection has carried a request before.

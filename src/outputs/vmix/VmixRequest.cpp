@@ -4,6 +4,7 @@
 #include "WellFormedText.h"
 
 #include <QHostAddress>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +22,22 @@ QString hostPart(const QString& host) {
 }
 
 } // namespace
+
+TypedHost typedHost(const QString& typed) {
+    static const QRegularExpression address(
+        uR"(^(?:[a-z][a-z0-9+.-]*://)?(?:[^/?#@]*@)?(\[[^\]]*\]|[^/?#:]*)(?::([0-9]{1,5}))?(?:[/?#].*)?$)"_s,
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+    const QString trimmed = typed.trimmed();
+    const QRegularExpressionMatch match = address.match(trimmed);
+    if (!match.hasMatch()) {
+        return {.host = trimmed}; // A bare IPv6 address, or no host at all.
+    }
+    TypedHost found = {.host = match.captured(1)};
+    if (!match.capturedView(2).isEmpty()) {
+        found.port = match.capturedView(2).toLongLong();
+    }
+    return found;
+}
 
 std::optional<QUrl> vmixUrl(const VmixField& field, const QString& text) {
     constexpr auto path = "/API/"_L1;

@@ -35,8 +35,9 @@ void VmixSender::sendText(const QString& text, const QString& fieldName, VmixReq
     if (text.isEmpty() || fieldName.isEmpty()) {
         return;
     }
-    const auto url = vmixUrl({.host = settings_.vmixHost.get(),
-                              .port = settings_.vmixPort.get(),
+    const TypedHost typed = typedHost(settings_.vmixHost.get());
+    const auto url = vmixUrl({.host = typed.host,
+                              .port = typed.port.value_or(settings_.vmixPort.get()),
                               .input = settings_.vmixInput.get(),
                               .name = fieldName},
                              text);
