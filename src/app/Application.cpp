@@ -20,28 +20,22 @@
 
 #include <chrono>
 #include <csignal>
+#include <new>
+#include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
-int runApplication(int argc, char** argv, const ProgramParts& parts) {
-    // A peer or a reader of the log that has gone must not end the program.
-    std::signal(SIGPIPE, SIG_IGN);
-    const UserPaths paths = UserPaths::fromEnvironment();
-    SingleInstance instance(QFile::encodeName(paths.home + u'\n' + paths.defaultsFile()));
-    switch (instance.claim()) {
-    case SingleInstance::Claim::First:
-        break;
-    case SingleInstance::Claim::Shown:
-        return 0;
-    case SingleInstance::Claim::NoAnswer:
-        logLine(u"⚠️ Orvane läuft bereits, antwortet aber nicht");
-        return 1;
-    }
-    const LogWriter logWriter;
-    chooseDisplayPlatform();
+namespace {
+
+/// The life of the user's only running program.
+int runFirst(int argc, char** argv, const ProgramParts& parts, const UserPaths& paths,
+             SingleInstance& instance) {
+    std::optional<DisplayPlatform> platform(std::in_place);
     QApplication application(argc, argv);
+    platform.reset();
     QApplication::setApplicationName(u"orvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
     const auto appearance = createDesktopAppearance();
@@ -52,9 +46,10 @@ int runApplication(int argc, char** argv, const ProgramParts& parts) {
 
     // `exit` rather than `quit`: the latter asks the windows, and the panel's may refuse to close.
     const auto terminate = [] { QApplication::exit(0); };
-    Shell shell(paths, parts, terminate);
+    // Outlives the shell, so that a signal in the midst of its end does not cut that short.
     const TerminationSignals signals;
     QObject::connect(&signals, &TerminationSignals::requested, &application, terminate);
+    Shell shell(paths, parts, terminate);
     const SessionEnd sessionEnd;
     QObject::connect(&sessionEnd, &SessionEnd::requested, &application, terminate);
     shell.launch();
@@ -68,6 +63,37 @@ int runApplication(int argc, char** argv, const ProgramParts& parts) {
     instance.answerWith([] { return false; });
     shell.finish();
     return status;
+}
+
+} // namespace
+
+int runApplication(int argc, char** argv, const ProgramParts& parts) {
+    // A peer or a reader of the log that has gone must not end the program.
+    std::signal(SIGPIPE, SIG_IGN);
+    const UserPaths paths = UserPaths::fromEnvironment();
+    SingleInstance instance(paths.runtime,
+                            QFile::encodeName(paths.home + u'\n' + paths.defaultsFile()));
+    switch (instance.claim()) {
+    case SingleInstance::Claim::First:
+        break;
+    case SingleInstance::Claim::Shown:
+        return 0;
+    case SingleInstance::Claim::NoAnswer:
+        logLine(u"⚠️ Orvane läuft bereits, antwortet aber nicht");
+        return 1;
+    }
+    const LogWriter logWriter;
+    if (!paths.homeHasName) {
+        logLine(u"❌ Der Name des Benutzerordners ist kein UTF-8: Einstellungen und Transkripte "
+                "können nicht gespeichert werden");
+    }
+    try {
+        return runFirst(argc, argv, parts, paths, instance);
+    } catch (const std::bad_alloc&) {
+        // What is kept has been written by those who went meanwhile.
+        logLine(u"❌ Zu wenig Arbeitsspeicher, Orvane endet");
+        return 1;
+    }
 }
 
 } // namespace orv

@@ -37,6 +37,8 @@ class LeftOutLine {
 };
 
 constexpr std::chrono::milliseconds step{10};
+constexpr std::chrono::milliseconds forEver{-1};
+constexpr std::chrono::milliseconds betweenLooks{50};
 
 } // namespace
 
@@ -99,6 +101,10 @@ void LogQueue::push(LogLine::Pointer line) {
 
 void LogQueue::wakeWriter() const {
     ::eventfd_write(wake_.get(), 1);
+}
+
+std::chrono::milliseconds LogQueue::longestWait() const {
+    return wake_.isOpen() ? forEver : betweenLooks;
 }
 
 void LogQueue::waitForWake(std::chrono::milliseconds limit) const {

@@ -71,8 +71,12 @@ class LogQueue {
     /// (`Taken`) or the output is `Full`. What a broken output refuses is gone. For one thread.
     LogOutput::State writeTo(const LogOutput& output);
 
-    /// Can be read once the writing thread was woken, until `noteWoken`.
+    /// Can be read once the writing thread was woken, until `noteWoken`; -1 where there is none.
     int wakeDescriptor() const { return wake_.get(); }
+
+    /// How long at a time the writing thread may wait for lines (for ever if negative): where the
+    /// system has given no descriptor, nobody can wake it, and it has to look by itself.
+    std::chrono::milliseconds longestWait() const;
 
     /// Waits until the writing thread is woken, or `limit` has passed (for ever if negative).
     void waitForWake(std::chrono::milliseconds limit) const;

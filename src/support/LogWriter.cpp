@@ -17,7 +17,6 @@ using Milliseconds = std::chrono::milliseconds;
 // A full output gets time to become emptier by more than a line, and one that says that it takes
 // more, and does not, is not asked without end.
 constexpr Milliseconds pauseWhenFull{5};
-constexpr Milliseconds forEver{-1};
 
 /// Signals are for other threads: a broken pipe is none of the program's business, and a request to
 /// end must not come in the middle of a line. Only what this thread does wrong itself reaches it.
@@ -87,7 +86,7 @@ bool LogWriter::hasFinished(LogOutput::State state) {
 
 void LogWriter::waitForWork(LogOutput::State state) const {
     if (state != LogOutput::State::Full) {
-        queue_.waitForWake(finishing_ ? Milliseconds(0) : forEver);
+        queue_.waitForWake(finishing_ ? Milliseconds(0) : queue_.longestWait());
         return;
     }
     queue_.waitForWake(pauseWhenFull);
@@ -95,7 +94,7 @@ void LogWriter::waitForWork(LogOutput::State state) const {
         const auto left = std::chrono::ceil<Milliseconds>(deadline_ - Clock::now());
         output_.wait(std::max(left, Milliseconds(0)));
     } else {
-        output_.wait(forEver, queue_.wakeDescriptor());
+        output_.wait(queue_.longestWait(), queue_.wakeDescriptor());
     }
 }
 

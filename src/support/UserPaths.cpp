@@ -5,6 +5,7 @@
 
 #include <array>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -23,20 +24,49 @@ QString accountHome() {
     return QDir::isAbsolutePath(home) ? home : QDir::rootPath();
 }
 
+bool isOwnFolder(const QString& path) {
+    struct stat found = {};
+    return QDir::isAbsolutePath(path) && ::stat(QFile::encodeName(path).constData(), &found) == 0 &&
+           S_ISDIR(found.st_mode) && found.st_uid == ::getuid();
+}
+
+/// Empty when there is none.
+QString runtimeFolder() {
+    for (const QString& path : {qEnvironmentVariable("XDG_RUNTIME_DIR"),
+                                QString(u"/run/user/"_s + QString::number(::getuid()))}) {
+        if (isOwnFolder(path)) {
+            return QDir::cleanPath(path);
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 UserPaths UserPaths::fromEnvironment() {
     UserPaths paths;
-    const QString home = QFile::decodeName(qgetenv("HOME"));
+    const QByteArray named = qgetenv("HOME");
+    const QString home = QFile::decodeName(named);
+    paths.homeHasName = QFile::encodeName(home) == named;
     paths.home = QDir::cleanPath(QDir::isAbsolutePath(home) ? home : accountHome());
     const QString configured = qEnvironmentVariable("XDG_CONFIG_HOME");
     paths.configHome =
         QDir::isAbsolutePath(configured) ? QDir::cleanPath(configured) : paths.home + u"/.config";
+    const QString cached = qEnvironmentVariable("XDG_CACHE_HOME");
+    if (QDir::isAbsolutePath(cached)) {
+        paths.cacheHome = QDir::cleanPath(cached);
+    }
+    const QString runtime = runtimeFolder();
+    paths.runtime = runtime.isEmpty() ? paths.settingsFolder() : runtime;
     return paths;
 }
 
+QString UserPaths::settingsFolder() const {
+    return configHome + u"/orvane";
+}
+
 QString UserPaths::defaultsFile() const {
-    return configHome + u"/orvane/defaults.json";
+    return settingsFolder() + u"/defaults.json";
 }
 
 QString UserPaths::supportFolder() const {
@@ -51,8 +81,16 @@ QString UserPaths::backendScript() const {
     return supportFolder() + u"/backend/server.py";
 }
 
+QString UserPaths::modelScript() const {
+    return supportFolder() + u"/backend/fetch_model.py";
+}
+
 QString UserPaths::backendLog() const {
     return supportFolder() + u"/backend.log";
+}
+
+QString UserPaths::earlierBackendLog() const {
+    return backendLog() + u".1";
 }
 
 QString UserPaths::outputFolder() const {
@@ -60,7 +98,7 @@ QString UserPaths::outputFolder() const {
 }
 
 QString UserPaths::whisperCache() const {
-    return home + u"/.cache/whisper";
+    return (cacheHome.isEmpty() ? QString(home + u"/.cache") : cacheHome) + u"/whisper";
 }
 
 } // namespace orv

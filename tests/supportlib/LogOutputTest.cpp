@@ -1,4 +1,5 @@
 #include "LogOutput.h"
+#include "FewFiles.h"
 #include "StandardOutput.h"
 
 #include <QByteArray>
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <sys/resource.h>
 #include <sys/socket.h>
 
 namespace orv {
@@ -30,27 +30,6 @@ std::size_t fill(const LogOutput& output) {
     return outcome.count;
 }
 
-/// Lets this process open no more descriptors while it lives.
-class NoMoreDescriptors {
-  public:
-    NoMoreDescriptors() {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const int next = ::dup(STDOUT_FILENO);
-        ::close(next);
-        rlimit none = before_;
-        none.rlim_cur = static_cast<rlim_t>(next);
-        ::setrlimit(RLIMIT_NOFILE, &none);
-    }
-
-    ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
-    NoMoreDescriptors(const NoMoreDescriptors&) = delete;
-    NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
-
-  private:
-    rlimit before_ = {};
-};
-
 } // namespace
 
 TEST(LogOutput, aFullPipeIsNotWaitedFor) {
@@ -65,7 +44,7 @@ TEST(LogOutput, aFullPipeIsNotWaitedFor) {
 
 TEST(LogOutput, aFullPipeThatCannotBeOpenedAgainIsNotWaitedForEither) {
     const Pipe pipe;
-    const NoMoreDescriptors none;
+    const test::FewFiles none(0);
     const LogOutput output(pipe.writer());
     EXPECT_GT(fill(output), 0U);
 }

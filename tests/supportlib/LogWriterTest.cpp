@@ -1,4 +1,5 @@
 #include "LogWriter.h"
+#include "FewFiles.h"
 #include "ForkedChild.h"
 #include "Log.h"
 #include "StandardOutput.h"
@@ -13,6 +14,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -21,6 +23,7 @@ using namespace std::chrono_literals;
 
 namespace orv {
 
+using test::FewFiles;
 using test::Pipe;
 using test::signalThatEnded;
 using test::StandardOutput;
@@ -133,6 +136,26 @@ TEST(LogWriter, aReaderWhoReadsNothingDelaysTheEndNoLongerThanAllowed) {
     }
     EXPECT_EQ(pipe.read(), QByteArray("\nlater\n")) << "not in the middle of the broken line";
 }
+
+#if ORV_MAY_LACK_FILES
+
+TEST(LogWriter, writesAndEndsAlsoWhereNobodyCanWakeIt) {
+    const Pipe pipe;
+    const StandardOutput output(pipe.writer());
+    std::optional<FewFiles> none(0);
+    {
+        const LogWriter writer({.room = 1000, .patienceAtEnd = std::chrono::hours(1)});
+        none.reset();
+        logLine(u"one");
+        EXPECT_EQ(pipe.read("one\n"), QByteArray("one\n"));
+        logLine(u"two");
+        EXPECT_EQ(pipe.read("two\n"), QByteArray("two\n"));
+        logLine(u"last");
+    }
+    EXPECT_EQ(pipe.read("last\n"), QByteArray("last\n"));
+}
+
+#endif
 
 TEST(LogWriter, linesAfterItsEndAreWrittenAtOnce) {
     const Pipe pipe;

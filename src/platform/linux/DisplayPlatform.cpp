@@ -28,9 +28,18 @@ std::optional<QByteArray> platformForSubtitles(const SessionDisplays& displays) 
     return QByteArray("xcb;wayland");
 }
 
-void chooseDisplayPlatform() {
-    if (const auto platform = platformForSubtitles(SessionDisplays::fromEnvironment())) {
+DisplayPlatform::DisplayPlatform()
+    : wasSet_(qEnvironmentVariableIsSet(platformVariable)) {
+    if (const auto platform = platformForSubtitles(before_)) {
         qputenv(platformVariable, *platform);
+    }
+}
+
+DisplayPlatform::~DisplayPlatform() {
+    if (wasSet_) {
+        qputenv(platformVariable, before_.chosenPlatform);
+    } else {
+        qunsetenv(platformVariable);
     }
 }
 

@@ -21,7 +21,19 @@ struct SessionDisplays {
 /// room for it stands.
 std::optional<QByteArray> platformForSubtitles(const SessionDisplays& displays);
 
-/// Puts the choice into the environment. To be called before there is an application object.
-void chooseDisplayPlatform();
+/// The choice in the environment, from before the application object, which looks there, until it
+/// is made: programs that are started later are to make their own choice. Restores what was there.
+/// One at a time, and no other thread may touch the environment meanwhile.
+class DisplayPlatform {
+  public:
+    DisplayPlatform();
+    ~DisplayPlatform();
+    DisplayPlatform(const DisplayPlatform&) = delete;
+    DisplayPlatform& operator=(const DisplayPlatform&) = delete;
+
+  private:
+    const SessionDisplays before_ = SessionDisplays::fromEnvironment();
+    const bool wasSet_;
+};
 
 } // namespace orv

@@ -41,15 +41,27 @@ TEST(DisplayPlatform, prefersTheXServerInAListThatAllowsIt) {
         QByteArray("xcb;wayland"));
 }
 
-TEST(DisplayPlatform, readsAndWritesTheEnvironment) {
-    qputenv("QT_QPA_PLATFORM", QByteArray());
+TEST(DisplayPlatform, standsInTheEnvironmentAsLongAsItIsNeeded) {
+    qunsetenv("QT_QPA_PLATFORM");
     qputenv("WAYLAND_DISPLAY", "wayland-7");
     qputenv("DISPLAY", ":7");
-    chooseDisplayPlatform();
-    EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), QByteArray("xcb;wayland"));
+    {
+        const DisplayPlatform choice;
+        EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), QByteArray("xcb;wayland"));
+    }
+    EXPECT_FALSE(qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) << "for those we start";
+    qputenv("QT_QPA_PLATFORM", "wayland;xcb");
+    {
+        const DisplayPlatform choice;
+        EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), QByteArray("xcb;wayland"));
+    }
+    EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), QByteArray("wayland;xcb"));
     qputenv("WAYLAND_DISPLAY", QByteArray());
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    chooseDisplayPlatform();
+    {
+        const DisplayPlatform choice;
+        EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
+    }
     EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
 }
 
