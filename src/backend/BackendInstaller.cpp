@@ -1,7 +1,7 @@
 #include "BackendInstaller.h"
 
+#include "BackendLog.h"
 #include "Log.h"
-#include "SpawnProgram.h"
 #include "ThreadChecks.h"
 
 #include <csignal>
@@ -11,11 +11,12 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-BackendInstaller::BackendInstaller(QString program, std::chrono::milliseconds pause,
-                                   QObject* parent)
+BackendInstaller::BackendInstaller(ChildCommand command, std::chrono::milliseconds pause,
+                                   BackendLog* log, QObject* parent)
     : QObject(parent)
-    , program_(std::move(program))
-    , pause_(pause) {}
+    , command_(std::move(command))
+    , pause_(pause)
+    , log_(log) {}
 
 BackendInstaller::~BackendInstaller() {
     if (process_ && process_->isRunning()) {
@@ -35,14 +36,19 @@ void BackendInstaller::install() {
         return;
     }
     output_ = {};
-    logLine(u"⏳ Backend wird installiert: "_s + program_);
+    logLine(u"⏳ Backend wird installiert: "_s + command_.program);
+    if (log_ != nullptr) {
+        log_->begin(command_.program);
+    }
     ChildProcess::Handlers handlers;
-    handlers.output = [this, target = printed_.handle()](const QByteArray& bytes) {
+    handlers.output = [this, log = log_, target = printed_.handle()](const QByteArray& bytes) {
+        if (log != nullptr) {
+            log->write(bytes);
+        }
         target.post([this, bytes] { printed(bytes); });
     };
     handlers.finished = [this](int status) { finish(status); };
-    ChildProcess::Launch launch =
-        ChildProcess::start({program_, {}, ownEnvironment()}, this, std::move(handlers), pause_);
+    ChildProcess::Launch launch = ChildProcess::start(command_, this, std::move(handlers), pause_);
     process_ = std::move(launch.process);
     if (!process_) {
         logLine(QString(u"❌ Backend-Installation: " % launch.error));

@@ -12,6 +12,8 @@
 
 namespace orv {
 
+class BackendLog;
+
 /// Runs the program that installs the speech server for this user. It needs no terminal: what it
 /// prints goes to the log, and how far it is can be asked. Lives on the main thread, which it never
 /// holds up.
@@ -19,8 +21,10 @@ class BackendInstaller : public QObject {
     Q_OBJECT
 
   public:
-    /// `program` is run without arguments. `pause` is the time it gets to end when it is given up.
-    BackendInstaller(QString program, std::chrono::milliseconds pause, QObject* parent = nullptr);
+    /// `command` is what is run. `pause` is the time it gets to end when it is given up. `log`, if
+    /// not null, gets what it prints as well, and outlives the object.
+    BackendInstaller(ChildCommand command, std::chrono::milliseconds pause,
+                     BackendLog* log = nullptr, QObject* parent = nullptr);
 
     /// Ends an installation that is under way, with everything it has started. It can be done again
     /// at any time.
@@ -43,8 +47,9 @@ class BackendInstaller : public QObject {
     void printed(const QByteArray& bytes);
     void finish(int status);
 
-    const QString program_;
+    const ChildCommand command_;
     const std::chrono::milliseconds pause_;
+    BackendLog* const log_;
     InstallOutput output_;
     std::unique_ptr<ChildProcess> process_;
     PostTarget printed_; ///< Takes what the reading thread hands over.

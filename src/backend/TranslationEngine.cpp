@@ -1,13 +1,11 @@
 #include "TranslationEngine.h"
 
-#include "BackendEcho.h"
+#include "BackendAlerts.h"
 #include "Dialogs.h"
 #include "Log.h"
 #include "PortProbe.h"
-#include "SpawnProgram.h"
 #include "ThreadChecks.h"
 
-#include <QFileInfo>
 #include <QPointer>
 
 #include <utility>
@@ -26,10 +24,19 @@ constexpr std::chrono::seconds killedChild{5};
 TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* parent)
     : QObject(parent)
     , environment_(std::move(environment))
-    , installer_(environment_.installer, environment_.timings.stopPause)
+    , installer_(environment_.installerCommand(), environment_.timings.stopPause, environment_.log)
     , statusKey_(u"engine.stopped"_s) {
     checkTimer_.setTimerType(Qt::PreciseTimer);
     connect(&checkTimer_, &QTimer::timeout, this, &TranslationEngine::checkLiveness);
+    portCheck_.setTimerType(Qt::PreciseTimer);
+    portCheck_.setSingleShot(true);
+    connect(&portCheck_, &QTimer::timeout, this, &TranslationEngine::checkBackendStatus);
+    doubtCheck_.setSingleShot(true);
+    connect(&doubtCheck_, &QTimer::timeout, this, [this] {
+        if (isRunning_) {
+            checkLiveness();
+        }
+    });
     connect(&installer_, &BackendInstaller::stepChanged, this, &TranslationEngine::retranslate);
     connect(&installer_, &BackendInstaller::ended, this, &TranslationEngine::installationEnded);
 }
@@ -59,9 +66,24 @@ QString TranslationEngine::statusMessage() const {
     return text;
 }
 
+QString TranslationEngine::statusDetail() const {
+    ORV_ON_MAIN();
+    return lastWords_.isEmpty()
+               ? QString()
+               : environment_.text(u"engine.lastwords"_s).replace(u"%1"_s, lastWords_);
+}
+
 void TranslationEngine::startBackend() {
     ORV_ON_MAIN();
+    if (startsNothing_) {
+        return;
+    }
+    setLastWords({});
+    startsWhenStopped_ = isBeingStopped();
     if (isPortInUse()) {
+        if (!child_.process) {
+            ++stopNumber_; // A stop that has nobody to send signals to would only forget it again.
+        }
         logLine(QString(u"✓ Backend läuft bereits auf Port " % QString::number(environment_.port)));
         setState(true, u"engine.running"_s);
         Q_EMIT BackendStatusChanged(true);
@@ -76,6 +98,9 @@ void TranslationEngine::startBackend() {
     if (child_.isRunning()) {
         logLine(u"⚠️ Backend-Prozess läuft, warte auf Port...");
         setStatus(u"engine.starting"_s);
+        if (!portCheck_.isActive()) {
+            checkLater(environment_.timings.portRecheck);
+        }
         return;
     }
     if (isRunning_) {
@@ -83,13 +108,7 @@ void TranslationEngine::startBackend() {
         return;
     }
     setStatus(u"engine.starting"_s);
-    logLine(QString(u"🔍 Suche Python: " % environment_.interpreter));
-    logLine(QString(u"🔍 Suche Server: " % environment_.script));
-    const bool interpreterExists = QFileInfo::exists(environment_.interpreter);
-    const bool scriptExists = QFileInfo::exists(environment_.script);
-    if (!interpreterExists || !scriptExists) {
-        logLine(QString(u"❌ Python existiert? " % boolText(interpreterExists)));
-        logLine(QString(u"❌ Server existiert? " % boolText(scriptExists)));
+    if (!environment_.isInstalled()) {
         setStatus(u"engine.notinstalled"_s);
         showBackendInstallAlert();
         return;
@@ -101,17 +120,11 @@ void TranslationEngine::launchBackend() {
     retireChild();
     const quint64 launch = ++launches_;
 
-    ChildCommand command;
-    command.program = environment_.interpreter;
-    command.arguments = {environment_.script};
-    command.environment = environmentWith(ownEnvironment(), "ORV_BIND_HOST",
-                                          environment_.networkAccess() ? "0.0.0.0" : "localhost");
+    const ChildCommand command = environment_.serverCommand();
+    const auto output = std::make_shared<BackendOutput>(environment_.log);
+    output->begin(command);
     ChildProcess::Handlers handlers;
-    handlers.output = [echo = std::make_shared<BackendEcho>()](const QByteArray& bytes) {
-        if (const auto line = echo->lineFor(bytes)) {
-            logLine(*line);
-        }
-    };
+    handlers.output = [output](const QByteArray& bytes) { output->take(bytes); };
     handlers.finished = [this, launch](int status) { childFinished(launch, status); };
 
     ChildProcess::Launch launched =
@@ -119,20 +132,20 @@ void TranslationEngine::launchBackend() {
     if (!launched.process) {
         setStatus(u"engine.failed"_s);
         logLine(QString(u"Failed to start backend: " % launched.error));
+        setLastWords(launched.error);
         return;
     }
-    child_ = {.launch = launch, .process = std::move(launched.process), .nextSignal = {}};
+    child_ = {.launch = launch,
+              .process = std::move(launched.process),
+              .output = output,
+              .nextSignal = {}};
     refreshMayOutlive();
     logLine(u"✓ Backend-Prozess gestartet, warte 6 Sekunden auf Modell-Laden...");
     checkLater(environment_.timings.modelLoading);
 }
 
 void TranslationEngine::checkLater(std::chrono::milliseconds delay) {
-    QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, launch = launches_] {
-        if (launch == launches_) {
-            checkBackendStatus();
-        }
-    });
+    portCheck_.start(delay);
 }
 
 void TranslationEngine::checkBackendStatus() {
@@ -140,7 +153,11 @@ void TranslationEngine::checkBackendStatus() {
     refreshMayOutlive();
     if (isPortInUse()) {
         setState(true, u"engine.running"_s);
-        QTimer::singleShot(0, this, [this] { Q_EMIT BackendStatusChanged(true); });
+        QTimer::singleShot(0, this, [this] {
+            if (isRunning_) { // Its end may have been told in between.
+                Q_EMIT BackendStatusChanged(true);
+            }
+        });
         startStatusCheckTimer();
         logLine(QString(u"✓ Backend läuft auf Port " % QString::number(environment_.port)));
     } else if (child_.isRunning()) {
@@ -170,6 +187,8 @@ void TranslationEngine::checkLiveness() {
 
 void TranslationEngine::childFinished(quint64 launch, int status) {
     ORV_ON_MAIN();
+    const bool endsByItself = child_.launch == launch && stoppedLaunch_ != launch;
+    const auto failed = endsByItself && !child_.hasRun ? child_.output : nullptr;
     // The process object has nothing more to tell; from here on there is none.
     if (child_.launch == launch) {
         child_ = {};
@@ -182,14 +201,23 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
         checkTimer_.stop();
     }
     logLine(QString(u"Backend beendet mit Code: " % QString::number(status)));
+    if (failed) {
+        failed->logLastLines();
+        setLastWords(failed->lastWords());
+    }
     if (isLatest) {
         Q_EMIT BackendStatusChanged(false);
+    }
+    if (launch == launches_ && std::exchange(startsWhenStopped_, false)) {
+        startBackend();
     }
 }
 
 void TranslationEngine::stopBackend() {
     ORV_ON_MAIN();
+    setLastWords({});
     startsWhenInstalled_ = false;
+    startsWhenStopped_ = false;
     if (!isRunning_ && !child_.isRunning()) {
         logLine(u"Backend läuft nicht");
         return;
@@ -209,8 +237,8 @@ void TranslationEngine::stopBackend() {
 
 void TranslationEngine::afterPause(void (TranslationEngine::*step)()) {
     QTimer::singleShot(environment_.timings.stopPause, Qt::PreciseTimer, this,
-                       [this, step, launch = launches_] {
-                           if (launch == launches_) {
+                       [this, step, launch = launches_, number = stopNumber_] {
+                           if (launch == launches_ && number == stopNumber_) {
                                (this->*step)();
                            }
                        });
@@ -272,6 +300,17 @@ void TranslationEngine::retireChild() {
     }
 }
 
+void TranslationEngine::stopForGood() {
+    ORV_ON_MAIN();
+    startsNothing_ = true;
+    stopBackend();
+}
+
+void TranslationEngine::lookSoon() {
+    ORV_ON_MAIN();
+    doubtCheck_.start(environment_.timings.doubt);
+}
+
 void TranslationEngine::leaveRunning() {
     ORV_ON_MAIN();
     if (isBeingStopped()) {
@@ -296,14 +335,25 @@ void TranslationEngine::retranslate() {
 }
 
 bool TranslationEngine::isPortInUse() const {
-    return environment_.probe.isPortInUse(environment_.port);
+    // Who has not been able to look has seen no change.
+    return environment_.probe.isPortInUse(environment_.port).value_or(isRunning_);
 }
 
 void TranslationEngine::setState(bool isRunning, const QString& statusKey) {
+    if (isRunning) {
+        child_.hasRun = true;
+        setLastWords({});
+    }
     if (std::exchange(isRunning_, isRunning) != isRunning) {
         Q_EMIT isRunningChanged(isRunning);
     }
     setStatus(statusKey);
+}
+
+void TranslationEngine::setLastWords(const QString& words) {
+    if (std::exchange(lastWords_, words) != words) {
+        Q_EMIT statusDetailChanged(statusDetail());
+    }
 }
 
 void TranslationEngine::setStatus(const QString& key) {
@@ -313,14 +363,8 @@ void TranslationEngine::setStatus(const QString& key) {
 }
 
 void TranslationEngine::showBackendInstallAlert() {
-    const auto& text = environment_.text;
     const bool offersInstallation = !environment_.installer.isEmpty();
-    QStringList buttons = {text(u"alert.ok"_s)};
-    if (offersInstallation) {
-        buttons.prepend(text(u"alert.backend.install"_s));
-    }
-    environment_.dialogs.showAlert({AlertStyle::Warning, text(u"alert.backend.notfound.title"_s),
-                                    text(u"alert.backend.notfound.msg"_s), buttons},
+    environment_.dialogs.showAlert(notInstalledAlert(environment_.text, offersInstallation),
                                    [engine = QPointer(this), offersInstallation](int chosen) {
                                        if (engine && offersInstallation && chosen == 0) {
                                            engine->installBackend();
@@ -343,16 +387,12 @@ void TranslationEngine::installationEnded(bool installed, const QString& reason)
         if (startsWhenInstalled_) {
             startBackend();
         } else {
-            setStatus(u"engine.stopped"_s);
+            setStatus(isRunning_ ? u"engine.running"_s : u"engine.stopped"_s);
         }
         return;
     }
-    setStatus(u"engine.notinstalled"_s);
-    const auto& text = environment_.text;
-    environment_.dialogs.showAlert({AlertStyle::Warning,
-                                    text(u"alert.install.failed.title"_s),
-                                    reason,
-                                    {text(u"alert.ok"_s)}});
+    setStatus(isRunning_ ? u"engine.running"_s : u"engine.notinstalled"_s);
+    environment_.dialogs.showAlert(installationFailedAlert(environment_.text, reason));
 }
 
 } // namespace orv

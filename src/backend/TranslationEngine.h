@@ -1,9 +1,10 @@
 #pragma once
 
 #include "BackendControl.h"
+#include "BackendEnvironment.h"
 #include "BackendInstaller.h"
+#include "BackendOutput.h"
 #include "ChildProcess.h"
-#include "TextLookup.h"
 
 #include <QDeadlineTimer>
 #include <QObject>
@@ -11,52 +12,18 @@
 #include <QTimer>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <vector>
 
 namespace orv {
-
-class Dialogs;
-class PortProbe;
-
-/// The supervisor's fixed times.
-struct BackendTimings {
-    std::chrono::milliseconds modelLoading{
-        6000};                                   ///< From the launch to the first look at the port.
-    std::chrono::milliseconds portRecheck{2000}; ///< Between looks while the port is closed.
-    std::chrono::milliseconds liveness{10000};   ///< Between looks at a running backend's port.
-    std::chrono::milliseconds stopPause{1000};   ///< Between the steps of stopping.
-};
-
-/// What the supervisor is given. The references must outlive it; the functions are called on the
-/// main thread.
-struct BackendEnvironment {
-    QString interpreter; ///< Absolute path of the Python interpreter.
-    QString script;      ///< Absolute path of the server's program.
-    PortProbe& probe;
-    Dialogs& dialogs;
-    TextLookup text;
-    std::function<bool()> networkAccess; ///< Whether others may reach the backend.
-
-    /// Whether the backend may go on running should the program be killed. A program that ends in
-    /// order says so with `leaveRunning` instead.
-    std::function<bool()> mayOutlive = [] { return false; };
-
-    /// Absolute path of the program that installs the backend; empty when there is none to offer.
-    QString installer = {};
-
-    BackendTimings timings = {};
-    quint16 port = 8765;
-};
 
 /// The supervisor of the speech server: starts, watches and stops a Python program that listens on
 /// a TCP port. It does not talk to the server; it knows it as a child process and as something that
 /// uses the port. A server that it finds running already is adopted: reported as running, never
 /// sent a signal.
 ///
-/// Every change of the running state is told by `BackendStatusChanged`. Lives on the main thread,
-/// which it blocks while the port is probed.
+/// Every change of the running state is told by `BackendStatusChanged`. Lives on the main thread. A
+/// look at the port that brings no answer changes nothing.
 ///
 /// Delayed steps and the end of a child concern the launch they belong to: once another child has
 /// been launched they change nothing.
@@ -80,14 +47,25 @@ class TranslationEngine : public QObject, public BackendControl {
     /// One line for people, in the interface's language.
     QString statusMessage() const;
 
+    /// What the backend said last, when it could not be started or has ended by itself before it
+    /// ran; a line for people, empty otherwise.
+    QString statusDetail() const;
+
     /// Adopts whatever uses the port, or launches the backend and looks at the port later. When no
-    /// backend is installed an alert offers to install it; once that is done it is started.
+    /// backend is installed an alert offers to install it; once that is done it is started. One
+    /// that is being stopped is started again after its end.
     void startBackend() override;
 
     /// Sends SIGTERM, after a pause SIGINT, after another one SIGKILL, as long as the child runs;
     /// then the state is "stopped". A backend that is being installed is not started afterwards.
     /// Returns at once.
     void stopBackend() override;
+
+    /// As `stopBackend`; and nothing is started any more, because the program is about to end.
+    void stopForGood() override;
+
+    /// Somebody has reason to believe that the backend is gone: the port is looked at soon.
+    void lookSoon();
 
     /// The program is about to end and the backend shall stay. A backend that is being stopped
     /// does not stay.
@@ -106,11 +84,14 @@ class TranslationEngine : public QObject, public BackendControl {
 
     void isRunningChanged(bool isRunning);
     void statusMessageChanged(const QString& statusMessage);
+    void statusDetailChanged(const QString& statusDetail);
 
   private:
     struct Child {
         quint64 launch = 0; ///< Number of the launch; 0 for no child.
         std::unique_ptr<ChildProcess> process;
+        std::shared_ptr<const BackendOutput> output;
+        bool hasRun = false;       ///< The port was seen open.
         bool interrupted = false;  ///< SIGINT has been sent.
         QDeadlineTimer nextSignal; ///< Of a stop that is under way.
 
@@ -126,18 +107,22 @@ class TranslationEngine : public QObject, public BackendControl {
     void childFinished(quint64 launch, int status);
     void stopWithInterrupt();
     void stopWithKill();
+    /// Goes on with a stop, unless another child has been launched or the stop is not wanted any
+    /// more.
     void afterPause(void (TranslationEngine::*step)());
     void interruptIfRunning();
     void killIfRunning();
     void endChildNow();
     bool endsBeforeNextSignal() const;
     void retireChild();
+    /// Whether the port is in use, as far as is known.
     bool isPortInUse() const;
 
     bool isBeingStopped() const { return child_.process && stoppedLaunch_ == child_.launch; }
 
     void setState(bool isRunning, const QString& statusKey);
     void setStatus(const QString& key);
+    void setLastWords(const QString& words);
     void showBackendInstallAlert();
     void installBackend();
     void installationEnded(bool installed, const QString& reason);
@@ -146,9 +131,15 @@ class TranslationEngine : public QObject, public BackendControl {
     BackendInstaller installer_;
     bool isRunning_ = false;
     QString statusKey_;
+    QString lastWords_;         ///< Of a backend whose start has failed.
     QTimer checkTimer_;         ///< Ticks while the backend runs.
+    QTimer portCheck_;          ///< The next look at the port of a backend that was launched.
+    QTimer doubtCheck_;         ///< A look at the port before the next tick.
     quint64 launches_ = 0;      ///< Also the number of the latest launch.
     quint64 stoppedLaunch_ = 0; ///< The launch that was last asked to stop.
+    quint64 stopNumber_ = 0;    ///< Of the latest stop that is still wanted.
+    bool startsWhenStopped_ = false;
+    bool startsNothing_ = false; ///< The program is about to end.
     bool leftRunning_ = false;
     bool startsWhenInstalled_ = false;
     Child child_;                ///< The latest; none once its end has been reported.

@@ -3,6 +3,7 @@
 #include <QtGlobal>
 
 #include <memory>
+#include <optional>
 
 namespace orv {
 
@@ -11,8 +12,9 @@ class PortProbe {
   public:
     virtual ~PortProbe() = default;
 
-    /// Blocks until the answer is known. A probe that cannot be made counts as "not in use".
-    virtual bool isPortInUse(quint16 port) = 0;
+    /// Returns once the answer is known, or nothing when it could not be found out in time. A probe
+    /// that cannot be made counts as "not in use".
+    virtual std::optional<bool> isPortInUse(quint16 port) = 0;
 };
 
 /// The probe of this machine.

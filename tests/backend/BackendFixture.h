@@ -21,13 +21,13 @@ namespace orv::test {
 /// A probe that answers what it is told to, and counts.
 class ScriptedPortProbe : public PortProbe {
   public:
-    bool isPortInUse(quint16 port) override {
+    std::optional<bool> isPortInUse(quint16 port) override {
         ++count;
         lastPort = port;
         return inUse;
     }
 
-    bool inUse = false;
+    std::optional<bool> inUse = false; ///< No value: it could not find out in time.
     int count = 0;
     quint16 lastPort = 0;
 };

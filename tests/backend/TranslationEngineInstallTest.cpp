@@ -126,6 +126,26 @@ TEST_F(TranslationEngineInstall, aMissingInstallerIsAFailureThatSaysSo) {
     EXPECT_EQ(status(), u"engine.notinstalled"_s);
 }
 
+TEST_F(TranslationEngineInstall, aFailureDoesNotDenyABackendThatRunsAllTheSame) {
+    offerInstaller(u"while [ ! -e $home/go ]; do sleep 0.01; done; exit 3"_s);
+    startAndInstall();
+    probe.inUse = true; // Somebody else has started one.
+    engine().startBackend();
+    EXPECT_EQ(status(), u"engine.running"_s);
+    writeHomeFile(u"go"_s, u"."_s);
+    ASSERT_TRUE(waitUntil([this] { return dialogs.alerts.size() == 2; }));
+    EXPECT_EQ(status(), u"engine.running"_s);
+    EXPECT_TRUE(engine().isRunning());
+}
+
+TEST_F(TranslationEngineInstall, theInstallerIsToldTheHomeDirectory) {
+    environment().home = u"/somewhere/ü"_s;
+    offerInstaller(u"echo \"$HOME\"; exit 3"_s);
+    startAndInstall();
+    ASSERT_TRUE(waitUntil([this] { return dialogs.alerts.size() == 2; }));
+    EXPECT_EQ(dialogs.alerts.last().message, u"/somewhere/ü"_s);
+}
+
 TEST_F(TranslationEngineInstall, itCanBeTriedAgainAfterAFailure) {
     uninstall();
     offerInstaller(u"[ -e $home/again ] || { touch $home/again; exit 1; }\n"_s + restore);

@@ -128,8 +128,7 @@ TEST_F(TranslationEngineStop, anAdoptedBackendIsNeverSentASignal) {
                                                    u"print('ready', flush=True)\n"
                                                    u"signal.pause()"_s.arg(port)});
     ASSERT_TRUE(foreign.waitForReadyRead());
-    // Asking may take long on a busy machine; an answer that is cut short would say "closed".
-    SystemPortProbe realProbe(SystemPortProbe::systemTool(), 1min);
+    SystemPortProbe realProbe;
     environment().timings.liveness = 1h; // The steps of the stop need no tick between them.
     BackendEnvironment& base = environment();
     TranslationEngine engine({.interpreter = base.interpreter,
@@ -185,14 +184,54 @@ TEST_F(TranslationEngineStop, askingTwiceRunsBothSequencesToTheirEnd) {
     EXPECT_EQ(childCount(), 0);
 }
 
-TEST_F(TranslationEngineStop, startingWhileTheBackendIsStoppingDoesNotSaveIt) {
+TEST_F(TranslationEngineStop, aBackendStartedWhileItStopsIsStartedAgainAfterItsEnd) {
     installBackend(programs::ignoresTermAndInt);
     ASSERT_TRUE(startAndWaitUntilReady());
+    const pid_t first = backendPid();
     engine().stopBackend();
     engine().startBackend();
     EXPECT_EQ(lines().last(), u"⚠️ Backend-Prozess läuft, warte auf Port..."_s);
     EXPECT_EQ(status(), u"engine.starting"_s);
     ASSERT_TRUE(waitForLine(u"Backend beendet mit Code: 9"_s));
+    EXPECT_FALSE(isAlive(first));
+    EXPECT_EQ(status(), u"engine.starting"_s);
+    ASSERT_TRUE(waitUntil([&] { return backendPid() != first; }));
+    EXPECT_TRUE(isAlive(backendPid()));
+}
+
+TEST_F(TranslationEngineStop, aStartWhileItStopsIsTakenBackByAnotherStop) {
+    installBackend(programs::ignoresTermAndInt);
+    ASSERT_TRUE(startAndWaitUntilReady());
+    engine().stopBackend();
+    engine().startBackend();
+    engine().stopBackend();
+    ASSERT_TRUE(waitForLine(u"Backend beendet mit Code: 9"_s));
+    EXPECT_EQ(status(), u"engine.stopped"_s);
+    EXPECT_EQ(childCount(), 0);
+}
+
+TEST_F(TranslationEngineStop, aBackendAdoptedDuringAStopIsNotForgottenAtItsEnd) {
+    probe.inUse = true;
+    engine().startBackend();
+    engine().stopBackend();
+    engine().startBackend();
+    posted.clear();
+    letPass(4 * environment().timings.stopPause);
+    EXPECT_TRUE(engine().isRunning());
+    EXPECT_EQ(status(), u"engine.running"_s);
+    EXPECT_FALSE(log.contains(stopped));
+    EXPECT_TRUE(posted.isEmpty());
+}
+
+TEST_F(TranslationEngineStop, afterAStopForGoodNothingIsStarted) {
+    installBackend(programs::waitForSignal);
+    ASSERT_TRUE(startAndWaitUntilReady());
+    engine().stopForGood();
+    engine().startBackend();
+    ASSERT_TRUE(waitForLine(u"Backend beendet mit Code: 15"_s));
+    log.clear();
+    engine().startBackend();
+    EXPECT_TRUE(lines().isEmpty());
     EXPECT_EQ(status(), u"engine.stopped"_s);
     EXPECT_EQ(childCount(), 0);
 }

@@ -53,8 +53,7 @@ TEST_F(TranslationEngineWatch, asksForAClosedPortAgainAndAgainWhileTheProcessLiv
 }
 
 TEST_F(TranslationEngineWatch, aBackendThatOpensItsPortLateIsSeenByTheRealProbe) {
-    // Asking may take long on a busy machine; an answer that is cut short would say "closed".
-    SystemPortProbe realProbe(SystemPortProbe::systemTool(), 1min);
+    SystemPortProbe realProbe;
     const quint16 port = freePort();
     BackendEnvironment& base = environment();
     BackendEnvironment real{.interpreter = base.interpreter,
@@ -149,6 +148,62 @@ TEST_F(TranslationEngineWatch, theTickWatchesThePortAndNotTheProcess) {
     probe.inUse = false;
     ASSERT_TRUE(waitForStatus(u"engine.terminated"_s));
     EXPECT_TRUE(isAlive(backendPid()));
+}
+
+TEST_F(TranslationEngineWatch, aStartAfterThatWaitsForThePortOfTheLivingProcess) {
+    installBackend(programs::waitForSignal);
+    ASSERT_TRUE(startAndWaitUntilReady());
+    probe.inUse = true;
+    ASSERT_TRUE(waitForStatus(u"engine.running"_s));
+    probe.inUse = false;
+    ASSERT_TRUE(waitForStatus(u"engine.terminated"_s));
+    engine().startBackend();
+    EXPECT_EQ(status(), u"engine.starting"_s);
+    probe.inUse = true;
+    EXPECT_TRUE(waitForStatus(u"engine.running"_s));
+}
+
+TEST_F(TranslationEngineWatch, aLookThatBringsNoAnswerChangesNothing) {
+    probe.inUse = true;
+    engine().startBackend();
+    probe.inUse = std::nullopt;
+    const int probes = probe.count;
+    ASSERT_TRUE(waitUntil([&] { return probe.count >= probes + 3; }));
+    EXPECT_EQ(status(), u"engine.running"_s);
+    EXPECT_EQ(posted, QList<bool>{true});
+    probe.inUse = false;
+    EXPECT_TRUE(waitForStatus(u"engine.terminated"_s));
+}
+
+TEST_F(TranslationEngineWatch, doubtsAreLookedIntoBeforeTheNextTick) {
+    environment().timings.liveness = 1h;
+    environment().timings.doubt = 5ms;
+    probe.inUse = true;
+    engine().startBackend();
+    engine().lookSoon();
+    const int probes = probe.count;
+    ASSERT_TRUE(waitUntil([&] { return probe.count > probes; }));
+    EXPECT_EQ(status(), u"engine.running"_s);
+    probe.inUse = false;
+    engine().lookSoon();
+    EXPECT_TRUE(waitForStatus(u"engine.terminated"_s));
+    EXPECT_EQ(posted, (QList<bool>{true, false}));
+}
+
+TEST_F(TranslationEngineWatch, nothingIsSaidToRunAfterItsEndWasTold) {
+    installBackend(programs::waitForSignal);
+    QObject::connect(&engine(), &TranslationEngine::isRunningChanged, &engine(), [&](bool runs) {
+        if (runs) { // Before anybody is told of it.
+            ::kill(backendPid(), SIGKILL);
+            while (isAlive(backendPid())) {
+            }
+        }
+    });
+    ASSERT_TRUE(startAndWaitUntilReady());
+    probe.inUse = true;
+    ASSERT_TRUE(waitUntil([&] { return posted.contains(false); }));
+    drainEvents();
+    EXPECT_NE(posted, (QList<bool>{false, true}));
 }
 
 TEST_F(TranslationEngineWatch, startingAgainRestartsTheTickInsteadOfAddingOne) {

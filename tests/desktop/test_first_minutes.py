@@ -66,6 +66,17 @@ class FirstMinutes(DesktopTest):
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()
         self.assertFalse(port_is_open(BACKEND_PORT))
+        self.check_what_was_recorded()
+
+    def check_what_was_recorded(self):
+        """The installer's words and the server's are in a file of the user's own."""
+        log = self.desktop.home / "Library/Application Support/Orvane/backend.log"
+        self.assertEqual(log.stat().st_mode & 0o777, 0o600)
+        starts = log.read_text().split(" UTC - Start: ")[1:]
+        self.assertEqual([text.split("\n")[0].split("/")[-1] for text in starts],
+                         ["install-backend", "server.py"])
+        for text in starts:
+            self.assertGreater(len(text.split("\n")[1]), 0)
 
     def test_an_installation_that_fails_says_why(self):
         self.start_in_a_fresh_home()

@@ -26,8 +26,8 @@ class SettingsActionsTest : public ::testing::Test {
   protected:
     SettingsActionsTest() { EXPECT_TRUE(QDir().mkpath(support + u"/output")); }
 
-    void placeLog() const {
-        QFile file(support + u"/backend.log");
+    void placeLog(const QString& name = u"/backend.log"_s) const {
+        QFile file(support + name);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     }
 
@@ -59,7 +59,8 @@ class SettingsActionsTest : public ::testing::Test {
                            .text = bracketed,
                            .supportFolder = support,
                            .outputFolder = support + u"/output",
-                           .backendLog = support + u"/backend.log"});
+                           .backendLog = support + u"/backend.log",
+                           .earlierLog = support + u"/backend.log.1"});
 };
 
 TEST_F(SettingsActionsTest, theServiceAccountIsAJsonFile) {
@@ -152,6 +153,25 @@ TEST_F(SettingsActionsTest, theLogIsDeletedAndNothingElse) {
     EXPECT_EQ(dialogs.alerts[1].title, u"<alert.cache.done.title>"_s);
     EXPECT_EQ(dialogs.alerts[1].message, u"<alert.cache.done.msg>"_s);
     EXPECT_EQ(dialogs.alerts[1].buttons, QStringList(u"<alert.ok>"_s));
+}
+
+TEST_F(SettingsActionsTest, theEarlierLogIsDeletedAsWell) {
+    placeLog();
+    placeLog(u"/backend.log.1"_s);
+    actions->clearCache();
+    dialogs.answer(0);
+    settle();
+    EXPECT_EQ(QDir(support).entryList(QDir::Files), QStringList());
+}
+
+TEST_F(SettingsActionsTest, aLinkInTheLogsPlaceIsDeletedAndNotWhatItLeadsTo) {
+    placeLog(u"/mine"_s);
+    ASSERT_TRUE(QFile::link(support + u"/mine", support + u"/backend.log"));
+    ASSERT_TRUE(QFile::link(support + u"/nowhere", support + u"/backend.log.1"));
+    actions->clearCache();
+    dialogs.answer(0);
+    settle();
+    EXPECT_EQ(QDir(support).entryList(QDir::Files | QDir::System), QStringList(u"mine"_s));
 }
 
 TEST_F(SettingsActionsTest, withoutALogThereIsNothingToDelete) {

@@ -20,11 +20,11 @@ void Quit::fromMenu() {
         return;
     }
     logLine(u"🛑 App wird beendet...");
-    backend_.stopBackend();
+    backend_.stopForGood();
     QTimer::singleShot(timings_.secondStop, this, [this] {
         if (backend_.isRunning()) {
             logLine(u"⚠️ Backend noch aktiv, force stop...");
-            backend_.stopBackend();
+            backend_.stopForGood();
         }
         QTimer::singleShot(timings_.terminate, this, &Quit::terminationDue);
     });
@@ -37,7 +37,7 @@ void Quit::fromPanel(const std::function<void()>& stopRun) {
     }
     logLine(u"🛑 Beende App...");
     stopRun();
-    backend_.stopBackend();
+    backend_.stopForGood();
     QTimer::singleShot(timings_.panel, this, &Quit::terminationDue);
 }
 

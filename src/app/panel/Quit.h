@@ -17,8 +17,8 @@ struct QuitTimings {
 };
 
 /// Ends the program when its user asks for it, from the menu or from the panel. Both stop the
-/// backend, whatever the settings say. Only the first request counts. Lives on the main thread;
-/// nothing here blocks.
+/// backend, whatever the settings say, and let nobody start one any more. Only the first request
+/// counts. Lives on the main thread; nothing here blocks.
 class Quit : public QObject {
     Q_OBJECT
 

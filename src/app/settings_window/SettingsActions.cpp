@@ -10,6 +10,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QStringList>
 
 #include <utility>
 
@@ -22,10 +24,21 @@ namespace {
 /// Why the file could not be deleted; empty when it is not there any more.
 QString deleteFile(const QString& path) {
     QFile file(path);
-    if (!file.exists() || file.remove()) {
+    const bool isThere = file.exists() || QFileInfo(path).isSymLink();
+    if (!isThere || file.remove()) {
         return {};
     }
     return QString(path + u": "_s + file.errorString());
+}
+
+/// Deletes as many as can be; what the first of the others says, empty when there is none.
+QString deleteFiles(const QStringList& paths) {
+    QString problem;
+    for (const QString& path : paths) {
+        const QString found = deleteFile(path);
+        problem = problem.isEmpty() ? found : problem;
+    }
+    return problem;
 }
 
 } // namespace
@@ -86,13 +99,14 @@ void SettingsActions::clearCache() {
                                                 environment_.text(u"alert.cache.cancel"_s)}},
                                    [this, alive = std::weak_ptr(alive_)](int chosen) {
                                        if (chosen == 0 && !alive.expired()) {
-                                           deleteLog();
+                                           deleteLogs();
                                        }
                                    });
 }
 
-void SettingsActions::deleteLog() {
-    environment_.files.run([path = environment_.backendLog] { return deleteFile(path); },
+void SettingsActions::deleteLogs() {
+    const QStringList logs = {environment_.backendLog, environment_.earlierLog};
+    environment_.files.run([logs] { return deleteFiles(logs); },
                            [this, alive = std::weak_ptr(alive_)](const QString& problem) {
                                if (alive.expired()) {
                                    return;

@@ -25,6 +25,7 @@ struct ActionsEnvironment {
     QString supportFolder; ///< Where backend and log file are.
     QString outputFolder;  ///< Where the transcripts are.
     QString backendLog;    ///< The backend's log file.
+    QString earlierLog;    ///< The one before.
 };
 
 /// The operations on files behind the settings window's buttons. Everything that touches the disk
@@ -45,13 +46,14 @@ class SettingsActions {
     void openSupportDirectory();
     void openOutputDirectory();
 
-    /// Asks, deletes the backend's log file and says so. Without one there is nothing to delete,
-    /// and that is said, too.
+    /// Asks, deletes the backend's log files and says so. Without one there is nothing to delete,
+    /// and that is said, too. Whoever writes them does so on the same queue, and begins a new one
+    /// with what comes later.
     void clearCache();
 
   private:
     void openFolder(const QString& path);
-    void deleteLog();
+    void deleteLogs();
     void showProblem(const QString& message) const;
 
     /// For answers that arrive after the object's end.

@@ -1,94 +1,42 @@
 #include "SystemPortProbe.h"
 
-#include "SpawnProgram.h"
-#include "UniqueFd.h"
+#include "SocketTable.h"
 
-#include <QDeadlineTimer>
-#include <QDir>
-#include <QFileInfo>
-#include <QStandardPaths>
+#include <QFile>
 
 #include <array>
-#include <cerrno>
-#include <csignal>
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
-namespace {
+SystemPortProbe::SystemPortProbe(QString tables, LsofPortProbe fallback)
+    : tables_(std::move(tables))
+    , fallback_(std::move(fallback)) {}
 
-/// Reads until everyone has closed the other end or time is up.
-void readToTheEnd(int descriptor, QDeadlineTimer deadline, QByteArray& bytes) {
-    std::array<char, 4096> piece = {};
-    while (!deadline.hasExpired()) {
-        pollfd entry = {descriptor, POLLIN, 0};
-        const int ready = ::poll(&entry, 1, static_cast<int>(deadline.remainingTime()));
-        if (ready < 0 && errno == EINTR) {
+std::optional<bool> SystemPortProbe::isPortInUse(quint16 port) {
+    // A kernel without version 6 of the protocol lacks two of them.
+    bool hasRead = false;
+    bool hasReadAll = true;
+    for (const QString& name : {u"tcp"_s, u"tcp6"_s, u"udp"_s, u"udp6"_s}) {
+        QFile table(tables_ + u'/' + name);
+        if (!table.open(QIODevice::ReadOnly)) {
+            hasReadAll = hasReadAll && !table.exists();
             continue;
         }
-        if (ready <= 0) {
-            return;
-        }
-        const ssize_t count = ::read(descriptor, piece.data(), piece.size());
-        if (count == 0) {
-            return;
-        }
-        if (count > 0) {
-            bytes.append(piece.data(), static_cast<qsizetype>(count));
+        const QByteArray lines = table.readAll();
+        hasReadAll = hasReadAll && table.error() == QFile::NoError;
+        hasRead = hasRead || !lines.isEmpty(); // There is a line of headings.
+        if (socketTableNamesPort(lines, port)) {
+            return true;
         }
     }
-}
-
-} // namespace
-
-SystemPortProbe::SystemPortProbe(QString tool, std::chrono::milliseconds limit)
-    : tool_(std::move(tool))
-    , limit_(limit) {}
-
-QString SystemPortProbe::systemTool() {
-    const QString usual = u"/usr/sbin/lsof"_s;
-    return QFileInfo::exists(usual) ? usual : u"lsof"_s;
-}
-
-bool SystemPortProbe::isPortInUse(quint16 port) {
-    return !QString::fromUtf8(ask(port)).trimmed().isEmpty();
-}
-
-QByteArray SystemPortProbe::ask(quint16 port) const {
-    std::array<int, 2> ends = {-1, -1};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        return {};
-    }
-    const UniqueFd readEnd(ends[0]);
-    UniqueFd writeEnd(ends[1]);
-    const UniqueFd nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    const SpawnedProgram tool =
-        spawnProgram({QDir::isAbsolutePath(tool_) ? tool_ : QStandardPaths::findExecutable(tool_),
-                      {u"-i"_s, u":"_s + QString::number(port)},
-                      ownEnvironment(),
-                      0,
-                      {nothing.get(), writeEnd.get(), writeEnd.get()}});
-    writeEnd.reset();
-    if (!tool.error.isEmpty()) {
-        return {};
-    }
-    QByteArray said;
-    readToTheEnd(readEnd.get(), QDeadlineTimer(limit_), said);
-    // It has said everything or had its time; usually it has ended by now.
-    ::kill(tool.pid, SIGKILL);
-    while (::waitpid(tool.pid, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    return said;
+    return hasRead && hasReadAll ? false : fallback_.isPortInUse(port);
 }
 
 std::unique_ptr<PortProbe> createSystemPortProbe() {
-    return std::make_unique<SystemPortProbe>(SystemPortProbe::systemTool());
+    return std::make_unique<SystemPortProbe>();
 }
 
 } // namespace orv

@@ -7,7 +7,7 @@ namespace orv {
 /// A port probe that sees nothing: every port is free.
 class NullPortProbe : public PortProbe {
   public:
-    bool isPortInUse(quint16 /*port*/) override { return false; }
+    std::optional<bool> isPortInUse(quint16 /*port*/) override { return false; }
 };
 
 } // namespace orv
