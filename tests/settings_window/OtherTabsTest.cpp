@@ -35,24 +35,59 @@ TEST_F(OtherTabsTest, modelsOnTheDiskCanBeRemovedAndTheOthersFetched) {
 }
 
 TEST_F(OtherTabsTest, aRunningDownloadIsVisibleAndAFailedOneIsSaid) {
-    EXPECT_TRUE(QDir().mkpath(paths.supportFolder() + u"/venv/bin"));
-    QFile interpreter(paths.backendInterpreter());
-    ASSERT_TRUE(interpreter.open(QIODevice::WriteOnly));
-    interpreter.write("#!/bin/sh\nwhile [ ! -e '" + home.path().toUtf8() +
-                      "/go' ]; do :; done\necho out of luck; exit 1\n");
-    interpreter.close();
-    interpreter.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    placeDownload({});
     showTab(2);
     press(u"Tiny: Download"_s);
     EXPECT_TRUE(shows(text(u"settings.whisper.downloading"_s)));
     EXPECT_FALSE(control(u"Tiny: Download"_s)->isEnabled());
-    QFile go(home.filePath(u"go"_s));
-    ASSERT_TRUE(go.open(QIODevice::WriteOnly));
+    letDownloadsGo();
     EXPECT_TRUE(waitUntil([this] { return !dialogs.alerts.isEmpty(); }));
     EXPECT_EQ(dialogs.alerts[0].title, text(u"settings.whisper.failed"_s));
     EXPECT_EQ(dialogs.alerts[0].message, u"tiny: out of luck"_s);
     EXPECT_TRUE(control(u"Tiny: Download"_s)->isEnabled());
     EXPECT_FALSE(shows(text(u"settings.whisper.downloading"_s)));
+    const QLabel* failed = label(text(u"settings.whisper.failed.short"_s));
+    ASSERT_NE(failed, nullptr);
+    EXPECT_EQ(failed->toolTip(), u"out of luck"_s);
+    EXPECT_EQ(failed->accessibleDescription(), u"out of luck"_s);
+    l10n.setCurrent(UILanguage::Italian);
+    EXPECT_EQ(failed->text(), u"Non riuscito"_s);
+    // Another attempt takes the place of the failure.
+    press(u"Tiny: Scarica"_s);
+    EXPECT_NE(failed->text(), u"Non riuscito"_s);
+    EXPECT_EQ(failed->toolTip(), QString());
+    EXPECT_TRUE(waitUntil([this] { return dialogs.alerts.size() == 2; }));
+}
+
+TEST_F(OtherTabsTest, aDownloadsPercentageIsShownAsInTheInterfacesLanguage) {
+    placeDownload("progress 7\\nprogress 42\\n");
+    showTab(2);
+    press(u"Tiny: Download"_s);
+    EXPECT_TRUE(waitUntil([this] { return shows(u"Downloading: 42%"_s); }));
+    l10n.setCurrent(UILanguage::French);
+    EXPECT_TRUE(shows(u"Téléchargement\u00A0: 42\u00A0%"_s));
+    letDownloadsGo();
+    EXPECT_TRUE(waitUntil([this] { return !dialogs.alerts.isEmpty(); }));
+}
+
+TEST_F(OtherTabsTest, whatHasArrivedIsSaidToBeChecked) {
+    placeDownload("progress 100\\n");
+    showTab(2);
+    press(u"Tiny: Download"_s);
+    EXPECT_TRUE(waitUntil([this] { return shows(text(u"settings.whisper.checking"_s)); }));
+    EXPECT_FALSE(control(u"Tiny: Download"_s)->isEnabled());
+    letDownloadsGo();
+    EXPECT_TRUE(waitUntil([this] { return !dialogs.alerts.isEmpty(); }));
+}
+
+TEST_F(OtherTabsTest, aDownloadGoesOnWhenTheWindowIsMadeAnew) {
+    placeDownload("progress 42\\n");
+    showTab(2);
+    press(u"Tiny: Download"_s);
+    open();
+    showTab(2);
+    EXPECT_TRUE(waitUntil([this] { return shows(u"Downloading: 42%"_s); }));
+    EXPECT_TRUE(models->isDownloading());
 }
 
 TEST_F(OtherTabsTest, sizesAreWrittenAsInTheInterfacesLanguage) {

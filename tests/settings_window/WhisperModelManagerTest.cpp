@@ -1,72 +1,15 @@
-// The manager with real programs in the interpreter's place.
+// The manager with real programs in the interpreter's place, of a speech server that has no script
+// for downloads.
 
-#include "WhisperModelManager.h"
-
-#include "FileJobs.h"
-#include "LogCapture.h"
-#include "SerialQueue.h"
-#include "SettingsFakes.h"
-#include "WaitUntil.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <memory>
+#include "WhisperFixture.h"
 
 using namespace Qt::StringLiterals;
-using State = orv::WhisperModelManager::State;
 
 namespace orv::test {
 
 namespace {
 
-class WhisperModelManagerTest : public ::testing::Test {
-  protected:
-    WhisperModelManagerTest() {
-        EXPECT_TRUE(QDir().mkpath(cache));
-        QObject::connect(manager.get(), &WhisperModelManager::changed, manager.get(),
-                         [this] { ++changes; });
-    }
-
-    void place(const QString& name) const {
-        QFile file(cache + u'/' + name);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-
-    /// Puts a shell script in the interpreter's place. It gets "-c" and the script's text.
-    void installInterpreter(const QByteArray& script) const {
-        QFile file(interpreter);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\ncd '" + cache.toUtf8() + "'\n" + script + "\n");
-        file.close();
-        file.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-    }
-
-    bool reaches(const QString& id, State state) {
-        return waitUntil([&] { return manager->state(id) == state; });
-    }
-
-    bool isThere(const QString& name) const { return QFile::exists(cache + u'/' + name); }
-
-    LogCapture log;
-    QTemporaryDir folder;
-    const QString cache = folder.filePath(u"whisper cache"_s);
-    const QString interpreter = folder.filePath(u"python3"_s);
-    AnsweredDialogs dialogs;
-    SerialQueue disk{u"test.disk"_s};
-    FileJobs files{disk};
-    std::unique_ptr<WhisperModelManager> manager =
-        std::make_unique<WhisperModelManager>(WhisperEnvironment{.interpreter = interpreter,
-                                                                 .cacheFolder = cache,
-                                                                 .files = files,
-                                                                 .dialogs = dialogs,
-                                                                 .text = bracketed});
-    int changes = 0;
-};
+using WhisperModelManagerTest = WhisperFixture;
 
 TEST_F(WhisperModelManagerTest, showsWhatIsInTheCache) {
     place(u"large-v3.pt"_s);
@@ -79,10 +22,7 @@ TEST_F(WhisperModelManagerTest, showsWhatIsInTheCache) {
 
 TEST_F(WhisperModelManagerTest, aFolderThatIsNotThereHoldsNoModels) {
     EXPECT_TRUE(QDir(cache).removeRecursively());
-    bool looked = false;
-    manager->refreshDownloadedModels();
-    files.run([] { return 0; }, [&](int) { looked = true; });
-    EXPECT_TRUE(waitUntil([&] { return looked; }));
+    look();
     EXPECT_EQ(manager->state(u"base"_s), State::Absent);
     EXPECT_EQ(changes, 0);
 }
@@ -92,9 +32,7 @@ TEST_F(WhisperModelManagerTest, downloadsByTheBackendsInterpreter) {
     manager->downloadWhisperModel(u"base"_s);
     EXPECT_EQ(manager->state(u"base"_s), State::Downloading);
     EXPECT_TRUE(reaches(u"base"_s, State::Downloaded));
-    QFile arguments(cache + u"/arguments");
-    ASSERT_TRUE(arguments.open(QIODevice::ReadOnly));
-    EXPECT_EQ(arguments.readAll(), "-c|import whisper; whisper.load_model('base')|");
+    EXPECT_EQ(contentOf(u"arguments"_s), "-c|import whisper; whisper.load_model('base')|");
     EXPECT_TRUE(dialogs.alerts.isEmpty());
     EXPECT_TRUE(log.contains(u"✓ Whisper-Modell geladen: base"_s));
 }
@@ -103,10 +41,7 @@ TEST_F(WhisperModelManagerTest, aHalfDownloadedFileIsStillDownloading) {
     installInterpreter("touch base.pt; while [ ! -e go ]; do :; done");
     manager->downloadWhisperModel(u"base"_s);
     EXPECT_TRUE(waitUntil([this] { return isThere(u"base.pt"_s); }));
-    manager->refreshDownloadedModels();
-    bool looked = false;
-    files.run([] { return 0; }, [&](int) { looked = true; });
-    EXPECT_TRUE(waitUntil([&] { return looked; }));
+    look();
     EXPECT_EQ(manager->state(u"base"_s), State::Downloading);
     manager->deleteWhisperModel(u"base"_s); // Not while it is being written.
     EXPECT_EQ(manager->state(u"base"_s), State::Downloading);
@@ -133,7 +68,8 @@ TEST_F(WhisperModelManagerTest, aFailedDownloadShowsWhatItSaidLast) {
     installInterpreter("echo Traceback >&2; echo \"No module named 'whisper'\" >&2; exit 1");
     manager->downloadWhisperModel(u"small"_s);
     EXPECT_TRUE(waitUntil([this] { return !dialogs.alerts.isEmpty(); }));
-    EXPECT_EQ(manager->state(u"small"_s), State::Absent);
+    EXPECT_EQ(manager->state(u"small"_s), State::Failed);
+    EXPECT_EQ(manager->failure(u"small"_s), u"No module named 'whisper'"_s);
     EXPECT_EQ(dialogs.alerts[0].style, AlertStyle::Warning);
     EXPECT_EQ(dialogs.alerts[0].title, u"<settings.whisper.failed>"_s);
     EXPECT_EQ(dialogs.alerts[0].message, u"small: No module named 'whisper'"_s);
@@ -153,8 +89,9 @@ TEST_F(WhisperModelManagerTest, aMissingInterpreterIsSaidAtOnce) {
     ASSERT_EQ(dialogs.alerts.size(), 1);
     EXPECT_TRUE(dialogs.alerts[0].message.startsWith(u"<engine.notinstalled>"_s));
     EXPECT_TRUE(dialogs.alerts[0].message.contains(interpreter));
-    EXPECT_EQ(manager->state(u"base"_s), State::Absent);
-    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(manager->state(u"base"_s), State::Failed);
+    EXPECT_EQ(changes, 1);
+    EXPECT_FALSE(manager->isDownloading());
 }
 
 TEST_F(WhisperModelManagerTest, whatIsNoModelIsNeitherFetchedNorRemoved) {
@@ -200,19 +137,6 @@ TEST_F(WhisperModelManagerTest, aModelThatCannotBeRemovedStaysAndIsSaid) {
     EXPECT_EQ(dialogs.alerts[0].title, u"<alert.failed.title>"_s);
     EXPECT_TRUE(dialogs.alerts[0].message.contains(u"base.pt"_s));
     EXPECT_TRUE(isThere(u"base.pt/inside"_s));
-}
-
-TEST_F(WhisperModelManagerTest, aDownloadEndsWithTheManager) {
-    installInterpreter("trap 'touch ended; exit' TERM; echo $$ > pid.new; mv pid.new pid; "
-                       "while :; do :; done");
-    manager->downloadWhisperModel(u"base"_s);
-    EXPECT_TRUE(waitUntil([this] { return isThere(u"pid"_s); }));
-    QFile pidFile(cache + u"/pid");
-    ASSERT_TRUE(pidFile.open(QIODevice::ReadOnly));
-    manager.reset();
-    EXPECT_TRUE(waitUntil([this] { return isThere(u"ended"_s); }));
-    drainEvents();
-    EXPECT_TRUE(dialogs.alerts.isEmpty());
 }
 
 TEST_F(WhisperModelManagerTest, answersFromTheDiskAfterTheEndAreDropped) {

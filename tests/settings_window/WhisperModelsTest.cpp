@@ -45,6 +45,15 @@ TEST(WhisperModels, otherFilesAreNoModels) {
                     .isEmpty());
 }
 
+TEST(WhisperModels, aFileWithAPartBesideItIsNoModel) {
+    EXPECT_TRUE(downloadedWhisperModels({u"base.pt"_s, u"base.pt.part"_s}).isEmpty());
+    EXPECT_EQ(downloadedWhisperModels({u"base.pt"_s, u"base.pt.part.source"_s, u"tiny.pt.part"_s}),
+              QSet<QString>{u"base"_s});
+    // Another version of "large" is whole.
+    EXPECT_EQ(downloadedWhisperModels({u"large-v2.pt"_s, u"large-v3.pt"_s, u"large-v3.pt.part"_s}),
+              QSet<QString>{u"large"_s});
+}
+
 TEST(WhisperModels, onlyLargeHasMoreThanOneFile) {
     EXPECT_EQ(whisperModelFiles(u"small"_s), QStringList(u"small.pt"_s));
     EXPECT_EQ(whisperModelFiles(u"large"_s),

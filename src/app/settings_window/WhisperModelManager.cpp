@@ -3,7 +3,7 @@
 #include "Dialogs.h"
 #include "FileJobs.h"
 #include "Log.h"
-#include "SpawnProgram.h"
+#include "ModelArchive.h"
 #include "ThreadChecks.h"
 #include "WhisperModels.h"
 
@@ -19,19 +19,22 @@ namespace orv {
 
 namespace {
 
-// The end of what a download prints is all that is looked at.
-constexpr qsizetype keptOutput = 4096;
-
-QStringList filesIn(const QString& folder) {
-    return QDir(folder).entryList(QDir::Files | QDir::Hidden);
+QSet<QString> modelsIn(const QString& folder) {
+    QStringList names = QDir(folder).entryList(QDir::Files | QDir::Hidden);
+    names.removeIf([&](const QString& name) {
+        return name.endsWith(".pt"_L1) && modelArchiveIsCutShort(folder + u'/' + name);
+    });
+    return downloadedWhisperModels(names);
 }
 
 /// Why a model's files could not be removed; empty when none is left.
 QString removeModel(const QString& folder, const QString& id) {
     for (const QString& name : whisperModelFiles(id)) {
-        QFile file(folder + u'/' + name);
-        if (file.exists() && !file.remove()) {
-            return QString(file.fileName() + u": "_s + file.errorString());
+        for (const QString& found : QStringList{name} + whisperPartFiles(name)) {
+            QFile file(folder + u'/' + found);
+            if (file.exists() && !file.remove()) {
+                return QString(file.fileName() + u": "_s + file.errorString());
+            }
         }
     }
     return {};
@@ -44,25 +47,40 @@ WhisperModelManager::WhisperModelManager(WhisperEnvironment environment, QObject
     , environment_(std::move(environment)) {}
 
 WhisperModelManager::~WhisperModelManager() {
-    // In order: no end of a download is told once the processes go.
-    downloads_.clear();
+    // All at once, so that they end beside each other.
+    for (const auto& [id, download] : downloads_) {
+        download->giveUp();
+    }
 }
 
 WhisperModelManager::State WhisperModelManager::state(const QString& id) const {
     ORV_ON_MAIN();
-    if (downloads_.contains(id)) {
-        return State::Downloading;
+    if (const auto found = downloads_.find(id); found != downloads_.end()) {
+        return found->second->isChecking() ? State::Checking : State::Downloading;
     }
     if (removing_.contains(id)) {
         return State::Removing;
     }
+    if (failures_.contains(id)) {
+        return State::Failed;
+    }
     return downloaded_.contains(id) ? State::Downloaded : State::Absent;
+}
+
+std::optional<int> WhisperModelManager::percent(const QString& id) const {
+    ORV_ON_MAIN();
+    const auto found = downloads_.find(id);
+    return found != downloads_.end() ? found->second->percent() : std::nullopt;
+}
+
+bool WhisperModelManager::isAtWork(const QString& id) const {
+    return downloads_.contains(id) || removing_.contains(id);
 }
 
 void WhisperModelManager::refreshDownloadedModels() {
     ORV_ON_MAIN();
     environment_.files.run(
-        [folder = environment_.cacheFolder] { return downloadedWhisperModels(filesIn(folder)); },
+        [folder = environment_.programs.cacheFolder] { return modelsIn(folder); },
         [self = QPointer(this)](const QSet<QString>& downloaded) {
             if (self && self->downloaded_ != downloaded) {
                 self->downloaded_ = downloaded;
@@ -73,64 +91,55 @@ void WhisperModelManager::refreshDownloadedModels() {
 
 void WhisperModelManager::downloadWhisperModel(const QString& id) {
     ORV_ON_MAIN();
-    const State now = state(id);
-    if (now == State::Downloading || now == State::Removing || whisperModelFiles(id).isEmpty()) {
+    if (isAtWork(id) || whisperModelFiles(id).isEmpty()) {
         return;
     }
-    // Written by the reading thread, read here once that has said that the program is over.
-    const auto output = std::make_shared<QByteArray>();
-    ChildProcess::Launch launch = ChildProcess::start(
-        {.program = environment_.interpreter,
-         .arguments = {u"-c"_s, whisperDownloadScript(id)},
-         .environment = ownEnvironment()},
-        context_.get(),
-        {.output =
-             [output](const QByteArray& bytes) {
-                 output->append(bytes);
-                 *output = output->right(keptOutput);
-             },
-         .finished = [this, id, output](int status) { downloadFinished(id, status, *output); }},
-        environment_.pause);
-    if (!launch.process) {
-        logLine(u"❌ Whisper-Modell "_s + id + u": "_s + launch.error);
-        showFailure(u"settings.whisper.failed"_s, environment_.text(u"engine.notinstalled"_s) +
-                                                      u"\n"_s + environment_.interpreter + u": "_s +
-                                                      launch.error);
+    auto download = std::make_unique<WhisperDownload>(environment_.programs, id, this);
+    if (const QString problem = download->start(); !problem.isEmpty()) {
+        downloadFailed(id, problem,
+                       environment_.text(u"engine.notinstalled"_s) + u"\n"_s +
+                           environment_.programs.interpreter + u": "_s + problem);
         return;
     }
     logLine(u"⏳ Whisper-Modell wird geladen: "_s + id);
-    downloads_.emplace(id, std::move(launch.process));
+    connect(download.get(), &WhisperDownload::progressed, this, &WhisperModelManager::changed);
+    connect(download.get(), &WhisperDownload::ended, this,
+            [this, id](const QString& problem) { downloadEnded(id, problem); });
+    downloads_.emplace(id, std::move(download));
+    failures_.remove(id);
     Q_EMIT changed();
 }
 
-void WhisperModelManager::downloadFinished(const QString& id, int status,
-                                           const QByteArray& output) {
+void WhisperModelManager::downloadEnded(const QString& id, const QString& problem) {
     ORV_ON_MAIN();
-    downloads_.erase(id);
-    if (status == 0) {
+    // Not here and now: it is the download that tells. It is a child of the manager's until then.
+    downloads_.extract(id).mapped().release()->deleteLater();
+    if (problem.isEmpty()) {
         logLine(u"✓ Whisper-Modell geladen: "_s + id);
+        Q_EMIT changed();
     } else {
-        const QString said = lastLine(output);
-        const QString reason =
-            said.isEmpty() ? QString(environment_.interpreter + u" → "_s + QString::number(status))
-                           : said;
-        logLine(u"❌ Whisper-Modell "_s + id + u": "_s + reason);
-        showFailure(u"settings.whisper.failed"_s, id + u": "_s + reason);
+        downloadFailed(id, problem, id + u": "_s + problem);
     }
-    Q_EMIT changed();
     refreshDownloadedModels();
+}
+
+void WhisperModelManager::downloadFailed(const QString& id, const QString& reason,
+                                         const QString& message) {
+    logLine(u"❌ Whisper-Modell "_s + id + u": "_s + reason);
+    failures_.insert(id, reason);
+    Q_EMIT changed();
+    showFailure(u"settings.whisper.failed"_s, message);
 }
 
 void WhisperModelManager::deleteWhisperModel(const QString& id) {
     ORV_ON_MAIN();
-    const State now = state(id);
-    if (now == State::Downloading || now == State::Removing || whisperModelFiles(id).isEmpty()) {
+    if (isAtWork(id) || whisperModelFiles(id).isEmpty()) {
         return;
     }
     removing_.insert(id);
     Q_EMIT changed();
     environment_.files.run(
-        [folder = environment_.cacheFolder, id] { return removeModel(folder, id); },
+        [folder = environment_.programs.cacheFolder, id] { return removeModel(folder, id); },
         [self = QPointer(this), id](const QString& problem) {
             if (self) {
                 self->removed(id, problem);
@@ -143,6 +152,7 @@ void WhisperModelManager::removed(const QString& id, const QString& problem) {
     removing_.remove(id);
     if (problem.isEmpty()) {
         downloaded_.remove(id);
+        failures_.remove(id);
         logLine(u"✓ Whisper-Modell gelöscht: "_s + id);
     } else {
         logLine(u"❌ Whisper-Modell nicht gelöscht: "_s + problem);

@@ -1,16 +1,16 @@
 #pragma once
 
-#include "ChildProcess.h"
 #include "TextLookup.h"
+#include "WhisperDownload.h"
 
 #include <QHash>
 #include <QObject>
 #include <QSet>
 #include <QString>
 
-#include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace orv {
 
@@ -19,18 +19,20 @@ class FileJobs;
 
 /// What the manager is given. The references outlive it.
 struct WhisperEnvironment {
-    QString interpreter; ///< Of the backend: the Python that has the recognition library.
-    QString cacheFolder; ///< Where that library keeps its models.
+    DownloadPrograms programs;
     FileJobs& files;
     Dialogs& dialogs;
     TextLookup text;
-    /// Between the signals to a download that has to be ended with the program.
-    std::chrono::milliseconds pause = std::chrono::seconds(1);
 };
 
 /// The manager of the local recognition's models: knows which are on this computer, fetches and
 /// removes them. Downloads run as programs of their own, any number at the same time but one for
 /// each model, and end with the manager. What goes wrong is shown in an alert. Main thread only.
+///
+/// A model is on this computer when a file of it is there under its final name, unless the file
+/// shows that it is not whole: a download's part lies beside it, or it is an archive without its
+/// end (see ModelArchive.h), as the library leaves behind when it fetches a model itself and is
+/// broken off. The program's own downloads give a file that name only when its digest is right.
 class WhisperModelManager : public QObject {
     Q_OBJECT
 
@@ -38,8 +40,10 @@ class WhisperModelManager : public QObject {
     enum class State {
         Absent,
         Downloading, ///< A download is running, whatever is on the disk.
+        Checking,    ///< The same, with every byte there.
         Downloaded,
         Removing,
+        Failed, ///< The latest download has; another goes on with what it left.
     };
 
     explicit WhisperModelManager(WhisperEnvironment environment, QObject* parent = nullptr);
@@ -47,30 +51,41 @@ class WhisperModelManager : public QObject {
 
     State state(const QString& id) const;
 
+    /// How much of a model that is being fetched is there, of 100; nothing while nobody tells.
+    std::optional<int> percent(const QString& id) const;
+
+    /// Why the latest download of a model has failed, for people; empty if it has not.
+    QString failure(const QString& id) const { return failures_.value(id); }
+
+    /// Whether any model is being fetched, or checked.
+    bool isDownloading() const { return !downloads_.empty(); }
+
     /// Looks into the cache, in the background.
     void refreshDownloadedModels();
 
     /// Starts fetching a model that is not being fetched or removed already.
     void downloadWhisperModel(const QString& id);
 
-    /// Removes a model's files, unless it is just being fetched.
+    /// Removes a model's files, and what downloads have left of it, unless it is just being
+    /// fetched.
     void deleteWhisperModel(const QString& id);
 
   Q_SIGNALS:
-    /// A model has another state.
+    /// A model has another state, or more of it is there.
     void changed();
 
   private:
-    void downloadFinished(const QString& id, int status, const QByteArray& output);
+    bool isAtWork(const QString& id) const;
+    void downloadEnded(const QString& id, const QString& problem);
+    void downloadFailed(const QString& id, const QString& reason, const QString& message);
     void removed(const QString& id, const QString& problem);
     void showFailure(const QString& titleKey, const QString& message);
 
     const WhisperEnvironment environment_;
     QSet<QString> downloaded_;
     QSet<QString> removing_;
-    std::map<QString, std::unique_ptr<ChildProcess>> downloads_;
-    /// Receives the ends of downloads. The last member: nothing arrives once the rest is going.
-    std::unique_ptr<QObject> context_ = std::make_unique<QObject>();
+    QHash<QString, QString> failures_; ///< Of models whose latest download has failed.
+    std::map<QString, std::unique_ptr<WhisperDownload>> downloads_;
 };
 
 } // namespace orv

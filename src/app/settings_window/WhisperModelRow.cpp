@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -24,17 +25,36 @@ namespace {
 
 using State = WhisperModelManager::State;
 
-QString stateKey(State state) {
+/// Empty where there is nothing to say.
+QString stateText(State state, std::optional<int> percent, const Bindings& bindings) {
     switch (state) {
     case State::Downloading:
-        return u"settings.whisper.downloading"_s;
+        return percent ? bindings.text(u"settings.whisper.progress"_s)
+                             .arg(percentText(bindings.language(), *percent))
+                       : bindings.text(u"settings.whisper.downloading"_s);
+    case State::Checking:
+        return bindings.text(u"settings.whisper.checking"_s);
+    case State::Failed:
+        return bindings.text(u"settings.whisper.failed.short"_s);
     case State::Downloaded:
     case State::Removing:
-        return u"settings.whisper.downloaded"_s;
+        return bindings.text(u"settings.whisper.downloaded"_s);
     case State::Absent:
         break;
     }
     return {};
+}
+
+Tone stateTone(State state) {
+    switch (state) {
+    case State::Downloaded:
+    case State::Removing:
+        return Tone::Good;
+    case State::Failed:
+        return Tone::Error;
+    default:
+        return Tone::Busy;
+    }
 }
 
 } // namespace
@@ -79,16 +99,20 @@ void WhisperModelRow::refresh() {
     const bool isThere = state == State::Downloaded || state == State::Removing;
     size_->setText(fileSizeText(bindings_.language(), model_.megabytes));
     detail_->setText(bindings_.text(model_.detailKey));
-    const QString key = stateKey(state);
-    state_->setText(key.isEmpty() ? QString() : bindings_.text(key));
-    state_->setTone(isThere ? Tone::Good : Tone::Busy);
-    state_->setVisible(!key.isEmpty());
+    const QString text = stateText(state, models_.percent(model_.id), bindings_);
+    const QString failure = models_.failure(model_.id);
+    state_->setText(text);
+    state_->setTone(stateTone(state));
+    state_->setToolTip(failure.toHtmlEscaped());
+    state_->setAccessibleDescription(failure);
+    state_->setVisible(!text.isEmpty());
     action_->setText(
         bindings_.text(isThere ? u"settings.whisper.delete"_s : u"settings.whisper.download"_s));
     action_->setMinimumWidth(widestAction());
     action_->setAccessibleName(model_.name + u": "_s + action_->text());
     action_->setIcon(symbol(isThere ? u"trash"_s : u"download"_s));
-    action_->setEnabled(state == State::Absent || state == State::Downloaded);
+    action_->setEnabled(state == State::Absent || state == State::Downloaded ||
+                        state == State::Failed);
 }
 
 int WhisperModelRow::widestAction() const {

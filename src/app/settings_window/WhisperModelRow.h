@@ -14,7 +14,8 @@ class Bindings;
 class ToneLabel;
 
 /// One model of the local recognition: its name and size, what it is good for, whether it is on
-/// this computer, and a button that fetches or removes it.
+/// this computer or how far it has come, and a button that fetches or removes it. The reason of a
+/// failure is shown by the mouse, and told to assistive programs.
 class WhisperModelRow : public QWidget {
     Q_OBJECT
 

@@ -39,12 +39,18 @@ QStringList whisperModelFiles(const QString& id) {
     return files;
 }
 
+QStringList whisperPartFiles(const QString& name) {
+    return {name + u".part"_s, name + u".part.source"_s};
+}
+
 QSet<QString> downloadedWhisperModels(const QStringList& fileNames) {
     QSet<QString> downloaded;
     for (const WhisperModel& model : whisperModels()) {
         const QStringList files = whisperModelFiles(model.id);
-        if (std::ranges::any_of(files,
-                                [&](const QString& file) { return fileNames.contains(file); })) {
+        if (std::ranges::any_of(files, [&](const QString& file) {
+                return fileNames.contains(file) &&
+                       !fileNames.contains(whisperPartFiles(file).constFirst());
+            })) {
             downloaded.insert(model.id);
         }
     }

@@ -23,7 +23,13 @@ std::span<const WhisperModel> whisperModels();
 /// "large", which has also had versions of its own. Nothing for an id that is no model.
 QStringList whisperModelFiles(const QString& id);
 
-/// Which models are there, from the names of the files in the cache. Any of a model's files counts.
+/// What a download that is not over keeps beside the file `name` of a model: the part that has
+/// come, and what it is a part of. The speech server's download script gives them these names.
+QStringList whisperPartFiles(const QString& name);
+
+/// Which models are there, from the names of the files in the cache. Any of a model's files counts,
+/// but for one with a part beside it: the script removes what is not whole before it begins, and
+/// its part when it is done, so somebody else has put the file there and may be about to.
 QSet<QString> downloadedWhisperModels(const QStringList& fileNames);
 
 /// The Python script that makes the recognition library fetch the model `id` into its cache.
