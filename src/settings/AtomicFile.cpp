@@ -6,6 +6,7 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -94,6 +95,23 @@ FileProblem synchroniseFolder(const QString& folder) {
         return lastError();
     }
     return {};
+}
+
+FileContent readAll(int descriptor) {
+    FileContent file;
+    file.content.emplace();
+    std::array<char, 16384> piece = {};
+    for (;;) {
+        const ssize_t count = ::read(descriptor, piece.data(), piece.size());
+        if (count == 0) {
+            return file;
+        }
+        if (count > 0) {
+            file.content->append(piece.data(), static_cast<qsizetype>(count));
+        } else if (errno != EINTR) {
+            return {.problem = lastError(), .isFilesFault = false};
+        }
+    }
 }
 
 /// A name beside `path` that nobody else chooses.
@@ -199,24 +217,27 @@ FileContent readFile(const QString& path) {
         if (errno == ENOENT || errno == ENOTDIR) {
             return {};
         }
-        return {{}, lastError()};
+        return {.problem = lastError(), .isFilesFault = errno == EACCES || errno == ELOOP};
     }
     struct stat status = {};
     if (::fstat(file.get(), &status) != 0) {
-        return {{}, lastError()};
+        return {.problem = lastError(), .isFilesFault = false};
     }
     if (!S_ISREG(status.st_mode)) {
-        return {{}, u"not a regular file"_s};
+        const bool isDevice = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
+        return {.problem = u"not a regular file"_s, .isFilesFault = !isDevice};
     }
-    QFile reader;
-    if (!reader.open(file.get(), QIODevice::ReadOnly)) {
-        return {{}, reader.errorString()};
+    return readAll(file.get());
+}
+
+void keepFromOthers(const QString& path) {
+    const Descriptor file(::open(QFile::encodeName(path).constData(),
+                                 O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    struct stat status = {};
+    if (file.isOpen() && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+        (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        ::fchmod(file.get(), status.st_mode & S_IRWXU);
     }
-    const QByteArray content = reader.readAll();
-    if (reader.error() != QFileDevice::NoError) {
-        return {{}, reader.errorString()};
-    }
-    return {content, {}};
 }
 
 QString followLinks(const QString& path) {

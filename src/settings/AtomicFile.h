@@ -32,11 +32,18 @@ FileProblem keepAsCorrupt(const QString& path);
 /// The whole content of a regular file, or why it could not be read. A file that does not exist
 /// gives neither.
 struct FileContent {
-    std::optional<QByteArray> content;
-    FileProblem problem;
+    std::optional<QByteArray> content = {};
+    FileProblem problem = {};
+    /// With a problem: it says nothing about the file, which has to be left alone. The disk or the
+    /// system refuses for the time being, or a device stands in the file's place.
+    bool isFilesFault = true;
 };
 
 FileContent readFile(const QString& path);
+
+/// Takes the rights of all others to a regular file away. Does nothing where that is not needed or
+/// not possible.
+void keepFromOthers(const QString& path);
 
 /// Where the file lies once all symbolic links at `path` itself are followed, so that replacing it
 /// does not replace a link that a person placed there.

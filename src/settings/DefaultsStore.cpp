@@ -130,6 +130,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
                 return;
             }
             values_.insert(key, value);
+            removed_.remove(key);
             ++generation_;
             if (std::exchange(attemptWanted_, true)) {
                 return;
@@ -145,6 +146,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
                 return;
             }
             values_.remove(key);
+            removed_.insert(key);
             ++generation_;
             if (std::exchange(attemptWanted_, true)) {
                 return;
@@ -183,21 +185,52 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
 
   private:
     void load() {
+        keepFromOthers(path_);
         const FileContent file = readFile(path_);
+        if (file.problem && !file.isFilesFault) {
+            isUnread_ = true;
+            logLine(
+                u"⚠️ Einstellungsdatei %1 zur Zeit nicht lesbar (%2): sie bleibt unverändert, "
+                "Standardwerte gelten"_s.arg(path_, *file.problem));
+            return;
+        }
         FileProblem problem = file.problem;
         if (file.content) {
-            QJsonParseError error;
-            const QJsonDocument document = QJsonDocument::fromJson(*file.content, &error);
-            if (document.isObject()) {
-                values_ = document.object();
-                return;
-            }
-            problem =
-                error.error == QJsonParseError::NoError ? u"no JSON object"_s : error.errorString();
+            problem = parse(*file.content, values_);
         }
         if (problem) {
             keepUnusableFile(*problem);
         }
+    }
+
+    static FileProblem parse(const QByteArray& content, QJsonObject& values) {
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(content, &error);
+        if (document.isObject()) {
+            values = document.object();
+            return {};
+        }
+        return error.error == QJsonParseError::NoError ? u"no JSON object"_s : error.errorString();
+    }
+
+    /// Reads what could not be read at first, before it is replaced.
+    FileProblem readLate() {
+        const FileContent file = readFile(path_);
+        if (file.problem) {
+            return file.problem;
+        }
+        QJsonObject found;
+        if (file.content && parse(*file.content, found)) {
+            mustKeepFirst_ = true;
+        }
+        isUnread_ = false;
+        const std::lock_guard lock(mutex_);
+        for (auto value = found.constBegin(); value != found.constEnd(); ++value) {
+            if (!values_.contains(value.key()) && !removed_.contains(value.key())) {
+                values_.insert(value.key(), value.value());
+            }
+        }
+        return {};
     }
 
     void keepUnusableFile(const QString& problem) {
@@ -232,11 +265,10 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
         if (isClosed_ || written_ == generation_) {
             return;
         }
-        const QJsonObject values = values_;
         const std::uint64_t generation = generation_;
         isAttempting_ = true;
         lock.unlock();
-        const FileProblem problem = replace(values);
+        const FileProblem problem = replace();
         reportChange(problem);
         lock.lock();
         isAttempting_ = false;
@@ -266,13 +298,22 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
         });
     }
 
-    FileProblem replace(const QJsonObject& values) {
+    /// Replaces the file by the values as they are now, which may be newer than the attempt.
+    FileProblem replace() {
+        if (isUnread_) {
+            if (FileProblem problem = readLate()) {
+                return problem;
+            }
+        }
         if (mustKeepFirst_) {
             if (FileProblem problem = keepAsCorrupt(path_)) {
                 return problem;
             }
             mustKeepFirst_ = false;
         }
+        std::unique_lock lock(mutex_);
+        const QJsonObject values = values_;
+        lock.unlock();
         return replaceFile(path_, QJsonDocument(values).toJson());
     }
 
@@ -295,6 +336,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
     std::condition_variable attempted_; ///< For those who wait: an attempt has ended.
     QJsonObject values_;
     QJsonObject registered_;
+    QSet<QString> removed_;    ///< Keys that were removed since the start.
     QSet<QString> complained_; ///< Keys whose wrong type has been told.
     std::uint64_t generation_ = 0;
     std::uint64_t written_ = 0; ///< The generation that is on the disk.
@@ -306,6 +348,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
     // The queue's own.
     bool refused_ = false;
     bool isRetryPosted_ = false;
+    bool isUnread_ = false;      ///< A file at `path_` could not be read for the time being.
     bool mustKeepFirst_ = false; ///< An unusable file still lies at `path_`.
     bool isClosed_ = false;
 };

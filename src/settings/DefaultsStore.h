@@ -45,6 +45,9 @@ class DefaultsStore {
     /// kept beside it under the suffix
     /// ".corrupt" (an earlier one of that name gets a number), a line says so, and the store starts
     /// empty; should it be impossible to keep it, it stays where it is and is never written over.
+    /// A file that the disk does not give out for the time being, and a device in its place, are
+    /// left alone: nothing is written until the file can be read, whose values then hold where none
+    /// has been set since. Rights of others to the file are taken away.
     /// Temporary files that a killed process left behind are removed.
     DefaultsStore(SerialQueue& disk, const QString& filePath);
     DefaultsStore(SerialQueue& disk, const QString& filePath, Timings timings);

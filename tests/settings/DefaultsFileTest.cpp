@@ -1,5 +1,6 @@
 // The file behind the store: damage, refusing disks, links, leftovers.
 
+#include "FewFiles.h"
 #include "StoreFixture.h"
 #include "WaitUntil.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <optional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -48,12 +50,67 @@ TEST_F(DefaultsFileTest, theFileIsForItsOwnerAloneWhateverTheUmask) {
     EXPECT_EQ(json().value(u"azureApiKey"_s).toString(), u"anders"_s);
 }
 
-TEST_F(DefaultsFileTest, aFileThatOthersMayReadBecomesPrivateWithTheFirstWrite) {
+TEST_F(DefaultsFileTest, aFileThatOthersMayReadBecomesPrivateAtTheStart) {
     place("{}");
     ASSERT_EQ(::chmod(QFile::encodeName(file()).constData(), 0644), 0);
-    open().setString(u"azureApiKey"_s, u"geheim"_s);
-    close();
+    open();
     EXPECT_EQ(modeOf(file()), 0600U);
+}
+
+#if ORV_MAY_LACK_FILES
+
+TEST_F(DefaultsFileTest, aFileThatTheSystemDoesNotGiveOutIsLeftAloneAndReadLater) {
+    place(R"({"targetLang": "fr", "sourceLang": "en", "unknown": 1, "gone": 2})");
+    std::optional<test::FewFiles> none(0);
+    DefaultsStore& store = open();
+    store.setString(u"targetLang"_s, u"it"_s);
+    EXPECT_FALSE(store.waitUntilWritten());
+    none.reset();
+    EXPECT_EQ(linesStarting(u"⚠️ Einstellungsdatei "), 1);
+    EXPECT_EQ(refusals(), 1);
+    EXPECT_TRUE(readAll(file()).contains("\"fr\"")) << "untouched";
+    EXPECT_FALSE(QFileInfo::exists(corruptFile()));
+
+    store.setString(u"sttEngine"_s, u"vosk"_s);
+    EXPECT_TRUE(store.waitUntilWritten());
+    EXPECT_EQ(recoveries(), 1);
+    EXPECT_EQ(json().value(u"targetLang"_s), u"it"_s) << "what was set since counts";
+    EXPECT_EQ(json().value(u"sourceLang"_s), u"en"_s);
+    EXPECT_EQ(json().value(u"unknown"_s), 1);
+    EXPECT_EQ(store.string(u"sourceLang"_s), u"en"_s);
+}
+
+TEST_F(DefaultsFileTest, aFileThatIsDamagedWhenItIsReadLateIsKept) {
+    place("damaged");
+    std::optional<test::FewFiles> none(0);
+    DefaultsStore& store = open();
+    none.reset();
+    store.setString(u"targetLang"_s, u"it"_s);
+    EXPECT_TRUE(store.waitUntilWritten());
+    EXPECT_EQ(readAll(corruptFile()), "damaged");
+    EXPECT_EQ(json().value(u"targetLang"_s), u"it"_s);
+}
+
+#endif
+
+TEST_F(DefaultsFileTest, aReadErrorOfTheDiskIsNoDamage) {
+    ASSERT_TRUE(QDir().mkpath(folder()));
+    ASSERT_TRUE(QFile::link(u"/proc/self/mem"_s, file())); // Opens, and fails to read.
+    open().setString(u"targetLang"_s, u"it"_s);
+    close();
+    EXPECT_EQ(linesStarting(u"⚠️ Einstellungsdatei /proc/self/mem zur Zeit nicht lesbar"), 1);
+    EXPECT_EQ(refusals(), 1);
+}
+
+TEST_F(DefaultsFileTest, aDeviceInThePlaceOfTheFileIsNeitherMovedNorReplaced) {
+    ASSERT_TRUE(QDir().mkpath(folder()));
+    ASSERT_TRUE(QFile::link(u"/dev/null"_s, file()));
+    open().setString(u"targetLang"_s, u"it"_s);
+    close();
+    EXPECT_TRUE(QFileInfo::exists(u"/dev/null"_s));
+    EXPECT_FALSE(QFileInfo(u"/dev/null"_s).isFile());
+    EXPECT_FALSE(QFileInfo::exists(u"/dev/null.corrupt"_s));
+    EXPECT_EQ(linesStarting(u"⚠️ Einstellungsdatei /dev/null"), 1);
 }
 
 TEST_F(DefaultsFileTest, nothingButTheFileRemainsInTheFolder) {
