@@ -311,6 +311,49 @@ class OverlayPageTest(unittest.IsolatedAsyncioTestCase):
         self.assertEqual(await self.style("trans", "fontSize"), "34px")
         self.assertEqual(await self.style("trans", "color"), "rgb(0, 0, 0)")
 
+    async def test_fades_as_always_when_the_program_is_gone(self):
+        await self.browser.open(self.host.url)
+        self.host.broadcast("Letzte Worte", "Last words")
+        await until(lambda: self.shows("Last words"))
+        self.host.close()
+        await self.browser.evaluate("lastChange -= 9000")
+        await until(lambda: self.browser.evaluate("getComputedStyle(box).opacity === '0'"))
+
+    async def test_polls_do_not_overtake_each_other(self):
+        await self.browser.open(self.host.url)
+        await self.browser.evaluate("""
+            window.running = 0;
+            window.most = 0;
+            const send = window.fetch;
+            window.fetch = async (...args) => {
+                most = Math.max(most, ++running);
+                try {
+                    await new Promise(done => setTimeout(done, 700));
+                    return await send(...args);
+                } finally {
+                    --running;
+                }
+            };
+        """)
+        self.host.broadcast("Langsam", "Slow")
+        await until(lambda: self.shows("Slow"))
+        self.assertEqual(await self.browser.evaluate("most"), 1)
+
+    async def test_a_poll_that_is_never_answered_does_not_end_the_polling(self):
+        await self.browser.open(self.host.url)
+        await self.browser.evaluate("""
+            const send = window.fetch;
+            const later = window.setTimeout;
+            window.setTimeout = (work, time) => later(work, time / 100);
+            window.fetch = (address, options) => {
+                window.fetch = send;
+                return new Promise((done, fail) =>
+                    options.signal.addEventListener("abort", () => fail(new Error("given up"))));
+            };
+        """)
+        self.host.broadcast("Weiter", "Onwards")
+        await until(lambda: self.shows("Onwards"))
+
     async def test_fades_eight_seconds_after_the_last_change(self):
         await self.browser.open(self.host.url)
         await self.browser.evaluate("""

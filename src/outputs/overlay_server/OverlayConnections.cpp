@@ -53,7 +53,7 @@ OverlayConnections::OverlayConnections(OverlayLimits limits, OverlayRequestHandl
     acceptAgain_.setSingleShot(true);
     QObject::connect(&ready_, &QSocketNotifier::activated, &ready_, [this] { serveReady(); });
     QObject::connect(&sweeper_, &QTimer::timeout, &sweeper_, [this] { sweep(); });
-    QObject::connect(&acceptAgain_, &QTimer::timeout, &acceptAgain_, [this] { watchListener(); });
+    QObject::connect(&acceptAgain_, &QTimer::timeout, &acceptAgain_, [this] { acceptAgain(); });
 }
 
 void OverlayConnections::listenOn(std::vector<int> sockets) {
@@ -73,7 +73,7 @@ void OverlayConnections::stopListening() {
 
 bool OverlayConnections::watchListener() {
     for (std::size_t place = 0; place < listening_.size(); ++place) {
-        if (!watch(EPOLL_CTL_ADD, listening_[place], place, Waits::ForRequest)) {
+        if (!watch(EPOLL_CTL_ADD, listening_[place], place, Waits::ForRequest) && errno != EEXIST) {
             return false;
         }
     }
@@ -213,6 +213,17 @@ void OverlayConnections::makeRoom() {
 void OverlayConnections::pauseAccepting() {
     unwatchListener();
     acceptAgain_.start();
+}
+
+void OverlayConnections::acceptAgain() {
+    if (watchListener()) {
+        return;
+    }
+    if (errno == ENOMEM || errno == ENOSPC) {
+        pauseAccepting(); // The system has no room for the watching yet.
+    } else {
+        listenerFailed(errno);
+    }
 }
 
 void OverlayConnections::sweep() {

@@ -27,6 +27,9 @@ class OverlayConnections {
     OverlayConnections(const OverlayConnections&) = delete;
     OverlayConnections& operator=(const OverlayConnections&) = delete;
 
+    /// False when the system had no descriptor left: nothing can be accepted, ever.
+    bool isOpen() const { return epoll_.isOpen(); }
+
     /// Starts to accept from `sockets` in place of those before. They must be listening and
     /// non-blocking and stay open until `stopListening`.
     void listenOn(std::vector<int> sockets);
@@ -57,6 +60,7 @@ class OverlayConnections {
     bool giveUpOldestSilent();
     void makeRoom();
     void pauseAccepting();
+    void acceptAgain();
     void sweep();
     void listenerFailed(int error);
     bool watch(int operation, int socket, Id id, OverlayConnection::Waits waits) const;

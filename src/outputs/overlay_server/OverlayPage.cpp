@@ -73,9 +73,26 @@ function follow(style) {
   }
 }
 
+function fade() {
+  if (Date.now() - lastChange > 8000) {
+    box.classList.remove("show");
+  }
+}
+
+let polling = false;
+
+// One poll at a time, so that no answer comes after that of a later poll. The words fade also when
+// nobody answers any more.
 async function poll() {
+  fade();
+  if (polling) {
+    return;
+  }
+  polling = true;
+  const patience = new AbortController();
+  const limit = setTimeout(() => patience.abort(), 3000);
   try {
-    const answer = await fetch("/text", { cache: "no-store" });
+    const answer = await fetch("/text", { cache: "no-store", signal: patience.signal });
     const result = await answer.json();
     follow(result.style);
     orig.style.display = result.showOriginal === true ? "block" : "none";
@@ -87,11 +104,12 @@ async function poll() {
       if (result.original || result.translation) {
         box.classList.add("show");
       }
-    } else if (Date.now() - lastChange > 8000) {
-      box.classList.remove("show");
     }
   } catch (error) {
     // The server may be away for a while; the next poll asks again.
+  } finally {
+    clearTimeout(limit);
+    polling = false;
   }
 }
 

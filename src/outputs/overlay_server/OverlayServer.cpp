@@ -37,10 +37,6 @@ OverlayServer::OverlayServer(OverlayLimits limits)
     : limits_(limits)
     , queue_(u"io.tavrin.orv.overlayserver"_s) {
     setAppearance(OverlayAppearance::fromSettings(SettingsList()));
-    queue_.post([this] {
-        OverlayRequestHandler& handler = *this;
-        connections_ = std::make_unique<OverlayConnections>(limits_, handler);
-    });
 }
 
 OverlayServer::~OverlayServer() {
@@ -159,13 +155,19 @@ void OverlayServer::startNow(std::uint16_t port) {
     listener_ = std::move(std::get<OverlayListener>(opened));
     activePort_ = listener_->port();
     isRunning_ = true;
+    if (!connections_ || !connections_->isOpen()) {
+        OverlayRequestHandler& handler = *this;
+        connections_ = std::make_unique<OverlayConnections>(limits_, handler);
+    }
     logLine(u"✓ OBS-Overlay-Server läuft auf http://localhost:%1/overlay"_s.arg(activePort_));
     connections_->listenOn(listener_->sockets());
 }
 
 void OverlayServer::stopNow() {
     ORV_ON(queue_);
-    connections_->stopListening();
+    if (connections_) {
+        connections_->stopListening();
+    }
     listener_.reset();
     isRunning_ = false;
 }

@@ -105,8 +105,8 @@ class OverlayServer : public Output, private OverlayRequestHandler {
 
     const OverlayLimits limits_;
     std::optional<OverlayListener> listener_;
-    std::unique_ptr<OverlayConnections> connections_;
-    EventLoopThread queue_; ///< Owns the two above.
+    std::unique_ptr<OverlayConnections> connections_; ///< None before the first start.
+    EventLoopThread queue_;                           ///< Owns the two above.
 
     mutable std::mutex lock_; ///< Guards what follows, up to the two encodings.
     OverlayServing serving_;
