@@ -52,7 +52,10 @@ OverlayWindow::OverlayWindow(OverlayEnvironment environment)
     originalField_->hide();
     hideTimer_.setSingleShot(true);
     hideTimer_.setTimerType(Qt::PreciseTimer);
-    hideTimer_.callOnTimeout(this, &QWidget::hide);
+    hideTimer_.callOnTimeout(this, [this] {
+        current_.reset();
+        hide();
+    });
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
             &OverlayWindow::followMainScreen);
     followMainScreen(QGuiApplication::primaryScreen());
@@ -79,6 +82,9 @@ void OverlayWindow::take(const Result& result) {
     ORV_ON_MAIN();
     if (choices_.isShown) {
         showTranslation(result);
+    } else if (!readableText(subtitleLines(result, false).translation).isEmpty()) {
+        current_ = result;
+        hideTimer_.start(environment_.timings.hide);
     }
 }
 
@@ -108,15 +114,24 @@ void OverlayWindow::present() {
     if (!result) {
         return; // Forgotten on its way.
     }
-    lines_ = subtitleLines(*result, choices_.showOriginal);
-    composited_ = environment_.isComposited();
-    unpainted_ = true;
-    arrange();
-    bringToFront();
+    current_ = std::move(result);
+    if (!choices_.isShown) { // Switched off while it was on its way.
+        hideTimer_.start(environment_.timings.hide);
+        return;
+    }
+    showLines();
     if (lines_.spoken && choices_.isSpoken) {
         environment_.speech.speak(*lines_.spoken);
     }
     hideTimer_.start(environment_.timings.hide);
+}
+
+void OverlayWindow::showLines() {
+    lines_ = subtitleLines(*current_, choices_.showOriginal);
+    composited_ = environment_.isComposited();
+    unpainted_ = true;
+    arrange();
+    bringToFront();
 }
 
 void OverlayWindow::endSubtitles() {
@@ -126,6 +141,7 @@ void OverlayWindow::endSubtitles() {
         waiting_.reset();
     }
     hideTimer_.stop();
+    current_.reset();
     environment_.speech.stop();
     hide();
 }
@@ -133,9 +149,19 @@ void OverlayWindow::endSubtitles() {
 void OverlayWindow::setChoices(const SubtitleChoices& choices) {
     ORV_ON_MAIN();
     const bool looksTheSame = choices.appearance == choices_.appearance;
+    const bool wasShown = choices_.isShown;
+    const bool wasSpoken = choices_.isSpoken;
     choices_ = choices;
     if (!looksTheSame) {
         applyAppearance();
+    }
+    if (wasSpoken && !choices_.isSpoken) {
+        environment_.speech.stop();
+    }
+    if (wasShown && !choices_.isShown) {
+        hide();
+    } else if (!wasShown && choices_.isShown && current_) {
+        showLines();
     }
 }
 

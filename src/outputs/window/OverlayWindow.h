@@ -60,7 +60,8 @@ class OverlayWindow : public QWidget, public Output {
     /// voice if the user wants one. Called at the start of a run.
     void prepare();
 
-    /// Shows the result if the user wants subtitles on the screen.
+    /// Shows the result if the user wants subtitles on the screen; else keeps it for as long as it
+    /// would be shown.
     void take(const Result& result) override;
 
     /// Shows a result, and speaks it if the user wants that. Callable from any thread while the
@@ -70,8 +71,9 @@ class OverlayWindow : public QWidget, public Output {
     /// neither blanks nor control characters.
     void showTranslation(const Result& result);
 
-    /// What holds from now on: the colours at once, also while the window is shown, the rest from
-    /// the next result on.
+    /// What holds from now on. Colours change at once, also while the window is shown. Subtitles
+    /// that are switched off go at once; switched on, they show what would still be up, without
+    /// speaking it. Speech that is switched off ends. The rest holds from the next result on.
     void setChoices(const SubtitleChoices& choices);
 
     /// The end of a run: hides the window, ends speech at once, and forgets a result that is still
@@ -95,6 +97,7 @@ class OverlayWindow : public QWidget, public Output {
   private:
     void applyAppearance();
     void present();
+    void showLines();
     void arrange();
     void place();
     void bringToFront();
@@ -109,6 +112,7 @@ class OverlayWindow : public QWidget, public Output {
 
     SubtitleLabel* originalField_;
     SubtitleLabel* textField_;
+    std::optional<Result> current_; ///< What is shown, or would be, until `hideTimer_` ends.
     SubtitleLines lines_;
     SubtitleChoices choices_;
     OverlayFrames frames_;

@@ -243,6 +243,62 @@ TEST_F(OverlayWindowTest, asAnOutputItTakesResultsWhileTheUserWantsSubtitlesOnTh
     EXPECT_EQ(large(), u"otra vez"_s);
 }
 
+TEST_F(OverlayWindowTest, subtitlesThatAreSwitchedOffGoAtOnceAndComeBack) {
+    settings.speakTranslation.set(true);
+    show(u"hello"_s, u"hola"_s);
+    settings.showOverlay.set(false);
+    EXPECT_FALSE(window->isVisible());
+    speech.calls.clear();
+    settings.showOverlay.set(true);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(large(), u"hola"_s);
+    EXPECT_TRUE(speech.calls.isEmpty()) << "it has been spoken already";
+}
+
+TEST_F(OverlayWindowTest, subtitlesThatAreSwitchedOnShowWhatCameMeanwhile) {
+    Output& output = *window;
+    settings.showOverlay.set(false);
+    output.take({u"hello"_s, u"hola"_s});
+    output.take({u"bye"_s, u"adiós"_s});
+    output.take({u" "_s, u" "_s}); // Nothing to read.
+    drainEvents();
+    EXPECT_FALSE(window->isVisible());
+    settings.showOverlay.set(true);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(large(), u"adiós"_s);
+}
+
+TEST_F(OverlayWindowTest, subtitlesThatAreSwitchedOnShowNothingThatWouldBeGone) {
+    make(20ms);
+    Output& output = *window;
+    settings.showOverlay.set(false);
+    output.take({u"hello"_s, u"hola"_s});
+    bool passed = false;
+    QTimer::singleShot(60ms, window.get(), [&] { passed = true; });
+    ASSERT_TRUE(waitUntil([&] { return passed; }));
+    settings.showOverlay.set(true);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(OverlayWindowTest, aResultThatIsSwitchedOffOnItsWayIsNotShown) {
+    window->showTranslation({u"hello"_s, u"hola"_s});
+    settings.showOverlay.set(false);
+    drainEvents();
+    EXPECT_FALSE(window->isVisible());
+    settings.showOverlay.set(true);
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(OverlayWindowTest, speechThatIsSwitchedOffEnds) {
+    settings.speakTranslation.set(true);
+    show(u"hello"_s, u"hola"_s);
+    speech.calls.clear();
+    settings.speakTranslation.set(false);
+    EXPECT_EQ(speech.calls, QStringList{u"stop"_s});
+    settings.speakTranslation.set(false);
+    EXPECT_EQ(speech.calls.size(), 1);
+}
+
 TEST_F(OverlayWindowTest, takesResultsFromAnyThread) {
     std::thread other([this] { window->showTranslation({u"hello"_s, u"hola"_s}); });
     other.join();
