@@ -77,6 +77,26 @@ TEST_F(FieldComboTest, whatFitsNoEntryGoesBackToTheChoice) {
     EXPECT_TRUE(chosen.isEmpty());
 }
 
+TEST_F(FieldComboTest, leavingAfterALetterOrWithSeveralFoundChangesNothing) {
+    for (const QString& typed : {u"s"_s, u"E"_s, u"u"_s}) {
+        typeAndLeave(combo, typed);
+        EXPECT_EQ(combo.chosenId(), u"de"_s) << typed.toStdString();
+        EXPECT_EQ(combo.currentText(), u"🇩🇪 Deutsch"_s);
+    }
+    EXPECT_TRUE(chosen.isEmpty());
+}
+
+TEST_F(FieldComboTest, returnTakesTheFirstThatIsFound) {
+    combo.lineEdit()->setText(u"s"_s);
+    Q_EMIT combo.lineEdit()->returnPressed();
+    Q_EMIT combo.lineEdit()->editingFinished();
+    EXPECT_EQ(chosen, QStringList{u"de"_s}) << "\"Deutsch\" is the first with an s";
+    combo.lineEdit()->setText(u"suo"_s);
+    Q_EMIT combo.lineEdit()->returnPressed();
+    Q_EMIT combo.lineEdit()->editingFinished();
+    EXPECT_EQ(chosen, (QStringList{u"de"_s, u"fi"_s}));
+}
+
 TEST_F(FieldComboTest, leavingWithoutTypingChangesNothing) {
     Q_EMIT combo.lineEdit()->editingFinished();
     EXPECT_TRUE(chosen.isEmpty());

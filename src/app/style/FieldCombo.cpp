@@ -66,7 +66,11 @@ void FieldCombo::searchByTyping() {
     lineEdit()->installEventFilter(this);
     // Before the line edit asks for its completions.
     connect(lineEdit(), &QLineEdit::textEdited, found_, &Found::setTyped);
-    connect(lineEdit(), &QLineEdit::editingFinished, this, &FieldCombo::settleTypedText);
+    // Return tells of both, in this order.
+    connect(lineEdit(), &QLineEdit::returnPressed, this,
+            [this] { settleTypedText(Settled::ByReturn); });
+    connect(lineEdit(), &QLineEdit::editingFinished, this,
+            [this] { settleTypedText(Settled::ByLeaving); });
 }
 
 void FieldCombo::setMatching(Matching matching) {
@@ -81,19 +85,22 @@ bool FieldCombo::matches(int row, const QString& typed) const {
     return matching_ ? matching_(entry, typed) : entry.text.contains(typed, Qt::CaseInsensitive);
 }
 
-int FieldCombo::rowOf(const QString& typed) const {
+int FieldCombo::rowOf(const QString& typed, Settled how) const {
     if (typed.trimmed().isEmpty()) {
         return -1;
     }
     if (const int same = findText(typed); same >= 0) {
         return same;
     }
+    QList<int> rows;
     for (int row = 0; row < count(); ++row) {
         if (matches(row, typed)) {
-            return row;
+            rows.append(row);
         }
     }
-    return -1;
+    const bool isMeant =
+        how == Settled::ByReturn ? !rows.isEmpty() : rows.size() == 1 && typed.trimmed().size() > 1;
+    return isMeant ? rows.first() : -1;
 }
 
 void FieldCombo::setEntries(const QList<FieldEntry>& entries, const QString& chosenId) {
@@ -153,13 +160,13 @@ void FieldCombo::selectShownEntry() {
     });
 }
 
-void FieldCombo::settleTypedText() {
+void FieldCombo::settleTypedText(Settled how) {
     const QString typed = lineEdit()->text();
     const QString shown = itemText(currentIndex());
     if (typed == shown) {
         return;
     }
-    const int index = rowOf(typed);
+    const int index = rowOf(typed, how);
     if (index < 0) {
         setEditText(shown);
         return;

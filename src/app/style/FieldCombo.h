@@ -52,12 +52,17 @@ class FieldCombo : public QComboBox {
 
     void searchByTyping();
     bool matches(int row, const QString& typed) const;
-    /// The row that is meant by what was typed; -1 if there is none.
-    int rowOf(const QString& typed) const;
     /// What is typed next replaces what the field shows.
     void selectShownEntry();
+    enum class Settled {
+        ByReturn, ///< What was typed means the first entry that it finds.
+        ByLeaving ///< It means an entry only if it finds no other, and is more than one letter.
+    };
+
+    /// The row that is meant by what was typed; -1 if there is none.
+    int rowOf(const QString& typed, Settled how) const;
     /// Turns what was typed into the entry that was meant, or back into the one chosen before.
-    void settleTypedText();
+    void settleTypedText(Settled how);
 
     QList<FieldEntry> entries_;
     Matching matching_;

@@ -14,7 +14,7 @@ struct FieldEntry {
 };
 
 /// Makes sure that `id`, which is stored, is in the list: one that is missing is added at the end
-/// and shows itself, so that what is chosen is seen and not lost.
-void keepChosen(QList<FieldEntry>& entries, const QString& id);
+/// and shows itself, so that what is chosen is seen and not lost; under `name` if it is known.
+void keepChosen(QList<FieldEntry>& entries, const QString& id, const QString& name = {});
 
 } // namespace orv
