@@ -4,8 +4,9 @@
 
 namespace orv {
 
-/// The desktop's way of opening things in other programs. Main thread only; returns at once and
-/// tells nobody whether somebody opened what was asked.
+/// The desktop's way of opening things in other programs. Main thread only; returns at once, with
+/// false when the desktop has nobody to ask. Whether what was asked has really been opened, nobody
+/// tells.
 class DesktopOpener {
   public:
     virtual ~DesktopOpener() = default;
@@ -13,10 +14,10 @@ class DesktopOpener {
     /// Opens a web address in the default browser. Only absolute addresses with a host and the
     /// scheme "http" or "https" are opened: the text may come from a network, and other schemes
     /// would start other programs.
-    virtual void openAddress(const QString& url) = 0;
+    virtual bool openAddress(const QString& url) = 0;
 
     /// Shows a folder, given by its absolute path, in the file browser. The folder must exist.
-    virtual void revealFolder(const QString& path) = 0;
+    virtual bool revealFolder(const QString& path) = 0;
 };
 
 } // namespace orv

@@ -27,9 +27,12 @@ const QString manifest41 =
 
 class RecordedOpener : public DesktopOpener {
   public:
-    void openAddress(const QString& url) override { addresses.append(url); }
+    bool openAddress(const QString& url) override {
+        addresses.append(url);
+        return true;
+    }
 
-    void revealFolder(const QString& /*path*/) override {}
+    bool revealFolder(const QString& /*path*/) override { return true; }
 
     QStringList addresses;
 };
@@ -311,7 +314,7 @@ TEST_F(UpdateCheckerTest, asksNobodyForNamesThatLeadNowhere) {
     const QStringList addresses = {u"https://updates.orvane.invalid/updates/orv.json"_s,
                                    u"https://updates-fallback.orvane.INVALID./updates/orv.json"_s};
     checker(addresses);
-    EXPECT_EQ(firstOutcome(), UpdateOutcome::Failed);
+    EXPECT_EQ(firstOutcome(), UpdateOutcome::NoSource);
     // In the checker's own words: the network was not asked.
     EXPECT_EQ(log.lines(),
               (QStringList{u"Update: "_s + addresses.at(0) + u" failed: Host nicht gefunden"_s,

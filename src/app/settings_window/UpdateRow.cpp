@@ -27,6 +27,19 @@ QString availableText(const QString& sentence, const QString& version) {
 
 } // namespace
 
+UpdateRow::State UpdateRow::stateAfter(UpdateOutcome outcome) {
+    switch (outcome) {
+    case UpdateOutcome::Failed:
+        return State::Failed;
+    case UpdateOutcome::NoSource:
+        return State::NoSource;
+    case UpdateOutcome::Available:
+    case UpdateOutcome::UpToDate:
+        break;
+    }
+    return State::UpToDate;
+}
+
 UpdateRow::UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent)
     : QWidget(parent)
     , updates_(updates)
@@ -58,7 +71,7 @@ void UpdateRow::check() {
     refresh();
     updates_.checkForUpdate([self = QPointer(this)](UpdateOutcome outcome) {
         if (self) {
-            self->state_ = outcome == UpdateOutcome::Failed ? State::Failed : State::UpToDate;
+            self->state_ = stateAfter(outcome);
             self->refresh();
         }
     });
@@ -73,7 +86,10 @@ void UpdateRow::refresh() {
     download_->setVisible(!newer.isEmpty());
     QString text;
     Tone tone = Tone::Plain;
-    if (state_ == State::Failed) {
+    if (state_ == State::NoSource) {
+        text = bindings_.text(u"info.update.nosource"_s);
+        tone = Tone::Quiet;
+    } else if (state_ == State::Failed) {
         text = bindings_.text(u"info.update.failed"_s);
         tone = Tone::Error;
     } else if (!newer.isEmpty()) {

@@ -19,9 +19,10 @@ class UpdateRow : public QWidget {
     UpdateRow(UpdateControl& updates, Bindings& bindings, QWidget* parent = nullptr);
 
   private:
-    enum class State { Unknown, Checking, UpToDate, Failed };
+    enum class State { Unknown, Checking, UpToDate, Failed, NoSource };
 
     void check();
+    static State stateAfter(UpdateOutcome outcome);
     void refresh();
 
     UpdateControl& updates_;

@@ -7,6 +7,7 @@
 #include "Version.h"
 #include "WebAddress.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -44,7 +45,7 @@ void UpdateChecker::checkForUpdate(std::function<void(UpdateOutcome outcome)> do
 
 void UpdateChecker::ask(qsizetype index) {
     if (index >= environment_.updateURLs.size()) {
-        finish(UpdateOutcome::Failed);
+        finish(hasSource() ? UpdateOutcome::Failed : UpdateOutcome::NoSource);
         return;
     }
     const auto url = webAddress(environment_.updateURLs.at(index));
@@ -56,6 +57,13 @@ void UpdateChecker::ask(qsizetype index) {
         asked_ = index;
         fetcher_->fetch(*url, environment_.timings.answer);
     }
+}
+
+bool UpdateChecker::hasSource() const {
+    return std::ranges::any_of(environment_.updateURLs, [](const QString& address) {
+        const auto url = webAddress(address);
+        return !url || !leadsNowhere(*url);
+    });
 }
 
 void UpdateChecker::answered(const DecodedUpdateInfo& result) {

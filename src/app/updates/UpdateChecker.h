@@ -81,6 +81,7 @@ class UpdateChecker : public QObject, public UpdateControl {
     void releaseNotesChanged(const QString& releaseNotes);
 
   private:
+    bool hasSource() const;
     void ask(qsizetype index);
     void answered(const DecodedUpdateInfo& result);
     void addressFailed(qsizetype index, const QString& error);

@@ -12,7 +12,8 @@ namespace orv {
 enum class UpdateOutcome {
     Available, ///< `availableVersion` tells which.
     UpToDate,
-    Failed, ///< Nobody could be asked.
+    Failed,   ///< Nobody could be asked.
+    NoSource, ///< There is nobody to ask: this build was given no address that leads anywhere.
 };
 
 /// The update check as the settings window sees it. Main thread only.

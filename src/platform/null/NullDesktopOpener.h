@@ -7,9 +7,9 @@ namespace orv {
 /// A desktop on which nothing can be opened.
 class NullDesktopOpener : public DesktopOpener {
   public:
-    void openAddress(const QString& /*url*/) override {}
+    bool openAddress(const QString& /*url*/) override { return false; }
 
-    void revealFolder(const QString& /*path*/) override {}
+    bool revealFolder(const QString& /*path*/) override { return false; }
 };
 
 } // namespace orv

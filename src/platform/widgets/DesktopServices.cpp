@@ -11,19 +11,23 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-void DesktopServices::openAddress(const QString& url) {
+bool DesktopServices::openAddress(const QString& url) {
     ORV_ON_MAIN();
     const auto address = webAddress(url);
-    if (!address || !QDesktopServices::openUrl(*address)) {
+    const bool isOpened = address && QDesktopServices::openUrl(*address);
+    if (!isOpened) {
         logLine(u"⚠️ Adresse kann nicht geöffnet werden: "_s + url);
     }
+    return isOpened;
 }
 
-void DesktopServices::revealFolder(const QString& path) {
+bool DesktopServices::revealFolder(const QString& path) {
     ORV_ON_MAIN();
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path))) {
+    const bool isOpened = QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    if (!isOpened) {
         logLine(u"⚠️ Ordner kann nicht geöffnet werden: "_s + path);
     }
+    return isOpened;
 }
 
 } // namespace orv

@@ -8,8 +8,8 @@ namespace orv {
 /// logged.
 class DesktopServices : public DesktopOpener {
   public:
-    void openAddress(const QString& url) override;
-    void revealFolder(const QString& path) override;
+    bool openAddress(const QString& url) override;
+    bool revealFolder(const QString& path) override;
 };
 
 } // namespace orv
