@@ -16,9 +16,9 @@ def output_folder() -> Path:
 
 
 def header(start: datetime, source: str, target: str) -> str:
-    """The head of a transcript; `start` is local time."""
+    """The head of a transcript; `start` is shown in local time."""
     return (
-        f"Live Audio Translation\nSession: {start:%Y-%m-%d %H:%M:%S}\n"
+        f"Live Audio Translation\nSession: {start.astimezone():%Y-%m-%d %H:%M:%S}\n"
         f"Source: {source}\nTarget: {target}\n{'=' * 60}\n\n"
     )
 
@@ -94,8 +94,8 @@ class TranscriptWriter:
         transcript: bool,
         subtitles: bool,
     ) -> Optional["TranscriptWriter"]:
-        """Creates the files asked for, named by the local time `start`; none when that fails."""
-        stamp = f"{start:%Y%m%d_%H%M%S}"
+        """Creates the files asked for, named by `start` in local time; none when that fails."""
+        stamp = f"{start.astimezone():%Y%m%d_%H%M%S}"
         files: list[AppendOnlyFile] = []
         try:
             folder.mkdir(parents=True, exist_ok=True)
@@ -112,7 +112,10 @@ class TranscriptWriter:
         return cls(start, txt, srt)
 
     def append(self, moment: datetime, original: str, translated: str) -> None:
-        """Adds one result, delivered at `moment` (aware or local time, like `start`)."""
+        """Adds one result, delivered at `moment` (aware or local time, like `start`).
+
+        Only aware times outlast a change of the time zone in mid-session.
+        """
         try:
             if self._transcript is not None:
                 self._transcript.append(entry(moment, original, translated))

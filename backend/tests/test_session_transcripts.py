@@ -1,7 +1,10 @@
 """The files of a session."""
 
+import os
+import time
 import unittest
 from pathlib import Path
+from typing import Optional
 
 from tests.peers import results
 from tests.session_case import SessionCase, chunk
@@ -50,6 +53,27 @@ class SessionTranscriptsTest(SessionCase):
             await client.config(**wishes)
             await client.flush()
         self.assertEqual(len(list(self.folder.iterdir())), 2)
+
+    async def test_a_change_of_the_time_zone_shifts_nothing(self) -> None:
+        before = os.environ.get("TZ")
+        try:
+            self._move_to("UTC0")
+            async with self.client({"saveSRT": True}) as client:
+                await client.flush()
+                self._move_to("EAST-9")
+                await client.audio(chunk(1), 16000)
+                await client.flush()
+            (subtitles,) = self.folder.glob("subtitles_*.srt")
+            self.assertTrue(subtitles.read_text().startswith("1\n00:00:"), subtitles.read_text())
+        finally:
+            self._move_to(before)
+
+    def _move_to(self, zone: Optional[str]) -> None:
+        if zone is None:
+            os.environ.pop("TZ", None)
+        else:
+            os.environ["TZ"] = zone
+        time.tzset()
 
     async def test_no_files_without_the_wish(self) -> None:
         async with self.client({}) as client:

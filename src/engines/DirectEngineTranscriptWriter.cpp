@@ -82,7 +82,8 @@ struct DirectEngineTranscriptWriter::Files {
             return file.open(QIODevice::Append | QIODevice::ExistingOnly | QIODevice::Unbuffered);
         }
 
-        void write(const QString& text) {
+        /// Whether all of it is in the file.
+        bool write(const QString& text) {
             const QByteArray bytes = text.toUtf8();
             const bool written = file.write(bytes) == bytes.size();
             if (!written && !failing) {
@@ -95,12 +96,13 @@ struct DirectEngineTranscriptWriter::Files {
             } else { // A disk that is full may have taken a part.
                 file.resize(size);
             }
+            return written;
         }
     };
 
     Output txtHandle;
     Output srtHandle;
-    QDateTime startTime;
+    QDateTime startTime; ///< In UTC: the time zone may change while the files are open.
     std::int64_t srtIndex = 0;
 };
 
@@ -123,7 +125,7 @@ DirectEngineTranscriptWriter::open(const QString& folder, const QString& sourceL
         return nullptr;
     }
     auto files = std::make_unique<Files>();
-    files->startTime = opened;
+    files->startTime = opened.toUTC();
     if (!files->txtHandle.open(txt, header.size()) || !files->srtHandle.open(srt, 0)) {
         logLine(u"❌ DirectEngineTranscriptWriter: FileHandle konnte nicht geöffnet werden");
         return nullptr;
@@ -141,17 +143,33 @@ DirectEngineTranscriptWriter::~DirectEngineTranscriptWriter() = default;
 
 void DirectEngineTranscriptWriter::append(const QString& original, const QString& translation,
                                           const QDateTime& timestamp) {
+    append(original, translation, timestamp,
+           std::chrono::milliseconds(files_->startTime.msecsTo(timestamp)));
+}
+
+void DirectEngineTranscriptWriter::append(const QString& original, const QString& translation) {
+    using std::chrono::milliseconds;
+    const auto passed = std::chrono::steady_clock::now() - openedAt_;
+    append(original, translation, QDateTime::currentDateTimeUtc(),
+           std::chrono::duration_cast<milliseconds>(passed));
+}
+
+void DirectEngineTranscriptWriter::append(const QString& original, const QString& translation,
+                                          const QDateTime& timestamp,
+                                          std::chrono::milliseconds sinceOpened) {
     // Never locked: the last owner must not be the queue, which joins its thread.
-    queue_.post(
-        [writer = weak_from_this(), files = files_.get(), original, translation, timestamp] {
-            if (writer.expired() || !files->txtHandle.file.isOpen()) {
-                return;
-            }
-            files->txtHandle.write(transcriptEntry(original, translation, timestamp));
-            const double start = static_cast<double>(files->startTime.msecsTo(timestamp)) / 1000.0;
-            files->srtIndex += 1;
-            files->srtHandle.write(subtitleCue(files->srtIndex, start, original, translation));
-        });
+    queue_.post([writer = weak_from_this(), files = files_.get(), original, translation,
+                 timestamp = timestamp.toUTC(), sinceOpened] {
+        if (writer.expired() || !files->txtHandle.file.isOpen()) {
+            return;
+        }
+        files->txtHandle.write(transcriptEntry(original, translation, timestamp));
+        const double start = static_cast<double>(sinceOpened.count()) / 1000.0;
+        const std::int64_t index = files->srtIndex + 1;
+        if (files->srtHandle.write(subtitleCue(index, start, original, translation))) {
+            files->srtIndex = index;
+        }
+    });
 }
 
 void DirectEngineTranscriptWriter::close() {

@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -46,6 +47,10 @@ class DirectEngineTranscriptWriter
     /// left out of its file; each stretch of such entries costs one log line and nothing else.
     void append(const QString& original, const QString& translation, const QDateTime& timestamp);
 
+    /// The same for a result that has come just now: its cue begins as long after the opening as
+    /// has really passed, also when somebody has set the clock meanwhile.
+    void append(const QString& original, const QString& translation);
+
     /// Waits until every earlier append has been written and closes both files.
     void close();
 
@@ -54,6 +59,10 @@ class DirectEngineTranscriptWriter
 
     explicit DirectEngineTranscriptWriter(std::unique_ptr<Files> files);
 
+    void append(const QString& original, const QString& translation, const QDateTime& timestamp,
+                std::chrono::milliseconds sinceOpened);
+
+    const std::chrono::steady_clock::time_point openedAt_ = std::chrono::steady_clock::now();
     std::unique_ptr<Files> files_; // Outlives the queue that uses it.
     SerialQueue queue_;
 };

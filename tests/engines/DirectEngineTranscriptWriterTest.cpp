@@ -1,5 +1,6 @@
 #include "DirectEngineTranscriptWriter.h"
 
+#include "FewFiles.h"
 #include "LogCapture.h"
 #include "UniqueFd.h"
 #include "WaitUntil.h"
@@ -132,6 +133,30 @@ TEST_F(TranscriptWriter, stampsAnEntryMoreThanAnHourAfterOpening) {
     EXPECT_EQ(srt(), u"1\n01:02:05,500 --> 01:02:08,500\nHello\nHallo\n\n"_s);
 }
 
+TEST_F(TranscriptWriter, aChangeOfTheTimeZoneInMidRunShiftsNothing) {
+    constexpr qint64 began = 1'760'000'000'000; // Milliseconds since 1970.
+    const TimeZone home("UTC0");
+    const auto writer = DirectEngineTranscriptWriter::open(folder, u"en"_s, u"de"_s,
+                                                           QDateTime::fromMSecsSinceEpoch(began));
+    ASSERT_TRUE(writer);
+    const TimeZone abroad("EAST-9");
+    writer->append(u"Hello"_s, u"Hallo"_s, QDateTime::fromMSecsSinceEpoch(began + 250));
+    writer->close();
+    const QString file = QDir(folder).entryList({u"*.srt"_s}).value(0);
+    EXPECT_EQ(contentOf(folder + u'/' + file),
+              u"1\n00:00:00,250 --> 00:00:03,250\nHello\nHallo\n\n"_s);
+}
+
+// To the writer it looks as if the clock had been set forth by years since it was opened.
+TEST_F(TranscriptWriter, countsTheTimesOfCuesByAClockThatNobodySets) {
+    const auto writer = open();
+    ASSERT_TRUE(writer);
+    writer->append(u"Hello"_s, u"Hallo"_s);
+    writer->close();
+    EXPECT_TRUE(srt().startsWith(u"1\n00:"_s)) << srt().toStdString();
+    EXPECT_FALSE(txt().contains(u"\n[2025-03-01T"_s)); // A stamp is the clock's.
+}
+
 TEST_F(TranscriptWriter, namesFilesAndSessionByLocalTimeAndStampsEntriesInUtc) {
     const TimeZone zone("EAST-9"); // Nine hours before UTC, the whole year.
     const QDateTime moment(QDate(2025, 3, 1), QTime(5, 30, 5), QTimeZone::utc());
@@ -219,30 +244,10 @@ TEST_F(TranscriptWriter, saysSoWhenAFileCannotBeMade) {
     EXPECT_TRUE(log.contains(u"❌ DirectEngineTranscriptWriter: Datei-Erstellung fehlgeschlagen"_s));
 }
 
-/// Lets this process open `count` more files while it exists.
-class FewFiles {
-  public:
-    explicit FewFiles(rlim_t count) {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const UniqueFd next(::open("/dev/null", O_RDONLY));
-        const rlimit few = {.rlim_cur = static_cast<rlim_t>(next.get()) + count,
-                            .rlim_max = before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &few);
-    }
-
-    ~FewFiles() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
-    FewFiles(const FewFiles&) = delete;
-    FewFiles& operator=(const FewFiles&) = delete;
-
-  private:
-    rlimit before_ = {};
-};
-
 TEST_F(TranscriptWriter, saysSoWhenAFileCannotBeOpenedForWriting) {
     // The sanitizers open files of their own where they see a type for the first time.
     ASSERT_TRUE(open());
-    const FewFiles oneIsEnoughToMakeThem(1);
+    const test::FewFiles oneIsEnoughToMakeThem(1);
     EXPECT_FALSE(open());
     EXPECT_TRUE(
         log.contains(u"❌ DirectEngineTranscriptWriter: FileHandle konnte nicht geöffnet werden"_s));
@@ -283,6 +288,18 @@ TEST_F(TranscriptWriter, leavesNoPartOfAnEntryOnADiskThatFillsUp) {
     writer->close();
     limitFiles(RLIM_INFINITY);
     EXPECT_EQ(txt(), transcriptHeader(u"en"_s, u"de"_s, opened) + entry);
+}
+
+TEST_F(TranscriptWriter, numbersTheCuesThatAreInTheFile) {
+    const auto writer = open();
+    limitFiles(0);
+    writer->append(u"one"_s, u"1"_s, opened);
+    const QString start = u"❌ DirectEngineTranscriptWriter: Schreiben fehlgeschlagen"_s;
+    ASSERT_TRUE(test::waitUntil([&] { return log.lines().filter(start).size() == 2; }));
+    limitFiles(RLIM_INFINITY);
+    writer->append(u"two"_s, u"2"_s, opened);
+    writer->close();
+    EXPECT_EQ(srt(), subtitleCue(1, 0, u"two"_s, u"2"_s));
 }
 
 TEST_F(TranscriptWriter, goesOnWhenTheDiskHasRoomAgain) {
