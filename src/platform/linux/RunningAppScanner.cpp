@@ -1,14 +1,14 @@
 #include "RunningAppScanner.h"
 
-#include "DesktopEntry.h"
+#include "DesktopEntries.h"
 #include "SerialQueue.h"
+#include "ThreadChecks.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QPointer>
 #include <QSet>
 #include <QStandardPaths>
 
@@ -51,20 +51,12 @@ RunningAppPlaces RunningAppPlaces::ofThisMachine() {
     return places;
 }
 
-QList<RunningApp> scanRunningApps(const RunningAppPlaces& places) {
+QList<RunningApp> scanRunningApps(const RunningAppPlaces& places, DesktopEntries& entries) {
     const QSet<QString> binaries = runningBinaries(places);
     QHash<QString, QString> names;
-    for (const QString& path : places.applications) {
-        const QDir folder(path);
-        for (const QString& file : folder.entryList({u"*.desktop"_s}, QDir::Files, QDir::Name)) {
-            QFile contents(folder.filePath(file));
-            if (!contents.open(QIODevice::ReadOnly)) {
-                continue;
-            }
-            const auto entry = parseDesktopEntry(contents.readAll());
-            if (entry && binaries.contains(entry->binary) && !names.contains(entry->binary)) {
-                names.insert(entry->binary, entry->name);
-            }
+    for (const DesktopEntry& entry : entries.list()) {
+        if (binaries.contains(entry.binary) && !names.contains(entry.binary)) {
+            names.insert(entry.binary, entry.name);
         }
     }
     QList<RunningApp> apps;
@@ -80,16 +72,32 @@ QList<RunningApp> scanRunningApps(const RunningAppPlaces& places) {
 
 RunningAppScanner::RunningAppScanner(SerialQueue& disk, RunningAppPlaces places)
     : disk_(disk)
-    , places_(std::move(places)) {}
+    , places_(std::move(places))
+    , entries_(std::make_shared<DesktopEntries>(places_.applications)) {}
 
 void RunningAppScanner::scan(QObject* context, std::function<void(const QList<RunningApp>&)> done) {
-    disk_.post([places = places_, back = back_.handle(), receiver = QPointer(context),
-                done = std::move(done)]() mutable {
-        // The receiver is looked at on its own thread only.
-        back.post([receiver = std::move(receiver), done = std::move(done),
-                   apps = scanRunningApps(places)] {
-            if (receiver) {
-                done(apps);
+    ORV_ON_MAIN();
+    waiting_.push_back({context, std::move(done)});
+    if (!std::exchange(isScanning_, true)) {
+        // Whoever asks within the same turn of the event loop shares the look.
+        back_.handle().post([this] { begin(); });
+    }
+}
+
+void RunningAppScanner::begin() {
+    ++looks_;
+    disk_.post([places = places_, entries = entries_, back = back_.handle(), this,
+                asking = std::exchange(waiting_, {})]() mutable {
+        // Those who ask are looked at on their own thread only.
+        back.post([this, asking = std::move(asking), apps = scanRunningApps(places, *entries)] {
+            isScanning_ = !waiting_.empty();
+            if (isScanning_) {
+                begin();
+            }
+            for (const Question& question : asking) {
+                if (question.context) {
+                    question.done(apps); // May destroy the scanner.
+                }
             }
         });
     });

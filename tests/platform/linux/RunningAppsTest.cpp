@@ -1,4 +1,5 @@
 #include "ApplicationIdentity.h"
+#include "DesktopEntries.h"
 #include "DesktopEntry.h"
 #include "RunningAppScanner.h"
 #include "SerialQueue.h"
@@ -11,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 
 namespace {
@@ -18,6 +20,7 @@ namespace {
 using namespace Qt::StringLiterals;
 using orv::applicationOf;
 using orv::belongsTo;
+using orv::DesktopEntries;
 using orv::DesktopEntry;
 using orv::parseDesktopEntry;
 using orv::PulsePlayback;
@@ -116,6 +119,7 @@ class RunningAppsTest : public testing::Test {
     }
 
     QTemporaryDir folder;
+    DesktopEntries entries{places().applications};
 };
 
 TEST_F(RunningAppsTest, areTheRunningProgramsWithADesktopEntrySortedAndOnce) {
@@ -129,12 +133,12 @@ TEST_F(RunningAppsTest, areTheRunningProgramsWithADesktopEntrySortedAndOnce) {
     install(u"everyones"_s, u"alpha.desktop"_s, "alpha", "/opt/alpha/alpha");
     install(u"everyones"_s, u"asleep.desktop"_s, "Asleep", "asleep");
     install(u"mine"_s, u"web.desktop"_s, "My Web", "web %u");
-    EXPECT_THAT(orv::scanRunningApps(places()),
+    EXPECT_THAT(orv::scanRunningApps(places(), entries),
                 ElementsAre(RunningApp{u"alpha"_s, u"alpha"_s}, RunningApp{u"web"_s, u"My Web"_s}));
 }
 
 TEST_F(RunningAppsTest, missingFoldersAreEmptyLists) {
-    EXPECT_THAT(orv::scanRunningApps(places()), testing::IsEmpty());
+    EXPECT_THAT(orv::scanRunningApps(places(), entries), testing::IsEmpty());
 }
 
 TEST_F(RunningAppsTest, theScanAnswersLaterAndNotToWhoIsGone) {
@@ -153,6 +157,49 @@ TEST_F(RunningAppsTest, theScanAnswersLaterAndNotToWhoIsGone) {
     ASSERT_TRUE(orv::test::waitUntil([&] { return !found.isEmpty(); }));
     EXPECT_EQ(found.first().name, u"Web"_s);
     EXPECT_FALSE(goneCalled);
+}
+
+TEST_F(RunningAppsTest, whoAsksMeanwhileSharesALook) {
+    run(1, u"/usr/bin/web"_s);
+    install(u"mine"_s, u"web.desktop"_s, "Web", "web");
+    orv::SerialQueue disk(u"test.disk"_s);
+    orv::RunningAppScanner scanner(disk, places());
+    std::promise<void> disksTurn;
+    disk.post([&] { disksTurn.get_future().wait(); });
+    QObject here;
+    int answers = 0;
+    for (int turn = 0; turn < 10; ++turn) {
+        for (int question = 0; question < 3; ++question) {
+            scanner.scan(&here, [&](const QList<RunningApp>& apps) {
+                answers += static_cast<int>(apps.size());
+            });
+        }
+        orv::test::drainEvents();
+    }
+    EXPECT_EQ(scanner.looks(), 1);
+    EXPECT_EQ(answers, 0);
+    disksTurn.set_value();
+    ASSERT_TRUE(orv::test::waitUntil([&] { return answers == 30; }));
+    EXPECT_EQ(scanner.looks(), 2) << "one for the first turn, one for all others";
+}
+
+TEST_F(RunningAppsTest, desktopEntriesAreReadAgainOnlyWhenTheyHaveChanged) {
+    run(1, u"/usr/bin/web"_s);
+    run(2, u"/usr/bin/player"_s);
+    install(u"mine"_s, u"web.desktop"_s, "Web", "web");
+    install(u"mine"_s, u"player.desktop"_s, "Player", "player");
+    orv::scanRunningApps(places(), entries);
+    EXPECT_EQ(entries.filesRead(), 2);
+    orv::scanRunningApps(places(), entries);
+    EXPECT_EQ(entries.filesRead(), 2);
+    install(u"mine"_s, u"web.desktop"_s, "The Web", "web");
+    EXPECT_THAT(
+        orv::scanRunningApps(places(), entries),
+        ElementsAre(RunningApp{u"player"_s, u"Player"_s}, RunningApp{u"web"_s, u"The Web"_s}));
+    EXPECT_EQ(entries.filesRead(), 3);
+    ASSERT_TRUE(QFile::remove(folder.filePath(u"mine/player.desktop"_s)));
+    EXPECT_THAT(orv::scanRunningApps(places(), entries),
+                ElementsAre(RunningApp{u"web"_s, u"The Web"_s}));
 }
 
 TEST_F(RunningAppsTest, aScannerThatIsGoneAnswersNobody) {
