@@ -42,7 +42,10 @@ class ScriptedConverter : public SampleRateConverter {
         return {output, error};
     }
 
+    Conversion finish() override { return {rest, error}; }
+
     std::vector<float> output;
+    std::vector<float> rest;
     QString error;
     int calls = 0;
     float lastFirst = 0;
@@ -62,7 +65,7 @@ class AudioIngestTest : public testing::Test {
     }
 
     /// Whether a buffer was metered since the last call.
-    bool metered() { return ingest.drainMeter(meter); }
+    bool metered() { return ingest.drainMeter(meter).has_value(); }
 
     LogCapture log;
     std::vector<Chunk> chunks;
@@ -139,6 +142,19 @@ TEST_F(AudioIngestTest, aMicrophoneAt44100ArrivesAt48000) {
     const std::vector<float> output = chunker.takeAll();
     EXPECT_NEAR(static_cast<double>(output.size()), 100 * 4096 * 48000.0 / 44100.0, 1200);
     EXPECT_NEAR(output[output.size() / 2], 0.25F, 1e-5);
+}
+
+TEST_F(AudioIngestTest, theEndOfTheSourceBringsWhatTheConverterHeldBack) {
+    ingest.finishConversion(start); // Without a converter there is nothing.
+    EXPECT_EQ(chunker.bufferedSamples(), 0U);
+    ScriptedConverter& converter = useScriptedConverter();
+    converter.rest = {0.25F, 0.5F};
+    ingest.finishConversion(start);
+    EXPECT_THAT(chunker.takeAll(), ElementsAre(0.25F, 0.5F));
+    converter.error = QStringLiteral("broken");
+    ingest.finishConversion(start);
+    EXPECT_EQ(chunker.bufferedSamples(), 0U);
+    EXPECT_EQ(log.lines().last(), QStringLiteral("❌ Konvertierungsfehler: broken"));
 }
 
 TEST_F(AudioIngestTest, takesAScreenBlockAsItLies) {

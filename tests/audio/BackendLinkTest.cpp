@@ -33,6 +33,8 @@ class BackendLinkTest : public testing::Test, public BackendLink::Listener {
 
     void receiveStatus(const StatusMessage& status) override { received.append(status); }
 
+    void receiveProcessed() override { received.append(ProcessedMessage{}); }
+
     void receiveFlushed() override {
         received.append(FlushedMessage{});
         if (endsLinkWhenFlushed) {
@@ -185,6 +187,22 @@ TEST_F(BackendLinkTest, tellsWhatTheSocketSaysOfAnAnswerThatIsNoHandshake) {
     open(server.serverPort());
     ASSERT_TRUE(waitUntil([&] { return !failures.isEmpty(); }));
     EXPECT_TRUE(failures[0].contains(u"404"_s)) << failures[0].toStdString();
+}
+
+TEST_F(BackendLinkTest, boundsWhatWaitsForAPeerThatDoesNotTakeIt) {
+    QTcpServer listener; // Takes connections, answers nothing and reads nothing.
+    ASSERT_TRUE(listener.listen(QHostAddress::LocalHost));
+    open(listener.serverPort());
+    const QByteArray sound(8 << 20, 'x');
+    for (int i = 0; i < 5; ++i) {
+        link->sender().send(sound, remember());
+    }
+    link->sender().send("{}", remember());
+    ASSERT_TRUE(waitUntil([&] { return !sent().isEmpty(); }));
+    EXPECT_EQ(sent(), QStringList{u"Der Server nimmt nichts mehr an, 32 MB warten"_s})
+        << "four wait, and so does the short one";
+    link.reset();
+    EXPECT_TRUE(waitUntil([&] { return sent().size() == 6; }));
 }
 
 TEST_F(BackendLinkTest, givesUpAPeerThatNeverAnswersTheHandshake) {

@@ -15,9 +15,9 @@ constexpr std::array<float, 3> three{0.1F, 0.2F, 0.3F};
 
 TEST(SampleBuffer, appendTellsTheNewTotal) {
     SampleBuffer buffer(16);
-    EXPECT_EQ(buffer.append(three), 3U);
-    EXPECT_EQ(buffer.append(three), 6U);
-    EXPECT_EQ(buffer.append({}), 6U);
+    EXPECT_EQ(buffer.append(three).total, 3U);
+    EXPECT_EQ(buffer.append(three).total, 6U);
+    EXPECT_EQ(buffer.append({}).total, 6U);
     EXPECT_EQ(buffer.size(), 6U);
 }
 
@@ -47,7 +47,7 @@ TEST(SampleBuffer, clearDropsTheSamples) {
     buffer.append(three);
     buffer.clear();
     EXPECT_EQ(buffer.size(), 0U);
-    EXPECT_EQ(buffer.append(three), 3U);
+    EXPECT_EQ(buffer.append(three).total, 3U);
 }
 
 TEST(SampleBuffer, growsBeyondItsReserve) {
@@ -96,6 +96,42 @@ TEST(SampleBuffer, recycledSamplesNeverShowUpAgain) {
         buffer.append(three);
         EXPECT_EQ(buffer.takeAll(), std::vector<float>(three.begin(), three.end()));
     }
+}
+
+TEST(SampleBuffer, keepsTheNewestOfMoreThanOneMessageCanCarry) {
+    SampleBuffer buffer(16);
+    std::vector<float> second(48000);
+    std::size_t dropped = 0;
+    for (int i = 0; i < 200; ++i) {
+        std::ranges::fill(second, static_cast<float>(i));
+        const SampleBuffer::Appended appended = buffer.append(second);
+        dropped += appended.hasDropped ? 1 : 0;
+        ASSERT_LE(appended.total, SampleBuffer::longestChunk);
+    }
+    EXPECT_EQ(dropped, 1U) << "told when it begins, not each time";
+    const std::vector<float> kept = buffer.takeAll();
+    EXPECT_GE(kept.size(), SampleBuffer::longestChunk - SampleBuffer::dropped - 48000);
+    EXPECT_EQ(kept.back(), 199.0F);
+    EXPECT_TRUE(std::ranges::is_sorted(kept)) << "in the order of capture, without a hole";
+    EXPECT_FALSE(buffer.append(second).hasDropped);
+}
+
+TEST(SampleBuffer, takesTheEndOfABufferThatAloneIsTooMuch) {
+    SampleBuffer buffer(16);
+    buffer.append(three);
+    std::vector<float> endless(SampleBuffer::longestChunk + 5, 1.0F);
+    endless.back() = 2.0F;
+    EXPECT_EQ(buffer.append(endless).total, SampleBuffer::longestChunk);
+    EXPECT_EQ(buffer.takeAll().back(), 2.0F);
+}
+
+TEST(SampleBuffer, givesTheMemoryOfALongWaitBackWhenItIsCleared) {
+    SampleBuffer buffer(16);
+    buffer.append(std::vector<float>(1'000'000));
+    buffer.clear();
+    buffer.append(three);
+    std::vector<float> chunk = buffer.takeAll();
+    EXPECT_LE(chunk.capacity(), 64U);
 }
 
 } // namespace

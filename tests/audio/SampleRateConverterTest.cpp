@@ -162,4 +162,26 @@ TEST(SampleRateConverter, samplesThatAreNotFiniteDoNotPoisonTheFilter) {
     }
 }
 
+TEST(SampleRateConverter, finishesWithWhatTheFilterHeldBack) {
+    const std::vector<float> input = sine(997, 44100, 44'100);
+    const auto target = converter(44100);
+    std::vector<float> output = convertInBuffers(*target, input, 4096);
+    EXPECT_LT(output.size(), 47'990U) << "nothing is held back";
+    const auto [rest, error] = target->finish();
+    ASSERT_TRUE(error.isEmpty()) << error.toStdString();
+    output.insert(output.end(), rest.begin(), rest.end());
+    EXPECT_NEAR(static_cast<double>(output.size()), 48'000, 2);
+    // Up to its end the same sound, but for the filter's edge.
+    const std::vector<float> expected = sine(997, 48000, 48'000);
+    for (std::size_t i = 47'000; i < 47'900; ++i) {
+        ASSERT_NEAR(output[i], expected[i], 0.01) << i;
+    }
+}
+
+TEST(SampleRateConverter, finishesWithNothingBeforeTheFirstBuffer) {
+    const auto [rest, error] = converter(96000)->finish();
+    EXPECT_TRUE(error.isEmpty());
+    EXPECT_TRUE(rest.empty());
+}
+
 } // namespace

@@ -30,6 +30,13 @@ void AudioSender::setPcmSink(std::shared_ptr<PcmSink> sink) {
     });
 }
 
+void AudioSender::setChunkSent(std::function<void()> chunkSent) {
+    queue_.post([this, chunkSent = std::move(chunkSent)] {
+        ORV_ON(queue_);
+        chunkSent_ = chunkSent;
+    });
+}
+
 void AudioSender::endPcmSink() {
     queue_.post([this] {
         ORV_ON(queue_);
@@ -45,9 +52,17 @@ void AudioSender::sendChunk(Chunk&& chunk) {
     queue_.post([this, shared] {
         ORV_ON(queue_);
         if (shared->route == ChunkRoute::Backend) {
-            encodeAndSend(shared->samples, shared->sampleRate, {});
+            encodeAndSend(shared->samples, shared->sampleRate,
+                          [tell = chunkSent_](const QString& error) {
+                              if (error.isEmpty() && tell) {
+                                  tell();
+                              }
+                          });
         } else if (pcmSink_) {
             pcmSink_->take(pcm16(shared->samples));
+            if (chunkSent_) {
+                chunkSent_();
+            }
         }
         chunker_.recycle(std::move(shared->samples));
     });

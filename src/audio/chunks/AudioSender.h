@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -40,6 +41,9 @@ class AudioSender {
     /// Sends a chunk the way its route says; a chunk for a link that is gone is dropped.
     void sendChunk(Chunk&& chunk);
 
+    /// Whom to tell, from any thread, of each chunk that has left from now on; empty: nobody.
+    void setChunkSent(std::function<void()> chunkSent);
+
     /// Sends samples as one audio message; `sent` is called once, from any thread.
     void sendAudio(std::vector<float>&& samples, double sampleRate, BackendLink::Sent sent);
 
@@ -58,6 +62,7 @@ class AudioSender {
     Chunker& chunker_;
     BackendLink::Sender link_; // Touched on the queue only, like the sink.
     std::shared_ptr<PcmSink> pcmSink_;
+    std::function<void()> chunkSent_;
     SampleBlocks blocks_; ///< On their way to the direct engine.
     SerialQueue queue_;   // Declared last: its jobs use everything above, and it ends first.
 };

@@ -24,7 +24,10 @@ Chunker::Chunker(ChunkHandler onChunk, TimePoint now, std::size_t reservedSample
     , resetAt_(noReset) {}
 
 void Chunker::addSamples(const ProcessedBuffer& buffer, TimePoint now) {
-    const std::size_t total = buffer_.append(buffer.samples);
+    const auto [total, hasDropped] = buffer_.append(buffer.samples);
+    if (hasDropped) {
+        logLine(chunkerLines::tooMuch(SampleBuffer::longestChunk));
+    }
     if (total % samplesPerSecond < buffer.samples.size()) {
         logState(total, buffer);
     }

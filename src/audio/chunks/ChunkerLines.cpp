@@ -57,6 +57,11 @@ QString tooLittle(std::size_t count) {
     return u"⏳ Zu wenig Audio: "_s + number(count) + u" samples — Buffer bleibt, warte auf mehr"_s;
 }
 
+QString tooMuch(std::size_t bound) {
+    return u"⚠️ Audio-Puffer voll ("_s + number(bound) +
+           u" samples): das Älteste wird verworfen"_s;
+}
+
 QString tooLittleForEngine(std::size_t count) {
     return u"⏳ Direct Engine: Zu wenig Audio: "_s + number(count) + u" samples — warte"_s;
 }

@@ -18,6 +18,8 @@ QString conversionError(const QString& description);
 
 // Chunks.
 QString notConnected();
+/// The oldest goes; `bound` is the most samples that are kept.
+QString tooMuch(std::size_t bound);
 QString tooLittle(std::size_t count);
 QString tooLittleForEngine(std::size_t count);
 QString dispatched(std::size_t count, double sampleRate);

@@ -1,5 +1,6 @@
 #include "SampleBuffer.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orv {
@@ -19,10 +20,21 @@ SampleBuffer::SampleBuffer(std::size_t reservedSamples)
     }
 }
 
-std::size_t SampleBuffer::append(std::span<const float> samples) {
+SampleBuffer::Appended SampleBuffer::append(std::span<const float> samples) {
     const std::lock_guard lock(bufferLock_);
+    Appended appended;
+    if (audioBuffer_.size() + samples.size() > longestChunk) {
+        const std::size_t room = longestChunk - std::min(samples.size(), longestChunk);
+        const std::size_t excess = audioBuffer_.size() - std::min(room, audioBuffer_.size());
+        const std::size_t leaving = std::min(std::max(excess, dropped), audioBuffer_.size());
+        audioBuffer_.erase(audioBuffer_.begin(),
+                           audioBuffer_.begin() + static_cast<std::ptrdiff_t>(leaving));
+        samples = samples.last(std::min(samples.size(), longestChunk));
+        appended.hasDropped = !std::exchange(hasDropped_, true);
+    }
     audioBuffer_.insert(audioBuffer_.end(), samples.begin(), samples.end());
-    return audioBuffer_.size();
+    appended.total = audioBuffer_.size();
+    return appended;
 }
 
 SampleBuffer::Taken SampleBuffer::takeIfMoreThan(std::size_t bound) {
@@ -41,6 +53,7 @@ std::vector<float> SampleBuffer::takeAll() {
 }
 
 std::vector<float> SampleBuffer::takeLocked() {
+    hasDropped_ = false;
     std::vector<float> next;
     if (spares_.empty()) {
         next.reserve(reservedSamples_);
@@ -52,8 +65,19 @@ std::vector<float> SampleBuffer::takeLocked() {
 }
 
 void SampleBuffer::clear() {
+    // Freed after the lock is released.
+    std::vector<float> memory;
     const std::lock_guard lock(bufferLock_);
-    audioBuffer_.clear();
+    if (isWorthKeeping(audioBuffer_)) {
+        audioBuffer_.clear();
+        hasDropped_ = false;
+    } else {
+        memory = takeLocked();
+    }
+}
+
+bool SampleBuffer::isWorthKeeping(const std::vector<float>& memory) const {
+    return memory.capacity() >= reservedSamples_ && memory.capacity() <= 4 * reservedSamples_;
 }
 
 std::size_t SampleBuffer::size() const {
@@ -66,7 +90,7 @@ void SampleBuffer::recycle(std::vector<float>&& used) {
     std::vector<float> memory = std::move(used);
     memory.clear();
     // What grew far beyond the reserve while the link was down is not worth keeping.
-    if (memory.capacity() < reservedSamples_ || memory.capacity() > 4 * reservedSamples_) {
+    if (!isWorthKeeping(memory)) {
         return;
     }
     const std::lock_guard lock(bufferLock_);

@@ -35,7 +35,8 @@ class BackendLink {
         virtual ~Listener() = default;
         virtual void receiveResult(const Result& result) = 0;
         virtual void receiveStatus(const StatusMessage& status) = 0;
-        virtual void receiveFlushed() = 0; ///< The answer to a flush request.
+        virtual void receiveProcessed() = 0; ///< One more chunk is done with.
+        virtual void receiveFlushed() = 0;   ///< The answer to a flush request.
         /// The connection failed or was closed by the peer; nothing follows.
         virtual void linkFailed(const QString& error) = 0;
     };
@@ -44,6 +45,11 @@ class BackendLink {
         std::chrono::milliseconds handshake{60000}; ///< Longest wait for the connection.
         std::chrono::milliseconds closing{1000};    ///< Longest wait for the closing handshake.
     };
+
+    /// Bytes that may wait for a peer that reads slowly, or for the connection: four minutes of
+    /// speech. Sound that comes on top of them is refused, with an error; what says something about
+    /// sound never is.
+    static constexpr qint64 mostWaiting = qint64{32} << 20;
 
     /// Connects to `url`. `thread` and `listener` must outlive the link.
     BackendLink(EventLoopThread& thread, const QUrl& url, Listener& listener, Timings timings);

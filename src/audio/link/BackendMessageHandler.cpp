@@ -18,6 +18,8 @@ struct Dispatch {
 
     void operator()(const StatusMessage& status) const { listener.receiveStatus(status); }
 
+    void operator()(ProcessedMessage) const { listener.receiveProcessed(); }
+
     void operator()(FlushedMessage) const { listener.receiveFlushed(); }
 };
 

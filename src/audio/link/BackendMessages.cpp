@@ -66,6 +66,9 @@ DownstreamMessage parseDownstream(const QByteArray& utf8) {
     if (type == u"status") {
         return parseStatus(object);
     }
+    if (type == u"processed") {
+        return ProcessedMessage{};
+    }
     if (type == u"flushed") {
         return FlushedMessage{};
     }

@@ -35,8 +35,15 @@ struct FlushedMessage {
     friend bool operator==(const FlushedMessage&, const FlushedMessage&) = default;
 };
 
+/// The backend is done with one more chunk, whether it brought a result or not. Not every backend
+/// tells.
+struct ProcessedMessage {
+    friend bool operator==(const ProcessedMessage&, const ProcessedMessage&) = default;
+};
+
 /// One message of the backend; `std::monostate` stands for one that is to be ignored.
-using DownstreamMessage = std::variant<std::monostate, Result, StatusMessage, FlushedMessage>;
+using DownstreamMessage =
+    std::variant<std::monostate, Result, StatusMessage, ProcessedMessage, FlushedMessage>;
 
 /// Understands one message of the backend. Members that are missing or of the wrong type count as
 /// empty; anything but an object with a known "type" is ignored.

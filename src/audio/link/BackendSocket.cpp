@@ -14,6 +14,9 @@ namespace orv {
 
 namespace {
 
+/// No sound fits into less: the smallest chunk is more.
+constexpr qsizetype shortMessage = 32768;
+
 void tell(const BackendLink::Sent& sent, const QString& error) {
     if (sent) {
         sent(error);
@@ -76,12 +79,24 @@ void BackendSocket::send(QByteArray message, BackendLink::Sent sent) {
         tell(sent, u"Nachricht zu groß"_s);
         return;
     }
+    if (!hasRoomFor(message)) {
+        tell(sent, u"Der Server nimmt nichts mehr an, %1 MB warten"_s.arg(
+                       BackendLink::mostWaiting >> 20));
+        return;
+    }
     if (!connected_) {
+        bytesForConnection_ += message.size();
         waitingForConnection_.emplace_back(std::move(message), std::move(sent));
         return;
     }
     waitingForNetwork_.push_back(std::move(sent));
     sender_.send(WebSocketFrameKind::Text, message);
+}
+
+bool BackendSocket::hasRoomFor(const QByteArray& message) const {
+    return message.size() <= shortMessage ||
+           bytesForConnection_ + webSocketTask_.bytesToWrite() + message.size() <=
+               BackendLink::mostWaiting;
 }
 
 void BackendSocket::close() {
@@ -103,6 +118,7 @@ void BackendSocket::close() {
 void BackendSocket::onConnected() {
     ORV_ON(thread_);
     connected_ = true;
+    bytesForConnection_ = 0;
     for (auto& [message, sent] : std::exchange(waitingForConnection_, {})) {
         waitingForNetwork_.push_back(std::move(sent));
         sender_.send(WebSocketFrameKind::Text, message);

@@ -34,6 +34,7 @@ class BackendSocket : public QObject {
     void onDisconnected();
     void fail(const QString& error);
     void failPending(const QString& error);
+    bool hasRoomFor(const QByteArray& message) const;
 
     EventLoopThread& thread_;
     QWebSocket webSocketTask_; ///< The one connection; a new link makes a new one.
@@ -42,6 +43,7 @@ class BackendSocket : public QObject {
     BackendMessageHandler messages_;
     BackendLink::Timings timings_;
     std::deque<std::pair<QByteArray, BackendLink::Sent>> waitingForConnection_;
+    qint64 bytesForConnection_ = 0; ///< Of these.
     std::deque<BackendLink::Sent> waitingForNetwork_;
     QString failure_;
     bool connected_ = false;

@@ -7,6 +7,7 @@
 #include "SampleRateConverter.h"
 #include "ThreadChecks.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -68,6 +69,18 @@ void AudioIngest::processAudioBufferWithConversion(const MicrophoneBuffer& buffe
     addSamplesToBuffer(channel, now);
 }
 
+void AudioIngest::finishConversion(TimePoint now) {
+    if (sampleRateConverter_ == nullptr) {
+        return;
+    }
+    const SampleRateConverter::Conversion rest = sampleRateConverter_->finish();
+    if (!rest.error.isEmpty()) {
+        logLine(chunkerLines::conversionError(rest.error));
+    } else if (!rest.samples.empty()) {
+        addSamplesToBuffer(rest.samples, now);
+    }
+}
+
 void AudioIngest::addScreenCaptureBlock(std::span<const std::byte> block, TimePoint now) {
     const std::span<float> samples = room(scratch_, block.size() / sizeof(float));
     if (!samples.empty()) {
@@ -86,9 +99,14 @@ void AudioIngest::addSamplesToBuffer(std::span<const float> samples, TimePoint n
     chunker_.addSamples(processed, now);
 }
 
-bool AudioIngest::drainMeter(LevelMeter& meter) {
+std::optional<float> AudioIngest::drainMeter(LevelMeter& meter) {
     ORV_ON_MAIN();
-    return mailbox_.drain([&meter](float level) { meter.apply(level); });
+    std::optional<float> loudest;
+    mailbox_.drain([&](float level) {
+        meter.apply(level);
+        loudest = std::max(loudest.value_or(level), level);
+    });
+    return loudest;
 }
 
 } // namespace orv

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -63,14 +64,18 @@ class AudioIngest {
     /// 48 kHz; an incomplete float at the end is dropped.
     void addScreenCaptureBlock(std::span<const std::byte> block, TimePoint now);
 
+    /// The source has ended: what the converter, if there is one, still holds back. Also on the
+    /// main thread, when nothing is captured any more. The converter is dropped with the next run.
+    void finishConversion(TimePoint now);
+
     /// Mono samples at 48 kHz.
     void addSamplesToBuffer(std::span<const float> samples, TimePoint now);
 
     // On the main thread.
 
-    /// Applies to `meter` every buffer since the last call, in order. Returns whether there was
-    /// any.
-    bool drainMeter(LevelMeter& meter);
+    /// Applies to `meter` every buffer since the last call, in order. The loudest of their meter
+    /// values (0..1); none when there was no buffer.
+    std::optional<float> drainMeter(LevelMeter& meter);
 
   private:
     Chunker& chunker_;

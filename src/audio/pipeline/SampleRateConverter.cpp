@@ -59,6 +59,27 @@ class StreamConverter : public SampleRateConverter {
         return {std::span<const float>(output_).first(produced), {}};
     }
 
+    Conversion finish() override {
+        std::size_t produced = 0;
+        for (;;) {
+            if (output_.size() < produced + usualFrames) {
+                output_.resize(produced + usualFrames);
+            }
+            std::size_t given = 0;
+            // No input tells the library that there is no more.
+            const soxr_error_t error =
+                soxr_process(stream_.get(), nullptr, 0, nullptr, output_.data() + produced,
+                             output_.size() - produced, &given);
+            if (error != nullptr) {
+                return {{}, QString::fromUtf8(error)};
+            }
+            if (given == 0) {
+                return {std::span<const float>(output_).first(produced), {}};
+            }
+            produced += given;
+        }
+    }
+
   private:
     void gather(const float* channel0, std::size_t frames, std::size_t stride) {
         if (input_.size() < frames) {

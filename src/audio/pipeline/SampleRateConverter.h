@@ -42,6 +42,9 @@ class SampleRateConverter {
     /// back some of the newest sound, so the first buffers give less than they are long. Allocates
     /// only when a buffer is larger than every one before it.
     virtual Conversion convert(const float* channel0, std::size_t frames, std::size_t stride) = 0;
+
+    /// What the filter still holds back, after the last buffer. Nothing can be converted then.
+    virtual Conversion finish() = 0;
 };
 
 } // namespace orv

@@ -60,10 +60,24 @@ void BlockMixer::advance(Time now) {
             if (now - coveredUntil_ < blockDuration) {
                 return;
             }
+            if (now - coveredUntil_ > longestStandstill) {
+                coveredUntil_ = now - blockDuration;
+            }
             coveredUntil_ += blockDuration;
         }
         emitBlock();
     }
+}
+
+void BlockMixer::finish() {
+    while (hasSound()) {
+        emitBlock();
+    }
+}
+
+bool BlockMixer::hasSound() const {
+    return std::any_of(streams_.begin(), streams_.end(),
+                       [](const Stream& stream) { return stream.frames > 0; });
 }
 
 void BlockMixer::append(Stream& stream, const float* samples, std::size_t frames) {

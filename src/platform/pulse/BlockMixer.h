@@ -21,6 +21,9 @@ class BlockMixer {
     static constexpr std::chrono::milliseconds blockDuration{20};
     /// A stream that has delivered nothing for so long does not hold up the others any more.
     static constexpr std::chrono::milliseconds patience{250};
+    /// After a longer standstill of the machine or of the program, the silence that was missed is
+    /// not made up for.
+    static constexpr std::chrono::milliseconds longestStandstill{1000};
 
     /// Planar: `blockFrames` samples of the left channel, then as many of the right. Valid during
     /// the call.
@@ -39,6 +42,9 @@ class BlockMixer {
     /// Emits every block that is due.
     void advance(Time now);
 
+    /// Emits what the streams have left, the last block filled up with silence.
+    void finish();
+
   private:
     struct Stream {
         std::uint32_t id = 0;
@@ -51,6 +57,7 @@ class BlockMixer {
     };
 
     static void append(Stream& stream, const float* samples, std::size_t frames);
+    bool hasSound() const;
     void mixInto(Stream& stream);
     void emitBlock();
 

@@ -36,6 +36,15 @@ class FrameCollector {
         }
     }
 
+    /// `emit` gets what has gathered since the last full buffer, and how much that is, if there is
+    /// any.
+    template <typename Emit>
+    void flush(Emit&& emit) {
+        if (const std::size_t rest = std::exchange(filled_, 0); rest > 0) {
+            emit(std::as_const(buffer_).data(), rest);
+        }
+    }
+
   private:
     std::vector<float> buffer_;
     std::size_t channels_;

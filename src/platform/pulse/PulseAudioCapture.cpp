@@ -1,6 +1,8 @@
 #include "PulseAudioCapture.h"
 
 #include "ApplicationIdentity.h"
+#include "Log.h"
+#include "NullAudioCapture.h"
 #include "Post.h"
 #include "PulseMicrophone.h"
 #include "PulseScreenCapture.h"
@@ -48,9 +50,9 @@ QList<AudioDevice> inputDevices(const std::vector<PulseSource>& sources) {
 
 } // namespace
 
-PulseAudioCapture::PulseAudioCapture(SerialQueue& disk, PulseOptions options,
+PulseAudioCapture::PulseAudioCapture(SerialQueue& disk, std::shared_ptr<PulseConnection> connection,
                                      RunningAppPlaces places)
-    : connection_(std::make_shared<PulseConnection>(std::move(options)))
+    : connection_(std::move(connection))
     , scanner_(std::make_shared<RunningAppScanner>(disk, std::move(places))) {
     ORV_ON_MAIN();
     settle_.setSingleShot(true);
@@ -176,7 +178,13 @@ void PulseAudioCapture::tellListsChanged() {
 }
 
 std::unique_ptr<AudioCapture> createSystemAudioCapture(SerialQueue& disk) {
-    return std::make_unique<PulseAudioCapture>(disk);
+    if (auto connection = PulseConnection::create({})) {
+        return std::make_unique<PulseAudioCapture>(disk, std::move(connection));
+    }
+    logLine(u"❌ Kein Ton: die Verbindung zum Tonserver lässt sich nicht vorbereiten");
+    auto none = std::make_unique<NullAudioCapture>();
+    none->answers().authorization = CaptureAuthorization::Denied;
+    return none;
 }
 
 } // namespace orv

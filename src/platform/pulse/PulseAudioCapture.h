@@ -15,8 +15,8 @@ namespace orv {
 /// itself, or PipeWire). A missing server is looked for again and again, in the background.
 class PulseAudioCapture final : public AudioCapture, private PulseListener {
   public:
-    /// The queue for files outlives the object.
-    PulseAudioCapture(SerialQueue& disk, PulseOptions options = {},
+    /// The queue for files outlives the object. `connection` is not null.
+    PulseAudioCapture(SerialQueue& disk, std::shared_ptr<PulseConnection> connection,
                       RunningAppPlaces places = RunningAppPlaces::ofThisMachine());
     ~PulseAudioCapture() override;
 

@@ -60,9 +60,18 @@ struct PulseConnection::ListRequest : Request {
     std::vector<Value> values;
 };
 
-PulseConnection::PulseConnection(PulseOptions options)
+std::shared_ptr<PulseConnection> PulseConnection::create(PulseOptions options) {
+    PulseMainloopHandle loop(pa_threaded_mainloop_new());
+    if (!loop) {
+        return nullptr;
+    }
+    return std::shared_ptr<PulseConnection>(
+        new PulseConnection(std::move(loop), std::move(options)));
+}
+
+PulseConnection::PulseConnection(PulseMainloopHandle loop, PulseOptions options)
     : options_(std::move(options))
-    , loop_(pa_threaded_mainloop_new())
+    , loop_(std::move(loop))
     , reconnect_(std::make_unique<PulseTimer>(api(), [this] { connect(); }))
     , pause_(options_.firstReconnect) {
     ORV_ON_MAIN();

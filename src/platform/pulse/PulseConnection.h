@@ -75,7 +75,7 @@ class PulseTimer {
 
 /// The connection to the sound server with a thread of its own, made again whenever it breaks.
 ///
-/// Constructed and destroyed on the main thread (never on the loop's). Everything else is called
+/// Made and destroyed on the main thread (never on the loop's). Everything else is called
 /// on the loop's thread or with a `PulseLock` held, and every callback comes on the loop's thread
 /// with that lock held. `owner` is only a mark by which `forget` withdraws callbacks.
 class PulseConnection {
@@ -84,7 +84,9 @@ class PulseConnection {
     using ListDone = std::function<void(const std::optional<std::vector<Value>>& values)>;
     using SettledDone = std::function<void(bool ready)>;
 
-    explicit PulseConnection(PulseOptions options);
+    /// Null when the system has no descriptors left for the loop.
+    static std::shared_ptr<PulseConnection> create(PulseOptions options);
+
     ~PulseConnection();
     PulseConnection(const PulseConnection&) = delete;
     PulseConnection& operator=(const PulseConnection&) = delete;
@@ -123,6 +125,8 @@ class PulseConnection {
     QString lastError() const;
 
   private:
+    PulseConnection(PulseMainloopHandle loop, PulseOptions options);
+
     struct Request {
         explicit Request(const void* theOwner)
             : owner(theOwner) {}

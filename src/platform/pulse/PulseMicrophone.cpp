@@ -3,6 +3,7 @@
 #include "Post.h"
 #include "ThreadChecks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -76,10 +77,27 @@ void PulseMicrophone::findDefault() {
     connection_->findSource(this, "@DEFAULT_SOURCE@", [this](const Sources& found) {
         if (!found) {
             finishPreparation(MicrophoneFailure::NoEngine);
-        } else if (found->empty()) {
-            finishPreparation(MicrophoneFailure::NoInput);
+        } else if (found->empty() || found->front().isMonitor) {
+            findAny();
         } else {
             use(found->front());
+            finishPreparation();
+        }
+    });
+}
+
+void PulseMicrophone::findAny() {
+    connection_->listSources(this, [this](const Sources& found) {
+        if (!found) {
+            finishPreparation(MicrophoneFailure::NoEngine);
+            return;
+        }
+        const auto input = std::find_if(found->begin(), found->end(),
+                                        [](const PulseSource& one) { return !one.isMonitor; });
+        if (input == found->end()) {
+            finishPreparation(MicrophoneFailure::NoInput);
+        } else {
+            use(*input);
             finishPreparation();
         }
     });
@@ -103,6 +121,7 @@ void PulseMicrophone::askFor48kHz() {
 }
 
 void PulseMicrophone::cannotAskFor48kHz(const QString& error) {
+    connection_->forget(this); // The rate may be being read back: there is one answer only.
     stream_.reset();
     isChosen_ = false;
     preparation_.selectError = error;
@@ -166,6 +185,29 @@ void PulseMicrophone::recorded(const float* samples, std::size_t frames) {
     });
 }
 
+void PulseMicrophone::recordingMoved(const QByteArray& source) {
+    if (purpose_ == Purpose::RateQuestion) {
+        return;
+    }
+    connection_->findSource(this, source, [this](const Sources& found) {
+        if (found && !found->empty() && found->front().isMonitor) {
+            captureEnded(u"Eingabegerät entfernt"_s); // What the machine plays is no microphone.
+        }
+    });
+}
+
+void PulseMicrophone::finish() {
+    ORV_ON_MAIN();
+    const PulseLock lock(*connection_);
+    connection_->forget(this);
+    stream_.reset();
+    if (collector_) {
+        collector_->flush([this](const float* rest, std::size_t frames) {
+            listener_.microphoneBuffer({.firstChannel = rest, .frames = frames, .stride = 1});
+        });
+    }
+}
+
 void PulseMicrophone::recordingEnded(const QString& error) {
     if (purpose_ == Purpose::RateQuestion) {
         cannotAskFor48kHz(error);
@@ -175,6 +217,7 @@ void PulseMicrophone::recordingEnded(const QString& error) {
 }
 
 void PulseMicrophone::captureEnded(const QString& error) {
+    connection_->forget(this); // It may be being looked up where the recording has been moved.
     stream_.reset();
     if (purpose_ == Purpose::Start) {
         post(&context_, [this, error] { listener_.microphoneStarted(error); });

@@ -23,6 +23,7 @@ class PulseMicrophone final : public MicrophoneStream, private PulseRecordStream
 
     void prepare(const QString& deviceId) override;
     void start(std::size_t framesPerBuffer) override;
+    void finish() override;
 
   private:
     using Sources = std::optional<std::vector<PulseSource>>;
@@ -37,9 +38,12 @@ class PulseMicrophone final : public MicrophoneStream, private PulseRecordStream
     // On the loop's thread, or with its lock held.
     void recordingReady() override;
     void recorded(const float* samples, std::size_t frames) override;
+    void recordingMoved(const QByteArray& source) override;
     void recordingEnded(const QString& error) override;
     void findChosen(const QByteArray& name);
     void findDefault();
+    /// The first input of all, for a default that is none.
+    void findAny();
     void use(const PulseSource& source);
     void askFor48kHz();
     void cannotAskFor48kHz(const QString& error);

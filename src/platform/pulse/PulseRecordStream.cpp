@@ -31,6 +31,7 @@ pa_stream_flags_t flagsFor(const PulseRecording& recording) {
 
 void PulseRecordStream::Release::operator()(pa_stream* stream) const {
     pa_stream_set_read_callback(stream, nullptr, nullptr);
+    pa_stream_set_moved_callback(stream, nullptr, nullptr);
     // A stream that is still being opened cannot be closed yet: the server would keep recording.
     const bool opening = pa_stream_get_state(stream) == PA_STREAM_CREATING;
     pa_stream_set_state_callback(stream, opening ? &closeOnceOpen : nullptr, nullptr);
@@ -68,6 +69,14 @@ std::unique_ptr<PulseRecordStream> PulseRecordStream::open(const PulseConnection
         raw,
         [](pa_stream*, std::size_t, void* self) {
             static_cast<PulseRecordStream*>(self)->readable();
+        },
+        stream.get());
+
+    pa_stream_set_moved_callback(
+        raw,
+        [](pa_stream* moved, void* self) {
+            static_cast<PulseRecordStream*>(self)->listener_.recordingMoved(
+                pa_stream_get_device_name(moved));
         },
         stream.get());
 

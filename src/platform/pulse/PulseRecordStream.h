@@ -36,6 +36,9 @@ class PulseRecordStream {
         /// The stream is open. It may be destroyed in this call.
         virtual void recordingReady() = 0;
 
+        /// The server has moved the recording to another source.
+        virtual void recordingMoved(const QByteArray& /*source*/) {}
+
         /// `samples` is null for a hole in the recording; there is always at least one frame.
         virtual void recorded(const float* samples, std::size_t frames) = 0;
 

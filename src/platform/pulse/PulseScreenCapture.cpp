@@ -287,6 +287,9 @@ void PulseScreenCapture::stop(Answer<const QString&> done) {
     ORV_ON_MAIN();
     isStopped_ = true;
     const PulseLock lock(*connection_);
+    if (mixer_) {
+        mixer_->finish();
+    }
     release();
     post(&context_, [done = std::move(done)] { done({}); });
 }

@@ -175,4 +175,40 @@ TEST_F(BlockMixerTest, keepsTheNewestSecondOfAStreamThatNobodyTakes) {
     EXPECT_THAT(blocks[49], Each(0.5F));
 }
 
+TEST_F(BlockMixerTest, doesNotMakeUpForAStandstill) {
+    mixer.advance(begin + 20ms);
+    blocks.clear();
+    mixer.advance(begin + 20ms + BlockMixer::longestStandstill);
+    EXPECT_THAT(blocks, SizeIs(50)) << "a second is made up for";
+    blocks.clear();
+    mixer.advance(begin + 1h);
+    EXPECT_THAT(blocks, SizeIs(1));
+    mixer.advance(begin + 1h + 40ms);
+    EXPECT_THAT(blocks, SizeIs(3)) << "and goes on at its pace";
+}
+
+TEST_F(BlockMixerTest, hasOnlyASecondOfAStreamThatDeliversEverythingAfterAStandstill) {
+    mixer.addStream(1);
+    push(1, 960, 0.5F, 0.5F, begin);
+    blocks.clear();
+    push(1, 48000 * 120, 0.5F, 0.5F, begin + 2min);
+    EXPECT_LE(blocks.size(), 50U);
+}
+
+TEST_F(BlockMixerTest, finishesWithWhatIsLeftOfAllStreams) {
+    mixer.addStream(1);
+    mixer.addStream(2);
+    push(2, 100, 0.5F, 0.5F, begin);
+    push(1, 1000, 0.25F, 0.25F, begin);
+    ASSERT_THAT(blocks, IsEmpty()) << "it waits for the second stream";
+    mixer.finish();
+    ASSERT_THAT(blocks, SizeIs(2));
+    EXPECT_FLOAT_EQ(left(0)[0], 0.75F);
+    EXPECT_FLOAT_EQ(left(0)[959], 0.25F);
+    EXPECT_FLOAT_EQ(left(1)[39], 0.25F);
+    EXPECT_FLOAT_EQ(left(1)[40], 0.0F);
+    mixer.finish();
+    EXPECT_THAT(blocks, SizeIs(2));
+}
+
 } // namespace

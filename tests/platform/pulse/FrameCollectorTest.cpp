@@ -39,4 +39,16 @@ TEST_F(FrameCollectorTest, fillsAHoleWithSilence) {
     EXPECT_THAT(buffers, ElementsAre(ElementsAre(1, 2, 0, 0), ElementsAre(0, 0, 0, 0)));
 }
 
+TEST_F(FrameCollectorTest, handsOutWhatHasGatheredAtTheEndOnce) {
+    FrameCollector collector(4, 2);
+    const std::array<float, 12> samples{1, 9, 2, 9, 3, 9, 4, 9, 5, 9, 6, 9};
+    push(collector, samples.data(), 6, 4);
+    for (int flush = 0; flush < 2; ++flush) {
+        collector.flush([&](const float* rest, std::size_t frames) {
+            buffers.emplace_back(rest, rest + frames);
+        });
+    }
+    EXPECT_THAT(buffers, ElementsAre(ElementsAre(1, 2, 3, 4), ElementsAre(5, 6)));
+}
+
 } // namespace

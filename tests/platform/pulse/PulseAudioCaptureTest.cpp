@@ -1,3 +1,4 @@
+#include "FewFiles.h"
 #include "PulseCaptureFixture.h"
 
 #include <QDir>
@@ -27,6 +28,22 @@ std::optional<CaptureAuthorization> authorization(orv::AudioCapture& capture) {
     return result;
 }
 
+#if ORV_MAY_LACK_FILES
+
+TEST(SystemAudioCapture, isWithoutSoundWhereTheSystemGivesNoDescriptors) {
+    orv::SerialQueue disk(u"disk"_s);
+    std::optional<orv::test::FewFiles> none(0);
+    const auto capture = orv::createSystemAudioCapture(disk);
+    none.reset();
+    EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
+    std::optional<QList<orv::AudioDevice>> devices;
+    capture->listInputDevices([&](const QList<orv::AudioDevice>& found) { devices = found; });
+    ASSERT_TRUE(waitUntil([&] { return devices.has_value(); }));
+    EXPECT_THAT(*devices, IsEmpty());
+}
+
+#endif
+
 TEST_F(PulseAudioCaptureTest, permissionIsThereWhenTheServerCanBeReached) {
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Authorized);
     std::optional<bool> granted;
@@ -37,7 +54,8 @@ TEST_F(PulseAudioCaptureTest, permissionIsThereWhenTheServerCanBeReached) {
 
 TEST_F(PulseAudioCaptureTest, withoutAServerEverythingAnswersAndNothingIsThere) {
     options.server = "unix:" + QFile::encodeName(pulse.folder()) + "/nobody";
-    capture = std::make_unique<PulseAudioCapture>(disk, options, orv::RunningAppPlaces{});
+    capture = std::make_unique<PulseAudioCapture>(disk, orv::PulseConnection::create(options),
+                                                  orv::RunningAppPlaces{});
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
     EXPECT_THAT(inputDevices(), IsEmpty());
     EXPECT_FALSE(capturableApps());
@@ -49,7 +67,8 @@ TEST_F(PulseAudioCaptureTest, withoutAServerEverythingAnswersAndNothingIsThere) 
 
 TEST_F(PulseAudioCaptureTest, aServerThatComesLaterIsFound) {
     pulse.kill();
-    capture = std::make_unique<PulseAudioCapture>(disk, options, orv::RunningAppPlaces{});
+    capture = std::make_unique<PulseAudioCapture>(disk, orv::PulseConnection::create(options),
+                                                  orv::RunningAppPlaces{});
     EXPECT_EQ(authorization(*capture), CaptureAuthorization::Denied);
     capture->setListener(this);
     pulse.start();
@@ -106,7 +125,8 @@ TEST_F(PulseAudioCaptureTest, aRunningApplicationThatPlaysNothingCanBeChosen) {
     ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
     entry.write("[Desktop Entry]\nType=Application\nName=Web\nExec=web\n");
     entry.close();
-    capture = std::make_unique<PulseAudioCapture>(disk, options, places);
+    capture =
+        std::make_unique<PulseAudioCapture>(disk, orv::PulseConnection::create(options), places);
     EXPECT_EQ(capturableApps(), (QList<RunningApp>{{u"web"_s, u"Web"_s}}));
 
     const PulsePlayer other(pulse, toneSamples(700), u"org.one"_s);

@@ -24,7 +24,8 @@ PulseCaptureFixture::PulseCaptureFixture()
     options.firstReconnect = 20ms;
     options.longestReconnect = 200ms;
     options.retake = 20ms;
-    capture = std::make_unique<PulseAudioCapture>(disk, options, RunningAppPlaces{});
+    capture = std::make_unique<PulseAudioCapture>(disk, PulseConnection::create(options),
+                                                  RunningAppPlaces{});
 }
 
 std::unique_ptr<MicrophoneStream> PulseCaptureFixture::createMicrophone() {
@@ -61,6 +62,7 @@ ScreenCaptureStart PulseCaptureFixture::start(ScreenCaptureStream& stream,
 
 void PulseCaptureFixture::microphonePrepared(const MicrophonePreparation& found) {
     preparation = found;
+    ++preparations;
 }
 
 void PulseCaptureFixture::microphoneStarted(const QString& error) {

@@ -62,6 +62,7 @@ class PulseCaptureFixture : public testing::Test,
     SampleCollector blocks; ///< Of a screen capture: everything as it lies.
     QStringList stops;      ///< With which errors streams have ended by themselves.
     std::optional<MicrophonePreparation> preparation;
+    int preparations = 0; ///< How many have been told.
     std::optional<QString> microphoneStart;
     std::optional<ScreenCaptureStart> screenCaptureStart;
     int listChanges = 0;

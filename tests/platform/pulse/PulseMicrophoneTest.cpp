@@ -1,6 +1,8 @@
 #include "PulseCaptureFixture.h"
+#include "ServicePeer.h"
 
 #include <algorithm>
+#include <memory>
 #include <random>
 
 namespace {
@@ -10,9 +12,13 @@ using namespace std::chrono_literals;
 using orv::AudioDevice;
 using orv::MicrophoneFailure;
 using orv::MicrophonePreparation;
+using orv::PulseAudioCapture;
+using orv::PulseConnection;
 using orv::RateSwitch;
+using orv::RunningAppPlaces;
 using orv::test::PulseCaptureFixture;
 using orv::test::PulsePlayer;
+using orv::test::ServicePeer;
 using orv::test::toneSamples;
 using orv::test::waitUntil;
 using testing::SizeIs;
@@ -118,6 +124,53 @@ TEST_F(PulseMicrophoneTest, aDeviceThatIsUnpluggedEndsTheCaptureOnce) {
     pulse.kill();
     capture->setListener(this);
     ASSERT_TRUE(waitUntil([&] { return !availability.isEmpty() && !availability.last(); }));
+    EXPECT_THAT(stops, SizeIs(1));
+}
+
+TEST_F(PulseMicrophoneTest, aDeviceThatVanishesWhileItsRateIsReadBackIsAnsweredOnce) {
+    ServicePeer gate(u"pulse_gate.py"_s, {pulse.folder() + u"/native"_s});
+    options.server = "tcp:127.0.0.1:" + QByteArray::number(gate.port());
+    capture = std::make_unique<PulseAudioCapture>(disk, PulseConnection::create(options),
+                                                  RunningAppPlaces{});
+    const QString module =
+        pulse.load(u"module-remap-source source_name=usb master=cable.monitor rate=44100"_s);
+    const auto stream = createMicrophone();
+    stream->prepare(u"usb"_s);
+    ASSERT_TRUE(waitUntil([&] { return gate.count(u"holding"_s) == 1; }));
+    // Its end is told before any answer to what is held back.
+    pulse.unload(module);
+    gate.command({{u"release"_s, true}});
+    ASSERT_TRUE(waitUntil([&] { return preparation.has_value(); }));
+    EXPECT_NE(preparation->selectError, QString());
+    EXPECT_EQ(preparation->format.sampleRate, 48000) << "the default device's";
+    inputDevices(); // Answered behind everything that was asked before.
+    EXPECT_EQ(preparations, 1);
+}
+
+TEST_F(PulseMicrophoneTest, whatTheMachinePlaysIsNoMicrophone) {
+    pulse.pactl({u"set-default-source"_s, u"speakers.monitor"_s});
+    const auto stream = createMicrophone();
+    EXPECT_EQ(prepare(*stream, {}).failure, MicrophoneFailure::None);
+    ASSERT_EQ(start(*stream), QString());
+    const PulsePlayer played(pulse, toneSamples(1000), u"player"_s, u"speakers"_s);
+    const PulsePlayer spoken(pulse, toneSamples(2000), u"speaker"_s, u"cable"_s);
+    EXPECT_TRUE(hears({2000}, {1000})) << "another microphone is listened to";
+}
+
+TEST_F(PulseMicrophoneTest, withoutAnyMicrophoneThereIsNoInput) {
+    pulse.pactl({u"unload-module"_s, u"module-remap-source"_s});
+    const auto stream = createMicrophone();
+    EXPECT_EQ(prepare(*stream, {}).failure, MicrophoneFailure::NoInput);
+}
+
+TEST_F(PulseMicrophoneTest, theOnlyMicrophoneThatIsUnpluggedIsNotReplacedByWhatTheMachinePlays) {
+    const auto stream = createMicrophone();
+    ASSERT_EQ(prepare(*stream, {}).failure, MicrophoneFailure::None);
+    ASSERT_EQ(start(*stream), QString());
+    ASSERT_TRUE(hearsMore(1));
+    pulse.pactl({u"unload-module"_s, u"module-remap-source"_s});
+    EXPECT_TRUE(waitUntil([&] { return !stops.isEmpty(); }));
+    inputDevices();
     EXPECT_THAT(stops, SizeIs(1));
 }
 
