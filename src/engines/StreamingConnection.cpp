@@ -30,9 +30,21 @@ void StreamingSocket::Connection::open(const QNetworkRequest& request) {
 }
 
 void StreamingSocket::Connection::connectToService() {
-    if (!isOver()) {
-        socket_.open(request_);
+    if (isOver()) {
+        return;
     }
+    // The socket looks the name up by itself, but on threads that the end of the program waits for:
+    // it is not to ask a name server that is silent.
+    lookups_.resolve(request_.url().host(), [this](const HostAnswer& answer) {
+        if (isOver()) {
+            return;
+        }
+        if (answer.addresses.isEmpty()) {
+            fail(answer.error);
+        } else {
+            socket_.open(request_);
+        }
+    });
 }
 
 void StreamingSocket::Connection::connectSignals() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HostLookups.h"
 #include "NetworkPreparation.h"
 #include "StreamingSocket.h"
 #include "WebSocketSender.h"
@@ -60,6 +61,7 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     const EngineTimings timings_;
     QNetworkRequest request_;
     NetworkPreparation preparation_;
+    HostLookups lookups_;
     QObject context_;
     QTimer limit_; ///< For whatever the service is to do next.
     std::deque<Outgoing> waitingForConnection_;

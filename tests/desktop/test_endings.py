@@ -7,8 +7,11 @@ import unittest
 
 from support import PROGRAM, DesktopTest
 
+from harness import isolation
+from harness.name_server import SilentNameServer
 from harness.processes import wait_until
 from harness.program import BACKEND_PORT, Program, port_is_open
+from harness.scripted_backend import ScriptedBackend, result
 
 # Listens where the speech server does, and ends by force only.
 _STUBBORN_SERVER = f"""
@@ -26,6 +29,7 @@ class Endings(DesktopTest):
     JOURNEYS = (
         "terminating_while_it_translates_ends_everything",
         "interrupting_ends_everything",
+        "a_second_interrupt_does_not_cut_the_end_short",
         "killing_leaves_the_backend_that_the_user_wants_to_stay",
         "the_backend_stays_when_the_user_wants_it_to",
         "the_menus_quit_stops_the_backend_whatever_the_setting_says",
@@ -52,6 +56,25 @@ class Endings(DesktopTest):
         self.program.process.send_signal(signal.SIGINT)
         self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()
+
+    @unittest.skipUnless(isolation.succeeded(), "where there is no network of the test's own")
+    def test_a_silent_name_server_holds_up_neither_quit_nor_the_next_start(self):
+        self.open_desktop(vmixEnabled=True, vmixHost="studio.example", sttEngine="deepgram",
+                          deepgramApiKey="key")
+        names = SilentNameServer(self.desktop.folder)
+        backend = ScriptedBackend(self.desktop)
+        self.start_program()
+        self.open_panel()
+        self.press("Start Backend")
+        self.press("Start Translation")
+        wait_until(backend.configurations, "a run")
+        backend.publish(result("heard", "said"))
+        wait_until(lambda: names.asked() >= {"studio.example", "api.deepgram.com"},
+                   "questions for names")
+        self.press("Quit")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+        self.start_program()  # Nobody says that it runs already.
 
     def test_killing_leaves_the_backend_that_the_user_wants_to_stay(self):
         self.start_with_backend(autoStopBackend=False)
@@ -101,6 +124,17 @@ class Endings(DesktopTest):
                      "⚠️ Backend reagiert nicht auf SIGTERM, sende SIGINT...",
                      "⚠️ Backend reagiert nicht, sende SIGKILL..."):
             self.assertEqual(self.program.lines().count(line), 1, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+        self.assertFalse(port_is_open(BACKEND_PORT))
+
+    def test_a_second_interrupt_does_not_cut_the_end_short(self):
+        self.open_desktop_for_backend(autoStartBackend=True)
+        self.backend_program().write_text(_STUBBORN_SERVER)
+        self.start_automatically()
+        self.program.process.send_signal(signal.SIGINT)
+        self.program.wait_for_line("🛑 Stoppe Backend...")
+        self.program.process.send_signal(signal.SIGINT)
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
         self.program.wait_until_nothing_is_left()
         self.assertFalse(port_is_open(BACKEND_PORT))
 

@@ -24,6 +24,7 @@ _IFF_UP = 0x1
 _DISPLAYS = "/tmp/.X11-unix"
 
 _libc = ctypes.CDLL(None, use_errno=True)
+_succeeded = False
 
 
 def isolate():
@@ -42,7 +43,14 @@ def isolate():
         _hide_displays()
     except OSError as error:
         return error.strerror
+    global _succeeded
+    _succeeded = True
     return None
+
+
+def succeeded():
+    """Whether this process has been moved."""
+    return _succeeded
 
 
 def _check(result):
