@@ -1,7 +1,7 @@
 """The messages of the link, both directions, as functions from values to values.
 
 Every message is one JSON object with a string "type". Upstream: "config", "audio", "flush",
-"stop". Downstream: "status", "translation", "flushed".
+"stop". Downstream: "status", "translation", "processed", "flushed".
 """
 
 import base64
@@ -189,6 +189,11 @@ def backend_version() -> str:
 def translation(original: str, translated: str) -> str:
     """A result. An empty translation leaves translating to the client."""
     return _text({"type": "translation", "original": original, "translation": translated})
+
+
+def processed() -> str:
+    """One more chunk is done with, whether it brought a result or not."""
+    return _text({"type": "processed"})
 
 
 def flushed() -> str:

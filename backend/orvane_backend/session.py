@@ -3,7 +3,7 @@
 import asyncio
 from contextlib import suppress
 from dataclasses import dataclass
-from datetime import datetime
+from datetime import datetime, timezone
 from pathlib import Path
 from typing import Any, Callable, Optional
 
@@ -50,7 +50,7 @@ class Session:
         self._config: Optional[Config] = None
         self._transcript: Optional[TranscriptWriter] = None
         self._awaits_transcript = False  # Asked for by the config, not tried yet.
-        self._configured = datetime.now()
+        self._configured = datetime.now(timezone.utc)
 
     async def run(self) -> None:
         """Serves until the client leaves."""
@@ -111,7 +111,10 @@ class Session:
         if isinstance(message, ConfigMessage):
             await self._configure(message)
         elif isinstance(message, AudioMessage):
-            await self._interpret(message)
+            try:
+                await self._interpret(message)
+            finally:
+                await self._connection.send(protocol.processed())
         elif isinstance(message, FlushMessage):
             await self._connection.send(protocol.flushed())
         elif isinstance(message, StopMessage):
@@ -128,7 +131,7 @@ class Session:
         if config != self._config:
             self._config = config
             self._close_transcript()
-            self._configured = datetime.now()
+            self._configured = datetime.now(timezone.utc)
             self._awaits_transcript = config.saveTranscript or config.saveSRT
             self._interpreter.configure(config)
         # A client that recognises by itself also writes by itself; sound comes here only if that
@@ -144,7 +147,7 @@ class Session:
         log(f"📝 {result.original} → {result.translated}")
         self._open_transcript()
         if self._transcript is not None:
-            self._transcript.append(datetime.now(), result.original, result.translated)
+            self._transcript.append(datetime.now(timezone.utc), result.original, result.translated)
         await self._connection.send(protocol.translation(result.original, result.translated))
 
     def _open_transcript(self) -> None:

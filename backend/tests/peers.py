@@ -66,6 +66,7 @@ class Client:
 
     def __init__(self, connection: Any) -> None:
         self._connection = connection
+        self.processed = 0
 
     @classmethod
     async def connect(cls, port: int, host: str = "127.0.0.1", **options: Any) -> "Client":
@@ -114,9 +115,13 @@ class Client:
                 return messages
 
     async def flush(self) -> list[dict[str, Any]]:
-        """Asks for a flush; all messages before the confirmation."""
+        """Asks for a flush; all messages before the confirmation but for "processed", which are
+        counted in `processed`."""
         await self.send({"type": "flush"})
-        return (await self.until("flushed"))[:-1]
+        messages = (await self.until("flushed"))[:-1]
+        others = [message for message in messages if message["type"] != "processed"]
+        self.processed += len(messages) - len(others)
+        return others
 
 
 def results(messages: list[dict[str, Any]]) -> list[tuple[str, str]]:

@@ -43,6 +43,13 @@ class InstallTest(unittest.TestCase):
         self.assertIn("Installing the server", self.install())
         self.assertTrue(re.match("✓ Backend lauscht auf .*", self.first_line_of_server()))
 
+        # The download of models is part of it: without a model it says how it is used.
+        fetch = [
+            str(self.target / "venv" / "bin" / "python3"),
+            str(self.server.with_name("fetch_model.py")),
+        ]
+        self.assertEqual(subprocess.run(fetch, stdout=subprocess.DEVNULL).returncode, 2)
+
         before = (self.server.stat().st_ino, (self.target / "venv" / "bin").stat().st_mtime_ns)
         output = self.install("--home", str(self.home))
         self.assertIn("environment is up to date", output)

@@ -58,7 +58,17 @@ class SessionTest(SessionCase):
             await client.audio(b"", 16000)
             await client.audio(chunk(99), 16000)
             self.assertEqual(await client.flush(), [])
+            self.assertEqual(client.processed, 3)
         self.assertEqual(self.recognisers[0].heard, [99])
+
+    async def test_each_chunk_is_said_to_be_done_with_after_its_result(self) -> None:
+        async with self.client({}) as client:
+            await client.audio(chunk(5), 16000)
+            messages = await client.until("processed")
+            self.assertEqual(results(messages), [("n5", "N5")])
+            await client.audio(chunk(6), 16000)
+            messages = await client.until("processed")
+            self.assertEqual(results(messages), [("n6", "N6")])
 
     async def test_audio_before_a_config_is_heard_with_the_defaults(self) -> None:
         async with self.client() as client:

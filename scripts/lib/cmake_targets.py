@@ -139,7 +139,7 @@ class _Reader:
     def _do_add_library(self, arguments):
         target = self._target(arguments[0])
         target.is_library = True
-        self._add_sources(target, [name for name in arguments[1:] if name not in ("STATIC", "OBJECT")])
+        self._add_sources(target, [name for name in arguments[1:] if name not in ("STATIC", "OBJECT", "MODULE")])
 
     def _do_target_sources(self, arguments):
         self._add_sources(self.targets[arguments[0]],

@@ -163,7 +163,9 @@ void AppDelegate::openUpdateDownload() {
 
 void AppDelegate::updateMenuBarIcon(bool isRunning, bool isTranslating) {
     ORV_ON_MAIN();
-    if (isTranslating) {
+    if (!currentIconState_.interruption.isEmpty()) {
+        environment_.statusItem.setIcon(TrayIcon::Interrupted, currentIconState_.interruption);
+    } else if (isTranslating) {
         environment_.statusItem.setIcon(TrayIcon::Translating, u"Translating"_s);
     } else if (isRunning) {
         environment_.statusItem.setIcon(TrayIcon::BackendRunning, u"Backend Running"_s);
@@ -186,6 +188,14 @@ void AppDelegate::translationStatusChanged(bool isTranslating) {
     logLine(QString(u"📢 Translation Status Changed: " % boolText(isTranslating)));
     currentIconState_.translating = isTranslating;
     updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
+}
+
+void AppDelegate::showInterruption(const QString& what) {
+    ORV_ON_MAIN();
+    if (what != currentIconState_.interruption) {
+        currentIconState_.interruption = what;
+        updateMenuBarIcon(currentIconState_.backendRunning, currentIconState_.translating);
+    }
 }
 
 void AppDelegate::trayAvailabilityChanged(bool available) {

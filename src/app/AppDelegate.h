@@ -68,6 +68,9 @@ class AppDelegate : public QObject, private Tray::Listener {
     void backendStatusChanged(bool isRunning);
     void translationStatusChanged(bool isTranslating);
 
+    /// What keeps a run from going on, in the interface's language; empty when nothing does.
+    void showInterruption(const QString& what);
+
     /// Shows the panel wherever it belongs; false when the program is about to end. This is how
     /// another start of the program makes itself known.
     bool showPanel();
@@ -103,6 +106,7 @@ class AppDelegate : public QObject, private Tray::Listener {
     struct IconState {
         bool backendRunning = false;
         bool translating = false;
+        QString interruption; ///< Shown instead of the two, unless empty.
     };
 
     DelegateEnvironment environment_;

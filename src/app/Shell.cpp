@@ -3,6 +3,7 @@
 #include "AudioCapture.h"
 #include "AudioManager.h"
 #include "BackendInstallerPath.h"
+#include "BackendLog.h"
 #include "ControlPanel.h"
 #include "DesktopComposition.h"
 #include "DesktopNotifications.h"
@@ -12,6 +13,8 @@
 #include "PanelWindow.h"
 #include "PortProbe.h"
 #include "Quit.h"
+#include "RunRecovery.h"
+#include "RunTexts.h"
 #include "SettingsWindow.h"
 #include "SpeechSynthesizer.h"
 #include "SystemTray.h"
@@ -24,6 +27,7 @@
 #include "VRChatOutput.h"
 #include "VmixSender.h"
 #include "VmixTracking.h"
+#include "WhisperModelManager.h"
 
 #include <utility>
 
@@ -90,6 +94,8 @@ void Shell::createServices(const UserPaths& paths) {
     const auto lookUp = [this](const QString& key) { return text(key); };
     capture_ = createSystemAudioCapture(disk_);
     portProbe_ = createSystemPortProbe();
+    backendLog_ = std::make_unique<BackendLog>(
+        disk_, BackendLogFile(paths.backendLog(), paths.earlierBackendLog()));
     engine_ = std::make_unique<TranslationEngine>(
         BackendEnvironment{.interpreter = paths.backendInterpreter(),
                            .script = paths.backendScript(),
@@ -98,7 +104,9 @@ void Shell::createServices(const UserPaths& paths) {
                            .text = lookUp,
                            .networkAccess = [this] { return settings_->networkAccess.get(); },
                            .mayOutlive = [this] { return !settings_->autoStopBackend.get(); },
-                           .installer = backendInstaller()});
+                           .installer = backendInstaller(),
+                           .home = paths.home,
+                           .log = backendLog_.get()});
     quit_ = std::make_unique<Quit>(*engine_);
     audio_ =
         std::make_unique<AudioManager>(AudioEnvironment{.settings = *settings_,
@@ -113,6 +121,15 @@ void Shell::createServices(const UserPaths& paths) {
                                                                       .dialogs = dialogs_,
                                                                       .text = lookUp,
                                                                       .quit = *quit_});
+    recovery_ = std::make_unique<RunRecovery>(RecoveryEnvironment{
+        .settings = *settings_, .audio = *audio_, .backend = *engine_, .controller = *controller_});
+    models_ = std::make_unique<WhisperModelManager>(
+        WhisperEnvironment{.programs = {.interpreter = paths.backendInterpreter(),
+                                        .script = paths.modelScript(),
+                                        .cacheFolder = paths.whisperCache()},
+                           .files = modelFiles_,
+                           .dialogs = dialogs_,
+                           .text = lookUp});
 }
 
 void Shell::createInterface() {
@@ -143,6 +160,7 @@ std::unique_ptr<PanelWindow> Shell::makePanel() {
                                .audio = *audio_,
                                .engine = *engine_,
                                .controller = *controller_,
+                               .recovery = *recovery_,
                                .l10n = *l10n_,
                                .vmix = *vmixTracking_});
     panel_->setHasTray(tray_->isAvailable());
@@ -174,6 +192,7 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
                                .chooser = chooser_,
                                .opener = opener_,
                                .updates = *updates_,
+                               .models = *models_,
                                .paths = paths_,
                                .outputCards = outputCards([this] { vrchat_->sendVRChatTest(); })});
 }
@@ -198,6 +217,7 @@ void Shell::connectObjects() {
                      });
     QObject::connect(quit_.get(), &Quit::terminationDue, quit_.get(), terminate_);
     connectSubtitles();
+    connectInterruptions();
     QObject::connect(l10n_.get(), &L10n::currentChanged, engine_.get(),
                      &TranslationEngine::retranslate);
 }
@@ -218,6 +238,21 @@ void Shell::connectSubtitles() {
                                      [this](bool /*stops*/) { engine_->refreshMayOutlive(); });
 }
 
+void Shell::connectInterruptions() {
+    const auto lookUp = [this](const QString& key) { return text(key); };
+    const auto show = [this, lookUp] {
+        delegate_->showInterruption(recovery_->isInterrupted()
+                                        ? troubleText(recovery_->interruption(), lookUp)
+                                        : QString());
+    };
+    QObject::connect(recovery_.get(), &RunRecovery::changed, delegate_.get(), show);
+    QObject::connect(l10n_.get(), &L10n::currentChanged, delegate_.get(), show);
+    QObject::connect(recovery_.get(), &RunRecovery::interrupted, recovery_.get(), [this, lookUp] {
+        userNotifications_->notify(text(u"run.interrupted"_s),
+                                   troubleText(recovery_->interruption(), lookUp));
+    });
+}
+
 void Shell::launch() {
     ORV_ON_MAIN();
     delegate_->applicationDidFinishLaunching();
@@ -234,7 +269,8 @@ void Shell::finish() {
 }
 
 bool Shell::somethingRuns() const {
-    return controller_->isTranslating() || controller_->isStopping() || engine_->isBusy();
+    return controller_->isTranslating() || controller_->isStopping() || engine_->isBusy() ||
+           models_->isDownloading();
 }
 
 QString Shell::text(const QString& key) const {

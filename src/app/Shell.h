@@ -4,8 +4,10 @@
 #include "DefaultsStore.h"
 #include "DesktopServices.h"
 #include "FileDialogs.h"
+#include "FileJobs.h"
 #include "LazyPanel.h"
 #include "MessageDialogs.h"
+#include "OpenOrShow.h"
 #include "PanelWindow.h"
 #include "ProgramParts.h"
 #include "ResultHub.h"
@@ -20,12 +22,14 @@ namespace orv {
 
 class AudioCapture;
 class AudioManager;
+class BackendLog;
 class ControlPanel;
 class L10n;
 class OverlayServer;
 class OverlayWindow;
 class PortProbe;
 class Quit;
+class RunRecovery;
 class SpeechSynthesizer;
 class ToolkitTexts;
 class TranslationController;
@@ -35,6 +39,7 @@ class UpdateChecker;
 class UserNotifications;
 class VRChatOutput;
 class VmixTracking;
+class WhisperModelManager;
 
 /// The composition root: makes every long-lived object in order, hands each what it needs, and
 /// destroys them in reverse.
@@ -69,6 +74,7 @@ class Shell {
     void addOutputs();
     void connectObjects();
     void connectSubtitles();
+    void connectInterruptions();
     bool somethingRuns() const;
     QString text(const QString& key) const;
 
@@ -87,13 +93,18 @@ class Shell {
     std::unique_ptr<AudioCapture> capture_;
     std::unique_ptr<PortProbe> portProbe_;
     MessageDialogs dialogs_;
+    std::unique_ptr<BackendLog> backendLog_;
     std::unique_ptr<TranslationEngine> engine_;
     std::unique_ptr<Quit> quit_;
     std::unique_ptr<SpeechSynthesizer> speech_;
     std::unique_ptr<OverlayWindow> overlayWindow_;
     std::unique_ptr<AudioManager> audio_;
     std::unique_ptr<TranslationController> controller_;
-    DesktopServices opener_;
+    std::unique_ptr<RunRecovery> recovery_;
+    FileJobs modelFiles_{disk_};
+    std::unique_ptr<WhisperModelManager> models_;
+    DesktopServices desktop_;
+    OpenOrShow opener_{desktop_, dialogs_, [this](const QString& key) { return text(key); }};
     std::unique_ptr<UserNotifications> userNotifications_;
     std::unique_ptr<UpdateChecker> updates_;
     FileDialogs chooser_;

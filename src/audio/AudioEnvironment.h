@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EngineTimings.h"
+#include "RunWatch.h"
 #include "ServiceEndpoints.h"
 
 #include <QString>
@@ -15,12 +16,14 @@ class TranslationSettings;
 
 /// The fixed times of a capture run.
 struct AudioTimings {
-    std::chrono::milliseconds linkReady{300};       ///< From opening the link to using it.
-    std::chrono::milliseconds fixedChunk{3000};     ///< Between chunks without pause detection.
-    std::chrono::milliseconds lastBufferSend{2000}; ///< Longest wait for the last buffer's send.
-    std::chrono::milliseconds flush{120000};        ///< Longest wait for the flush confirmation.
-    std::chrono::milliseconds stopSend{1000};       ///< Longest wait for the stop message's send.
-    std::chrono::milliseconds meterRefresh{33};     ///< Between two readings of the level meter.
+    std::chrono::milliseconds linkReady{300};        ///< From opening the link to using it.
+    std::chrono::milliseconds fixedChunk{3000};      ///< Between chunks without pause detection.
+    std::chrono::milliseconds lastBufferSend{2000};  ///< Longest wait for the last buffer's send.
+    std::chrono::milliseconds flush{120000};         ///< Longest wait for the flush confirmation.
+    std::chrono::milliseconds stopSend{1000};        ///< Longest wait for the stop message's send.
+    std::chrono::milliseconds meterRefresh{33};      ///< Between two readings of the level meter.
+    std::chrono::milliseconds progressRefresh{1000}; ///< Between two looks at how a run is.
+    RunWatchTimings watch = {};
 };
 
 /// What the audio manager and its runs are given. The references outlive them.

@@ -20,6 +20,7 @@ AudioManager::AudioManager(AudioEnvironment environment, QObject* parent)
     ORV_ON_MAIN();
     connect(sound_.get(), &SoundPath::levelChanged, this, &AudioManager::levelChanged);
     connect(&sound_->sources, &CaptureSources::listsChanged, this, &AudioManager::listsChanged);
+    connect(&progressTimer_, &QTimer::timeout, this, &AudioManager::publishProgress);
 }
 
 AudioManager::~AudioManager() = default;
@@ -113,7 +114,18 @@ void AudioManager::startCapture(AudioSourceType source, const QString& deviceId,
     }
     makeRun();
     run_->start({source, deviceId, appBundleId});
+    progressTimer_.start(environment_.timings.progressRefresh);
+    publishProgress();
     Q_EMIT captureStateChanged();
+}
+
+void AudioManager::changeSource(AudioSourceType source, const QString& deviceId,
+                                const QString& appBundleId) {
+    ORV_ON_MAIN();
+    if (isCapturing() && !run_->isStopping()) {
+        run_->changeSource({source, deviceId, appBundleId});
+        publishProgress();
+    }
 }
 
 void AudioManager::makeRun() {
@@ -123,6 +135,7 @@ void AudioManager::makeRun() {
     connect(run_.get(), &AudioRun::backendStatusArrived, this, &AudioManager::publishBackendStatus);
     connect(run_.get(), &AudioRun::engineStatusArrived, this, &AudioManager::publishEngineStatus);
     connect(run_.get(), &AudioRun::ended, this, &AudioManager::finishRun);
+    connect(run_.get(), &AudioRun::troubleChanged, this, &AudioManager::publishProgress);
     // Whoever shows a notice must not hold up what it is about.
     connect(run_.get(), &AudioRun::noticeRaised, this, [this](const AudioNotice& notice) {
         post(this, [this, notice] { Q_EMIT noticeRaised(notice); });
@@ -139,6 +152,7 @@ void AudioManager::stopCapture(std::function<void()> done) {
         finishRun();
     } else if (!run_->isStopping()) { // Else everyone is told at its end.
         run_->stop();
+        publishProgress();
     }
 }
 
@@ -180,8 +194,20 @@ void AudioManager::publishEngineStatus(const QString& status, const QString& mes
     Q_EMIT statusChanged();
 }
 
+void AudioManager::publishProgress() {
+    const RunProgress now = run_ ? run_->progress() : RunProgress();
+    if (!now.isOn) {
+        progressTimer_.stop();
+    }
+    if (now != progress_) {
+        progress_ = now;
+        Q_EMIT progressChanged();
+    }
+}
+
 void AudioManager::finishRun() {
     isModelLoading_ = false;
+    publishProgress();
     Q_EMIT levelChanged();
     Q_EMIT statusChanged();
     Q_EMIT captureStateChanged();

@@ -8,11 +8,13 @@
 #include "ConfigMessage.h"
 #include "EventLoopThread.h"
 #include "Result.h"
+#include "RunProgress.h"
 #include "RunningApp.h"
 
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -55,6 +57,9 @@ class AudioManager : public QObject, public CaptureControl {
     float audioLevel() const; ///< 0..1, smoothed.
     float peakLevel() const;  ///< 0..1, peak hold.
 
+    /// How the run is, by the stages that sound passes; nothing is on without a run.
+    const RunProgress& progress() const { return progress_; }
+
     // Pause detection, which follows its three settings at once.
     bool vadEnabled() const;
     double vadSilenceDuration() const; ///< Milliseconds.
@@ -75,6 +80,11 @@ class AudioManager : public QObject, public CaptureControl {
     /// `deviceId` and `appBundleId` count for their kind of source; empty means the default input
     /// and no application. Whatever ran before is stopped at once.
     void startCapture(AudioSourceType source, const QString& deviceId,
+                      const QString& appBundleId) override;
+
+    /// Lets the run that lasts listen to another source from now on: the link, and what has been
+    /// heard so far, stay. Does nothing without a run, or once it is being stopped.
+    void changeSource(AudioSourceType source, const QString& deviceId,
                       const QString& appBundleId) override;
 
     /// True from `startCapture` until the end of a stop.
@@ -100,6 +110,7 @@ class AudioManager : public QObject, public CaptureControl {
     void statusChanged();       ///< `backendStatus`, `isModelLoading`, `hasEngineError`.
     void levelChanged();        ///< `audioLevel`, `peakLevel`.
     void captureStateChanged(); ///< `isCapturing`.
+    void progressChanged();     ///< `progress`: once a second during a run, and with each news.
     /// Something that the user has to know, told later than what it is about.
     void noticeRaised(const AudioNotice& notice);
 
@@ -108,6 +119,7 @@ class AudioManager : public QObject, public CaptureControl {
     void publishResult(const Result& result);
     void publishBackendStatus(const StatusMessage& status);
     void publishEngineStatus(const QString& status, const QString& message);
+    void publishProgress();
     void finishRun();
 
     const AudioEnvironment environment_;
@@ -115,6 +127,8 @@ class AudioManager : public QObject, public CaptureControl {
     QString backendStatus_;
     bool isModelLoading_ = false;
     bool hasEngineError_ = false;
+    RunProgress progress_;
+    QTimer progressTimer_;
     std::optional<RunConfiguration> configuration_; ///< As last asked for.
     std::vector<std::function<void()>> stopCallbacks_;
 

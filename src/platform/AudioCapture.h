@@ -98,6 +98,10 @@ class MicrophoneStream {
     /// After a successful `prepare`: starts delivering buffers of `framesPerBuffer` frames (the
     /// platform may deliver other sizes). Never blocks.
     virtual void start(std::size_t framesPerBuffer) = 0;
+
+    /// Ends the capture. What has been recorded and not been delivered yet comes within the call,
+    /// as a last and shorter buffer, on the calling thread; nothing follows it.
+    virtual void finish() = 0;
 };
 
 /// What to capture of everything the machine plays.
@@ -148,8 +152,9 @@ class ScreenCaptureStream {
     /// Starts capturing. Never blocks.
     virtual void start(const ScreenCaptureRequest& request) = 0;
 
-    /// Ends the capture, or its start: nothing comes to the listener after the return. The answer
-    /// is an empty string or what went wrong.
+    /// Ends the capture, or its start: nothing comes to the listener after the return, and what has
+    /// gathered comes within the call, on the calling thread. The answer is an empty string or what
+    /// went wrong.
     virtual void stop(Answer<const QString&> done) = 0;
 };
 

@@ -9,7 +9,7 @@
 namespace orv {
 
 /// What the program's item in the tray shows.
-enum class TrayIcon { Idle, BackendRunning, Translating };
+enum class TrayIcon { Idle, BackendRunning, Translating, Interrupted };
 
 /// With which button the item was clicked; the secondary one asks for a menu.
 enum class TrayClick { Primary, Secondary };

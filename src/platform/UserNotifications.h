@@ -26,6 +26,10 @@ class UserNotifications {
     /// Asks whether the program may notify the user. Returns at once; the answer always comes.
     virtual void requestAuthorization(NotificationOptions options,
                                       Answer<const NotificationAuthorization&> done) = 0;
+
+    /// Tells the user something, once, wherever the desktop does that. Returns at once; a desktop
+    /// that tells nothing is not heard of.
+    virtual void notify(const QString& title, const QString& message) = 0;
 };
 
 } // namespace orv

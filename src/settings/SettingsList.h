@@ -71,6 +71,12 @@ class SettingsList {
          .keeping = Keeping::OnAssignment,
          .note = {"Stop the backend with the program", SettingPlace::General,
                   "Stop backend when the app quits"}}};
+    Setting<bool> continueAfterInterruption{
+        all_,
+        {.key = u"continueAfterInterruption"_s,
+         .keeping = Keeping::OnAssignment,
+         .note = {"Go on by itself when a run was interrupted", SettingPlace::General,
+                  "Continue by itself after an interruption"}}};
 
     // The subtitles.
     Setting<bool> showOverlay{

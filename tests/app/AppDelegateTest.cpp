@@ -146,6 +146,20 @@ TEST_F(AppDelegateTest, theIconFallsBackToTheBackendsStateWhenTranslationEnds) {
     EXPECT_EQ(tray.icon, TrayIcon::BackendRunning);
 }
 
+TEST_F(AppDelegateTest, anInterruptionShowsInFrontOfEverythingElse) {
+    launch();
+    delegate->backendStatusChanged(true);
+    delegate->translationStatusChanged(true);
+    delegate->showInterruption(u"The link is lost."_s);
+    EXPECT_EQ(tray.icon, TrayIcon::Interrupted);
+    EXPECT_EQ(tray.description, u"The link is lost."_s);
+    delegate->backendStatusChanged(false);
+    EXPECT_EQ(tray.icon, TrayIcon::Interrupted);
+    delegate->showInterruption({});
+    EXPECT_EQ(tray.icon, TrayIcon::Translating);
+    EXPECT_EQ(tray.description, u"Translating"_s);
+}
+
 TEST_F(AppDelegateTest, quitStopsTheBackendWhateverTheSettingSays) {
     settings.autoStopBackend.set(false);
     launch();

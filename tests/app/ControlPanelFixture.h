@@ -13,6 +13,7 @@
 #include "NullAudioCapture.h"
 #include "PortProbe.h"
 #include "Quit.h"
+#include "RunRecovery.h"
 #include "SerialQueue.h"
 #include "TranslationController.h"
 #include "TranslationEngine.h"
@@ -37,7 +38,7 @@ namespace orv::test {
 
 class FakePortProbe : public PortProbe {
   public:
-    bool isPortInUse(quint16 /*port*/) override { return inUse; }
+    std::optional<bool> isPortInUse(quint16 /*port*/) override { return inUse; }
 
     bool inUse = false;
 };
@@ -151,12 +152,15 @@ class ControlPanelFixture : public ::testing::Test {
                               .text = [this](const QString& key) { return text(key); },
                               .quit = quit,
                               .timings = {.captureStart = std::chrono::milliseconds(1)}}};
+    RunRecovery recovery{RecoveryEnvironment{
+        .settings = settings, .audio = audio, .backend = engine, .controller = controller}};
     VmixTracking vmix{settings};
     int settingsShown = 0;
     ControlPanel panel{{.settings = settings,
                         .audio = audio,
                         .engine = engine,
                         .controller = controller,
+                        .recovery = recovery,
                         .l10n = l10n,
                         .vmix = vmix}};
 };

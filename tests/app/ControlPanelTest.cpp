@@ -2,6 +2,8 @@
 #include "ReadingText.h"
 #include "Symbols.h"
 
+#include <QFile>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -27,6 +29,22 @@ TEST_F(ControlPanelTest, theBackendsButtonStartsAndStopsIt) {
     adoptBackend();
     button(u"main.backend.stop"_s)->click();
     EXPECT_TRUE(shows(text(u"engine.stopping"_s)));
+}
+
+TEST_F(ControlPanelTest, showsWhatABackendSaidLastThatDidNotStart) {
+    ASSERT_TRUE(QFile::link(u"/bin/sh"_s, folder.filePath(u"python3"_s)));
+    QFile script(folder.filePath(u"server.py"_s));
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    const QString words = u"No <b>module</b> "_s + QString(200, u'x');
+    script.write(u"echo '%1'; exit 3"_s.arg(words).toUtf8());
+    script.close();
+    const int width = panel.sizeHint().width();
+    button(u"main.backend.start"_s)->click();
+    EXPECT_TRUE(waitUntil([&] { return shows(u"Last message: "_s + words); }));
+    EXPECT_TRUE(shows(text(u"engine.stopped"_s)));
+    EXPECT_EQ(panel.sizeHint().width(), width) << "a long word does not widen the panel";
+    adoptBackend();
+    EXPECT_FALSE(shows(u"Last message: "_s + words));
 }
 
 TEST_F(ControlPanelTest, refusesToStartWithoutABackend) {

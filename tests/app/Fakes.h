@@ -39,6 +39,13 @@ class FakeCapture : public CaptureControl {
                          .arg(deviceId, appBundleId));
     }
 
+    void changeSource(AudioSourceType source, const QString& deviceId,
+                      const QString& appBundleId) override {
+        calls.append(QStringLiteral("changeSource %1 '%2' '%3'")
+                         .arg(int(source))
+                         .arg(deviceId, appBundleId));
+    }
+
     void stopCapture(std::function<void()> done) override {
         capturing = false;
         pendingStops.append(std::move(done));
@@ -79,9 +86,15 @@ class FakeBackend : public BackendControl {
         }
     }
 
+    void stopForGood() override {
+        startsNothing = true;
+        stopBackend();
+    }
+
     void leaveRunning() override { calls.append(QStringLiteral("leaveRunning")); }
 
     bool running = false;
+    bool startsNothing = false; ///< It was stopped for good.
     QStringList calls;
     QStringList* together = nullptr; ///< Ends, in the order of all that end.
 };
@@ -99,9 +112,15 @@ class FakeDialogs : public Dialogs {
 
 class FakeOpener : public DesktopOpener {
   public:
-    void openAddress(const QString& url) override { addresses.append(url); }
+    bool openAddress(const QString& url) override {
+        addresses.append(url);
+        return true;
+    }
 
-    void revealFolder(const QString& path) override { folders.append(path); }
+    bool revealFolder(const QString& path) override {
+        folders.append(path);
+        return true;
+    }
 
     QStringList addresses;
     QStringList folders;
@@ -118,6 +137,12 @@ class FakeUserNotifications : public UserNotifications {
 
     NotificationOptions options;
     std::function<void(const NotificationAuthorization& answer)> answer;
+
+    void notify(const QString& title, const QString& message) override {
+        told.append(title + u": " + message);
+    }
+
+    QStringList told;
 };
 
 class FakeTray : public Tray {

@@ -53,6 +53,36 @@ TEST(StatusLine, theEndThatIsAwaitedComesFirst) {
               (StatusLine{.headline = u"<main.stopping>"_s, .tone = Tone::Busy}));
 }
 
+TEST(StatusLine, whatKeepsTheRunFromResultsComesBeforeWhatTheServerSaid) {
+    const auto line = [](RunTrouble trouble) {
+        return statusLine({.isTranslating = true,
+                           .backendStatus = u"Model loaded"_s,
+                           .progress = {.isOn = true, .trouble = trouble}},
+                          keyAsText);
+    };
+    EXPECT_EQ(line(RunTrouble::LinkLost),
+              (StatusLine{.headline = u"<run.trouble.link>"_s, .tone = Tone::Error}));
+    EXPECT_EQ(line(RunTrouble::NoSound),
+              (StatusLine{.headline = u"<run.trouble.nosound>"_s, .tone = Tone::Error}));
+    // It may be a pause of the speaker, or a slow machine.
+    EXPECT_EQ(line(RunTrouble::OnlySilence),
+              (StatusLine{.headline = u"<run.trouble.silence>"_s, .tone = Tone::Busy}));
+    EXPECT_EQ(line(RunTrouble::AnswersLag),
+              (StatusLine{.headline = u"<run.trouble.lag>"_s, .tone = Tone::Busy}));
+}
+
+TEST(StatusLine, aModelThatLoadsIsWhyThereIsNoAnswer) {
+    const auto line = [](RunTrouble trouble) {
+        return statusLine({.isTranslating = true,
+                           .backendStatus = u"Loading model"_s,
+                           .isModelLoading = true,
+                           .progress = {.isOn = true, .trouble = trouble}},
+                          keyAsText);
+    };
+    EXPECT_EQ(line(RunTrouble::AnswersLag).headline, u"Loading model"_s);
+    EXPECT_EQ(line(RunTrouble::NoSound).headline, u"<run.trouble.nosound>"_s);
+}
+
 TEST(DeviceHint, isThereOnlyWithoutAnyDevice) {
     EXPECT_EQ(deviceHint({}, true, keyAsText), u"<audio.mic.none>"_s);
     EXPECT_EQ(deviceHint({{.id = u"a"_s, .name = u"Mic A"_s}}, true, keyAsText), QString());
@@ -91,14 +121,21 @@ TEST(DeviceEntries, keepAChosenDeviceThatIsUnplugged) {
 }
 
 TEST(AppEntries, beginWithTheInvitationToChoose) {
-    EXPECT_EQ(appEntries({{.bundleId = u"player"_s, .name = u"Player"_s}}, u"player"_s, keyAsText),
+    EXPECT_EQ(appEntries({{.bundleId = u"player"_s, .name = u"Player"_s}},
+                         {.bundleId = u"player"_s, .name = {}}, keyAsText),
               (QList<FieldEntry>{{.id = {}, .text = u"<audio.app.placeholder>"_s},
                                  {.id = u"player"_s, .text = u"Player"_s}}));
 }
 
 TEST(AppEntries, keepAChosenApplicationThatDoesNotRun) {
-    EXPECT_EQ(appEntries({}, u"player"_s, keyAsText).last(),
+    EXPECT_EQ(appEntries({}, {.bundleId = u"player"_s, .name = {}}, keyAsText).last(),
               (FieldEntry{.id = u"player"_s, .text = u"player"_s}));
+}
+
+TEST(AppEntries, keepTheNameOfAChosenApplicationThatHasStoppedPlaying) {
+    const RunningApp chosen = {.bundleId = u"pacat"_s, .name = u"Radio"_s};
+    EXPECT_EQ(appEntries({}, chosen, keyAsText).last(),
+              (FieldEntry{.id = u"pacat"_s, .text = u"Radio"_s}));
 }
 
 TEST(NoticeText, saysWhoseKeyIsMissing) {

@@ -14,6 +14,7 @@ TEST(SystemTray, hasASymbolForEachState) {
     EXPECT_EQ(traySymbol(TrayIcon::Idle), u":/orvane/tray/idle.svg"_s);
     EXPECT_EQ(traySymbol(TrayIcon::BackendRunning), u":/orvane/tray/running.svg"_s);
     EXPECT_EQ(traySymbol(TrayIcon::Translating), u":/orvane/tray/translating.svg"_s);
+    EXPECT_EQ(traySymbol(TrayIcon::Interrupted), u":/orvane/tray/interrupted.svg"_s);
 }
 
 TEST(SystemTray, hasSymbolsThatCanBeToldApart) {
@@ -25,6 +26,9 @@ TEST(SystemTray, hasSymbolsThatCanBeToldApart) {
     EXPECT_NE(drawn(TrayIcon::Idle), drawn(TrayIcon::BackendRunning));
     EXPECT_NE(drawn(TrayIcon::Idle), drawn(TrayIcon::Translating));
     EXPECT_NE(drawn(TrayIcon::BackendRunning), drawn(TrayIcon::Translating));
+    EXPECT_NE(drawn(TrayIcon::Interrupted), drawn(TrayIcon::Translating));
+    EXPECT_NE(drawn(TrayIcon::Interrupted), drawn(TrayIcon::BackendRunning));
+    EXPECT_NE(drawn(TrayIcon::Interrupted), drawn(TrayIcon::Idle));
 }
 
 } // namespace

@@ -297,6 +297,69 @@ TEST_F(TranslationControllerTest, quittingTwiceEndsOnce) {
     EXPECT_EQ(backend.calls.size(), 1);
 }
 
+TEST_F(TranslationControllerTest, aSourceChosenInARunIsListenedToAtOnce) {
+    backend.running = true;
+    controller->startTranslation();
+    ASSERT_TRUE(waitForCapture());
+    capture.calls.clear();
+    settings.selectedInputDevice.set(u"mic7"_s);
+    ASSERT_TRUE(waitUntil([this] { return !capture.calls.isEmpty(); }));
+    EXPECT_EQ(capture.calls, QStringList{u"changeSource 0 'mic7' ''"_s});
+    EXPECT_TRUE(
+        log.contains(u"🎤 Wechsle Audio-Quelle:\n   Quelle: 0\n   Device: mic7\n   App: "_s));
+    capture.calls.clear();
+    settings.audioSourceType.set(AudioSourceType::SystemAudio);
+    settings.selectedAppBundleId.set(u"player"_s); // Counts for nothing yet.
+    ASSERT_TRUE(waitUntil([this] { return !capture.calls.isEmpty(); }));
+    EXPECT_EQ(capture.calls, QStringList{u"changeSource 1 'mic7' 'player'"_s});
+}
+
+TEST_F(TranslationControllerTest, untilAnAppIsChosenTheRunListensToWhatItDid) {
+    backend.running = true;
+    controller->startTranslation();
+    ASSERT_TRUE(waitForCapture());
+    capture.calls.clear();
+    settings.audioSourceType.set(AudioSourceType::SingleApp);
+    drainEvents();
+    EXPECT_TRUE(capture.calls.isEmpty());
+    settings.selectedAppBundleId.set(u"player"_s);
+    ASSERT_TRUE(waitUntil([this] { return !capture.calls.isEmpty(); }));
+    EXPECT_EQ(capture.calls, QStringList{u"changeSource 2 '' 'player'"_s});
+}
+
+TEST_F(TranslationControllerTest, aChoiceThatChangesNothingHeardChangesNothing) {
+    backend.running = true;
+    controller->startTranslation();
+    ASSERT_TRUE(waitForCapture());
+    capture.calls.clear();
+    settings.selectedAppBundleId.set(u"player"_s);
+    settings.audioSourceType.set(AudioSourceType::SystemAudio);
+    settings.audioSourceType.set(AudioSourceType::Microphone);
+    drainEvents();
+    EXPECT_TRUE(capture.calls.isEmpty());
+}
+
+TEST_F(TranslationControllerTest, aSourceChosenBeforeTheCaptureBeginsIsTheOneItBeginsWith) {
+    backend.running = true;
+    make({.captureStart = 300ms});
+    controller->startTranslation();
+    settings.audioSourceType.set(AudioSourceType::SystemAudio);
+    ASSERT_TRUE(waitForCapture());
+    EXPECT_TRUE(waitUntil([this] { return capture.calls.last().endsWith(u" 1 '' ''"); }));
+}
+
+TEST_F(TranslationControllerTest, continuesWithTheSourceChosenLast) {
+    backend.running = true;
+    controller->startTranslation();
+    ASSERT_TRUE(waitForCapture());
+    settings.audioSourceType.set(AudioSourceType::SystemAudio);
+    ASSERT_TRUE(waitUntil([this] { return capture.calls.last().startsWith(u"changeSource"); }));
+    capture.capturing = false;
+    controller->continueTranslation();
+    ASSERT_TRUE(waitForCapture());
+    EXPECT_EQ(capture.calls.last(), u"startCapture 1 '' ''"_s);
+}
+
 } // namespace
 
 } // namespace orv::test

@@ -306,6 +306,19 @@ TEST_F(AudioManagerTest, sendsAndWaitsForNothingWhenNotConnected) {
     EXPECT_FALSE(log.contains(u"⏳ Warte auf Backend-Verarbeitung..."_s));
 }
 
+TEST_F(AudioManagerTest, sendsAndWaitsForNothingWhenTheLinkBrokeBeforeItCounted) {
+    timings.linkReady = 500ms;
+    makeManager();
+    manager->startCapture(AudioSourceType::Microphone, {}, {});
+    ASSERT_TRUE(waitUntil([&] { return backend.count(u"open"_s) == 1; }));
+    backend.command({{u"abort"_s, true}});
+    ASSERT_TRUE(waitUntil([&] { return log.containsStart(u"❌ WebSocket receive: "_s); }));
+    ASSERT_TRUE(waitUntil([&] { return capture.isMicrophoneRunning(); }));
+    EXPECT_FALSE(manager->isConnected());
+    stopAndWait();
+    EXPECT_FALSE(log.contains(u"⏳ Warte auf Backend-Verarbeitung..."_s));
+}
+
 TEST_F(AudioManagerTest, endsAtOnceWithoutSendingAnything) {
     startRun();
     deliver(40000);

@@ -34,7 +34,8 @@ class CaptureSourcesPulseTest : public testing::Test {
         options.firstReconnect = 20ms;
         options.longestReconnect = 100ms;
         options.retake = 20ms;
-        capture = std::make_unique<orv::PulseAudioCapture>(disk, options, orv::RunningAppPlaces{});
+        capture = std::make_unique<orv::PulseAudioCapture>(
+            disk, orv::PulseConnection::create(options), orv::RunningAppPlaces{});
         ingest.setStreamTap([this](std::span<const float> samples) { heard.add(samples); });
         sources = std::make_unique<CaptureSources>(
             *capture, ingest, orv::CaptureTimings{.firstRetry = 50ms, .longestRetry = 200ms});

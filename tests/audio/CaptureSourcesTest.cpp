@@ -338,6 +338,32 @@ TEST_F(CaptureSourcesTest, stoppingAMicrophoneIsSilentAndFinal) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
+TEST_F(CaptureSourcesTest, stoppingAMicrophoneBringsWhatItHadGathered) {
+    capture.answers().gatheredRest = {0.25F, 0.5F};
+    startMicrophone();
+    deliver({0.125F});
+    sources->stop();
+    EXPECT_THAT(chunker.takeAll(), ElementsAre(0.125F, 0.25F, 0.5F));
+}
+
+TEST_F(CaptureSourcesTest, stoppingAMicrophoneBringsWhatTheConverterHeldBack) {
+    capture.answers().preparation = microphoneAt(44100);
+    startMicrophone();
+    deliver(std::vector<float>(44100, 0.25F));
+    EXPECT_LT(chunker.bufferedSamples(), 47990U);
+    sources->stop();
+    EXPECT_NEAR(static_cast<double>(chunker.bufferedSamples()), 48000, 2);
+}
+
+TEST_F(CaptureSourcesTest, aMicrophoneThatEndsByItselfLosesNothingOfThat) {
+    capture.answers().gatheredRest = {0.5F};
+    startMicrophone();
+    deliver({0.25F});
+    EXPECT_TRUE(capture.endMicrophone(u"unplugged"_s));
+    letAnswersArrive();
+    EXPECT_EQ(chunker.takeAll().front(), 0.25F);
+}
+
 TEST_F(CaptureSourcesTest, stoppingAScreenCaptureSaysSoOnceItHasStopped) {
     startScreen(AudioSourceType::SystemAudio);
     log.clear();

@@ -15,6 +15,7 @@ from harness.cloud import AssemblyAI, Azure, Deepgram, GoogleRest
 from harness.processes import wait_until
 from harness.road import Road
 from harness.speech import recorded_sentences
+from harness.texts import Texts
 from harness.voice import share_found, voice_seconds_in
 
 PROGRAM = os.environ["ORVANE_ON_LOOPBACK"]
@@ -131,7 +132,8 @@ class Cloud(unittest.TestCase):
         service.service.unplug()
         line = f"📋 Direct Engine Status: [error] {service.disconnected}"
         self.road.program.wait_for_line(line)
-        self.road.accessibility.wait_for(self.road.program.pid, service.disconnected)
+        self.road.accessibility.wait_for(self.road.program.pid, Texts("en")(
+            "run.trouble.engine").replace("%1", service.disconnected))
         self.check_delivered()
         self.check_window_answers(player)
         self.check_quick_stop()

@@ -17,6 +17,7 @@ TABS = ["general", "engines", "whisper", "languages", "storage", "info"]
 SWITCHES = {
     "settings.backend.autostart": "autoStartBackend",
     "settings.backend.autostop": "autoStopBackend",
+    "settings.continue": "continueAfterInterruption",
     "settings.backend.network": "networkAccess",
     "settings.overlay": "showOverlay",
     "option.original": "showOriginal",
@@ -166,6 +167,8 @@ class Settings(EveryLanguage, DesktopTest):
         log = support / "backend.log"
         log.parent.mkdir(parents=True, exist_ok=True)
         log.write_text("old\n")
+        earlier = support / "backend.log.1"
+        earlier.write_text("older\n")
         for key, folder in (("settings.storage.backend", support),
                             ("settings.storage.transcripts", support / "output")):
             before = self.opened()
@@ -179,6 +182,7 @@ class Settings(EveryLanguage, DesktopTest):
         self.answer("alert.cache.title", "alert.cache.delete")
         self.answer("alert.cache.done.msg", "alert.ok")
         self.assertFalse(log.exists())
+        self.assertFalse(earlier.exists())
 
     def use_update_check(self):
         before = self.failed_checks()

@@ -2,10 +2,10 @@
 
 #include "OverlayConnections.h"
 
+#include "FewFiles.h"
 #include "LoopbackClient.h"
 #include "OverlayServerFixture.h"
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -38,25 +38,6 @@ class OverlayConnectionsTest : public test::OverlayServerFixture {
         client.send(request);
         EXPECT_EQ(client.read(4), "HTTP"); // Being answered by now.
     }
-};
-
-/// Leaves this process no descriptor to open until it is destroyed.
-class NoDescriptors {
-  public:
-    NoDescriptors() {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const UniqueFd next(::dup(STDIN_FILENO));
-        const rlimit none{static_cast<rlim_t>(next.get()), before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &none);
-    }
-
-    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
-    NoDescriptors(const NoDescriptors&) = delete;
-    NoDescriptors& operator=(const NoDescriptors&) = delete;
-
-  private:
-    rlimit before_{};
 };
 
 std::chrono::nanoseconds processorTime() {
@@ -196,7 +177,7 @@ TEST_F(OverlayConnectionsTest, waitsWithoutSpinningUntilThereAreDescriptorsAgain
     EXPECT_EQ(get(port, "/text"), server->response("/text").bytes());
     LoopbackClient client;
     {
-        const NoDescriptors none;
+        const test::FewFiles none(0);
         ASSERT_TRUE(client.connect(port));
         client.send(request);
         const auto before = processorTime();
@@ -213,7 +194,7 @@ TEST_F(OverlayConnectionsTest, givesUpASilentClientForAnotherOnesDescriptor) {
     LoopbackClient silent(port);
     EXPECT_EQ(get(port, "/text"), server->response("/text").bytes());
     LoopbackClient client;
-    const NoDescriptors none;
+    const test::FewFiles none(0);
     ASSERT_TRUE(client.connect(port));
     client.send(request);
     EXPECT_EQ(client.readAll(), server->response("/text").bytes());

@@ -1,5 +1,6 @@
 // Starting and stopping by settings, and the results.
 
+#include "FewFiles.h"
 #include "LoopbackClient.h"
 #include "OverlayServerFixture.h"
 #include "Ports.h"
@@ -14,6 +15,7 @@
 
 #include <atomic>
 #include <limits>
+#include <optional>
 #include <thread>
 
 namespace orv {
@@ -175,6 +177,21 @@ TEST_F(OverlayServerTest, saysWhyItCannotStartAndStartsLater) {
     EXPECT_TRUE(waitUntil([&] { return other.isRunning(); }));
     EXPECT_EQ(other.activePort(), port);
 }
+
+#if ORV_MAY_LACK_FILES
+
+TEST_F(OverlayServerTest, startsLaterWhereTheSystemHadTooFewDescriptors) {
+    ASSERT_FALSE(server->isRunning());
+    const bool hasIpv6 = UniqueFd(::socket(AF_INET6, SOCK_STREAM, 0)).isOpen();
+    std::optional<test::FewFiles> justForTheListener(hasIpv6 ? 2 : 1);
+    server->start(0);
+    ASSERT_TRUE(waitUntil(
+        [this] { return log.containsStart(u"❌ OBS-Overlay-Server fehlgeschlagen: "_s); }));
+    justForTheListener.reset();
+    EXPECT_EQ(bodyOf(get(startAnywhere(), "/x")), "Not Found");
+}
+
+#endif
 
 TEST_F(OverlayServerTest, isStoppedAfterAFailedRestart) {
     OverlayServer other;

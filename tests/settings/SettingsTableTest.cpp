@@ -39,7 +39,7 @@ TEST(SettingsListTable, everyKeyStandsOnceAndIsDocumented) {
             EXPECT_NE(setting->note().control, nullptr) << setting->key().toStdString();
         }
     }
-    EXPECT_EQ(keys.size(), 48);
+    EXPECT_EQ(keys.size(), 49);
 }
 
 TEST(SettingsListTable, registeredValuesHaveAPlaceEach) {

@@ -46,9 +46,15 @@ class FakeChooser : public FileChooser {
 
 class FakeOpener : public DesktopOpener {
   public:
-    void openAddress(const QString& url) override { opened.append(url); }
+    bool openAddress(const QString& url) override {
+        opened.append(url);
+        return true;
+    }
 
-    void revealFolder(const QString& path) override { opened.append(path); }
+    bool revealFolder(const QString& path) override {
+        opened.append(path);
+        return true;
+    }
 
     QStringList opened;
 };

@@ -1,6 +1,8 @@
 // Nothing is cut off, in any language. Also run at twice the scale.
 
+#include "QuantityTexts.h"
 #include "SettingsWindowFixture.h"
+#include "WhisperModels.h"
 
 #include <QLabel>
 #include <QScrollArea>
@@ -62,6 +64,53 @@ TEST_P(SettingsFitTest, everyTabFitsTheWindow) {
         EXPECT_TRUE(window->rect().contains(
             QRect(tabs()->mapTo(window.get(), place.topLeft()), place.size())));
     }
+}
+
+TEST_P(SettingsFitTest, everyStateOfAModelFitsTheWindow) {
+    constexpr int whisper = 2;
+    const QString percentage =
+        text(u"settings.whisper.progress"_s).arg(percentText(GetParam(), 99));
+    tabs()->setCurrentIndex(whisper);
+    placeDownload("progress 99\\n");
+    for (const WhisperModel& model : whisperModels()) {
+        models->downloadWhisperModel(model.id);
+        EXPECT_TRUE(waitUntil([&] { return models->percent(model.id) == 99; }));
+    }
+    EXPECT_TRUE(shows(percentage));
+    drainEvents();
+    drainEvents();
+    expectAllWhole();
+    letDownloadsGo();
+    EXPECT_TRUE(waitUntil([this] { return !models->isDownloading(); }));
+    EXPECT_TRUE(shows(text(u"settings.whisper.failed.short"_s)));
+    drainEvents();
+    drainEvents();
+    expectAllWhole();
+}
+
+TEST_P(SettingsFitTest, everyTextOnAModelsStateFitsTheWindow) {
+    constexpr int whisper = 2;
+    tabs()->setCurrentIndex(whisper);
+    placeDownload({});
+    for (const WhisperModel& model : whisperModels()) {
+        models->downloadWhisperModel(model.id);
+    }
+    EXPECT_TRUE(shows(text(u"settings.whisper.downloading"_s)));
+    drainEvents();
+    drainEvents();
+    expectAllWhole();
+    placeDownload("progress 100\\n");
+    letDownloadsGo();
+    EXPECT_TRUE(waitUntil([this] { return !models->isDownloading(); }));
+    EXPECT_TRUE(QFile::remove(home.filePath(u"go"_s)));
+    for (const WhisperModel& model : whisperModels()) {
+        models->downloadWhisperModel(model.id);
+        EXPECT_TRUE(waitUntil(
+            [&] { return models->state(model.id) == WhisperModelManager::State::Checking; }));
+    }
+    drainEvents();
+    drainEvents();
+    expectAllWhole();
 }
 
 TEST_P(SettingsFitTest, theInformationNeedsNoScrolling) {

@@ -76,7 +76,7 @@ TEST_F(SettingsTableTest, namesEveryKeyOnce) {
             known.append(setting->key());
         }
     }
-    EXPECT_EQ(known.size(), 48);
+    EXPECT_EQ(known.size(), 49);
     keys.sort();
     known.sort();
     EXPECT_EQ(keys, known);

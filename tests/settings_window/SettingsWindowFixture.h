@@ -2,6 +2,7 @@
 
 #include "DefaultsStore.h"
 #include "EngineCatalogue.h"
+#include "FileJobs.h"
 #include "L10n.h"
 #include "LogCapture.h"
 #include "Look.h"
@@ -12,9 +13,13 @@
 #include "SettingsWindow.h"
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
+#include "WhisperModelManager.h"
 
 #include <QAbstractButton>
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QTabBar>
@@ -34,6 +39,13 @@ class SettingsWindowFixture : public ::testing::Test {
   protected:
     SettingsWindowFixture() {
         paths.home = home.path();
+        models = std::make_unique<WhisperModelManager>(
+            WhisperEnvironment{.programs = {.interpreter = paths.backendInterpreter(),
+                                            .script = paths.modelScript(),
+                                            .cacheFolder = paths.whisperCache()},
+                               .files = modelFiles,
+                               .dialogs = dialogs,
+                               .text = [this](const QString& key) { return text(key); }});
         open();
     }
 
@@ -54,6 +66,7 @@ class SettingsWindowFixture : public ::testing::Test {
                                    .chooser = chooser,
                                    .opener = opener,
                                    .updates = updates,
+                                   .models = *models,
                                    .paths = paths,
                                    .outputCards = cards});
     }
@@ -98,12 +111,37 @@ class SettingsWindowFixture : public ::testing::Test {
         button->click();
     }
 
-    bool shows(const QString& wanted) const {
+    bool shows(const QString& wanted) const { return label(wanted) != nullptr; }
+
+    /// The label that shows `wanted`; null if there is none.
+    const QLabel* label(const QString& wanted) const {
         const auto labels = window->findChildren<QLabel*>();
-        return std::ranges::any_of(labels, [&](const QLabel* label) {
-            return label->isVisible() && label->text() == wanted;
+        const auto found = std::ranges::find_if(labels, [&](const QLabel* candidate) {
+            return candidate->isVisible() && candidate->text() == wanted;
         });
+        return found != labels.end() ? *found : nullptr;
     }
+
+    /// Puts a file where the program of that name is looked for: an executable shell script.
+    static void placeProgram(const QString& path, const QByteArray& script) {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\n" + script + '\n');
+        file.close();
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+    /// Has the download of models print `output`, and then wait until the file "go" is in the home;
+    /// with it there, it fails.
+    void placeDownload(const QByteArray& output) const {
+        placeProgram(paths.modelScript(), {});
+        placeProgram(paths.backendInterpreter(),
+                     "printf '" + output + "'; while [ ! -e '" + home.path().toUtf8() +
+                         "/go' ]; do :; done; echo out of luck; exit 1");
+    }
+
+    void letDownloadsGo() const { placeProgram(home.filePath(QStringLiteral("go")), {}); }
 
     void showTab(int tab) const {
         tabs()->setCurrentIndex(tab);
@@ -140,6 +178,8 @@ class SettingsWindowFixture : public ::testing::Test {
     UserPaths paths;
     int vrchatTests = 0;
     std::vector<OutputCard> cards = outputCards([this] { ++vrchatTests; });
+    FileJobs modelFiles{disk};
+    std::unique_ptr<WhisperModelManager> models;
     std::unique_ptr<QWidget> window;
 };
 

@@ -19,7 +19,11 @@ LogCapture::~LogCapture() {
 
 QStringList LogCapture::lines() const {
     const std::lock_guard lock(mutex_);
-    return lines_;
+    // A list of its own: that another thread no longer shares one is told to this one without an
+    // order in memory.
+    QStringList lines = lines_;
+    lines.detach();
+    return lines;
 }
 
 bool LogCapture::contains(const QString& line) const {

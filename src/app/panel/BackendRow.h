@@ -2,6 +2,7 @@
 
 #include "Card.h"
 
+class QLabel;
 class QPushButton;
 
 namespace orv {
@@ -10,7 +11,8 @@ class L10n;
 class ToneLabel;
 class TranslationEngine;
 
-/// The backend's status with the button that starts or stops it.
+/// The backend's status with the button that starts or stops it, and what the backend said last
+/// where its start has failed.
 class BackendRow : public Card {
     Q_OBJECT
 
@@ -25,6 +27,7 @@ class BackendRow : public Card {
     TranslationEngine& engine_;
     L10n& l10n_;
     ToneLabel* status_;
+    QLabel* detail_;
     QPushButton* toggle_;
 };
 

@@ -3,6 +3,7 @@
 #include "AudioManager.h"
 #include "BackendRow.h"
 #include "Buttons.h"
+#include "InterruptionBanner.h"
 #include "L10n.h"
 #include "LanguageSection.h"
 #include "NoticeCard.h"
@@ -11,6 +12,8 @@
 #include "PanelPage.h"
 #include "PanelState.h"
 #include "ResultSection.h"
+#include "RunRecovery.h"
+#include "RunStages.h"
 #include "SourceSection.h"
 #include "Symbols.h"
 #include "TextLabels.h"
@@ -46,6 +49,7 @@ ControlPanel::ControlPanel(const PanelEnvironment& environment, QWidget* parent)
     , header_(new PanelHeader(this)) {
     // Made in reading order, which is the order in which Tab leads through them.
     auto* page = new PanelPage(makeSections(), this);
+    stages_ = new RunStages(environment_.audio, environment_.l10n, this);
     result_ = new ResultSection(this);
     startStop_ = makeButton(this, ButtonKind::Primary);
     noTray_ = makeHint(this);
@@ -62,6 +66,7 @@ ControlPanel::ControlPanel(const PanelEnvironment& environment, QWidget* parent)
     addInset(header_, 0);
     // The page reaches the edges, so that its scroll bar stands beside the sections.
     layout->addWidget(page);
+    addInset(stages_, 0);
     addInset(result_, 1);
     addInset(startStop_, 0);
     addInset(noTray_, 0);
@@ -81,6 +86,7 @@ QWidget* ControlPanel::makeSections() {
     layout->setContentsMargins(space::large, 0, space::large, 0);
     layout->setSpacing(space::small);
     layout->addWidget(new VMixWarningBanner(environment_.vmix, l10n, sections));
+    layout->addWidget(new InterruptionBanner(environment_.recovery, l10n, sections));
     notice_ = new NoticeCard(sections);
     layout->addWidget(notice_);
     layout->addWidget(new BackendRow(environment_.engine, l10n, sections));
@@ -105,6 +111,8 @@ void ControlPanel::connectState() {
     connect(header_, &PanelHeader::quitWanted, &environment_.controller,
             &TranslationController::quitApp);
     connect(&audio, &AudioManager::statusChanged, this, &ControlPanel::refreshRun);
+    connect(&audio, &AudioManager::progressChanged, this, &ControlPanel::showStatus);
+    connect(&environment_.recovery, &RunRecovery::changed, this, &ControlPanel::showStatus);
     connect(&audio, &AudioManager::resultChanged, this, [this] {
         result_->setResult(environment_.audio.currentOriginal(),
                            environment_.audio.currentTranslation());
@@ -127,7 +135,6 @@ void ControlPanel::translate() {
 void ControlPanel::refreshRun() {
     ORV_ON_MAIN();
     const TranslationController& controller = environment_.controller;
-    const AudioManager& audio = environment_.audio;
     const bool runs = controller.isTranslating();
     startStop_->setText(text(runs ? u"main.stop"_s : u"main.start"_s));
     startStop_->setIcon(symbol(runs ? u"stop.circle.fill"_s : u"play.circle.fill"_s));
@@ -135,17 +142,27 @@ void ControlPanel::refreshRun() {
         text(u"main.start.tip"_s)
             .arg(QKeySequence(startStopKeys).toString(QKeySequence::NativeText)));
     setButtonKind(*startStop_, runs ? ButtonKind::Danger : ButtonKind::Primary);
+    showStatus();
+    result_->setEmptyText(resultHelp(environment_.engine.isRunning(),
+                                     runs || controller.isStopping(),
+                                     [this](const QString& key) { return text(key); }));
+}
+
+void ControlPanel::showStatus() {
+    ORV_ON_MAIN();
+    const TranslationController& controller = environment_.controller;
+    const AudioManager& audio = environment_.audio;
     const auto lookUp = [this](const QString& key) { return text(key); };
-    const StatusLine status = statusLine({.isTranslating = runs,
+    const StatusLine status = statusLine({.isTranslating = controller.isTranslating(),
                                           .isStopping = controller.isStopping(),
                                           .backendStatus = audio.backendStatus(),
                                           .isModelLoading = audio.isModelLoading(),
-                                          .hasEngineError = audio.hasEngineError()},
+                                          .hasEngineError = audio.hasEngineError(),
+                                          .progress = audio.progress()},
                                          lookUp);
     header_->setStatus(status);
-    result_->setStatus(status);
-    result_->setEmptyText(
-        resultHelp(environment_.engine.isRunning(), runs || controller.isStopping(), lookUp));
+    // What the banner says is said large enough.
+    result_->setStatus(environment_.recovery.isInterrupted() ? StatusLine() : status);
 }
 
 void ControlPanel::startOrStop() {

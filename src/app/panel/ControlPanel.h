@@ -17,6 +17,7 @@ class L10n;
 class NoticeCard;
 class PanelHeader;
 class ResultSection;
+class RunRecovery;
 class TranslationController;
 class TranslationEngine;
 class TranslationSettings;
@@ -28,6 +29,7 @@ struct PanelEnvironment {
     AudioManager& audio;
     TranslationEngine& engine;
     TranslationController& controller;
+    RunRecovery& recovery;
     L10n& l10n;
     VmixTracking& vmix;
 };
@@ -57,6 +59,7 @@ class ControlPanel : public QWidget {
     void translate();
     void translateNotice();
     void refreshRun();
+    void showStatus();
     void startOrStop();
     QString text(const QString& key) const;
 
@@ -64,6 +67,7 @@ class ControlPanel : public QWidget {
     PanelHeader* header_;
     std::optional<AudioNotice> latestNotice_;
     NoticeCard* notice_ = nullptr;
+    QWidget* stages_ = nullptr;
     ResultSection* result_ = nullptr;
     QPushButton* startStop_ = nullptr;
     QLabel* noTray_ = nullptr;

@@ -1,12 +1,31 @@
 #include "PanelState.h"
 
+#include "RunTexts.h"
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// What may be nothing but a pause is no error.
+Tone troubleTone(RunTrouble trouble) {
+    const bool mayBeWell = trouble == RunTrouble::OnlySilence || trouble == RunTrouble::AnswersLag;
+    return mayBeWell ? Tone::Busy : Tone::Error;
+}
+
+} // namespace
+
 StatusLine statusLine(const RunState& state, const TextLookup& text) {
     if (state.isStopping) {
         return {.headline = text(u"main.stopping"_s), .tone = Tone::Busy};
+    }
+    const bool isLoading = state.isModelLoading && !state.backendStatus.isEmpty();
+    // What is being loaded says more than that there is no answer meanwhile.
+    const bool isExpected = isLoading && state.progress.trouble == RunTrouble::AnswersLag;
+    const QString trouble = troubleText(state.progress, text);
+    if (state.isTranslating && !trouble.isEmpty() && !isExpected) {
+        return {.headline = trouble, .tone = troubleTone(state.progress.trouble)};
     }
     if (state.hasEngineError && !state.backendStatus.isEmpty()) {
         return {.headline = state.backendStatus, .tone = Tone::Error};
@@ -14,7 +33,7 @@ StatusLine statusLine(const RunState& state, const TextLookup& text) {
     if (!state.isTranslating) {
         return {};
     }
-    if (state.isModelLoading && !state.backendStatus.isEmpty()) {
+    if (isLoading) {
         return {.headline = state.backendStatus, .tone = Tone::Busy};
     }
     return {
@@ -31,13 +50,13 @@ QList<FieldEntry> deviceEntries(const QList<AudioDevice>& devices, const QString
     return entries;
 }
 
-QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const QString& chosenId,
+QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const RunningApp& chosen,
                              const TextLookup& text) {
     QList<FieldEntry> entries = {{.id = {}, .text = text(u"audio.app.placeholder"_s)}};
     for (const RunningApp& app : apps) {
         entries.append({.id = app.bundleId, .text = app.name});
     }
-    keepChosen(entries, chosenId);
+    keepChosen(entries, chosen.bundleId, chosen.name);
     return entries;
 }
 

@@ -3,6 +3,7 @@
 #include "AudioDevice.h"
 #include "AudioNotice.h"
 #include "FieldEntry.h"
+#include "RunProgress.h"
 #include "RunningApp.h"
 #include "TextLookup.h"
 #include "Theme.h"
@@ -28,9 +29,11 @@ struct RunState {
     QString backendStatus = {};
     bool isModelLoading = false;
     bool hasEngineError = false;
+    RunProgress progress = {};
 };
 
-/// What matters most comes first: the end that is awaited, an error, a model that loads, the run.
+/// What matters most comes first: the end that is awaited, what keeps the run from bringing
+/// results, an error, a model that loads, the run.
 StatusLine statusLine(const RunState& state, const TextLookup& text);
 
 /// The default input and then every device. A chosen device that is not there now stays in the
@@ -39,8 +42,8 @@ QList<FieldEntry> deviceEntries(const QList<AudioDevice>& devices, const QString
                                 const TextLookup& text);
 
 /// The invitation to choose and then every application; a chosen one that does not run now stays in
-/// the list under its identifier.
-QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const QString& chosenId,
+/// the list under the name it was last known by, else under its identifier.
+QList<FieldEntry> appEntries(const QList<RunningApp>& apps, const RunningApp& chosen,
                              const TextLookup& text);
 
 /// What stands below the list of devices: empty unless there is none at all. Without `reachable`

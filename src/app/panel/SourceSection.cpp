@@ -198,7 +198,11 @@ void SourceSection::refreshLists() {
     const QString device = settings_.selectedInputDevice.get().value_or(QString());
     devices_->setEntries(deviceEntries(audio_.inputDevices(), device, text), device);
     const QString app = settings_.selectedAppBundleId.get().value_or(QString());
-    apps_->setEntries(appEntries(audio_.capturableApps(), app, text), app);
+    for (const RunningApp& one : audio_.capturableApps()) {
+        appNames_.insert(one.bundleId, one.name);
+    }
+    const RunningApp chosen = {.bundleId = app, .name = appNames_.value(app)};
+    apps_->setEntries(appEntries(audio_.capturableApps(), chosen, text), app);
     const bool reachable = audio_.hasScreenCapturePermission();
     deviceHint_->setText(deviceHint(audio_.inputDevices(), reachable, text));
     deviceHint_->setVisible(!deviceHint_->text().isEmpty());

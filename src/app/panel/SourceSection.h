@@ -3,6 +3,9 @@
 #include "Buttons.h"
 #include "Card.h"
 
+#include <QHash>
+#include <QString>
+
 class QLabel;
 class QPushButton;
 
@@ -51,6 +54,7 @@ class SourceSection : public Card {
     QWidget* devicePage_;
     QLabel* systemHint_;
     FieldCombo* apps_;
+    QHash<QString, QString> appNames_; ///< By identifier; also of those that play no longer.
     IconButton* refreshApps_;
     QLabel* appHint_;
     QWidget* appPage_;

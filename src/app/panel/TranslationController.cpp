@@ -22,28 +22,68 @@ TranslationController::TranslationController(ControllerEnvironment environment, 
     captureStart_.callOnTimeout(this, [this] {
         environment_.capture.startCapture(run_.source, run_.deviceId, run_.appBundleId);
     });
+    sourceChange_.setSingleShot(true);
+    sourceChange_.callOnTimeout(this, &TranslationController::followSource);
+    const TranslationSettings& settings = environment_.settings;
+    watchAll(
+        {&settings.audioSourceType, &settings.selectedInputDevice, &settings.selectedAppBundleId},
+        this, [this] { sourceChange_.start(0); });
+}
+
+bool TranslationController::Run::lacksApp() const {
+    return source == AudioSourceType::SingleApp && appBundleId.isEmpty();
+}
+
+bool TranslationController::Run::listensLike(const Run& other) const {
+    return source == other.source &&
+           (source != AudioSourceType::Microphone || deviceId == other.deviceId) &&
+           (source != AudioSourceType::SingleApp || appBundleId == other.appBundleId);
+}
+
+TranslationController::Run TranslationController::chosenRun() const {
+    const TranslationSettings& settings = environment_.settings;
+    return {.source = settings.audioSourceType.get(),
+            .deviceId = settings.selectedInputDevice.get().value_or(QString()),
+            .appBundleId = settings.selectedAppBundleId.get().value_or(QString())};
+}
+
+void TranslationController::followSource() {
+    ORV_ON_MAIN();
+    const Run run = chosenRun();
+    if (!isTranslating_ || run.listensLike(run_) || run.lacksApp()) {
+        return; // Without an application, what was heard before is heard until one is chosen.
+    }
+    run_ = run;
+    if (!captureStart_.isActive()) {
+        logSource(u"🎤 Wechsle Audio-Quelle:"_s);
+        environment_.capture.changeSource(run_.source, run_.deviceId, run_.appBundleId);
+    }
+}
+
+void TranslationController::logSource(const QString& heading) const {
+    logLine(QString(heading % u"\n   Quelle: %1\n   Device: %2\n   App: %3"_s.arg(
+                                  QString::number(static_cast<int>(run_.source)), run_.deviceId,
+                                  run_.appBundleId)));
 }
 
 void TranslationController::startTranslation() {
     ORV_ON_MAIN();
-    if (isTranslating_) {
+    if (isTranslating_ || environment_.quit.isUnderWay()) {
         return;
     }
     if (!environment_.backend.isRunning()) {
         showAlert(u"alert.backend.notready.title"_s, u"alert.backend.notready.msg"_s);
         return;
     }
-    TranslationSettings& settings = environment_.settings;
-    const Run run = {.source = settings.audioSourceType.get(),
-                     .deviceId = settings.selectedInputDevice.get().value_or(QString()),
-                     .appBundleId = settings.selectedAppBundleId.get().value_or(QString())};
-    if (run.source == AudioSourceType::SingleApp && run.appBundleId.isEmpty()) {
+    const Run run = chosenRun();
+    if (run.lacksApp()) {
         showAlert(u"alert.noapp.title"_s, u"alert.noapp.msg"_s);
         return;
     }
 
     isTranslating_ = true;
     Q_EMIT TranslationStatusChanged(true);
+    TranslationSettings& settings = environment_.settings;
     // Assigning writes the key: from here on the store holds the two options as values of its own,
     // also when only registered or built-in defaults answered for them so far.
     settings.speakTranslation.set(bool(settings.speakTranslation.get()));
@@ -51,10 +91,24 @@ void TranslationController::startTranslation() {
     stopOldCapture();
     handOver();
     run_ = run;
-    logLine(u"🎤 Starte Audio-Capture:\n   Quelle: %1\n   Device: %2\n   App: %3"_s.arg(
-        QString::number(static_cast<int>(run.source)), run.deviceId, run.appBundleId));
-    captureStart_.start(environment_.timings.captureStart);
+    beginCapture();
     Q_EMIT stateChanged();
+}
+
+void TranslationController::continueTranslation() {
+    ORV_ON_MAIN();
+    if (!isTranslating_ || !environment_.backend.isRunning()) {
+        return;
+    }
+    captureStart_.stop();
+    stopOldCapture();
+    handOver();
+    beginCapture();
+}
+
+void TranslationController::beginCapture() {
+    logSource(u"🎤 Starte Audio-Capture:"_s);
+    captureStart_.start(environment_.timings.captureStart);
 }
 
 void TranslationController::stopOldCapture() {

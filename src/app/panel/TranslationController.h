@@ -34,7 +34,8 @@ struct ControllerEnvironment {
 };
 
 /// Runs the flows behind the control panel's buttons: starting a translation, stopping it,
-/// quitting. Lives on the main thread; nothing here blocks.
+/// quitting. A source that is chosen during a run is listened to at once. Lives on the main thread;
+/// nothing here blocks.
 class TranslationController : public QObject {
     Q_OBJECT
 
@@ -48,8 +49,13 @@ class TranslationController : public QObject {
 
     /// Starts a run with what the settings say. Refused, with an alert, when the backend does not
     /// run, or when one application is to be captured and none is chosen; nothing changes then.
-    /// Does nothing while translating.
+    /// Does nothing while translating, or when the program is about to end.
     void startTranslation();
+
+    /// Starts the run again, from the same source and with what the settings say now. What has not
+    /// been recognised of it is thrown away. Does nothing unless translating, with a backend that
+    /// runs.
+    void continueTranslation();
 
     /// Ends the run; the last words are still processed. Does nothing when not translating.
     void stopTranslation();
@@ -67,16 +73,26 @@ class TranslationController : public QObject {
         AudioSourceType source = AudioSourceType::Microphone;
         QString deviceId;
         QString appBundleId;
+
+        bool lacksApp() const;
+        /// What a source does not need makes no difference.
+        bool listensLike(const Run& other) const;
     };
+
+    Run chosenRun() const;
+    void followSource();
 
     /// Comes before the hand-over: stopping resets the gain.
     void stopOldCapture();
     void handOver();
+    void beginCapture();
+    void logSource(const QString& heading) const;
     void showAlert(const QString& titleKey, const QString& messageKey);
 
     ControllerEnvironment environment_;
     QTimer captureStart_;
-    Run run_; ///< What `captureStart_` starts.
+    QTimer sourceChange_; ///< Ends when all settings of a choice have been assigned.
+    Run run_;             ///< What `captureStart_` starts, and what is listened to then.
     bool isTranslating_ = false;
     bool isStopping_ = false;
     unsigned stopNumber_ = 0; ///< Tells the end of the latest stop from that of an earlier one.

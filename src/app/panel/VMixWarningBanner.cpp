@@ -2,44 +2,21 @@
 
 #include "Buttons.h"
 #include "L10n.h"
-#include "StyleDrawing.h"
-#include "Symbols.h"
 #include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
 #include "VmixTracking.h"
+#include "WarningMark.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
-
-namespace {
-
-constexpr int triangleSize = 24;
-
-/// The triangle, in the colour of what is wrong.
-class Triangle : public QWidget {
-  public:
-    explicit Triangle(QWidget* parent)
-        : QWidget(parent) {
-        setFixedSize(triangleSize, triangleSize);
-    }
-
-  protected:
-    void paintEvent(QPaintEvent* /*event*/) override {
-        QPainter painter(this);
-        drawIcon(&painter, rect(), symbol(u"warning"_s), themeOf(*this).error, true);
-    }
-};
-
-} // namespace
 
 VMixWarningBanner::VMixWarningBanner(VmixTracking& tracking, L10n& l10n, QWidget* parent)
     : Card(parent, Ground::Notice)
@@ -69,7 +46,7 @@ void VMixWarningBanner::layOut() {
     }
     auto* message = new QHBoxLayout;
     message->setSpacing(space::small);
-    message->addWidget(new Triangle(this), 0, Qt::AlignTop);
+    message->addWidget(new WarningMark(this), 0, Qt::AlignTop);
     message->addLayout(texts, 1);
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(space::small);

@@ -53,6 +53,8 @@ void addBackendCard(CardColumn& column, const TabContext& context) {
     addHint(card, bindings, u"settings.backend.tip"_s);
     addSwitch(card, bindings, u"settings.backend.autostart"_s, settings.autoStartBackend);
     addSwitch(card, bindings, u"settings.backend.autostop"_s, settings.autoStopBackend);
+    addSwitch(card, bindings, u"settings.continue"_s, settings.continueAfterInterruption);
+    addHint(card, bindings, u"settings.continue.hint"_s);
     addSwitch(card, bindings, u"settings.backend.network"_s, settings.networkAccess);
     auto* warning = new ToneLabel(&card, Tone::Error);
     bindings.translated(warning, u"settings.backend.network.warn"_s);

@@ -29,6 +29,7 @@ struct SettingsEnvironment {
     FileChooser& chooser;
     DesktopOpener& opener;
     UpdateControl& updates;
+    WhisperModelManager& models; ///< Not the window's own: downloads concern the program's end.
     UserPaths paths;
     std::vector<OutputCard> outputCards; ///< In the order in which they are shown.
 };

@@ -70,13 +70,8 @@ SettingsView::SettingsView(SettingsEnvironment environment, QWidget* parent)
                            .text = text,
                            .supportFolder = environment_.paths.supportFolder(),
                            .outputFolder = environment_.paths.outputFolder(),
-                           .backendLog = environment_.paths.backendLog()});
-    models_ = std::make_unique<WhisperModelManager>(
-        WhisperEnvironment{.interpreter = environment_.paths.backendInterpreter(),
-                           .cacheFolder = environment_.paths.whisperCache(),
-                           .files = files_,
-                           .dialogs = environment_.dialogs,
-                           .text = text});
+                           .backendLog = environment_.paths.backendLog(),
+                           .earlierLog = environment_.paths.earlierBackendLog()});
     auto* top = new QHBoxLayout;
     top->setContentsMargins(space::small, space::small, space::small, space::tiny);
     top->addStretch(1);
@@ -113,7 +108,7 @@ QString SettingsView::title() const {
 }
 
 TabContext SettingsView::context() const {
-    return {environment_, *bindings_, *actions_, *models_};
+    return {environment_, *bindings_, *actions_, environment_.models};
 }
 
 void SettingsView::showTab(int index) {

@@ -4,7 +4,6 @@
 #include "FileJobs.h"
 #include "SettingsActions.h"
 #include "SettingsEnvironment.h"
-#include "WhisperModelManager.h"
 
 #include <QWidget>
 
@@ -37,7 +36,6 @@ class SettingsView : public QWidget {
     FileJobs files_;
     std::unique_ptr<Bindings> bindings_;
     std::unique_ptr<SettingsActions> actions_;
-    std::unique_ptr<WhisperModelManager> models_;
     SettingsTabBar* tabs_;
     QStackedWidget* pages_;
 };

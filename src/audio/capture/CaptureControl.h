@@ -19,6 +19,8 @@ class CaptureControl {
                             bool saveTranscript, bool showOriginal) = 0;
     virtual void startCapture(AudioSourceType source, const QString& deviceId,
                               const QString& appBundleId) = 0;
+    virtual void changeSource(AudioSourceType source, const QString& deviceId,
+                              const QString& appBundleId) = 0;
     virtual void stopCapture(std::function<void()> done) = 0;
     virtual void stopCaptureSync() = 0;
 };

@@ -56,7 +56,7 @@ void CaptureSources::microphoneAuthorized(CaptureAuthorization status) {
     case CaptureAuthorization::Denied:
         logLine(u"❌ Mikrofon-Berechtigung nicht erteilt!"_s);
         logLine(u"   Bitte in Systemeinstellungen > Datenschutz > Mikrofon aktivieren"_s);
-        giveUp();
+        giveUp(CaptureProblem::NoPermission);
         return;
     case CaptureAuthorization::Authorized:
         logLine(u"✓ Mikrofon-Berechtigung vorhanden"_s);
@@ -69,14 +69,14 @@ void CaptureSources::microphoneAccessAnswered(bool granted) {
     if (granted) {
         startMicrophoneCaptureInternal();
     } else {
-        failed(u"❌ Mikrofon-Berechtigung verweigert"_s);
+        failed(u"❌ Mikrofon-Berechtigung verweigert"_s, CaptureProblem::NoPermission);
     }
 }
 
 void CaptureSources::startMicrophoneCaptureInternal() {
     run_->microphone = capture_.createMicrophoneStream(*this);
     if (!run_->microphone) {
-        failed(u"❌ Audio Engine konnte nicht erstellt werden"_s);
+        failed(u"❌ Audio Engine konnte nicht erstellt werden"_s, CaptureProblem::NoSoundService);
         return;
     }
     run_->microphone->prepare(run_->deviceId);
@@ -85,16 +85,17 @@ void CaptureSources::startMicrophoneCaptureInternal() {
 void CaptureSources::microphonePrepared(const MicrophonePreparation& found) {
     ORV_ON_MAIN();
     if (found.failure == MicrophoneFailure::NoEngine) {
-        failed(u"❌ Audio Engine konnte nicht erstellt werden"_s);
+        failed(u"❌ Audio Engine konnte nicht erstellt werden"_s, CaptureProblem::NoSoundService);
         return;
     }
     if (found.failure == MicrophoneFailure::NoInput) {
-        failed(u"❌ Kein Input Node verfügbar"_s);
+        failed(u"❌ Kein Input Node verfügbar"_s, CaptureProblem::NoDevice);
         return;
     }
     const bool isTarget = found.deviceFound && found.selectError.isEmpty();
     if (run_->hadTarget && !isTarget) {
-        failed(QString(u"⏳ Mikrofon '"_s + run_->deviceId + u"' ist weg, warte auf Rückkehr"_s));
+        failed(QString(u"⏳ Mikrofon '"_s + run_->deviceId + u"' ist weg, warte auf Rückkehr"_s),
+               CaptureProblem::DeviceGone);
         return;
     }
     run_->hadTarget = isTarget && !run_->deviceId.isEmpty();
@@ -103,7 +104,7 @@ void CaptureSources::microphonePrepared(const MicrophonePreparation& found) {
     logLine(captureLines::hardwareFormat(u"initial"_s, found.initialFormat));
     logLine(captureLines::hardwareFormat(u"nach prepare"_s, found.format));
     if (found.format.sampleRate <= 0 || found.format.channels <= 0) {
-        failed(u"❌ Kein gültiges Hardware-Format verfügbar"_s);
+        failed(u"❌ Kein gültiges Hardware-Format verfügbar"_s, CaptureProblem::NoDevice);
         return;
     }
     if (choosePath()) {
@@ -120,7 +121,8 @@ bool CaptureSources::choosePath() {
         creation = SampleRateConverter::create(rate);
         if (!creation.converter) {
             failed(QString(u"❌ Sample-Rate Converter konnte nicht erstellt werden: "_s +
-                           creation.error));
+                           creation.error),
+                   CaptureProblem::Other, creation.error);
             return false;
         }
         logLine(captureLines::converterCreated(rate));
@@ -139,7 +141,7 @@ void CaptureSources::microphoneStarted(const QString& error) {
         logLine(captureLines::microphoneStarted(run_->format));
         running();
     } else {
-        failed(QString(u"❌ Mikrofon-Engine Fehler: "_s + error));
+        failed(QString(u"❌ Mikrofon-Engine Fehler: "_s + error), CaptureProblem::Other, error);
     }
 }
 
@@ -151,6 +153,7 @@ void CaptureSources::microphoneStopped(const QString& error) {
     ORV_ON_MAIN();
     logLine(QString(u"❌ Mikrofon-Engine gestoppt: "_s + error));
     retryLater();
+    Q_EMIT captureEnded(CaptureProblem::Other, error);
 }
 
 } // namespace orv

@@ -34,7 +34,7 @@ void CaptureSources::screenCaptureBlock(std::span<const std::byte> block) {
 void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
     ORV_ON_MAIN();
     if (!outcome.displayFound) {
-        failed(u"❌ Kein Display gefunden"_s);
+        failed(u"❌ Kein Display gefunden"_s, CaptureProblem::NoDevice);
         return;
     }
     const bool wantsApp = !run_->appBundleId.isEmpty();
@@ -55,7 +55,7 @@ void CaptureSources::screenCaptureStarted(const ScreenCaptureStart& outcome) {
     }
     const QString failure = u"❌ ScreenCaptureKit Fehler: "_s + outcome.error;
     if (run_->hasRun) {
-        failed(failure);
+        failed(failure, CaptureProblem::Other, outcome.error);
         return;
     }
     logLine(failure);
@@ -70,6 +70,7 @@ void CaptureSources::screenCaptureStopped(const QString& error) {
     ORV_ON_MAIN();
     logLine(QString(u"❌ SCStream gestoppt: "_s + error));
     retryLater();
+    Q_EMIT captureEnded(CaptureProblem::NoSoundService, error);
 }
 
 } // namespace orv

@@ -73,8 +73,7 @@ void CaptureSources::stop() {
         return;
     }
     retry_.stop();
-    run_->microphone.reset();
-    ingest_.setSampleRateConverter(nullptr);
+    finishMicrophone();
     if (std::unique_ptr<ScreenCaptureStream> stream = std::move(run_->screenCapture)) {
         ScreenCaptureStream* const leaving = stream.get();
         retired_.push_back(std::move(stream));
@@ -95,24 +94,27 @@ void CaptureSources::running() {
     run_->lastFailure.clear();
     run_->pause = timings_.firstRetry;
     Q_EMIT activeChanged();
+    Q_EMIT captureStarted();
 }
 
-void CaptureSources::failed(const QString& line) {
+void CaptureSources::failed(const QString& line, CaptureProblem problem, const QString& reason) {
     if (line != run_->lastFailure) {
         logLine(line);
     }
     run_->lastFailure = line;
-    giveUp();
+    giveUp(problem, reason);
 }
 
-void CaptureSources::giveUp() {
+void CaptureSources::giveUp(CaptureProblem problem, const QString& reason) {
     if (run_->hasRun) {
         retryLater();
+        Q_EMIT captureEnded(problem, reason);
         return;
     }
     closeStreams();
     run_.reset();
     Q_EMIT activeChanged();
+    Q_EMIT captureFailed(problem, reason);
 }
 
 void CaptureSources::retryLater() {
@@ -138,11 +140,20 @@ void CaptureSources::captureAvailabilityChanged(bool available) {
     }
 }
 
+void CaptureSources::finishMicrophone() {
+    if (run_->microphone) {
+        // The last words: up to a buffer of them waits for its end, and the converter has some.
+        run_->microphone->finish();
+        ingest_.finishConversion(AudioIngest::TimePoint::clock::now());
+        run_->microphone.reset();
+    }
+    ingest_.setSampleRateConverter(nullptr);
+}
+
 void CaptureSources::closeStreams() {
     const bool wasRunning = std::exchange(run_->isRunning, false);
-    run_->microphone.reset();
+    finishMicrophone();
     run_->screenCapture.reset();
-    ingest_.setSampleRateConverter(nullptr);
     if (wasRunning) {
         Q_EMIT activeChanged();
     }

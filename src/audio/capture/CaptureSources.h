@@ -3,6 +3,7 @@
 #include "AudioCapture.h"
 #include "AudioDevice.h"
 #include "AudioSourceType.h"
+#include "CaptureProblem.h"
 #include "RunningApp.h"
 
 #include <QList>
@@ -87,7 +88,12 @@ class CaptureSources : public QObject,
 
   Q_SIGNALS:
     void listsChanged();
-    void activeChanged(); ///< `isActive`, `isRunning`.
+    void activeChanged();  ///< `isActive`, `isRunning`.
+    void captureStarted(); ///< Buffers come, for the first time or again.
+    /// A capture has ended by itself, or cannot be taken up again yet; it is tried on.
+    void captureEnded(CaptureProblem problem, const QString& reason);
+    /// A start has failed; nothing is tried any more.
+    void captureFailed(CaptureProblem problem, const QString& reason);
 
   private:
     struct Run;
@@ -116,10 +122,12 @@ class CaptureSources : public QObject,
     template <typename Work>
     auto forThisRun(Work work);
     void running();
-    void failed(const QString& line);
-    void giveUp();
+    void failed(const QString& line, CaptureProblem problem, const QString& reason = {});
+    void giveUp(CaptureProblem problem, const QString& reason = {});
     void retryLater();
     void retry();
+    /// Hands over what it has left; the converter is dropped.
+    void finishMicrophone();
     void closeStreams();
 
     void askDevices(Announce announce);

@@ -43,6 +43,7 @@ void AudioRun::tellMissingCredentials(const QString& id) {
 
 void AudioRun::receiveResult(const Result& result) {
     ORV_ON_MAIN();
+    noteResult();
     if (!result.original.isEmpty()) {
         logLine(u"📥 Original: "_s + result.original);
     }
@@ -78,6 +79,7 @@ void AudioRun::receiveStatus(const StatusMessage& status) {
         return;
     }
     logLine(u"📋 Backend Status: ["_s + status.status + u"] "_s + status.message);
+    noteEngine(status.status, status.message, RunTrouble::EngineRefused);
     Q_EMIT backendStatusArrived(status);
 }
 
@@ -106,8 +108,18 @@ void AudioRun::startDirectEngine() {
         return;
     }
     DirectEngineSession* const session = directEngine_.get();
-    connect(session, &DirectEngineSession::resultArrived, this, &AudioRun::resultArrived);
-    connect(session, &DirectEngineSession::statusArrived, this, &AudioRun::engineStatusArrived);
+    const RunTrouble onError =
+        session->isStreaming() ? RunTrouble::EngineLost : RunTrouble::EngineRefused;
+    connect(session, &DirectEngineSession::resultArrived, this, [this](const Result& result) {
+        noteResult();
+        Q_EMIT resultArrived(result);
+    });
+    connect(session, &DirectEngineSession::statusArrived, this,
+            [this, onError](const QString& status, const QString& message) {
+                noteEngine(status, message, onError);
+                Q_EMIT engineStatusArrived(status, message);
+            });
+    connect(session, &DirectEngineSession::blockAccepted, this, &AudioRun::receiveProcessed);
     connect(session, &DirectEngineSession::openFailed, this, &AudioRun::abandonDirectEngine);
     sound_.sender.setPcmSink(session->pcmSink());
     if (session->isStreaming()) {

@@ -21,7 +21,8 @@ AudioRun::AudioRun(const AudioEnvironment& environment,
     : environment_(environment)
     , configuration_(configuration)
     , sound_(sound)
-    , linkThread_(linkThread) {
+    , linkThread_(linkThread)
+    , watch_(environment.timings.watch) {
     readyTimer_.setTimerType(Qt::PreciseTimer); // A coarse one may end before its time.
     readyTimer_.setSingleShot(true);
     connect(&readyTimer_, &QTimer::timeout, this, &AudioRun::linkReady);
@@ -31,17 +32,19 @@ void AudioRun::start(const SourceChoice& source) {
     ORV_ON_MAIN();
     source_ = source;
     sound_.prepare();
+    noteSource();
     const QUrl url(u"ws://127.0.0.1:%1"_s.arg(environment_.backendPort));
     BackendLink::Listener& listener = *this;
     link_ = std::make_unique<BackendLink>(linkThread_, url, listener, BackendLink::Timings{});
     sound_.sender.setLink(link_->sender());
+    noteSending();
     logLine(u"🔌 WebSocket zum Backend verbunden (maxMsg=16MB)");
     readyTimer_.start(environment_.timings.linkReady);
 }
 
 void AudioRun::linkReady() {
     ORV_ON_MAIN();
-    sound_.chunker.setConnected(true);
+    sound_.chunker.setConnected(!isLinkLost_); // It may have failed within the time it was given.
     startDirectEngine();
     if (configuration_) {
         sendConfig();
@@ -49,10 +52,23 @@ void AudioRun::linkReady() {
     sound_.listen(source_);
 }
 
+void AudioRun::changeSource(const SourceChoice& source) {
+    ORV_ON_MAIN();
+    source_ = source;
+    if (readyTimer_.isActive()) {
+        return; // The link is not ready; the first source has not been opened yet.
+    }
+    noteSourceChange();
+    sound_.sources.start(source.type, source.deviceId, source.appBundleId);
+}
+
 void AudioRun::linkFailed(const QString& error) {
     ORV_ON_MAIN();
     logLine(u"❌ WebSocket receive: "_s + error);
+    isLinkLost_ = true;
     sound_.chunker.setConnected(false);
+    watch_.linkLost(error);
+    noteTrouble();
     if (gracefulStop_) {
         gracefulStop_->linkFailed();
     }
@@ -60,6 +76,7 @@ void AudioRun::linkFailed(const QString& error) {
 
 void AudioRun::stop() {
     ORV_ON_MAIN();
+    watch_.end();
     readyTimer_.stop();
     finishDirectEngine();
     sound_.stopListening();
@@ -127,6 +144,7 @@ void AudioRun::endAtOnce() {
 
 void AudioRun::finish() {
     isOver_ = true;
+    watch_.end();
     link_.reset();
     sound_.clear();
 }

@@ -6,7 +6,9 @@
 #include "ConfigMessage.h"
 #include "DirectEngineSession.h"
 #include "GracefulStop.h"
+#include "PostTarget.h"
 #include "Result.h"
+#include "RunWatch.h"
 #include "SoundPath.h"
 
 #include <QObject>
@@ -42,6 +44,9 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     /// Opens the link; once it is ready, sends the configuration and starts listening to `source`.
     void start(const SourceChoice& source);
 
+    /// Listens to another source from now on. Not once the run is being stopped.
+    void changeSource(const SourceChoice& source);
+
     /// Sends the configuration. The link must be ready.
     void sendConfig();
 
@@ -56,12 +61,16 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
 
     bool isOver() const { return isOver_; }
 
+    /// How the run is now; not on any more once its stop has begun.
+    RunProgress progress() const;
+
   Q_SIGNALS:
     void resultArrived(const Result& result);
     void backendStatusArrived(const StatusMessage& status);
     /// "connected" or "error", and what to tell the user.
     void engineStatusArrived(const QString& status, const QString& message);
     void noticeRaised(const AudioNotice& notice);
+    void troubleChanged(); ///< Of `progress`, by something that has happened.
     void ended();
 
   private:
@@ -74,9 +83,18 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     void stepsDone() override;
     void finish();
 
+    // RunAccount.cpp: what is noted of the run.
+    void noteSource();
+    void noteSourceChange();
+    void noteSending();
+    void noteResult();
+    void noteEngine(const QString& status, const QString& message, RunTrouble onError);
+    void noteTrouble();
+
     // AudioConversation.cpp: what is said to and by the speech server or the direct engine.
     void receiveResult(const Result& result) override;
     void receiveStatus(const StatusMessage& status) override;
+    void receiveProcessed() override;
     void receiveFlushed() override;
     void receiveVersion(std::int64_t version);
     void tellMissingCredentials(const QString& id);
@@ -95,6 +113,7 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     SourceChoice source_;
     QTimer readyTimer_;
     bool isOver_ = false;
+    bool isLinkLost_ = false;
 
     std::unique_ptr<BackendLink> link_;
     /// Made when it is needed first.
@@ -106,6 +125,8 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     std::unique_ptr<GracefulStop> gracefulStop_;
     /// Who is told when the server confirms a flush; set while a confirmation is awaited.
     GracefulStop* flushCompletionHandler_ = nullptr;
+    RunWatch watch_;
+    PostTarget target_; ///< For the send queue and the link thread.
 };
 
 } // namespace orv

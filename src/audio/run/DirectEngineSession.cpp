@@ -5,10 +5,9 @@
 #include "Log.h"
 #include "ThreadChecks.h"
 
-#include <QDateTime>
-
 #include <deque>
 #include <exception>
+#include <functional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -33,7 +32,8 @@ struct DirectEngineSession::State {
     bool ended = false;
     bool drains = false; ///< Ended; disconnects once nothing waits any more.
     bool disconnected = false;
-    bool abandoned = false; ///< The engine goes as soon as it is disconnected.
+    std::function<void()> blockDone; ///< Told after each block.
+    bool abandoned = false;          ///< The engine goes as soon as it is disconnected.
 
     void enqueue(QByteArray pcm) {
         waitingBytes += pcm.size();
@@ -89,6 +89,9 @@ QCoro::Task<> sendWaiting(StatePtr state) {
             if (!state->abandoned) {
                 logEngineError(*state->engine, error);
             }
+        }
+        if (state->blockDone) {
+            state->blockDone();
         }
     }
     state->sending = false;
@@ -154,11 +157,16 @@ DirectEngineSession::DirectEngineSession(
                                         const QString& original, const QString& translation) {
         // At once: what has been delivered must not be lost on its way to the main thread.
         if (const auto open = transcript.lock()) {
-            open->append(original, translation, QDateTime::currentDateTime());
+            open->append(original, translation);
         }
         target.post(
             [this, result = Result{original, translation}] { Q_EMIT resultArrived(result); });
     };
+    if (!isStreaming()) {
+        state_->blockDone = [this, target = target_->handle()] {
+            target.post([this] { Q_EMIT blockAccepted(); });
+        };
+    }
     state_->engine->onStatus = [this, target = target_->handle()](const QString& status,
                                                                   const QString& message) {
         logLine(u"📋 Direct Engine Status: ["_s + status + u"] "_s + message);

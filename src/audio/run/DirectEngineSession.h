@@ -58,7 +58,8 @@ class DirectEngineSession : public QObject {
     void resultArrived(const Result& result);
     /// "connected" or "error", and what to tell the user.
     void statusArrived(const QString& status, const QString& message);
-    void openFailed(); ///< The session is of no further use.
+    void blockAccepted(); ///< Or refused: one more block that is not streamed is done with.
+    void openFailed();    ///< The session is of no further use.
 
   private:
     struct State;

@@ -97,8 +97,9 @@ void SoundPath::startSendTimer() {
 
 void SoundPath::readMeter() {
     ORV_ON_MAIN();
-    if (ingest.drainMeter(meter)) {
+    if (const auto loudest = ingest.drainMeter(meter)) {
         Q_EMIT levelChanged();
+        Q_EMIT soundArrived(*loudest > meterLevel(chunker.vadThreshold()));
     }
 }
 
@@ -114,6 +115,7 @@ void SoundPath::clear() {
     ORV_ON_MAIN();
     sendTimer_.stop(); // A setting may have started it again since the capture ended.
     sender.setLink({});
+    sender.setChunkSent({});
     chunker.setConnected(false);
     chunker.clear();
     ingest.drainMeter(meter);

@@ -60,6 +60,8 @@ class SoundPath : public QObject {
 
   Q_SIGNALS:
     void levelChanged(); ///< `meter`.
+    /// Sound has arrived; `isSpeech` tells whether some was above the threshold of pause detection.
+    void soundArrived(bool isSpeech);
 
   private:
     void followPauseDetection();

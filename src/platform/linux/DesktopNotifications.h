@@ -19,6 +19,8 @@ class DesktopNotifications : public QObject, public UserNotifications {
     void requestAuthorization(NotificationOptions options,
                               Answer<const NotificationAuthorization&> done) override;
 
+    void notify(const QString& title, const QString& message) override;
+
   private:
     QDBusConnection bus_;
 };

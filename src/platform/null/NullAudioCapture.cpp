@@ -44,6 +44,15 @@ class NullAudioCapture::Microphone final : public MicrophoneStream {
         });
     }
 
+    void finish() override {
+        ORV_ON_MAIN();
+        const std::vector<float>& rest = state_->answers.gatheredRest;
+        if (state_->microphone == this && !rest.empty()) {
+            deliver({.firstChannel = rest.data(), .frames = rest.size(), .stride = 1});
+        }
+        release();
+    }
+
     void deliver(const MicrophoneBuffer& buffer) { listener_.microphoneBuffer(buffer); }
 
     void end(const QString& error) {

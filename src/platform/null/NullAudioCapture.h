@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace orv {
 
@@ -29,7 +30,8 @@ class NullAudioCapture final : public AudioCapture {
         std::optional<QList<RunningApp>> capturableApps = QList<RunningApp>();
         QList<RunningApp> runningApps;
         MicrophonePreparation preparation;
-        QString microphoneStartError; ///< Empty: it starts.
+        QString microphoneStartError;    ///< Empty: it starts.
+        std::vector<float> gatheredRest; ///< What a running microphone delivers at its end.
         ScreenCaptureStart screenCapture;
         QString screenCaptureStopError; ///< Empty: it stops.
     };

@@ -16,6 +16,8 @@ class NullUserNotifications : public UserNotifications {
         QTimer::singleShot(0, &context_, [done = std::move(done)] { done({}); });
     }
 
+    void notify(const QString& /*title*/, const QString& /*message*/) override {}
+
   private:
     QObject context_;
 };

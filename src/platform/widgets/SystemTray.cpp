@@ -36,6 +36,8 @@ QString traySymbol(TrayIcon icon) {
     switch (icon) {
     case TrayIcon::Translating:
         return u":/orvane/tray/translating.svg"_s;
+    case TrayIcon::Interrupted:
+        return u":/orvane/tray/interrupted.svg"_s;
     case TrayIcon::BackendRunning:
         return u":/orvane/tray/running.svg"_s;
     case TrayIcon::Idle:

@@ -100,7 +100,7 @@ class Accessibility:
             for node in self.nodes(pid):
                 if self._ask(lambda: node.get_name() == name and self._is_enabled(node)) and (
                         action := self._ask(lambda: self._press_of(node))):
-                    return action()
+                    return self._ask(action)
             return False
 
         try:
@@ -145,6 +145,10 @@ class Accessibility:
     def value(self, node):
         """What a slider stands at."""
         return node.get_value_iface().get_current_value()
+
+    def set_value(self, node, value):
+        """Moves a slider to `value`, as assistive programs do; None when it has gone."""
+        return self._ask(lambda: node.get_value_iface().set_current_value(value))
 
     def menu_items(self, move):
         """The items of the menu in which `move()` moves the focus, top to bottom. Menus stand beside

@@ -11,6 +11,7 @@ from .processes import Children, Timeout, wait_until
 
 SCREEN = "1280x900x24"
 EMPTY_TRAY_WIDTH = 8
+_SERVER_STARTS = 5
 WALLPAPER = 0x5B6B7D
 
 
@@ -74,7 +75,8 @@ class Desktop:
             return self.children.start(command, env=self.environment, stdout=log, stderr=log,
                                        **options)
 
-    def _start_screen(self):
+    def _start_server(self):
+        """Starts an X server; returns its number, or nothing when it gives up."""
         read_end, write_end = os.pipe()
         try:
             self._start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", self._screen,
@@ -82,7 +84,12 @@ class Desktop:
         finally:
             os.close(write_end)
         with os.fdopen(read_end) as answer:
-            number = answer.readline().strip()
+            return answer.readline().strip()
+
+    def _start_screen(self):
+        # Servers of one number, each in a network of its own, keep their compiled keyboards in the same
+        # place and may take them away from each other.
+        number = next(filter(None, (self._start_server() for _ in range(_SERVER_STARTS))), None)
         if not number:
             raise RuntimeError("Xvfb did not start:\n" + self.log_of("Xvfb"))
         self.environment["DISPLAY"] = f":{number}"

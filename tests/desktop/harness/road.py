@@ -86,18 +86,20 @@ class SubtitleWatch:
 
 class Road:
     """A context with everything between a voice and a subtitle: desktop, sound, the program, its
-    speech server. `environment` is what the program finds in its own besides the desktop's. `say`
-    tells the person who watches what happens."""
+    speech server. `environment` is what the program finds in its own besides the desktop's;
+    `prepare` is given the desktop before the program starts. `say` tells the person who watches what
+    happens."""
 
     def __init__(self, executable, install_backend, source=MICROPHONE_ROAD, language="en",
                  settings=None, environment=None, tray=True, compositor=False,
-                 say=lambda text: None):
+                 prepare=lambda desktop: None, say=lambda text: None):
         self._executable = executable
         self._install_backend = install_backend
         self._source = source
         self._language = language
         self._settings = settings or {}
         self._environment = environment or {}
+        self._prepare = prepare
         self._say = say
         self.desktop = Desktop(tray=tray, compositor=compositor)
         self._watch = None
@@ -135,6 +137,7 @@ class Road:
         if self._source == APP_ROAD:
             self.sound.open_player(PLAYER)
         self.accessibility = Accessibility(self.desktop)
+        self._prepare(self.desktop)
         self.program = Program(self.desktop, self._executable)
         self.program.wait_for_line("App gestartet")
         wait_until(self.overlay.text, "the browser overlay")

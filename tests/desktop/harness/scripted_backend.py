@@ -37,6 +37,10 @@ class ScriptedBackend:
         before."""
         return self._ask(publish=message)["moment"]
 
+    def hang_up(self):
+        """On every program that is connected."""
+        self._ask(hangs_up=True)
+
     def has_client(self):
         return self._ask()["clients"] > 0
 
@@ -71,27 +75,42 @@ def status(kind, message):
     return {"type": "status", "status": kind, "message": message}
 
 
+def serve(script):
+    """Is such a server in this very process, for good: what a program starts as its own."""
+    asyncio.run(_Server(script).run_alone())
+
+
 class _Server:
-    def __init__(self):
-        self._script = []
+    def __init__(self, script=()):
+        self._script = list(script)
         self._finishes = True
         self._clients = set()
         self._configurations = []
         self._audio_messages = 0
 
-    async def run(self):
+    def _listen(self):
         import websockets
 
         self._closed = websockets.ConnectionClosed
-        async with websockets.serve(self._talk, "127.0.0.1", BACKEND_PORT, max_size=None):
+        return websockets.serve(self._talk, "127.0.0.1", BACKEND_PORT, max_size=None)
+
+    async def run_alone(self):
+        async with self._listen():
+            await asyncio.get_running_loop().create_future()
+
+    async def run(self):
+        async with self._listen():
             print("{}", flush=True)
             loop = asyncio.get_running_loop()
             while line := await loop.run_in_executor(None, sys.stdin.readline):
                 print(json.dumps(await self._obey(**json.loads(line))), flush=True)
 
-    async def _obey(self, script=None, finishes=True, publish=None):
+    async def _obey(self, script=None, finishes=True, publish=None, hangs_up=False):
         if script is not None:
             self._script, self._finishes = script, finishes
+        if hangs_up:
+            for client in list(self._clients):
+                await client.close()
         moment = None
         if publish is not None:
             message = json.dumps(publish)

@@ -27,13 +27,17 @@ class Sound:
 
     def __init__(self, desktop):
         self._desktop = desktop
-        socket = desktop.folder / "pulse.socket"
-        desktop.environment["PULSE_SERVER"] = f"unix:{socket}"
+        self._socket = desktop.folder / "pulse.socket"
+        desktop.environment["PULSE_SERVER"] = f"unix:{self._socket}"
         desktop.environment["PULSE_RUNTIME_PATH"] = str(desktop.folder / "runtime" / "pulse")
-        self._daemon = desktop._start([
+        self.start()
+
+    def start(self):
+        """Again, after `kill`."""
+        self._daemon = self._desktop._start([
             "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
             "--disallow-exit=yes", "--realtime=no", "--high-priority=no", "--log-level=error",
-            "-L", f"module-native-protocol-unix auth-anonymous=1 socket={socket}",
+            "-L", f"module-native-protocol-unix auth-anonymous=1 socket={self._socket}",
             "-L", f"module-null-sink sink_name={SPEAKERS} "
                   "sink_properties=device.description=Speakers",
             "-L", f"module-null-sink sink_name={_MICROPHONE_INPUT} "
@@ -46,6 +50,11 @@ class Sound:
         self._pactl("set-default-sink", SPEAKERS)
         self._pactl("set-default-source", MICROPHONE)
         self._prime()
+
+    def kill(self):
+        self._daemon.kill()
+        self._daemon.wait()
+        self._socket.unlink(missing_ok=True)
 
     def _pactl(self, *arguments):
         return subprocess.run(["pactl", *arguments], env=self._desktop.environment, text=True,

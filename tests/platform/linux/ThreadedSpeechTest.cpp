@@ -49,7 +49,11 @@ class Stage {
 
     QStringList calls() const {
         const std::lock_guard lock(mutex_);
-        return calls_;
+        // A list of its own: that another thread no longer shares one is told to this one without
+        // an order in memory.
+        QStringList calls = calls_;
+        calls.detach();
+        return calls;
     }
 
     bool hangs() const {

@@ -31,6 +31,8 @@ class DesktopNotificationsTest : public ::testing::Test {
 
     ServicePeer& bus() { return *bus_; }
 
+    DesktopNotifications& notifications() { return *notifications_; }
+
   private:
     const QString connection = u"user-notifications-test"_s;
     std::optional<ServicePeer> bus_;
@@ -44,6 +46,16 @@ TEST_F(DesktopNotificationsTest, areGrantedWhereTheServiceAnswers) {
     EXPECT_TRUE(answer->granted);
     EXPECT_EQ(answer->error, QString());
     EXPECT_EQ(bus().count(u"asked"_s), 1);
+}
+
+TEST_F(DesktopNotificationsTest, showATitleAndPlainText) {
+    answerOn({u"--notifications"_s});
+    notifications().notify(u"Interrupted"_s, u"No <b>sound</b> & no answer"_s);
+    ASSERT_TRUE(waitUntil([this] { return bus().count(u"notified"_s) == 1; }));
+    const QJsonObject notified = bus().events(u"notified"_s).value(0);
+    EXPECT_EQ(notified[u"name"_s], u"Orvane"_s);
+    EXPECT_EQ(notified[u"title"_s], u"Interrupted"_s);
+    EXPECT_EQ(notified[u"body"_s], u"No &lt;b&gt;sound&lt;/b&gt; &amp; no answer"_s);
 }
 
 TEST_F(DesktopNotificationsTest, areNotGrantedWithoutAService) {

@@ -2,7 +2,8 @@
 
   message_bus.py [--notifications [--refuse]]
 
-Says: listening {address}, asked {method}. With --refuse the service answers with an error.
+Says: listening {address}, asked {method}, notified {name, title, body}. With --refuse
+the service answers with an error.
 """
 
 import argparse
@@ -16,10 +17,23 @@ from service_peer import die_with_parent, say
 
 _INTERFACE = """<node><interface name="org.freedesktop.Notifications">
   <method name="GetCapabilities"><arg type="as" direction="out"/></method>
+  <method name="Notify">
+    <arg type="s" name="app_name" direction="in"/><arg type="u" name="replaces_id" direction="in"/>
+    <arg type="s" name="app_icon" direction="in"/><arg type="s" name="summary" direction="in"/>
+    <arg type="s" name="body" direction="in"/><arg type="as" name="actions" direction="in"/>
+    <arg type="a{sv}" name="hints" direction="in"/>
+    <arg type="i" name="expire_timeout" direction="in"/>
+    <arg type="u" name="id" direction="out"/>
+  </method>
 </interface></node>"""
 
 
-def answer(_connection, _sender, _path, _interface, method, _parameters, invocation):
+def answer(_connection, _sender, _path, _interface, method, parameters, invocation):
+    if method == "Notify":
+        name, _replaces, _icon, title, body, *_rest = parameters.unpack()
+        say(event="notified", name=name, title=title, body=body)
+        invocation.return_value(GLib.Variant("(u)", (1,)))
+        return
     say(event="asked", method=method)
     if options.refuse:
         invocation.return_dbus_error("org.example.Refused", "nobody may notify")
