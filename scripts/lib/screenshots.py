@@ -38,6 +38,7 @@ STATES = {
     "idle": None,
     "running": [SPOKEN],
     "stopping": [SPOKEN],
+    "interrupted": [SPOKEN],
     "error": [status("error", "Recognition failed: the model file whisper-base.pt is damaged. "
                      "Download it again under Settings → Whisper.")],
     "loading": [status("model_loading", "Loading the Whisper model (base)...")],
@@ -58,7 +59,7 @@ def arguments():
     parser.add_argument("--out", type=pathlib.Path, default=ROOT / "docs" / "images")
     parser.add_argument("--languages", default="en,de", help="of en, de, es, fr, it")
     parser.add_argument("--schemes", default="light,dark")
-    parser.add_argument("--states", default="running", help="of " + ", ".join(STATES))
+    parser.add_argument("--states", default="running,interrupted", help="of " + ", ".join(STATES))
     parser.add_argument("--scale", default="1", help="pixels per logical pixel (default: 1)")
     parser.add_argument("--no-settings", action="store_true", help="the panel only")
     parser.add_argument("--program", type=pathlib.Path,
@@ -95,8 +96,10 @@ def settled_window(desktop):
 class Pictures:
     """Pictures of one program on one desktop."""
 
-    def __init__(self, options, desktop, program, accessibility, suffix):
+    def __init__(self, options, desktop, backend, program, accessibility, language, suffix):
         self._options = options
+        self._text = Texts(language)
+        self._backend = backend
         self._desktop = desktop
         self._program = program
         self._accessibility = accessibility
@@ -118,10 +121,17 @@ class Pictures:
         if state == "stopping":
             self._desktop.key("ctrl+Return")
             self._program.wait_for_line("🛑 Stoppe Audio-Capture")
+        if state in ("running", "interrupted"):
+            sound = f"{self._text('run.stage.sound')}: {self._text('run.stage.now')}"
+            self._accessibility.wait_for(self._program.pid, sound)
+        if state == "interrupted":
+            wait_until(self._backend.has_client, "the run")
+            self._backend.hang_up()
+            self._program.wait_for_line("❌ WebSocket receive: ")
         self.take("panel" if state == "running" else f"panel-{state}")
 
-    def settings(self, language, whole):
-        text = Texts(language)
+    def settings(self, whole):
+        text = self._text
         self._press(text("main.settings"))
         for name in TABS:
             self._press(text(f"settings.tab.{name}"))
@@ -170,10 +180,8 @@ def make_pictures(options, desktop, backend, portal, accessibility):
         for language in options.languages.split(","):
             for scheme in options.schemes.split(","):
                 portal.set_scheme(scheme)
-                if language == "de" and state == "running":
-                    backend.set_script([SPOKEN])
-                elif state == "running":
-                    backend.set_script([SPANISH])
+                if state in ("running", "interrupted"):
+                    backend.set_script([SPOKEN if language == "de" else SPANISH])
                 write_settings(desktop, {"uiLanguage": language, "sourceLang": "en",
                                          "targetLang": "de" if language == "de" else "es",
                                          "autoStartBackend": state != "idle",
@@ -185,10 +193,11 @@ def make_pictures(options, desktop, backend, portal, accessibility):
                     suffix = f"{scheme}-{language}"
                     if options.scale != "1":
                         suffix += f"@{options.scale}x"
-                    pictures = Pictures(options, desktop, program, accessibility, suffix)
+                    pictures = Pictures(options, desktop, backend, program, accessibility,
+                                        language, suffix)
                     pictures.panel(state)
                     if not options.no_settings and state == options.states.split(",")[0]:
-                        pictures.settings(language, (language, scheme) in WHOLE)
+                        pictures.settings((language, scheme) in WHOLE)
                 finally:
                     program.terminate()
 
