@@ -14,13 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-namespace {
-
-/// For a killed child to go, which is a matter of the system alone.
-constexpr std::chrono::seconds killedChild{5};
-
-} // namespace
-
 TranslationEngine::TranslationEngine(BackendEnvironment environment, QObject* parent)
     : QObject(parent)
     , environment_(std::move(environment))
@@ -171,18 +164,27 @@ void TranslationEngine::checkBackendStatus() {
 }
 
 void TranslationEngine::startStatusCheckTimer() {
+    ++watches_;
     checkTimer_.start(environment_.timings.liveness);
+}
+
+void TranslationEngine::stopStatusCheckTimer() {
+    ++watches_;
+    checkTimer_.stop();
 }
 
 void TranslationEngine::checkLiveness() {
     ORV_ON_MAIN();
     refreshMayOutlive();
-    if (isPortInUse()) {
-        return;
-    }
-    setState(false, u"engine.terminated"_s);
-    checkTimer_.stop();
-    Q_EMIT BackendStatusChanged(false);
+    environment_.probe.look(environment_.port,
+                            [self = QPointer(this), watch = watches_](std::optional<bool> inUse) {
+                                // Who has not been able to look has seen no change.
+                                if (self && self->watches_ == watch && inUse == false) {
+                                    self->setState(false, u"engine.terminated"_s);
+                                    self->stopStatusCheckTimer();
+                                    Q_EMIT self->BackendStatusChanged(false);
+                                }
+                            });
 }
 
 void TranslationEngine::childFinished(quint64 launch, int status) {
@@ -198,7 +200,7 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
     const bool isLatest = launch == launches_;
     if (isLatest) {
         setState(false, u"engine.stopped"_s);
-        checkTimer_.stop();
+        stopStatusCheckTimer();
     }
     logLine(QString(u"Backend beendet mit Code: " % QString::number(status)));
     if (failed) {
@@ -211,99 +213,6 @@ void TranslationEngine::childFinished(quint64 launch, int status) {
     if (launch == launches_ && std::exchange(startsWhenStopped_, false)) {
         startBackend();
     }
-}
-
-void TranslationEngine::stopBackend() {
-    ORV_ON_MAIN();
-    setLastWords({});
-    startsWhenInstalled_ = false;
-    startsWhenStopped_ = false;
-    if (!isRunning_ && !child_.isRunning()) {
-        logLine(u"Backend läuft nicht");
-        return;
-    }
-    logLine(u"🛑 Stoppe Backend...");
-    setStatus(u"engine.stopping"_s);
-    if (child_.process) {
-        if (!isBeingStopped()) {
-            stoppedLaunch_ = child_.launch;
-            child_.nextSignal = QDeadlineTimer(environment_.timings.stopPause);
-        }
-        refreshMayOutlive();
-        child_.process->terminate();
-    }
-    afterPause(&TranslationEngine::stopWithInterrupt);
-}
-
-void TranslationEngine::afterPause(void (TranslationEngine::*step)()) {
-    QTimer::singleShot(environment_.timings.stopPause, Qt::PreciseTimer, this,
-                       [this, step, launch = launches_, number = stopNumber_] {
-                           if (launch == launches_ && number == stopNumber_) {
-                               (this->*step)();
-                           }
-                       });
-}
-
-void TranslationEngine::stopWithInterrupt() {
-    ORV_ON_MAIN();
-    interruptIfRunning();
-    afterPause(&TranslationEngine::stopWithKill);
-}
-
-void TranslationEngine::stopWithKill() {
-    ORV_ON_MAIN();
-    killIfRunning();
-    retireChild();
-    setState(false, u"engine.stopped"_s);
-    checkTimer_.stop();
-    logLine(u"✓ Backend gestoppt");
-    Q_EMIT BackendStatusChanged(false);
-}
-
-void TranslationEngine::interruptIfRunning() {
-    if (child_.isRunning()) {
-        logLine(u"⚠️ Backend reagiert nicht auf SIGTERM, sende SIGINT...");
-        child_.process->interrupt();
-        child_.interrupted = true;
-        child_.nextSignal = QDeadlineTimer(environment_.timings.stopPause);
-    }
-}
-
-void TranslationEngine::killIfRunning() {
-    if (child_.isRunning()) {
-        logLine(u"⚠️ Backend reagiert nicht, sende SIGKILL...");
-        child_.process->kill();
-    }
-}
-
-void TranslationEngine::endChildNow() {
-    if (child_.process && !child_.interrupted && !endsBeforeNextSignal()) {
-        interruptIfRunning();
-    }
-    if (child_.process && !endsBeforeNextSignal()) {
-        killIfRunning();
-    }
-    retireChild();
-    // Only killed ones can still be running.
-    for (const Child& child : retired_) {
-        child.process->waitForEnd(killedChild);
-    }
-}
-
-bool TranslationEngine::endsBeforeNextSignal() const {
-    return child_.process->waitForEnd(std::chrono::milliseconds(child_.nextSignal.remainingTime()));
-}
-
-void TranslationEngine::retireChild() {
-    if (child_.process) {
-        retired_.push_back(std::exchange(child_, {}));
-    }
-}
-
-void TranslationEngine::stopForGood() {
-    ORV_ON_MAIN();
-    startsNothing_ = true;
-    stopBackend();
 }
 
 void TranslationEngine::lookSoon() {

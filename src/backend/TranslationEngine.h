@@ -103,6 +103,7 @@ class TranslationEngine : public QObject, public BackendControl {
     void checkLater(std::chrono::milliseconds delay);
     /// Looks at the port every `timings.liveness`, counted anew from now.
     void startStatusCheckTimer();
+    void stopStatusCheckTimer();
     void checkLiveness();
     void childFinished(quint64 launch, int status);
     void stopWithInterrupt();
@@ -135,6 +136,7 @@ class TranslationEngine : public QObject, public BackendControl {
     QTimer checkTimer_;         ///< Ticks while the backend runs.
     QTimer portCheck_;          ///< The next look at the port of a backend that was launched.
     QTimer doubtCheck_;         ///< A look at the port before the next tick.
+    quint64 watches_ = 0;       ///< Answers of looks that were made for an earlier one are void.
     quint64 launches_ = 0;      ///< Also the number of the latest launch.
     quint64 stoppedLaunch_ = 0; ///< The launch that was last asked to stop.
     quint64 stopNumber_ = 0;    ///< Of the latest stop that is still wanted.

@@ -27,6 +27,16 @@ class ScriptedPortProbe : public PortProbe {
         return inUse;
     }
 
+    void look(quint16 port, const std::function<void(std::optional<bool>)>& answered) override {
+        if (holdsLooks) {
+            heldLooks.append(answered);
+        } else {
+            PortProbe::look(port, answered);
+        }
+    }
+
+    bool holdsLooks = false; ///< Their answers wait for the test.
+    QList<std::function<void(std::optional<bool>)>> heldLooks;
     std::optional<bool> inUse = false; ///< No value: it could not find out in time.
     int count = 0;
     quint16 lastPort = 0;

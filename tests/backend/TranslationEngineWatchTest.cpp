@@ -190,6 +190,36 @@ TEST_F(TranslationEngineWatch, doubtsAreLookedIntoBeforeTheNextTick) {
     EXPECT_EQ(posted, (QList<bool>{true, false}));
 }
 
+TEST_F(TranslationEngineWatch, anAnswerThatComesAfterANewStartIsVoid) {
+    environment().timings.liveness = 5ms;
+    probe.holdsLooks = true;
+    probe.inUse = true;
+    engine().startBackend();
+    ASSERT_TRUE(waitUntil([&] { return !probe.heldLooks.isEmpty(); }));
+    const auto held = probe.heldLooks; // All of them were made for the first start.
+    engine().startBackend();
+    for (const auto& answer : held) {
+        answer(false);
+    }
+    EXPECT_EQ(status(), u"engine.running"_s);
+    ASSERT_TRUE(waitUntil([&] { return probe.heldLooks.size() > held.size(); }));
+    probe.heldLooks.last()(false);
+    EXPECT_EQ(status(), u"engine.terminated"_s);
+    EXPECT_EQ(posted, (QList<bool>{true, true, false}));
+}
+
+TEST_F(TranslationEngineWatch, anAnswerThatComesAfterItsEndWasToldIsVoid) {
+    environment().timings.liveness = 5ms;
+    probe.holdsLooks = true;
+    probe.inUse = true;
+    engine().startBackend();
+    ASSERT_TRUE(waitUntil([&] { return probe.heldLooks.size() >= 2; }));
+    probe.heldLooks.first()(false);
+    probe.heldLooks.last()(false);
+    EXPECT_EQ(posted, (QList<bool>{true, false}));
+    EXPECT_EQ(status(), u"engine.terminated"_s);
+}
+
 TEST_F(TranslationEngineWatch, nothingIsSaidToRunAfterItsEndWasTold) {
     installBackend(programs::waitForSignal);
     QObject::connect(&engine(), &TranslationEngine::isRunningChanged, &engine(), [&](bool runs) {

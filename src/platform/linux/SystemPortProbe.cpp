@@ -1,6 +1,7 @@
 #include "SystemPortProbe.h"
 
 #include "SocketTable.h"
+#include "ThreadedPortProbe.h"
 
 #include <QFile>
 
@@ -36,7 +37,7 @@ std::optional<bool> SystemPortProbe::isPortInUse(quint16 port) {
 }
 
 std::unique_ptr<PortProbe> createSystemPortProbe() {
-    return std::make_unique<SystemPortProbe>();
+    return std::make_unique<ThreadedPortProbe>(std::make_unique<SystemPortProbe>());
 }
 
 } // namespace orv

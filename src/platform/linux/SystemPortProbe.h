@@ -7,7 +7,8 @@
 
 namespace orv {
 
-/// A port probe that reads the kernel's tables of sockets, which takes a fraction of a millisecond.
+/// A port probe that reads the kernel's tables of sockets, which takes a fraction of a millisecond
+/// where there are not very many.
 /// The port is in use exactly when a process holds a socket with that port at either end. Where a
 /// table cannot be read, `fallback` is asked.
 class SystemPortProbe : public PortProbe {
