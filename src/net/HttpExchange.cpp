@@ -158,6 +158,8 @@ void HttpExchange::connected() {
 void HttpExchange::write() {
     progress();
     socket_->write(requestBytes(call_, client_.afterAnswer()));
+    // At once, instead of after whatever else the main thread has to do in between.
+    socket_->flush();
 }
 
 void HttpExchange::progress() {

@@ -1,9 +1,12 @@
 // What the panel shows of a run: its stages, and what interrupts it.
 
+#include "ControlPanel.h"
 #include "InterruptionBanner.h"
 #include "L10n.h"
+#include "ReadingText.h"
 #include "RecoveryFixture.h"
 #include "RunStages.h"
+#include "VmixTracking.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -120,6 +123,42 @@ TEST_F(RunStagesTest, followTheLanguage) {
     startRun();
     settings.uiLanguage.set(u"de"_s);
     EXPECT_TRUE(shown().first().startsWith(u"Ton: ")) << qPrintable(shown().first());
+}
+
+class RunResultTest : public RecoveryFixture {
+  protected:
+    PanelEnvironment environment() {
+        return {.settings = settings,
+                .audio = audio,
+                .engine = backend,
+                .controller = controller,
+                .recovery = *recovery,
+                .l10n = l10n,
+                .vmix = vmix};
+    }
+
+    L10n l10n{settings.uiLanguage, u"en"_s};
+    VmixTracking vmix{settings};
+    ControlPanel panel{environment()};
+    ReadingText* texts = panel.findChild<ReadingText*>();
+};
+
+TEST_F(RunResultTest, reachesEveryOutputBeforeThePanel) {
+    startRun();
+    QString shownBefore = u"never"_s;
+    QObject::connect(&audio, &AudioManager::resultArrived, &panel,
+                     [&] { shownBefore = texts->toPlainText(); });
+    server.send(R"({"type":"translation","original":"Hi","translation":"Hola"})");
+    ASSERT_TRUE(waitUntil([&] { return texts->toPlainText() == u"Hi\nHola"_s; }));
+    EXPECT_EQ(shownBefore, QString());
+}
+
+TEST_F(RunResultTest, isThereAtOnceInAPanelThatIsMadeLater) {
+    startRun();
+    server.send(R"({"type":"translation","original":"Hi","translation":"Hola"})");
+    ASSERT_TRUE(waitUntil([this] { return audio.currentTranslation() == u"Hola"_s; }));
+    const ControlPanel later(environment());
+    EXPECT_EQ(later.findChild<ReadingText*>()->toPlainText(), u"Hi\nHola"_s);
 }
 
 } // namespace

@@ -29,6 +29,8 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include <chrono>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -37,6 +39,7 @@ namespace {
 
 constexpr int panelWidth = 464;      ///< Logical pixels.
 constexpr int mainButtonHeight = 40; ///< Logical pixels.
+constexpr std::chrono::milliseconds oneFrame{16};
 
 const QKeyCombination startStopKeys = Qt::CTRL | Qt::Key_Return;
 const QKeyCombination startStopKeysOfNumberPad = Qt::CTRL | Qt::Key_Enter;
@@ -113,10 +116,14 @@ void ControlPanel::connectState() {
     connect(&audio, &AudioManager::statusChanged, this, &ControlPanel::refreshRun);
     connect(&audio, &AudioManager::progressChanged, this, &ControlPanel::showStatus);
     connect(&environment_.recovery, &RunRecovery::changed, this, &ControlPanel::showStatus);
+    resultDelay_.setSingleShot(true);
+    resultDelay_.callOnTimeout(this, &ControlPanel::showResult);
     connect(&audio, &AudioManager::resultChanged, this, [this] {
-        result_->setResult(environment_.audio.currentOriginal(),
-                           environment_.audio.currentTranslation());
+        if (!resultDelay_.isActive()) {
+            resultDelay_.start(oneFrame);
+        }
     });
+    showResult();
     connect(&environment_.controller, &TranslationController::stateChanged, this,
             &ControlPanel::refreshRun);
     connect(&environment_.engine, &TranslationEngine::isRunningChanged, this,
@@ -146,6 +153,11 @@ void ControlPanel::refreshRun() {
     result_->setEmptyText(resultHelp(environment_.engine.isRunning(),
                                      runs || controller.isStopping(),
                                      [this](const QString& key) { return text(key); }));
+}
+
+void ControlPanel::showResult() {
+    result_->setResult(environment_.audio.currentOriginal(),
+                       environment_.audio.currentTranslation());
 }
 
 void ControlPanel::showStatus() {

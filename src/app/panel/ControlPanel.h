@@ -2,6 +2,7 @@
 
 #include "AudioNotice.h"
 
+#include <QTimer>
 #include <QWidget>
 
 #include <optional>
@@ -60,6 +61,7 @@ class ControlPanel : public QWidget {
     void translateNotice();
     void refreshRun();
     void showStatus();
+    void showResult();
     void startOrStop();
     QString text(const QString& key) const;
 
@@ -69,6 +71,7 @@ class ControlPanel : public QWidget {
     NoticeCard* notice_ = nullptr;
     QWidget* stages_ = nullptr;
     ResultSection* result_ = nullptr;
+    QTimer resultDelay_; ///< Whoever waits for a result comes first, the panel a frame later.
     QPushButton* startStop_ = nullptr;
     QLabel* noTray_ = nullptr;
 };

@@ -3,6 +3,7 @@
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmap>
+#include <QPixmapCache>
 #include <QSvgRenderer>
 
 // Outside the namespace, as the macro demands. Static libraries do not register resources alone.
@@ -16,7 +17,8 @@ namespace orv {
 
 namespace {
 
-/// Renders an SVG file in whatever size is asked for.
+/// Renders an SVG file in whatever size is asked for. What was rendered is kept: reading the files
+/// again for each painting of a window took most of its time.
 class SymbolEngine : public QIconEngine {
   public:
     explicit SymbolEngine(QString path)
@@ -28,10 +30,16 @@ class SymbolEngine : public QIconEngine {
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
+        const QString key =
+            path_ % u' ' % QString::number(size.width()) % u'x' % QString::number(size.height());
+        QPixmap pixmap;
+        if (!QPixmapCache::find(key, &pixmap)) {
+            pixmap = QPixmap(size);
+            pixmap.fill(Qt::transparent);
+            QPainter painter(&pixmap);
+            paint(&painter, QRect(QPoint(), size), mode, state);
+            QPixmapCache::insert(key, pixmap);
+        }
         return pixmap;
     }
 
