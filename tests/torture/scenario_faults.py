@@ -35,6 +35,7 @@ _EQUAL_READINGS = 5
 _KEPT_BY_LIBRARIES = {
     "eventfd||libglib-2.0.so.0": {"pipe": 2},
     "send|socket unix stream nonblocking|libpulsecommon": {"memory": 1},
+    "recvmsg|socket unix stream nonblocking|libpulsecommon": {"memory": 1},
 }
 
 

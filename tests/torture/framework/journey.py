@@ -139,8 +139,9 @@ class Journey:
     def _say(self):
         original, translation = self._stage.service.publish()
         self._life.until(lambda: (original, translation) in self._life.shown(), "the result on the page")
-        self._life.until(lambda: any(what.get("Value") == original for _, what in self._stage.vmix.seen),
-                         "the result in vMix")
+        # How the title with the original fares is told nowhere, so that its loss cannot be judged.
+        self._life.until(lambda: any(what.get("Value") == translation for _, what in self._stage.vmix.seen),
+                         "the translation in vMix")
         wanted = f"{original}\n{translation}"[:_CHATBOX_LIMIT].encode()[:_CHATBOX_LIMIT - 20]
         self._life.until(lambda: any(wanted in what for _, what in self._stage.chatbox.seen),
                          "the result in the chatbox")
