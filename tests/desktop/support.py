@@ -151,7 +151,10 @@ class DesktopTest(unittest.TestCase):
 
     def menus(self):
         """Where the menu is that stands below the tray's item, while the panel is closed."""
-        x, y, width, height = self.desktop.tray_window()
+        tray = self.desktop.tray_window()
+        if tray is None:  # It goes for a moment when it changes its size.
+            return []
+        x, y, width, height = tray
         return [place for place in self.desktop.windows("orvane")
                 if place[1] >= y + height and place[2] > width]
 

@@ -189,7 +189,12 @@ class Desktop:
 
     def wait_until_tray_is_empty(self):
         """An ended program's item goes a little later than the program."""
-        wait_until(lambda: self.tray_window()[2] <= EMPTY_TRAY_WIDTH, "the tray to be empty")
+
+        def is_empty():
+            window = self.tray_window()
+            return window is not None and window[2] <= EMPTY_TRAY_WIDTH
+
+        wait_until(is_empty, "the tray to be empty")
 
     def is_above(self, window, other):
         """Whether a managed window, by its number, stands in front of another one."""
