@@ -1,82 +1,31 @@
 #include "DefaultsStore.h"
 
-#include "AtomicFile.h"
+#include "DefaultsFile.h"
+#include "JsonConversion.h"
 #include "Log.h"
 #include "SerialQueue.h"
 #include "ThreadChecks.h"
 
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 
 #include <cmath>
 #include <condition_variable>
 #include <future>
-#include <limits>
 #include <mutex>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
-namespace {
-
-QString typeName(const QJsonValue& value) {
-    switch (value.type()) {
-    case QJsonValue::Bool:
-        return u"Wahrheitswert"_s;
-    case QJsonValue::Double:
-        return u"Zahl"_s;
-    case QJsonValue::String:
-        return u"Text"_s;
-    case QJsonValue::Array:
-        return u"Liste"_s;
-    case QJsonValue::Object:
-        return u"Objekt"_s;
-    case QJsonValue::Null:
-    case QJsonValue::Undefined:
-        break;
-    }
-    return u"null"_s;
-}
-
-std::optional<QString> toString(const QJsonValue& value) {
-    return value.isString() ? std::optional(value.toString()) : std::nullopt;
-}
-
-std::optional<bool> toBoolean(const QJsonValue& value) {
-    return value.isBool() ? std::optional(value.toBool()) : std::nullopt;
-}
-
-std::optional<std::int64_t> toInteger(const QJsonValue& value) {
-    // The number's own value whatever the fallback: it is whole and within 64 bits.
-    const std::int64_t number = value.toInteger(0);
-    return number == value.toInteger(1) ? std::optional(number) : std::nullopt;
-}
-
-std::optional<double> toDouble(const QJsonValue& value) {
-    return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
-}
-
-std::optional<float> toFloat(const QJsonValue& value) {
-    const std::optional<double> number = toDouble(value);
-    if (!number || std::abs(*number) > static_cast<double>(std::numeric_limits<float>::max())) {
-        return {};
-    }
-    return static_cast<float>(*number);
-}
-
-} // namespace
-
 class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
   public:
     Private(SerialQueue& disk, const QString& filePath, Timings timings)
         : disk_(disk)
-        , path_(followLinks(filePath))
-        , timings_(timings) {
-        sweepTemporaryFiles(path_);
-        load();
-    }
+        , timings_(timings)
+        , file_(filePath)
+        , values_(file_.load())
+        , mayLack_(file_.isUnread()) {}
 
     /// Waits for the last attempt. Afterwards the disk is left alone.
     void close() {
@@ -118,7 +67,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
         if (complain) {
             logLine(
                 u"⚠️ Einstellung \"%1\" hat den falschen Typ (%2 statt %3), Standardwert gilt"_s
-                    .arg(key, typeName(own), wanted));
+                    .arg(key, json::typeName(own), wanted));
         }
         return value ? value : convert(registered);
     }
@@ -142,7 +91,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
     void remove(const QString& key) {
         {
             const std::lock_guard lock(mutex_);
-            if (!values_.contains(key)) {
+            if (!values_.contains(key) && !mayLack_) {
                 return;
             }
             values_.remove(key);
@@ -184,69 +133,6 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
     }
 
   private:
-    void load() {
-        keepFromOthers(path_);
-        const FileContent file = readFile(path_);
-        if (file.problem && !file.isFilesFault) {
-            isUnread_ = true;
-            logLine(
-                u"⚠️ Einstellungsdatei %1 zur Zeit nicht lesbar (%2): sie bleibt unverändert, "
-                "Standardwerte gelten"_s.arg(path_, *file.problem));
-            return;
-        }
-        FileProblem problem = file.problem;
-        if (file.content) {
-            problem = parse(*file.content, values_);
-        }
-        if (problem) {
-            keepUnusableFile(*problem);
-        }
-    }
-
-    static FileProblem parse(const QByteArray& content, QJsonObject& values) {
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(content, &error);
-        if (document.isObject()) {
-            values = document.object();
-            return {};
-        }
-        return error.error == QJsonParseError::NoError ? u"no JSON object"_s : error.errorString();
-    }
-
-    /// Reads what could not be read at first, before it is replaced.
-    FileProblem readLate() {
-        const FileContent file = readFile(path_);
-        if (file.problem) {
-            return file.problem;
-        }
-        QJsonObject found;
-        if (file.content && parse(*file.content, found)) {
-            mustKeepFirst_ = true;
-        }
-        isUnread_ = false;
-        const std::lock_guard lock(mutex_);
-        for (auto value = found.constBegin(); value != found.constEnd(); ++value) {
-            if (!values_.contains(value.key()) && !removed_.contains(value.key())) {
-                values_.insert(value.key(), value.value());
-            }
-        }
-        return {};
-    }
-
-    void keepUnusableFile(const QString& problem) {
-        const FileProblem refused = keepAsCorrupt(path_);
-        mustKeepFirst_ = refused.has_value();
-        if (refused) {
-            logLine(
-                u"⚠️ Einstellungsdatei %1 unlesbar (%2) und nicht zu sichern (%3): sie bleibt "
-                "unverändert, Standardwerte gelten"_s.arg(path_, problem, *refused));
-        } else {
-            logLine(
-                u"⚠️ Einstellungsdatei unlesbar (%1), gesichert als %2.corrupt, Standardwerte "
-                "gelten"_s.arg(problem, path_));
-        }
-    }
-
     /// Callable from any thread, by whoever has set `attemptWanted_`: changes that come before the
     /// disk takes notice share one attempt.
     void postAttempt() {
@@ -269,7 +155,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
         isAttempting_ = true;
         lock.unlock();
         const FileProblem problem = replace();
-        reportChange(problem);
+        file_.report(problem);
         lock.lock();
         isAttempting_ = false;
         ++attempts_;
@@ -300,43 +186,36 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
 
     /// Replaces the file by the values as they are now, which may be newer than the attempt.
     FileProblem replace() {
-        if (isUnread_) {
-            if (FileProblem problem = readLate()) {
-                return problem;
-            }
-        }
-        if (mustKeepFirst_) {
-            if (FileProblem problem = keepAsCorrupt(path_)) {
-                return problem;
-            }
-            mustKeepFirst_ = false;
+        if (FileProblem problem = file_.prepare([this](const QJsonObject& found) { add(found); })) {
+            return problem;
         }
         std::unique_lock lock(mutex_);
         const QJsonObject values = values_;
         lock.unlock();
-        return replaceFile(path_, QJsonDocument(values).toJson());
+        return file_.replace(values);
     }
 
-    void reportChange(const FileProblem& problem) {
-        if (problem && !refused_) {
-            logLine(
-                u"❌ Einstellungen nicht gespeichert (%1): %2 – sie gelten bis zum Programmende"_s
-                    .arg(path_, *problem));
-        } else if (!problem && refused_) {
-            logLine(u"✅ Einstellungen wieder gespeichert: %1"_s.arg(path_));
+    /// Values of a file that could not be read before; what was set or removed since holds.
+    void add(const QJsonObject& found) {
+        const std::lock_guard lock(mutex_);
+        mayLack_ = false;
+        for (auto value = found.constBegin(); value != found.constEnd(); ++value) {
+            if (!values_.contains(value.key()) && !removed_.contains(value.key())) {
+                values_.insert(value.key(), value.value());
+            }
         }
-        refused_ = problem.has_value();
     }
 
     SerialQueue& disk_;
-    const QString path_;
     const Timings timings_;
+    DefaultsFile file_; ///< The constructor's, then the queue's own.
 
     mutable std::mutex mutex_;          ///< Guards everything down to `observer_`.
     std::condition_variable attempted_; ///< For those who wait: an attempt has ended.
     QJsonObject values_;
     QJsonObject registered_;
     QSet<QString> removed_;    ///< Keys that were removed since the start.
+    bool mayLack_;             ///< The file, not read as yet, may hold values that are not here.
     QSet<QString> complained_; ///< Keys whose wrong type has been told.
     std::uint64_t generation_ = 0;
     std::uint64_t written_ = 0; ///< The generation that is on the disk.
@@ -346,10 +225,7 @@ class DefaultsStore::Private : public std::enable_shared_from_this<Private> {
     WrittenObserver observer_;
 
     // The queue's own.
-    bool refused_ = false;
     bool isRetryPosted_ = false;
-    bool isUnread_ = false;      ///< A file at `path_` could not be read for the time being.
-    bool mustKeepFirst_ = false; ///< An unusable file still lies at `path_`.
     bool isClosed_ = false;
 };
 
@@ -372,23 +248,23 @@ QJsonValue DefaultsStore::object(const QString& key) const {
 }
 
 std::optional<QString> DefaultsStore::string(const QString& key) const {
-    return d_->read<QString>(key, u"Text"_s, toString);
+    return d_->read<QString>(key, u"Text"_s, json::toString);
 }
 
 std::optional<bool> DefaultsStore::boolean(const QString& key) const {
-    return d_->read<bool>(key, u"Wahrheitswert"_s, toBoolean);
+    return d_->read<bool>(key, u"Wahrheitswert"_s, json::toBoolean);
 }
 
 std::optional<std::int64_t> DefaultsStore::integer(const QString& key) const {
-    return d_->read<std::int64_t>(key, u"Ganzzahl"_s, toInteger);
+    return d_->read<std::int64_t>(key, u"Ganzzahl"_s, json::toInteger);
 }
 
 std::optional<float> DefaultsStore::floatValue(const QString& key) const {
-    return d_->read<float>(key, u"Zahl"_s, toFloat);
+    return d_->read<float>(key, u"Zahl"_s, json::toFloat);
 }
 
 std::optional<double> DefaultsStore::doubleValue(const QString& key) const {
-    return d_->read<double>(key, u"Zahl"_s, toDouble);
+    return d_->read<double>(key, u"Zahl"_s, json::toDouble);
 }
 
 void DefaultsStore::setString(const QString& key, const QString& value) {

@@ -64,6 +64,7 @@ TEST_F(DefaultsFileTest, aFileThatTheSystemDoesNotGiveOutIsLeftAloneAndReadLater
     std::optional<test::FewFiles> none(0);
     DefaultsStore& store = open();
     store.setString(u"targetLang"_s, u"it"_s);
+    store.remove(u"gone"_s);
     EXPECT_FALSE(store.waitUntilWritten());
     none.reset();
     EXPECT_EQ(linesStarting(u"⚠️ Einstellungsdatei "), 1);
@@ -77,7 +78,13 @@ TEST_F(DefaultsFileTest, aFileThatTheSystemDoesNotGiveOutIsLeftAloneAndReadLater
     EXPECT_EQ(json().value(u"targetLang"_s), u"it"_s) << "what was set since counts";
     EXPECT_EQ(json().value(u"sourceLang"_s), u"en"_s);
     EXPECT_EQ(json().value(u"unknown"_s), 1);
+    EXPECT_FALSE(json().contains(u"gone"_s)) << "what was removed since stays away";
     EXPECT_EQ(store.string(u"sourceLang"_s), u"en"_s);
+
+    writeAll(file(), R"({"another": 3})");
+    store.setString(u"sttEngine"_s, u"google"_s);
+    EXPECT_TRUE(store.waitUntilWritten());
+    EXPECT_FALSE(json().contains(u"another"_s)) << "it is read late only once";
 }
 
 TEST_F(DefaultsFileTest, aFileThatIsDamagedWhenItIsReadLateIsKept) {
@@ -102,15 +109,37 @@ TEST_F(DefaultsFileTest, aReadErrorOfTheDiskIsNoDamage) {
     EXPECT_EQ(refusals(), 1);
 }
 
+/// A device of this process alone, which no mistake can take from the machine: files of terminals
+/// cannot be renamed, not even by root.
+class OwnDevice {
+  public:
+    OwnDevice()
+        : controller_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        EXPECT_TRUE(controller_.isOpen());
+        EXPECT_EQ(::grantpt(controller_.get()), 0);
+        EXPECT_EQ(::unlockpt(controller_.get()), 0);
+    }
+
+    QString path() const { return QString::fromLatin1(::ptsname(controller_.get())); }
+
+  private:
+    UniqueFd controller_;
+};
+
 TEST_F(DefaultsFileTest, aDeviceInThePlaceOfTheFileIsNeitherMovedNorReplaced) {
+    const OwnDevice device;
     ASSERT_TRUE(QDir().mkpath(folder()));
-    ASSERT_TRUE(QFile::link(u"/dev/null"_s, file()));
+    ASSERT_TRUE(QFile::link(device.path(), file()));
+    const mode_t mode = modeOf(device.path());
     open().setString(u"targetLang"_s, u"it"_s);
     close();
-    EXPECT_TRUE(QFileInfo::exists(u"/dev/null"_s));
-    EXPECT_FALSE(QFileInfo(u"/dev/null"_s).isFile());
-    EXPECT_FALSE(QFileInfo::exists(u"/dev/null.corrupt"_s));
-    EXPECT_EQ(linesStarting(u"⚠️ Einstellungsdatei /dev/null"), 1);
+    EXPECT_EQ(modeOf(device.path()), mode);
+    EXPECT_EQ(linesStarting(u"⚠️ Einstellungsdatei "), 1);
+    EXPECT_EQ(linesStarting(QString(u"⚠️ Einstellungsdatei " % device.path() % u" zur Zeit")),
+              1);
+    EXPECT_EQ(linesStarting(QString(u"❌ Einstellungen nicht gespeichert (" % device.path() %
+                                    u"): not a regular file")),
+              1);
 }
 
 TEST_F(DefaultsFileTest, nothingButTheFileRemainsInTheFolder) {
