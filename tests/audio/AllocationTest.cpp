@@ -177,17 +177,14 @@ TEST(Allocation, theCounterCounts) {
     }
 }
 
-TEST(Allocation, theCounterOfSystemCallsCounts) {
-    if (!SystemCallCount::isPossible()) {
-        GTEST_SKIP() << "System calls are not counted here.";
-    }
+TEST(Allocation, theCounterOfSystemCallsCountsWhereItCan) {
     long process = 0;
     const Cost cost = costOf([&process] {
         process = syscall(SYS_getpid);
         syscall(SYS_getppid);
     });
     EXPECT_EQ(process, getpid()) << "A call that is counted is made all the same.";
-    EXPECT_EQ(cost.calls, 2U);
+    EXPECT_EQ(cost.calls, SystemCallCount::isPossible() ? 2U : 0U);
     EXPECT_EQ(costOf([] {}).calls, 0U);
 }
 

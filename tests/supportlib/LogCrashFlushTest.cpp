@@ -11,6 +11,7 @@
 #include <csignal>
 #include <exception>
 #include <functional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -49,26 +50,29 @@ const QByteArray bothLines = "one\nzwei ✓\n";
 
 class CrashSignals : public testing::TestWithParam<int> {};
 
+/// The signals of a crash, but for those that a sanitizer handles itself.
+std::vector<int> unclaimedSignals() {
+    std::vector<int> signals = {SIGABRT};
+#ifndef ORVANE_TSAN // Shows the default and handles them all the same.
+    for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE}) {
+        struct sigaction action = {};
+        if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
+            signals.push_back(signal);
+        }
+    }
+#endif
+    return signals;
+}
+
 } // namespace
 
 TEST_P(CrashSignals, writeWhatWaitsAndEndTheProcess) {
-    struct sigaction before = {};
-    ASSERT_EQ(::sigaction(GetParam(), nullptr, &before), 0);
-#ifdef ORVANE_TSAN
-    const bool isOurs = GetParam() == SIGABRT;
-#else
-    const bool isOurs = before.sa_handler == SIG_DFL;
-#endif
-    if (!isOurs) {
-        GTEST_SKIP() << "a sanitizer looks after this signal";
-    }
     const Crash crash([] { ::raise(GetParam()); });
     EXPECT_EQ(crash.signal, GetParam());
     EXPECT_EQ(crash.written, bothLines);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, CrashSignals,
-                         testing::Values(SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT));
+INSTANTIATE_TEST_SUITE_P(All, CrashSignals, testing::ValuesIn(unclaimedSignals()));
 
 TEST(LogCrashFlush, aTerminatedProgramWritesWhatWaits) {
     const Crash crash([] { std::terminate(); });
