@@ -8,7 +8,7 @@ namespace orv {
 
 ThreadedPortProbe::ThreadedPortProbe(std::unique_ptr<PortProbe> probe)
     : probe_(std::move(probe))
-    , elsewhere_(u"orv.port"_s) {}
+    , elsewhere_(u"io.tavrin.orv.port"_s) {}
 
 ThreadedPortProbe::~ThreadedPortProbe() = default;
 
