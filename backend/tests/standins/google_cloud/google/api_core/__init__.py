@@ -1,0 +1,1 @@
+"""A stand-in of what all of Google's clients share."""

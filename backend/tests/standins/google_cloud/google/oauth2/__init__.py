@@ -1,0 +1,1 @@
+"""A stand-in of the kinds of credentials."""
