@@ -50,6 +50,17 @@ def recordings() -> list[Recording]:
     return found
 
 
+def short_recordings() -> dict[str, Samples]:
+    """Nine commands and numbers said by other people, by their names."""
+    found = {}
+    for path in sorted((_FOLDER.parent / "cards").glob("*.wav")):
+        with wave.open(str(path)) as file:
+            found[f"card {path.stem}"] = decode_pcm(file.readframes(file.getnframes()))
+    for name in ("goforward", "something", "numbers", "tidigits/dhd.2934z"):
+        found[name] = decode_pcm((_FOLDER.parent / f"{name}.raw").read_bytes())
+    return found
+
+
 def cuts_by_beginning(recording: Recording, seconds: float = 3) -> list[bytes]:
     """Equally long pieces of a recording, each of which begins 50 ms after the one before."""
     length = 2 * int(16000 * seconds)
