@@ -40,9 +40,7 @@ class ModelServer:
         self.release = threading.Event()
         self._http = ThreadingHTTPServer(("127.0.0.1", 0), self._handler())
         self._http.daemon_threads = True
-        self._thread = threading.Thread(
-            target=self._http.serve_forever, args=(0.01,), daemon=True
-        )
+        self._thread = threading.Thread(target=self._http.serve_forever, args=(0.01,), daemon=True)
 
     def __enter__(self) -> "ModelServer":
         self._thread.start()

@@ -49,6 +49,9 @@ class InstallTest(unittest.TestCase):
             str(self.server.with_name("fetch_model.py")),
         ]
         self.assertEqual(subprocess.run(fetch, stdout=subprocess.DEVNULL).returncode, 2)
+        # So is the list of recognisers near by.
+        near = [fetch[0], str(self.server.with_name("recognisers.py"))]
+        self.assertEqual(subprocess.run(near, stdout=subprocess.DEVNULL).returncode, 2)
 
         before = (self.server.stat().st_ino, (self.target / "venv" / "bin").stat().st_mtime_ns)
         output = self.install("--home", str(self.home))
@@ -57,6 +60,11 @@ class InstallTest(unittest.TestCase):
         after = (self.server.stat().st_ino, (self.target / "venv" / "bin").stat().st_mtime_ns)
         self.assertEqual(before, after)
 
+        # What the person has written beside the program survives, and is no difference.
+        settings = self.target / "backend" / "recognisers.toml"
+        settings.write_text('[translation]\nmodel = "m"\n')
+        self.assertIn("server is up to date", self.install())
+
         # A file changed, one too many, and what a cut-off installation left behind.
         self.server.write_text("broken")
         (self.target / "backend" / "old_module.py").write_text("")
@@ -64,6 +72,7 @@ class InstallTest(unittest.TestCase):
         self.assertIn("Installing the server", self.install())
         self.assertIn("✓ Backend lauscht auf", self.first_line_of_server())
         self.assertFalse((self.target / "backend" / "old_module.py").exists())
+        self.assertEqual(settings.read_text(), '[translation]\nmodel = "m"\n')
 
         # Cut off between taking the old one away and putting the new one there.
         (self.target / "backend").rename(self.target / ".backend.old")

@@ -34,7 +34,9 @@ class DownloadCase(unittest.TestCase):
         self.enterContext(server)
         return server
 
-    def fetch(self, server: ModelServer, pauses: tuple[float, ...] = (), **wishes: Any) -> list[str]:
+    def fetch(
+        self, server: ModelServer, pauses: tuple[float, ...] = (), **wishes: Any
+    ) -> list[str]:
         """Returns what was printed."""
         file = server.file(digest=wishes.pop("digest", ""))
         patience = Patience(pauses, sleep=self.pauses.append, **wishes)
@@ -192,9 +194,7 @@ class AnotherConnectionTest(DownloadCase):
     def test_shorter_ranges_than_asked_for_are_put_together(self) -> None:
         server = self.serve()
         self.break_off(server, after=100)
-        server.answers.append(
-            Answer(length="50", sends=50, content_range=f"bytes 100-149/{TOTAL}")
-        )
+        server.answers.append(Answer(length="50", sends=50, content_range=f"bytes 100-149/{TOTAL}"))
         self.fetch(server)
         self.assert_whole()
         self.assertEqual(server.ranges(), ["bytes=100-", "bytes=150-"])

@@ -1,7 +1,7 @@
 """Fetches the files of Whisper's models, so that none is taken for whole before it is.
 
-Needs nothing but the standard library and, for the addresses, the package `openai-whisper`, which
-itself writes straight to the final name: what it breaks off looks like a model.
+For `openai-whisper` only its addresses are used: it writes straight to the final name, and what it
+breaks off looks like a model. `faster-whisper` fetches by itself, and is watched.
 """
 
 import errno
@@ -10,6 +10,10 @@ from pathlib import Path
 
 class DownloadError(Exception):
     """Why a model is not there, as one line for people."""
+
+
+class PackageProblem(DownloadError):
+    """The package is there and cannot be used; another may be."""
 
 
 def disk_error(error: OSError, path: Path) -> DownloadError:

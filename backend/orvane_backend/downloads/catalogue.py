@@ -5,9 +5,11 @@ import re
 from dataclasses import dataclass
 from importlib import import_module
 from pathlib import Path
-from typing import Optional
+from typing import Any, Optional
 
-from . import DownloadError
+from . import PackageProblem
+
+NOT_INSTALLED = "Whisper ist noch nicht installiert; installieren lässt es sich in den Einstellungen unter Whisper"
 
 # The package's addresses end in the file's SHA-256 and its name.
 _ADDRESS = re.compile(r"https?://[^?#]*/([0-9a-f]{64})/([\w][\w.-]*\.pt)", re.ASCII)
@@ -28,15 +30,23 @@ def model_file(model: str) -> Optional[ModelFile]:
     None when it says nothing that can be used: then only the package itself can fetch the model.
     Raises DownloadError when there is no package that works.
     """
-    try:
-        whisper = import_module("whisper")
-    except ModuleNotFoundError as error:
-        raise DownloadError(f"Whisper ist nicht installiert ({error})") from None
-    except Exception as error:  # what the package is built on lets everything through
-        raise DownloadError(f"Whisper lässt sich nicht laden: {error}") from error
+    whisper = imported("whisper")
     addresses = getattr(whisper, "_MODELS", None)
     address = addresses.get(model) if isinstance(addresses, dict) else None
     return described(address) if isinstance(address, str) else None
+
+
+def imported(module: str) -> Any:
+    """One of Whisper's packages. Raises DownloadError when there is none that works."""
+    try:
+        return import_module(module)
+    except ModuleNotFoundError as error:
+        if error.name == module:
+            raise PackageProblem(NOT_INSTALLED) from None
+        raise PackageProblem(f"Whisper lässt sich nicht laden: {error.name} fehlt") from error
+    except Exception as error:  # what the package is built on lets everything through
+        said = (str(error).strip().splitlines() or [type(error).__name__])[0]
+        raise PackageProblem(f"Whisper lässt sich nicht laden: {said}") from error
 
 
 def described(address: str) -> Optional[ModelFile]:

@@ -10,8 +10,10 @@ import sys
 from pathlib import Path
 from typing import Sequence
 
-from . import DownloadError, disk_error
-from .catalogue import ModelFile, cache_folder, model_file
+from ..recognisers.whisper_models import FASTER, full_name, knows, packages_for
+from . import DownloadError, PackageProblem, disk_error
+from .catalogue import NOT_INSTALLED, ModelFile, cache_folder, model_file
+from .hub import HubFetch
 from .part import Part, digest_of
 from .transfer import Patience, Transfer
 
@@ -24,15 +26,39 @@ def main(arguments: Sequence[str]) -> int:
         _say("Usage: fetch_model.py MODEL")
         return 2
     try:
-        file = model_file(arguments[0])
-        if file is None:
-            _note(f"{arguments[0]}: keine Adresse bekannt, Whisper lädt selbst")
-        else:
-            fetch(file, cache_folder(), Patience())
+        _fetch_for_the_one_that_serves(arguments[0])
     except DownloadError as error:
         _say(str(error))
         return 1
     return 0
+
+
+def _fetch_for_the_one_that_serves(model: str) -> None:
+    """By the package that the server would take; by the other one where that cannot be loaded."""
+    name = full_name(model) or model
+    packages = packages_for(name)
+    if not packages:
+        raise DownloadError(NOT_INSTALLED)
+    able = [package for package in packages if knows(package, name)]
+    if not able:
+        raise DownloadError(f"Das Modell „{model}“ gibt es nur für faster-whisper")
+    for package in able:
+        try:
+            if package == FASTER:
+                return HubFetch(name, _progress, _note).run()
+            return _fetch_for_openai(model)
+        except PackageProblem as error:
+            if package == able[-1]:
+                raise
+            _note(str(error))
+
+
+def _fetch_for_openai(model: str) -> None:
+    file = model_file(model)
+    if file is None:
+        _note(f"{model}: keine Adresse bekannt, Whisper lädt selbst")
+    else:
+        fetch(file, cache_folder(), Patience())
 
 
 def fetch(file: ModelFile, folder: Path, patience: Patience) -> None:

@@ -1,0 +1,12 @@
+"""Entry of the installation of a Whisper package: run by `scripts/install-backend`, from any folder.
+
+Beside `server.py`, and found the same way: the folder of this file is the first place Python looks
+for modules.
+"""
+
+import sys
+
+from orvane_backend.packages.command import main
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
