@@ -1,22 +1,26 @@
 """A self-hosted Vosk server, through its WebSocket interface.
 
-One connection per utterance: a text message with the sample rate, then blocks of PCM, each answered
-by one JSON object ({"partial": …} while it goes on, {"text": …} when a sentence ended), then
-{"eof": 1}, answered by the last {"text": …}.
+One connection per utterance, which is all it takes to begin anew: a text message with the sample
+rate, blocks of sound, each answered by one message, then the end, answered by the last sentence.
 """
 
 import asyncio
-import json
-from typing import Any
+from typing import Any, Awaitable, Callable, Coroutine, TypeVar
 
-from ..audio import RECOGNITION_RATE, Samples, encode_pcm
-from ..languages import AUTO, short
-from ..websocket import WebSocketException, connect
-from . import Recogniser, RecogniserError, Recognition
+from ..audio import RECOGNITION_RATE, encode_pcm
+from ..languages import AUTO, canonical
+from ..notices import Parameter, notice
+from ..websocket import ConnectionClosed, WebSocketException, connect
+from . import Recogniser, RecogniserError, Recognition, Utterance
+from .vosk_messages import BLOCK_BYTES, CONFIG, END, Answer, Unreadable, blocks, parse, recognition
 
-_BLOCK_BYTES = RECOGNITION_RATE // 2
+T = TypeVar("T")
+
 _CONNECT_SECONDS = 2.0
-_ANSWER_SECONDS = 30.0
+# A server takes a fraction of a sound's length for it; one that takes several times as long keeps
+# nobody's pace, and one that says nothing for this long hangs.
+_ANSWER_SECONDS = 15.0
+_SLOWEST = 3.0
 
 
 class VoskRecogniser(Recogniser):
@@ -26,44 +30,89 @@ class VoskRecogniser(Recogniser):
 
     def __init__(self, host: str, port: int) -> None:
         self._address = f"ws://{f'[{host}]' if ':' in host else host}:{port}"
+        self._answer_seconds = _ANSWER_SECONDS
+        self._takes_config = True
         self.name = f"Vosk ({host}:{port})"
 
     def load(self) -> None:
-        self._run(self._greet())
+        self._takes_config = self._run(self._takes_configuration())
+        if not self._takes_config:
+            told = notice("recognition.rate_unsettable", engine=self.name, rate=RECOGNITION_RATE)
+            self.remarks = (told,)
 
-    def recognise(self, samples: Samples, language: str) -> Recognition:
-        text: str = self._run(self._transcribe(encode_pcm(samples)))
+    def recognise(self, utterance: Utterance) -> Recognition:
+        pcm = encode_pcm(utterance.samples)
+        limit = self._answer_seconds + _SLOWEST * len(utterance.samples) / RECOGNITION_RATE
+        work = self._twice(lambda: self._transcribe(pcm))
+        answers = self._run(asyncio.wait_for(work, limit))
         # Without a configured language English is the best guess: most servers' models are.
-        return Recognition(text, "en" if short(language) == AUTO else short(language))
+        language = canonical(utterance.language)
+        return recognition(answers, "en" if language == AUTO else language)
 
-    def _run(self, work: Any) -> Any:
+    def _run(self, work: Coroutine[Any, Any, T]) -> T:
         try:
             return asyncio.run(work)
-        except (OSError, asyncio.TimeoutError, WebSocketException) as error:
-            reason = str(error) or "keine Antwort"
-            raise RecogniserError(f"Vosk-Server {self._address}: {reason}") from error
-        except (ValueError, AttributeError) as error:
-            raise RecogniserError(f"Vosk-Server {self._address}: unlesbare Antwort") from error
+        except ConnectionClosed as error:
+            raise self._error("recognition.broken_off", reason=str(error)) from error
+        except Unreadable as error:
+            raise self._error("recognition.unreadable") from error
+        except asyncio.TimeoutError as error:
+            raise self._error("recognition.no_answer") from error
+        except (OSError, WebSocketException, UnicodeError) as error:  # or no host has such a name
+            reason = str(error) or type(error).__name__
+            raise self._error("recognition.unreachable", reason=reason) from error
+
+    def _error(self, code: str, **parameters: Parameter) -> RecogniserError:
+        # None of them passes by itself: the server is gone, hangs, or is something else.
+        return RecogniserError(notice(code, engine=self.name, **parameters))
+
+    async def _twice(self, work: Callable[[], Awaitable[T]]) -> T:
+        """Once more, with a fresh connection, where the server died on the way."""
+        try:
+            return await work()
+        except ConnectionClosed:
+            return await work()
 
     def _connect(self) -> Any:
         return connect(self._address, open_timeout=_CONNECT_SECONDS, close_timeout=1)
 
-    async def _greet(self) -> None:
-        async with self._connect():
-            pass
-
-    async def _transcribe(self, pcm: bytes) -> str:
-        sentences = []
+    async def _transcribe(self, pcm: bytes) -> list[Answer]:
+        answers = []
         async with self._connect() as server:
-            await server.send(json.dumps({"config": {"sample_rate": RECOGNITION_RATE}}))
-            for start in range(0, len(pcm), _BLOCK_BYTES):
-                await server.send(pcm[start : start + _BLOCK_BYTES])
-                sentences.append(await _answer(server))
-            await server.send(json.dumps({"eof": 1}))
-            sentences.append(await _answer(server))
-        return " ".join(filter(None, sentences))
+            if self._takes_config:
+                await server.send(CONFIG)
+            for block in blocks(pcm):
+                await server.send(block)
+                answers.append(parse(await server.recv()))
+            await server.send(END)
+            answers.append(parse(await server.recv()))
+        return answers
 
+    async def _takes_configuration(self) -> bool:
+        """Whether the server knows messages with settings; there is one kind that does not.
 
-async def _answer(server: Any) -> str:
-    message = await asyncio.wait_for(server.recv(), _ANSWER_SECONDS)
-    return str(json.loads(message).get("text", "")).strip()
+        That one takes them for sound: it either answers once more than it should, or it breaks off.
+        Breaking off has other reasons as well, so it counts only where it is not so without them.
+        """
+        try:
+            return await self._twice(lambda: self._probe(3, CONFIG)) == 2
+        except ConnectionClosed:
+            await self._probe(2)
+            return False
+
+    async def _probe(self, most: int, *before: str) -> int:
+        """How many answers there are, up to `most`, to a moment of silence and its end."""
+        count = 0
+        async with self._connect() as server:
+            for message in (*before, bytes(BLOCK_BYTES), END):
+                await server.send(message)
+            while count < most:
+                try:
+                    parse(await asyncio.wait_for(server.recv(), self._answer_seconds))
+                except (ConnectionClosed, asyncio.TimeoutError):
+                    # Two are due. A third one is missed by what comes in its place, the close.
+                    if count < 2:
+                        raise
+                    break
+                count += 1
+        return count
