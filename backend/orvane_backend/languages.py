@@ -1,33 +1,56 @@
 """Language codes: short ones as clients send them, and their other forms."""
 
+from typing import Optional
+
 # The client's wish that the recogniser finds the language out.
 AUTO = "auto"
 
-# ISO 639-1 to 639-3, the form in which translation pairs are mostly installed.
-_LONG_CODES = {
-    "af": "afr", "an": "arg", "ar": "ara", "be": "bel", "bg": "bul", "br": "bre", "ca": "cat",
-    "cy": "cym", "da": "dan", "de": "deu", "en": "eng", "eo": "epo", "es": "spa", "eu": "eus",
-    "fi": "fin", "fr": "fra", "gl": "glg", "hi": "hin", "hr": "hrv", "id": "ind", "is": "isl",
-    "it": "ita", "kk": "kaz", "mk": "mkd", "ms": "msa", "mt": "mlt", "nb": "nob", "nl": "nld",
-    "nn": "nno", "no": "nob", "oc": "oci", "pl": "pol", "pt": "por", "ro": "ron", "ru": "rus",
-    "sc": "srd", "sk": "slk", "sl": "slv", "sr": "srp", "sv": "swe", "tr": "tur", "tt": "tat",
-    "uk": "ukr", "ur": "urd",
+# Short code: English name, and ISO 639-3, the form in which translation pairs are mostly installed.
+# The first 101 are those that the program offers, the rest only translators know.
+_LANGUAGES = {
+    "de": ("German", "deu"), "en": ("English", "eng"), "es": ("Spanish", "spa"),
+    "fr": ("French", "fra"), "it": ("Italian", "ita"), "pt": ("Portuguese", "por"),
+    "nl": ("Dutch", "nld"), "pl": ("Polish", "pol"), "ru": ("Russian", "rus"),
+    "uk": ("Ukrainian", "ukr"), "tr": ("Turkish", "tur"), "el": ("Greek", "ell"),
+    "zh": ("Chinese", "zho"), "ja": ("Japanese", "jpn"), "ko": ("Korean", "kor"),
+    "ar": ("Arabic", "ara"), "hi": ("Hindi", "hin"), "he": ("Hebrew", "heb"),
+    "th": ("Thai", "tha"), "vi": ("Vietnamese", "vie"), "id": ("Indonesian", "ind"),
+    "ms": ("Malay", "msa"), "sv": ("Swedish", "swe"), "da": ("Danish", "dan"),
+    "no": ("Norwegian", "nob"), "fi": ("Finnish", "fin"), "cs": ("Czech", "ces"),
+    "sk": ("Slovak", "slk"), "hu": ("Hungarian", "hun"), "ro": ("Romanian", "ron"),
+    "bg": ("Bulgarian", "bul"), "hr": ("Croatian", "hrv"), "sr": ("Serbian", "srp"),
+    "sl": ("Slovenian", "slv"), "lt": ("Lithuanian", "lit"), "lv": ("Latvian", "lav"),
+    "et": ("Estonian", "est"), "ca": ("Catalan", "cat"), "eu": ("Basque", "eus"),
+    "gl": ("Galician", "glg"), "is": ("Icelandic", "isl"), "mt": ("Maltese", "mlt"),
+    "lb": ("Luxembourgish", "ltz"), "cy": ("Welsh", "cym"), "ga": ("Irish", "gle"),
+    "sq": ("Albanian", "sqi"), "mk": ("Macedonian", "mkd"), "bs": ("Bosnian", "bos"),
+    "be": ("Belarusian", "bel"), "bn": ("Bengali", "ben"), "ta": ("Tamil", "tam"),
+    "te": ("Telugu", "tel"), "ml": ("Malayalam", "mal"), "kn": ("Kannada", "kan"),
+    "gu": ("Gujarati", "guj"), "mr": ("Marathi", "mar"), "pa": ("Punjabi", "pan"),
+    "ur": ("Urdu", "urd"), "fa": ("Persian", "pes"), "ne": ("Nepali", "nep"),
+    "si": ("Sinhala", "sin"), "km": ("Khmer", "khm"), "lo": ("Lao", "lao"),
+    "my": ("Burmese", "mya"), "mn": ("Mongolian", "mon"), "bo": ("Tibetan", "bod"),
+    "tl": ("Tagalog", "tgl"), "jw": ("Javanese", "jav"), "su": ("Sundanese", "sun"),
+    "ka": ("Georgian", "kat"), "hy": ("Armenian", "hye"), "az": ("Azerbaijani", "aze"),
+    "kk": ("Kazakh", "kaz"), "uz": ("Uzbek", "uzb"), "tg": ("Tajik", "tgk"),
+    "tk": ("Turkmen", "tuk"), "af": ("Afrikaans", "afr"), "sw": ("Swahili", "swa"),
+    "am": ("Amharic", "amh"), "yo": ("Yoruba", "yor"), "ha": ("Hausa", "hau"),
+    "sn": ("Shona", "sna"), "so": ("Somali", "som"), "mg": ("Malagasy", "mlg"),
+    "ht": ("Haitian Creole", "hat"), "la": ("Latin", "lat"), "haw": ("Hawaiian", "haw"),
+    "mi": ("Maori", "mri"), "yi": ("Yiddish", "yid"), "fo": ("Faroese", "fao"),
+    "br": ("Breton", "bre"), "oc": ("Occitan", "oci"), "sa": ("Sanskrit", "san"),
+    "nn": ("Norwegian Nynorsk", "nno"), "tt": ("Tatar", "tat"), "ba": ("Bashkir", "bak"),
+    "sd": ("Sindhi", "snd"), "ps": ("Pashto", "pus"), "as": ("Assamese", "asm"),
+    "ln": ("Lingala", "lin"), "yue": ("Cantonese", "yue"),
+    "an": ("Aragonese", "arg"), "eo": ("Esperanto", "epo"), "nb": ("Norwegian Bokmål", "nob"),
+    "sc": ("Sardinian", "srd"), "se": ("Northern Sami", "sme"), "ast": ("Asturian", "ast"),
+    "ky": ("Kyrgyz", "kir"),
 }  # fmt: skip
 
-_NAMES = {
-    "ar": "Arabic", "cs": "Czech", "da": "Danish", "de": "German", "el": "Greek", "en": "English",
-    "es": "Spanish", "fi": "Finnish", "fr": "French", "hi": "Hindi", "hu": "Hungarian",
-    "it": "Italian", "ja": "Japanese", "ko": "Korean", "nl": "Dutch", "no": "Norwegian",
-    "pl": "Polish", "pt": "Portuguese", "ro": "Romanian", "ru": "Russian", "sv": "Swedish",
-    "tr": "Turkish", "uk": "Ukrainian", "vi": "Vietnamese", "zh": "Chinese",
-}  # fmt: skip
+# Codes that mean the same language.
+_ALIASES = {"jv": "jw", "iw": "he", "in": "id", "ji": "yi", "fil": "tl", "cmn": "zh", "nb": "no"}
 
-_LOCALES = {
-    "ar": "ar-SA", "da": "da-DK", "de": "de-DE", "en": "en-US", "es": "es-ES", "fr": "fr-FR",
-    "hi": "hi-IN", "it": "it-IT", "ja": "ja-JP", "ko": "ko-KR", "nl": "nl-NL", "pl": "pl-PL",
-    "pt": "pt-PT", "ru": "ru-RU", "sv": "sv-SE", "tr": "tr-TR", "uk": "uk-UA",
-    "zh": "cmn-Hans-CN",
-}  # fmt: skip
+_NAMES = {name.lower(): code for code, (name, _) in _LANGUAGES.items()}
 
 
 def short(code: str) -> str:
@@ -35,16 +58,28 @@ def short(code: str) -> str:
     return code.strip().lower().replace("_", "-").split("-")[0]
 
 
+def same(one: str, other: str) -> bool:
+    """Whether two codes mean one language, whatever their regions: "jv" and "jw", "nb" and "no"."""
+    return canonical(one) == canonical(other)
+
+
+def canonical(code: str) -> str:
+    """The short code as the program has it: "jv-ID" gives "jw"."""
+    return _ALIASES.get(short(code), short(code))
+
+
 def long(code: str) -> str:
-    """The three-letter code; the code itself where none is known."""
-    return _LONG_CODES.get(short(code), short(code))
+    """The three-letter code; the short code itself where none is known."""
+    known = _LANGUAGES.get(short(code)) or _LANGUAGES.get(canonical(code))
+    return known[1] if known else short(code)
 
 
 def english_name(code: str) -> str:
-    """The language's English name; the code itself where none is known."""
-    return _NAMES.get(short(code), short(code))
+    """The language's English name; the short code itself where none is known."""
+    known = _LANGUAGES.get(short(code)) or _LANGUAGES.get(canonical(code))
+    return known[0] if known else short(code)
 
 
-def locale(code: str) -> str:
-    """Language and region as speech services name them: "en" gives "en-US"."""
-    return _LOCALES.get(short(code), f"{short(code)}-{short(code).upper()}")
+def code_of_name(name: str) -> Optional[str]:
+    """The short code of an English name in any case, as some engines name what they detected."""
+    return _NAMES.get(name.strip().lower())
