@@ -1,48 +1,105 @@
-"""What a client sent and is not yet worked on: ordered, and bounded by its length in seconds."""
+"""What a client sent and is not yet worked on: in order, and never old.
+
+Sound that comes faster than it can be recognised must not make the subtitles later and later. So
+whatever waits too long goes, silence first, and is told. What waits before a flush does not: then the
+client is about to leave and waits for the last word.
+"""
 
 import asyncio
 from collections import deque
+from typing import Optional, Union
 
-from .protocol import AudioMessage, Message
+from .chunks import Chunk
+from .protocol import ConfigMessage, FlushMessage, StopMessage
 
-# What a message without sound counts as, so that no flood of small ones is unbounded.
-_LEAST_SECONDS = 0.02
+Order = Union[ConfigMessage, FlushMessage, StopMessage]
+Item = Union[Chunk, Order]
+
+# Speech may wait this long, and this much of it.
+OLDEST_SECONDS = 10.0
+MOST_SECONDS = 120.0
+
+# Orders that may wait: no client has a reason for more than a few.
+_MOST_ORDERS = 1000
 
 
 class Backlog:
     """A queue between the reader of one connection and its worker, on one event loop."""
 
-    def __init__(self, limit_seconds: float) -> None:
-        self._limit = limit_seconds
-        self._messages: deque[Message] = deque()
-        self._changed = asyncio.Condition()
-        self.seconds = 0.0
+    def __init__(self, oldest_seconds: float = OLDEST_SECONDS) -> None:
+        self._oldest_seconds = oldest_seconds
+        self._items: deque[Item] = deque()
+        self._arrived = asyncio.Event()
 
-    def has_room(self, message: Message) -> bool:
-        """Whether `put` would return at once. An empty backlog has room for anything."""
-        return not self._messages or self.seconds + _cost(message) <= self._limit
+    def put(self, item: Item) -> None:
+        """Adds what came last. Raises OverflowError for a flood of orders."""
+        if not isinstance(item, Chunk) and len(self._items) - len(self.chunks()) >= _MOST_ORDERS:
+            raise OverflowError("too many orders wait")
+        self._items.append(item)
+        self._arrived.set()
 
-    async def put(self, message: Message) -> None:
-        """Adds a message; waits while there is no room for it."""
-        async with self._changed:
-            await self._changed.wait_for(lambda: self.has_room(message))
-            self._messages.append(message)
-            self.seconds += _cost(message)
-            self._changed.notify_all()
+    @property
+    def is_empty(self) -> bool:
+        """Whether nothing waits."""
+        return not self._items
 
-    async def get(self) -> Message:
-        """Takes the oldest message; waits for one."""
-        async with self._changed:
-            await self._changed.wait_for(lambda: bool(self._messages))
-            message = self._messages.popleft()
-            self.seconds -= _cost(message)
-            self._changed.notify_all()
-            return message
+    async def wait(self, seconds: Optional[float]) -> bool:
+        """Whether there is something to take; waits for it, at most the given time."""
+        try:
+            await asyncio.wait_for(self._arrived.wait(), seconds)
+        except asyncio.TimeoutError:
+            return False
+        return True
 
-    def waiting_chunks(self) -> int:
-        """How many audio chunks wait."""
-        return sum(isinstance(message, AudioMessage) for message in self._messages)
+    def take(self, joins_seconds: float) -> Union[Order, list[Chunk]]:
+        """The oldest order, or the oldest chunk with those behind it that fit into `joins_seconds`
+        of sound together. There must be one."""
+        first = self._pop()
+        if not isinstance(first, Chunk):
+            return first
+        chunks = [first]
+        seconds = first.seconds
+        while self._items:
+            following = self._items[0]
+            if not isinstance(following, Chunk) or seconds + following.seconds > joins_seconds:
+                break
+            seconds += following.seconds
+            chunks.append(following)
+            self._pop()
+        return chunks
 
+    def shed(self, now: float) -> list[Chunk]:
+        """Lets go of what has waited too long, and of what is too much, the oldest first."""
+        gone: list[Chunk] = []
+        if self._is_late(now) or self._is_too_much():
+            self._drop([chunk for chunk in self.chunks() if not chunk.finding.is_speech], gone)
+        while self._is_late(now) or self._is_too_much():
+            self._drop(self.chunks()[:1], gone)
+        return gone
 
-def _cost(message: Message) -> float:
-    return max(message.seconds if isinstance(message, AudioMessage) else 0.0, _LEAST_SECONDS)
+    def chunks(self) -> list[Chunk]:
+        """The chunks that wait."""
+        return [item for item in self._items if isinstance(item, Chunk)]
+
+    def _pop(self) -> Item:
+        item = self._items.popleft()
+        if not self._items:
+            self._arrived.clear()
+        return item
+
+    def _drop(self, chunks: list[Chunk], gone: list[Chunk]) -> None:
+        for chunk in chunks:
+            self._items.remove(chunk)
+            gone.append(chunk)
+        if not self._items:
+            self._arrived.clear()
+
+    def _is_late(self, now: float) -> bool:
+        waiting = self.chunks()
+        if not waiting or any(isinstance(item, FlushMessage) for item in self._items):
+            return False
+        return now - (waiting[0].begin + waiting[0].seconds) > self._oldest_seconds
+
+    def _is_too_much(self) -> bool:
+        waiting = self.chunks()
+        return len(waiting) > 1 and sum(chunk.seconds for chunk in waiting) > MOST_SECONDS

@@ -2,17 +2,23 @@
 
 import asyncio
 from concurrent.futures import ThreadPoolExecutor
+from dataclasses import replace
 from typing import Awaitable, Callable, Collection, Optional, TypeVar
 from weakref import WeakValueDictionary
 
 from . import protocol
-from .audio import Samples
+from .languages import AUTO, canonical
+from .notices import Notice, Problem, notice
 from .protocol import Config
-from .recognisers import Recogniser, RecogniserError, Recognition
-from .recognisers.selection import Candidate, candidates
+from .recognisers import Candidate, Recogniser, RecogniserError, Recognition, Utterance
+from .recognisers.selection import candidates
 
 T = TypeVar("T")
-Report = Callable[[str, str], Awaitable[None]]
+Report = Callable[[str, Notice], Awaitable[None]]
+
+
+class NothingServes(Problem):
+    """No engine can be had for a configuration."""
 
 
 class Workers:
@@ -60,11 +66,11 @@ class Engine:
             self._loading = asyncio.ensure_future(self._workers.run(self.recogniser.load))
         await asyncio.shield(self._loading)
 
-    async def recognise(self, samples: Samples, language: str) -> Recognition:
+    async def recognise(self, utterance: Utterance) -> Recognition:
         """Recognises one utterance when its turn comes. Raises RecogniserError."""
         await self._places.acquire()
         return await self._workers.run(
-            lambda: self.recogniser.recognise(samples, language), self._places.release
+            lambda: self.recogniser.recognise(utterance), self._places.release
         )
 
 
@@ -84,32 +90,42 @@ class Engines:
 
     async def find(
         self, config: Config, without: Collection[tuple[object, ...]], report: Report
-    ) -> tuple[Engine, list[str]]:
-        """The first engine that loads, and why the ones before it did not serve.
+    ) -> tuple[Engine, list[Notice]]:
+        """The first engine that loads and knows the language, and why those before it do not serve.
 
-        `without` names engines to leave out. Raises RecogniserError when none is left.
+        `without` names engines to leave out. Raises NothingServes when none is left.
         """
-        reasons: list[str] = []
+        reasons: list[Notice] = []
         for candidate in self._choices(config):
             if candidate.key in without:
                 continue
-            engine = self._engines.get(candidate.key)
-            if engine is None:
-                engine = Engine(candidate.key, candidate.create(), self._workers)
-                self._engines[candidate.key] = engine
+            engine = self._engine(candidate)
             try:
-                if not engine.is_loaded:
-                    name = engine.recogniser.name
-                    await report(protocol.STATUS_MODEL_LOADING, f"⏳ Lade {name} …")
-                    await engine.load()
-                    await report(protocol.STATUS_MODEL_LOADED, f"✓ {name} geladen")
+                await self._load(engine, report)
             except RecogniserError as error:
                 self.forget(engine)
-                reasons.append(str(error))
-            else:
+                reasons.append(error.notice)
+                continue
+            refusal = engine.recogniser.refusal(config.sourceLang)
+            if refusal is None:
                 self._latest = engine
                 return engine, reasons
-        raise RecogniserError("; ".join(reasons) or "keine Spracherkennung übrig")
+            reasons.append(refusal)
+        raise NothingServes(_nothing(config.sourceLang, reasons))
+
+    def _engine(self, candidate: Candidate) -> Engine:
+        engine = self._engines.get(candidate.key)
+        if engine is None:
+            engine = Engine(candidate.key, candidate.create(), self._workers)
+            self._engines[candidate.key] = engine
+        return engine
+
+    async def _load(self, engine: Engine, report: Report) -> None:
+        if not engine.is_loaded:
+            name = engine.recogniser.name
+            await report(protocol.STATUS_MODEL_LOADING, notice("engine.loading", engine=name))
+            await engine.load()
+            await report(protocol.STATUS_MODEL_LOADED, notice("engine.loaded", engine=name))
 
     def forget(self, engine: Engine) -> None:
         """Drops an engine that failed: who asks for it next loads it anew."""
@@ -117,3 +133,12 @@ class Engines:
             del self._engines[engine.key]
         if self._latest is engine:
             self._latest = None
+
+
+def _nothing(language: str, reasons: list[Notice]) -> Notice:
+    told = "; ".join(reason.german for reason in reasons) or "keine ist übrig"
+    if canonical(language) == AUTO:
+        nothing = notice("engine.none", reason=told)
+    else:
+        nothing = notice("engine.none_for_language", language=canonical(language), reason=told)
+    return replace(nothing, because=tuple(reasons))

@@ -1,6 +1,7 @@
 """The server's sockets: which addresses it listens on, and who may come in."""
 
 import socket
+from ipaddress import ip_address
 from typing import Optional
 from urllib.parse import urlsplit
 
@@ -66,10 +67,26 @@ def keep_alive(connection: Optional[socket.socket]) -> None:
 def is_welcome(origin: Optional[str], host: Optional[str]) -> bool:
     """Whether a client with these headers may connect.
 
-    Programs send no origin, or the server's own. A web page always sends its own, and no page on
-    the internet shall reach this server through the browser of the person in front of it.
+    Programs send none, or a name of their own. A web page always sends one, and none may listen
+    in through the browser of the person in front of it: neither one from the internet, nor one
+    without a name ("null": a file, a frame), nor one whose own name was made to lead here. So a name
+    counts only if it can mean nothing but this machine: localhost, or the very address asked for.
     """
-    if not origin or urlsplit(origin).scheme not in ("http", "https"):
-        return True
-    name = urlsplit(origin).hostname
-    return name in _LOOPBACK_NAMES or name == urlsplit(f"//{host}").hostname
+    if not origin or ("//" not in origin and origin != "null"):
+        return True  # No browser says that.
+    try:
+        address = urlsplit(origin)
+        name, asked_for = address.hostname, urlsplit(f"//{host}").hostname
+    except ValueError:
+        return False
+    if address.scheme not in ("http", "https") or name is None:
+        return False
+    return name in _LOOPBACK_NAMES or (_is_address(name) and name == asked_for)
+
+
+def _is_address(name: str) -> bool:
+    try:
+        ip_address(name)
+    except ValueError:
+        return False
+    return True

@@ -11,6 +11,7 @@ from . import protocol
 from .engines import Engines, Workers
 from .listening import describe, is_welcome, keep_alive, listen
 from .log import log
+from .recognisers.near.neighbours import Neighbours
 from .session import Session, Surroundings
 from .websocket import serve, socket_of
 
@@ -44,7 +45,10 @@ async def _serve_until_signal(bind_host: str, port: int) -> None:
         loop.add_signal_handler(number, signalled.set)
     loop.set_exception_handler(_log_exception)
     workers = Workers()
-    async with serving(bind_host, port, Surroundings(Engines(workers), workers)) as servers:
+    neighbours = Neighbours()
+    surroundings = Surroundings(Engines(workers), workers, neighbours=neighbours.notices)
+    async with serving(bind_host, port, surroundings) as servers:
+        neighbours.look()
         await signalled.wait()
         log("🛑 Backend beendet")
         for server in servers:

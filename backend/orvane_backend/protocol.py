@@ -11,6 +11,7 @@ from dataclasses import dataclass, field, fields
 from typing import Any, Union
 
 from . import BACKEND_VERSION
+from .notices import Notice
 
 # The largest message a client may send, in bytes of UTF-8.
 MAX_MESSAGE_BYTES = 16 * 1024 * 1024
@@ -157,9 +158,58 @@ def _audio(record: dict[str, Any]) -> AudioMessage:
     return AudioMessage(pcm, rate)
 
 
-def status(value: str, message: str) -> str:
-    """A status message. The values are those of the `STATUS_` names below."""
-    return _text({"type": "status", "status": value, "message": message})
+def status(value: str, told: Notice) -> str:
+    """A status message. The values are those of the `STATUS_` names below.
+
+    That nobody recognises comes with the reason of each who does not.
+    """
+    message = f"{_SIGNS.get(value, '')} {told.german}".strip()
+    record: dict[str, Any] = {"type": "status", "status": value, "message": message}
+    record.update(told.record())
+    if told.because:
+        record["recognition"] = [reason.record() for reason in told.because]
+    return _text(record)
+
+
+@dataclass(frozen=True)
+class Serving:
+    """Who recognises and who translates, each with what is to be told about it.
+
+    The names are as a person reads them; `translator` is empty when nobody translates here.
+    """
+
+    recogniser: str
+    translator: str = ""
+    on_recognition: tuple[Notice, ...] = ()
+    on_translation: tuple[Notice, ...] = ()
+
+
+def serving(who: Serving) -> str:
+    """The status "engine"."""
+    return _text(
+        {
+            "type": "status",
+            "status": STATUS_ENGINE,
+            "message": german(who),
+            "code": "engine.serving",
+            "parameters": {"recogniser": who.recogniser, "translator": who.translator},
+            "recognition": [told.record() for told in who.on_recognition],
+            "translation": [told.record() for told in who.on_translation],
+        }
+    )
+
+
+def german(who: Serving) -> str:
+    """What the status "engine" says to a client that does not know its code."""
+    message = f"🎙 Erkennung: {_with_notes(who.recogniser, who.on_recognition)}"
+    if who.translator or who.on_translation:
+        message += f" · 🌐 Übersetzung: {_with_notes(who.translator, who.on_translation)}"
+    return message
+
+
+def _with_notes(name: str, notes: tuple[Notice, ...]) -> str:
+    told = "; ".join(note.german for note in notes)
+    return f"{name} ({told})" if name and told else name or told
 
 
 # What the client does on them: "model_loading" shows a model being loaded, "error" raises its
@@ -172,6 +222,18 @@ STATUS_ENGINE = "engine"
 STATUS_ERROR = "error"
 STATUS_WARNING = "warning"
 STATUS_OVERLOADED = "overloaded"
+
+# These say that something is wrong; when it is over, who serves is told anew.
+DISTURBING = (STATUS_ERROR, STATUS_WARNING, STATUS_OVERLOADED)
+
+_SIGNS = {
+    STATUS_MODEL_LOADING: "⏳",
+    STATUS_ENGINE_LOADING: "⏳",
+    STATUS_MODEL_LOADED: "✓",
+    STATUS_ERROR: "❌",
+    STATUS_WARNING: "⚠️",
+    STATUS_OVERLOADED: "⚠️",
+}
 
 
 def backend_version() -> str:

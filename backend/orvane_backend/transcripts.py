@@ -3,11 +3,16 @@
 import os
 from datetime import datetime, timezone
 from pathlib import Path
-from typing import Optional
+from typing import NamedTuple, Optional, Sequence
 
 from .log import log
 
-_CUE_SECONDS = 3.0
+# A subtitle stays for at least this long, and as long as one reads, as far as nobody speaks yet.
+_LEAST_CUE_SECONDS = 1.0
+_LETTERS_A_SECOND = 17.0
+_MOST_READING_SECONDS = 7.0
+# What came so fast that the one before it is still there, is shown for this long.
+_SHORTEST_CUE_SECONDS = 0.3
 
 
 def output_folder() -> Path:
@@ -30,10 +35,33 @@ def entry(moment: datetime, original: str, translated: str) -> str:
     return f"[{stamp}]\nOriginal: {original}\nTranslation: {translated}\n\n"
 
 
-def cue(number: int, seconds: float, original: str, translated: str) -> str:
-    """One subtitle that begins `seconds` after the session and stays for three."""
-    begin, end = srt_time(seconds), srt_time(seconds + _CUE_SECONDS)
-    return f"{number}\n{begin} --> {end}\n{original}\n{translated}\n\n"
+def cue(number: int, begin: float, end: float, lines: Sequence[str]) -> str:
+    """One subtitle from `begin` to `end`, in seconds of the session.
+
+    Lines that a player would take for the end of the subtitle are left away.
+    """
+    shown = "\n".join(" ".join(line.split()) for line in lines if line.strip())
+    return f"{number}\n{srt_time(begin)} --> {srt_time(end)}\n{shown}\n\n"
+
+
+class Spoken(NamedTuple):
+    """When something was said, and until when surely nothing else: seconds of the session."""
+
+    begin: float
+    end: float
+    quiet_until: float
+
+
+def cue_times(spoken: Spoken, letters: int, last_end: float) -> tuple[float, float]:
+    """When a subtitle comes and goes.
+
+    It comes when the one before it has gone. It stays for as long as one reads it, but no longer
+    than until somebody may have spoken again.
+    """
+    begin = max(spoken.begin, last_end, 0.0)
+    reading = min(letters / _LETTERS_A_SECOND, _MOST_READING_SECONDS)
+    wanted = begin + max(reading, _LEAST_CUE_SECONDS)
+    return begin, max(spoken.end, min(wanted, spoken.quiet_until), begin + _SHORTEST_CUE_SECONDS)
 
 
 def srt_time(seconds: float) -> str:
@@ -75,14 +103,16 @@ class TranscriptWriter:
 
     def __init__(
         self,
-        start: datetime,
         transcript: Optional[AppendOnlyFile],
         subtitles: Optional[AppendOnlyFile],
+        *,
+        with_original: bool,
     ) -> None:
-        self._start = start
         self._transcript = transcript
         self._subtitles = subtitles
+        self._with_original = with_original
         self._cues = 0
+        self._last_end = 0.0
 
     @classmethod
     def open(
@@ -93,8 +123,12 @@ class TranscriptWriter:
         *,
         transcript: bool,
         subtitles: bool,
+        with_original: bool,
     ) -> Optional["TranscriptWriter"]:
-        """Creates the files asked for, named by `start` in local time; none when that fails."""
+        """Creates the files asked for, named by `start` in local time; none when that fails.
+
+        Subtitles hold the translation, and above it, if wished, the original.
+        """
         stamp = f"{start.astimezone():%Y%m%d_%H%M%S}"
         files: list[AppendOnlyFile] = []
         try:
@@ -109,22 +143,28 @@ class TranscriptWriter:
                 file.close()
             return None
         log("💾 Transkript: " + ", ".join(str(file.path) for file in files))
-        return cls(start, txt, srt)
+        return cls(txt, srt, with_original=with_original)
 
-    def append(self, moment: datetime, original: str, translated: str) -> None:
-        """Adds one result, delivered at `moment` (aware or local time, like `start`).
-
-        Only aware times outlast a change of the time zone in mid-session.
-        """
+    def append(self, moment: datetime, spoken: Spoken, original: str, translated: str) -> None:
+        """Adds one result. `moment`, aware, is when it was begun to be said."""
         try:
             if self._transcript is not None:
                 self._transcript.append(entry(moment, original, translated))
             if self._subtitles is not None:
-                seconds = (moment - self._start).total_seconds()
-                self._subtitles.append(cue(self._cues + 1, seconds, original, translated))
-                self._cues += 1
+                self._append_cue(self._subtitles, spoken, original, translated)
         except OSError as error:
             log(f"❌ Transkript konnte nicht geschrieben werden: {error}")
+
+    def _append_cue(
+        self, file: AppendOnlyFile, spoken: Spoken, original: str, translated: str
+    ) -> None:
+        lines = [translated or original]
+        if self._with_original and original != lines[0]:
+            lines.insert(0, original)
+        begin, end = cue_times(spoken, max(map(len, lines)), self._last_end)
+        file.append(cue(self._cues + 1, begin, end, lines))
+        self._cues += 1
+        self._last_end = end
 
     def close(self) -> None:
         """Closes the files; can be called once."""

@@ -27,14 +27,48 @@ else:
 # Versions that look for a proxy use none: whom this server talks to is on this machine or near it.
 _DIRECTLY = {"proxy": None} if "proxy" in signature(_connect).parameters else {}
 
+_HEADERS = "additional_headers" if _HAS_REQUESTS else "extra_headers"
 
-def connect(address: str, **options: Any) -> Any:
+
+class Redirected(InvalidHandshake):
+    """A server that names another address, where nothing is sent."""
+
+
+_AnyConnect: Any = _connect
+
+
+class _ConnectThere(_AnyConnect):  # type: ignore[misc]
+    """The library follows redirects, older versions by the first function, newer by the second."""
+
+    def handle_redirect(self, uri: str) -> None:
+        raise Redirected("redirected")
+
+    def process_redirect(self, exc: Exception) -> Exception:
+        status = refused_status(exc)
+        return Redirected("redirected") if status and 300 <= status < 400 else exc
+
+
+def connect(address: str, headers: Optional[Mapping[str, str]] = None, **options: Any) -> Any:
     """A connection to a server, to be awaited or entered; neither compressed nor pinged.
 
     The library's own options hold, those that all versions have. Fails with OSError,
-    asyncio.TimeoutError or WebSocketException.
+    asyncio.TimeoutError or WebSocketException; with Redirected rather than go elsewhere.
     """
-    return _connect(address, compression=None, ping_interval=None, **_DIRECTLY, **options)
+    ours = {_HEADERS: dict(headers or {}), "logger": _quiet_logger(), **_DIRECTLY}
+    return _ConnectThere(address, compression=None, ping_interval=None, **ours, **options)
+
+
+def refused_status(error: BaseException) -> Optional[int]:
+    """The status with which a server refused a connection; none for any other failure."""
+    answer = getattr(error, "response", error)
+    status = getattr(answer, "status_code", None)
+    return status if isinstance(status, int) else None
+
+
+def closing(error: BaseException) -> tuple[Optional[int], str]:
+    """The code and the reason with which the other side closed; no code when it just went."""
+    said = getattr(error, "rcvd", None)
+    return (said.code, said.reason) if said is not None else (None, "")
 
 
 def serve(

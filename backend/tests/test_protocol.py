@@ -5,6 +5,7 @@ import json
 import unittest
 
 from orvane_backend import protocol
+from orvane_backend.notices import notice
 from orvane_backend.protocol import (
     AudioMessage,
     BadMessage,
@@ -135,13 +136,17 @@ class BuildTest(unittest.TestCase):
             {"type": "translation", "original": "a", "translation": "ä"},
         )
         self.assertEqual(
-            json.loads(protocol.status("engine", "✓")),
-            {"type": "status", "status": "engine", "message": "✓"},
-        )
+            json.loads(protocol.status("model_loading", notice("engine.loading", engine="X"))),
+            {
+                "type": "status", "status": "model_loading", "message": "⏳ Lade X …",
+                "code": "engine.loading", "parameters": {"engine": "X"},
+            },
+        )  # fmt: skip
         self.assertEqual(json.loads(protocol.flushed()), {"type": "flushed"})
 
     def test_a_lone_surrogate_of_a_client_can_be_sent_back(self) -> None:
-        protocol.status("warning", json.loads('"\\ud800"')).encode("utf-8")
+        told = notice("session.unreadable", reason=json.loads('"\\ud800"'))
+        protocol.status("warning", told).encode("utf-8")
 
     def test_audio_survives_base64_exactly(self) -> None:
         pcm = bytes(range(256)) * 8

@@ -40,6 +40,10 @@ def processes_with(variable: str) -> list[int]:
     return found
 
 
+# What follows the end of what somebody said, 16-bit at 16 kHz.
+_PAUSE = bytes(2 * 11200)
+
+
 class ServerTest(unittest.IsolatedAsyncioTestCase):
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory()
@@ -62,7 +66,7 @@ class ServerTest(unittest.IsolatedAsyncioTestCase):
     async def test_recorded_speech_comes_back_as_text_and_translation(self) -> None:
         sentence = recordings()[4]
         server, client = await self.ready(targetLang="es", saveTranscript=True, saveSRT=True)
-        pcm = at_48_khz(sentence.pcm)
+        pcm = at_48_khz(sentence.pcm + _PAUSE)
         await client.audio(pcm)
         stereo = planar(decode_pcm(pcm), decode_pcm(pcm))
         await client.audio(encode_pcm(stereo))
@@ -90,7 +94,7 @@ class ServerTest(unittest.IsolatedAsyncioTestCase):
 
     async def test_the_socket_answers_while_speech_is_recognised(self) -> None:
         server, client = await self.ready()
-        await client.audio(at_48_khz(b"".join(one.pcm for one in recordings()[:2])))
+        await client.audio(at_48_khz(b"".join(one.pcm for one in recordings()[:2]) + _PAUSE))
         flushing = asyncio.ensure_future(client.flush())
         for _ in range(10):
             async with await Client.connect(server.port) as other:
@@ -254,11 +258,17 @@ class ListeningTest(unittest.TestCase):
         for origin, host, welcome in (
             (None, None, True),
             ("", "127.0.0.1:8765", True),
-            ("null", "127.0.0.1:8765", True),
+            ("null", "127.0.0.1:8765", False),
             ("qt-app", "127.0.0.1:8765", True),
             ("http://localhost:3000", "127.0.0.1:8765", True),
             ("http://[::1]:3000", "127.0.0.1:8765", True),
-            ("http://studio:8080", "studio:8765", True),
+            ("http://192.0.2.7:8080", "192.0.2.7:8765", True),
+            ("http://192.0.2.7:8080", "192.0.2.8:8765", False),
+            ("http://studio:8080", "studio:8765", False),
+            ("http://rebound.example.com:8765", "rebound.example.com:8765", False),
+            ("file://", "127.0.0.1:8765", False),
+            ("chrome-extension://localhost", "127.0.0.1:8765", False),
+            ("http://[broken", "127.0.0.1:8765", False),
             ("https://example.com", "127.0.0.1:8765", False),
             ("http://localhost.example.com", "localhost:8765", False),
             ("https://example.com", None, False),

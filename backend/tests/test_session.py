@@ -3,7 +3,7 @@
 import unittest
 from unittest import mock
 
-from orvane_backend import interpreter
+from orvane_backend import hearing
 from tests.peers import results
 from tests.session_case import SessionCase, chunk
 
@@ -23,7 +23,15 @@ class SessionTest(SessionCase):
             ["engine_loading", "model_loading", "model_loaded", "engine"],
         )
         self.assertIn("fake", messages[-1]["message"])
-        self.assertIn("Groß (weil)", messages[-1]["message"])
+        self.assertEqual(messages[-1]["code"], "engine.serving")
+        self.assertEqual(messages[-1]["parameters"], {"recogniser": "fake", "translator": "Groß"})
+        self.assertEqual(
+            messages[-1]["translation"], [{"code": "translation.awaits_language", "parameters": {}}]
+        )
+        self.assertEqual(
+            (messages[2]["code"], messages[2]["parameters"]), ("engine.loading", {"engine": "fake"})
+        )
+        self.assertIn("Groß (die Übersetzung richtet sich nach", messages[-1]["message"])
 
     async def test_results_come_in_order_and_flushed_after_them(self) -> None:
         async with self.client({"targetLang": "es"}) as client:
@@ -96,16 +104,18 @@ class SessionTest(SessionCase):
         async with self.client({"sourceLang": "auto", "targetLang": "es"}):
             self.assertEqual(self.chosen, [("en", "es")])
 
-    async def test_a_recogniser_of_one_language_says_when_it_is_the_wrong_one(self) -> None:
+    async def test_a_recogniser_that_may_hear_another_language_says_which_it_knows(self) -> None:
         self.recognisers[0].only_language = "en"
         async with self.client() as client:
-            await client.config(sourceLang="de", targetLang="es")
-            message = (await client.until("status", "engine"))[-1]["message"]
-        self.assertIn("versteht „de“ nicht", message)
+            await client.config(sourceLang="auto", targetLang="es")
+            message = (await client.until("status", "engine"))[-1]
+        self.assertIn(
+            {"code": "recognition.only_english", "parameters": {}}, message["recognition"]
+        )
 
     async def test_a_fault_in_the_server_itself_does_not_end_the_session(self) -> None:
         async with self.client({}) as client:
-            with mock.patch.object(interpreter, "is_silent", side_effect=ZeroDivisionError("oops")):
+            with mock.patch.object(hearing, "stretch", side_effect=ZeroDivisionError("oops")):
                 await client.audio(chunk(1), 16000)
                 self.assertEqual((await client.flush())[-1]["status"], "error")
             await client.audio(chunk(2), 16000)

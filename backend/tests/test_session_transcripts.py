@@ -27,6 +27,7 @@ class SessionTranscriptsTest(SessionCase):
             self.assertNotIn("n2", transcript.read_text())
             # The same wishes after a stop begin files of their own.
             await client.config(**wishes)
+            await client.audio(chunk(3), 16000)
             await client.flush()
             self.assertEqual(len(list(self.folder.glob("transcript_*.txt"))), 2)
 
@@ -50,9 +51,32 @@ class SessionTranscriptsTest(SessionCase):
     async def test_the_same_config_again_keeps_the_files(self) -> None:
         wishes = {"saveTranscript": True, "saveSRT": True}
         async with self.client(wishes) as client:
+            await client.audio(chunk(1), 16000)
             await client.config(**wishes)
+            await client.config(**wishes, sttEngine="vosk")
+            await client.audio(chunk(2), 16000)
             await client.flush()
         self.assertEqual(len(list(self.folder.iterdir())), 2)
+
+    async def test_a_run_without_a_word_leaves_no_files(self) -> None:
+        async with self.client({"saveTranscript": True, "saveSRT": True}) as client:
+            await client.audio(chunk(0), 16000)
+            await client.audio(chunk(99), 16000)
+            await client.flush()
+        self.assertEqual(list(self.folder.iterdir()), [])
+
+    async def test_subtitles_have_the_times_of_the_speech_however_late_they_come(self) -> None:
+        recogniser = self.recognisers[0]
+        async with self.client({"targetLang": "es", "saveSRT": True}) as client:
+            recogniser.gate.clear()
+            self.now += 10.0
+            await client.audio(chunk(1, 4.0), 16000)
+            await self.eventually(recogniser.entered.is_set)
+            self.now += 9.0
+            recogniser.gate.set()
+            await client.flush()
+        (subtitles,) = self.folder.glob("subtitles_*.srt")
+        self.assertEqual(subtitles.read_text(), "1\n00:00:06,000 --> 00:00:09,800\nn1\nN1\n\n")
 
     async def test_a_change_of_the_time_zone_shifts_nothing(self) -> None:
         before = os.environ.get("TZ")
