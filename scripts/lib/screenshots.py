@@ -14,7 +14,7 @@ from harness.isolation import isolate  # noqa: E402
 from harness.portal import Portal  # noqa: E402
 from harness.processes import end_on_signals, wait_until  # noqa: E402
 from harness.program import Program, write_settings  # noqa: E402
-from harness.scripted_backend import ScriptedBackend, result, status  # noqa: E402
+from harness.scripted_backend import ScriptedBackend, notice, result, status  # noqa: E402
 from harness.sound import Sound  # noqa: E402
 from harness.texts import Texts  # noqa: E402
 
@@ -41,7 +41,20 @@ STATES = {
     "interrupted": [SPOKEN],
     "error": [status("error", "Recognition failed: the model file whisper-base.pt is damaged. "
                      "Download it again under Settings → Whisper.")],
-    "loading": [status("model_loading", "Loading the Whisper model (base)...")],
+    "loading": [status("model_loading", "", notice("engine.loading", engine="Whisper (base)"))],
+    "refused": [status("error", "", notice("engine.none_for_language", language="de", reason=""),
+                       recognition=[notice("recognition.not_installed", engine="Whisper"),
+                                    notice("recognition.language_unknown", engine="PocketSphinx",
+                                           language="de")])],
+    "replaced": [status("engine", "", notice("engine.serving", recogniser="PocketSphinx",
+                                             translator=""),
+                        recognition=[notice("recognition.not_installed", engine="Whisper")],
+                        translation=[notice("translation.none", source="en", target="it",
+                                            address="127.0.0.1:11434"),
+                                     notice("translation.package", source="en", target="it",
+                                            packages="apertium-en-it")])],
+    "serving": [status("engine", "", notice("engine.serving", recogniser="Whisper (base)",
+                                            translator="mistral:latest"))],
     "long": [result("A sentence that does not want to end, because whoever speaks it never "
                     "breathes. " * 9,
                     "Ein Satz, der nicht enden will, weil wer ihn spricht, nie Luft holt. " * 9

@@ -130,6 +130,7 @@ void AudioManager::changeSource(AudioSourceType source, const QString& deviceId,
 
 void AudioManager::makeRun() {
     run_.reset(); // No run gets a result of another.
+    backendNews_.beginRun();
     run_ = std::make_unique<AudioRun>(environment_, configuration_, *sound_, linkThread_);
     connect(run_.get(), &AudioRun::resultArrived, this, &AudioManager::publishResult);
     connect(run_.get(), &AudioRun::backendStatusArrived, this, &AudioManager::publishBackendStatus);
@@ -173,7 +174,7 @@ void AudioManager::publishResult(const Result& result) {
 }
 
 void AudioManager::publishBackendStatus(const StatusMessage& status) {
-    backendStatus_ = status.message;
+    backendNews_.take(status);
     isModelLoading_ = status.status == u"model_loading";
     if (status.status == u"error") {
         hasEngineError_ = true;
@@ -185,7 +186,7 @@ void AudioManager::publishBackendStatus(const StatusMessage& status) {
 }
 
 void AudioManager::publishEngineStatus(const QString& status, const QString& message) {
-    backendStatus_ = message;
+    backendNews_.latest = {.status = status, .message = message, .version = {}};
     if (status == u"error") {
         hasEngineError_ = true;
     } else if (status == u"connected") {

@@ -4,6 +4,7 @@
 #include "AudioEnvironment.h"
 #include "AudioNotice.h"
 #include "AudioSourceType.h"
+#include "BackendNews.h"
 #include "CaptureControl.h"
 #include "ConfigMessage.h"
 #include "EventLoopThread.h"
@@ -25,7 +26,6 @@ namespace orv {
 
 class AudioRun;
 class SoundPath;
-struct StatusMessage;
 
 /// The owner of everything between captured sound and results: starts and stops runs, and publishes
 /// what they bring. Lives on the main thread; every public operation is called there and none of
@@ -48,7 +48,11 @@ class AudioManager : public QObject, public CaptureControl {
 
     QString currentTranslation() const { return currentResult_.translation; }
 
-    QString backendStatus() const { return backendStatus_; }
+    /// In the words of whoever told it: a speech server's are German.
+    QString backendStatus() const { return backendNews_.latest.message; }
+
+    /// The same with its codes, and what of a run's warnings still holds.
+    const BackendNews& backendNews() const { return backendNews_; }
 
     bool isModelLoading() const { return isModelLoading_; }
 
@@ -107,8 +111,8 @@ class AudioManager : public QObject, public CaptureControl {
     void resultChanged(); ///< `currentOriginal`, `currentTranslation`.
     /// A result for every output, once for each; `resultChanged` has been told of it before.
     void resultArrived(const Result& result);
-    void statusChanged();       ///< `backendStatus`, `isModelLoading`, `hasEngineError`.
-    void levelChanged();        ///< `audioLevel`, `peakLevel`.
+    void statusChanged(); ///< `backendStatus`, `backendNews`, `isModelLoading`, `hasEngineError`.
+    void levelChanged();  ///< `audioLevel`, `peakLevel`.
     void captureStateChanged(); ///< `isCapturing`.
     void progressChanged();     ///< `progress`: once a second during a run, and with each news.
     /// Something that the user has to know, told later than what it is about.
@@ -124,7 +128,7 @@ class AudioManager : public QObject, public CaptureControl {
 
     const AudioEnvironment environment_;
     Result currentResult_;
-    QString backendStatus_;
+    BackendNews backendNews_;
     bool isModelLoading_ = false;
     bool hasEngineError_ = false;
     RunProgress progress_;

@@ -67,11 +67,11 @@ L10n& L10n::shared() {
 
 const std::map<UILanguage::Case, StringTable>& L10n::strings() {
     static const std::map<UILanguage::Case, StringTable> tables = {
-        {UILanguage::German, StringTable(germanTexts())},
-        {UILanguage::English, StringTable(englishTexts())},
-        {UILanguage::Spanish, StringTable(spanishTexts())},
-        {UILanguage::French, StringTable(frenchTexts())},
-        {UILanguage::Italian, StringTable(italianTexts())},
+        {UILanguage::German, StringTable(germanTexts(), germanBackendTexts())},
+        {UILanguage::English, StringTable(englishTexts(), englishBackendTexts())},
+        {UILanguage::Spanish, StringTable(spanishTexts(), spanishBackendTexts())},
+        {UILanguage::French, StringTable(frenchTexts(), frenchBackendTexts())},
+        {UILanguage::Italian, StringTable(italianTexts(), italianBackendTexts())},
     };
     return tables;
 }

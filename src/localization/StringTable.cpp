@@ -2,9 +2,15 @@
 
 namespace orv {
 
-StringTable::StringTable(std::span<const TextEntry> entries) {
-    keys_.reserve(static_cast<qsizetype>(entries.size()));
-    texts_.reserve(static_cast<qsizetype>(entries.size()));
+StringTable::StringTable(std::span<const TextEntry> entries, std::span<const TextEntry> more) {
+    const auto count = static_cast<qsizetype>(entries.size()) + static_cast<qsizetype>(more.size());
+    keys_.reserve(count);
+    texts_.reserve(count);
+    add(entries);
+    add(more);
+}
+
+void StringTable::add(std::span<const TextEntry> entries) {
     for (const TextEntry& entry : entries) {
         const QString key = entry.key.toString();
         keys_.append(key);

@@ -24,11 +24,19 @@ std::span<const TextEntry> spanishTexts();
 std::span<const TextEntry> frenchTexts();
 std::span<const TextEntry> italianTexts();
 
+// What the speech server tells, in the same way: "backend." and its code, with the code's
+// parameters in braces. A first line says what is the matter, further ones what to do.
+std::span<const TextEntry> germanBackendTexts();
+std::span<const TextEntry> englishBackendTexts();
+std::span<const TextEntry> spanishBackendTexts();
+std::span<const TextEntry> frenchBackendTexts();
+std::span<const TextEntry> italianBackendTexts();
+
 /// The texts of one language, in the order of its table file and quick to look up. Immutable.
 class StringTable {
   public:
-    /// A key that occurs twice keeps its first text.
-    explicit StringTable(std::span<const TextEntry> entries);
+    /// The table of two files, one after the other. A key that occurs twice keeps its first text.
+    explicit StringTable(std::span<const TextEntry> entries, std::span<const TextEntry> more = {});
 
     /// All keys in the table's order, doubles included.
     const QStringList& keys() const { return keys_; }
@@ -37,6 +45,8 @@ class StringTable {
     std::optional<QString> text(const QString& key) const;
 
   private:
+    void add(std::span<const TextEntry> entries);
+
     QStringList keys_;
     QHash<QString, QString> texts_;
 };

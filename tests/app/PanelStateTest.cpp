@@ -83,6 +83,19 @@ TEST(StatusLine, aModelThatLoadsIsWhyThereIsNoAnswer) {
     EXPECT_EQ(line(RunTrouble::NoSound).headline, u"<run.trouble.nosound>"_s);
 }
 
+TEST(StatusLine, saysARefusalInTheServersWords) {
+    const auto line = [](const QString& refusal) {
+        return statusLine(
+            {.isTranslating = true,
+             .refusal = refusal,
+             .progress = {.isOn = true, .trouble = RunTrouble::EngineRefused, .reason = u"why"_s}},
+            keyAsText);
+    };
+    EXPECT_EQ(line(u"No recognition"_s),
+              (StatusLine{.headline = u"No recognition"_s, .tone = Tone::Error}));
+    EXPECT_EQ(line({}).headline, u"<run.trouble.refused>"_s);
+}
+
 TEST(DeviceHint, isThereOnlyWithoutAnyDevice) {
     EXPECT_EQ(deviceHint({}, true, keyAsText), u"<audio.mic.none>"_s);
     EXPECT_EQ(deviceHint({{.id = u"a"_s, .name = u"Mic A"_s}}, true, keyAsText), QString());

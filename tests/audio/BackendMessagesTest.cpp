@@ -64,6 +64,54 @@ TEST(Downstream, readsTheVersionOnlyAsAnInteger) {
     EXPECT_EQ(version("-1"), -1);
 }
 
+StatusMessage status(const QByteArray& message) {
+    return std::get<StatusMessage>(parseDownstream(message));
+}
+
+TEST(Downstream, readsTheCodeAndItsParameters) {
+    const StatusMessage told = status(
+        R"({"type":"status","status":"overloaded","message":"Zu viel","code":"session.behind",)"
+        R"("parameters":{"seconds":12,"rate":1.5,"engine":"Vosk","translator":""}})");
+    EXPECT_EQ(told.message, u"Zu viel"_s);
+    EXPECT_EQ(told.notice, (BackendNotice{.code = u"session.behind"_s,
+                                          .parameters = {{u"seconds"_s, u"12"_s},
+                                                         {u"rate"_s, u"1.5"_s},
+                                                         {u"engine"_s, u"Vosk"_s},
+                                                         {u"translator"_s, QString()}}}));
+    EXPECT_TRUE(told.notice.parameters.contains(u"translator"_s));
+}
+
+TEST(Downstream, readsWhatThereIsToTellAboutWhoServes) {
+    const StatusMessage told = status(
+        R"({"type":"status","status":"engine","message":"x","code":"engine.serving",)"
+        R"("parameters":{"recogniser":"A"},"recognition":[{"code":"r","parameters":{"n":1}}],)"
+        R"("translation":[{"code":"t"},{"code":"u","parameters":{}}]})");
+    EXPECT_EQ(told.recognition, (QList<BackendNotice>{{u"r"_s, {{u"n"_s, u"1"_s}}}}));
+    EXPECT_EQ(told.translation, (QList<BackendNotice>{{u"t"_s, {}}, {u"u"_s, {}}}));
+}
+
+TEST(Downstream, ignoresNoticesOfTheWrongType) {
+    for (const char* rest : {R"("code":7)", R"("code":null,"parameters":[])",
+                             R"("parameters":"x","recognition":{},"translation":7)",
+                             R"("recognition":[7,null,[],"x",{},{"code":1},{"code":""}])"}) {
+        const StatusMessage told =
+            status(QByteArray(R"({"type":"status","status":"s","message":"m",)") + rest + "}");
+        EXPECT_EQ(told, (StatusMessage{u"s"_s, u"m"_s, std::nullopt})) << rest;
+    }
+    const StatusMessage told = status(
+        R"({"type":"status","code":"c","parameters":{"a":true,"b":null,"c":[1],"d":{},"e":"f"}})");
+    EXPECT_EQ(told.notice.parameters, (QMap<QString, QString>{{u"e"_s, u"f"_s}}));
+}
+
+TEST(Downstream, readsNoMoreNoticesThanAnybodyReads) {
+    QJsonArray many;
+    for (int i = 0; i < 1000; ++i) {
+        many.append(QJsonObject{{u"code"_s, u"c"_s}});
+    }
+    const QJsonObject message{{u"type"_s, u"status"_s}, {u"translation"_s, many}};
+    EXPECT_EQ(status(QJsonDocument(message).toJson()).translation.size(), mostNotices);
+}
+
 TEST(Downstream, understandsTheFlushConfirmation) {
     EXPECT_EQ(parseDownstream(R"({"type":"flushed"})"), DownstreamMessage(FlushedMessage{}));
 }

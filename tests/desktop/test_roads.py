@@ -1,5 +1,6 @@
 """The whole road of a result, with every kind of source: played speech becomes subtitles."""
 
+import json
 import pathlib
 import subprocess
 import unittest
@@ -63,6 +64,19 @@ class Roads(unittest.TestCase):
             for spoken in results:
                 for subtitle in spoken.subtitles:
                     self.assertIn(subtitle.translation, text)
+        self.check_cues(files[0], sum(len(spoken.subtitles) for spoken in results))
+
+    def check_cues(self, subtitles, least):
+        """A player finds the cues, one after another, none of them over the next."""
+        cues = json.loads(subprocess.run(
+            ["ffprobe", "-v", "error", "-of", "json", "-show_packets", str(subtitles)], check=True,
+            text=True, stdout=subprocess.PIPE).stdout)["packets"]
+        self.assertGreaterEqual(len(cues), least)
+        times = [(float(cue["pts_time"]), float(cue["duration_time"])) for cue in cues]
+        for (begin, seconds), (following, _) in zip(times, times[1:]):
+            self.assertGreater(seconds, 0)
+            # ffprobe's own clock ticks in milliseconds.
+            self.assertLessEqual(begin + seconds, following + 0.0011)
 
     def test_system_audio(self):
         road = self.road(SYSTEM_ROAD)

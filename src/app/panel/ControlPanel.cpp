@@ -1,7 +1,9 @@
 #include "ControlPanel.h"
 
 #include "AudioManager.h"
+#include "BackendCard.h"
 #include "BackendRow.h"
+#include "BackendTexts.h"
 #include "Buttons.h"
 #include "InterruptionBanner.h"
 #include "L10n.h"
@@ -92,6 +94,8 @@ QWidget* ControlPanel::makeSections() {
     layout->addWidget(new InterruptionBanner(environment_.recovery, l10n, sections));
     notice_ = new NoticeCard(sections);
     layout->addWidget(notice_);
+    backendCard_ = new BackendCard(audio, settings, l10n, sections);
+    layout->addWidget(backendCard_);
     layout->addWidget(new BackendRow(environment_.engine, l10n, sections));
     layout->addWidget(new SourceSection(audio, settings, l10n, sections));
     layout->addWidget(new LanguageSection(settings, l10n, sections));
@@ -165,16 +169,23 @@ void ControlPanel::showStatus() {
     const TranslationController& controller = environment_.controller;
     const AudioManager& audio = environment_.audio;
     const auto lookUp = [this](const QString& key) { return text(key); };
+    const BackendNews& news = audio.backendNews();
+    const StatusMessage* error = news.error();
+    const bool isOfServer = error != nullptr && error->message == audio.progress().reason;
+    const QString refusal = isOfServer ? backendText(*error, lookUp).summary : QString();
     const StatusLine status = statusLine({.isTranslating = controller.isTranslating(),
                                           .isStopping = controller.isStopping(),
-                                          .backendStatus = audio.backendStatus(),
+                                          .backendStatus = backendText(news.latest, lookUp).summary,
+                                          .refusal = refusal,
                                           .isModelLoading = audio.isModelLoading(),
                                           .hasEngineError = audio.hasEngineError(),
                                           .progress = audio.progress()},
                                          lookUp);
     header_->setStatus(status);
-    // What the banner says is said large enough.
-    result_->setStatus(environment_.recovery.isInterrupted() ? StatusLine() : status);
+    // What a card says is said large enough.
+    const bool isInCard =
+        environment_.recovery.isInterrupted() || backendCard_->says(status.headline);
+    result_->setStatus(isInCard ? StatusLine() : status);
 }
 
 void ControlPanel::startOrStop() {

@@ -14,6 +14,7 @@ class QVBoxLayout;
 namespace orv {
 
 class AudioManager;
+class BackendCard;
 class L10n;
 class NoticeCard;
 class PanelHeader;
@@ -69,6 +70,7 @@ class ControlPanel : public QWidget {
     PanelHeader* header_;
     std::optional<AudioNotice> latestNotice_;
     NoticeCard* notice_ = nullptr;
+    BackendCard* backendCard_ = nullptr;
     QWidget* stages_ = nullptr;
     ResultSection* result_ = nullptr;
     QTimer resultDelay_; ///< Whoever waits for a result comes first, the panel a frame later.

@@ -23,7 +23,9 @@ StatusLine statusLine(const RunState& state, const TextLookup& text) {
     const bool isLoading = state.isModelLoading && !state.backendStatus.isEmpty();
     // What is being loaded says more than that there is no answer meanwhile.
     const bool isExpected = isLoading && state.progress.trouble == RunTrouble::AnswersLag;
-    const QString trouble = troubleText(state.progress, text);
+    const bool isRefused =
+        state.progress.trouble == RunTrouble::EngineRefused && !state.refusal.isEmpty();
+    const QString trouble = isRefused ? state.refusal : troubleText(state.progress, text);
     if (state.isTranslating && !trouble.isEmpty() && !isExpected) {
         return {.headline = trouble, .tone = troubleTone(state.progress.trouble)};
     }

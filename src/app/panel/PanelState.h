@@ -26,7 +26,8 @@ struct StatusLine {
 struct RunState {
     bool isTranslating = false;
     bool isStopping = false;
-    QString backendStatus = {};
+    QString backendStatus = {}; ///< In the window's language, as far as it is known there.
+    QString refusal = {};       ///< Why the speech server does not recognise, likewise.
     bool isModelLoading = false;
     bool hasEngineError = false;
     RunProgress progress = {};

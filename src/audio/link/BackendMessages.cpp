@@ -2,6 +2,7 @@
 
 #include "Pcm16.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -21,6 +22,41 @@ std::optional<std::int64_t> wholeNumber(const QJsonValue& value) {
     return number;
 }
 
+/// A text, or a number as it is written.
+std::optional<QString> parameter(const QJsonValue& value) {
+    if (value.isString()) {
+        return value.toString();
+    }
+    if (!value.isDouble()) {
+        return std::nullopt;
+    }
+    const std::optional<std::int64_t> number = wholeNumber(value);
+    return number ? QString::number(*number) : QString::number(value.toDouble());
+}
+
+BackendNotice parseNotice(const QJsonObject& object) {
+    BackendNotice notice{.code = object[u"code"_s].toString()};
+    const QJsonObject parameters = object[u"parameters"_s].toObject();
+    for (auto each = parameters.begin(); each != parameters.end(); ++each) {
+        if (const std::optional<QString> text = parameter(each.value())) {
+            notice.parameters.insert(each.key(), *text);
+        }
+    }
+    return notice;
+}
+
+QList<BackendNotice> parseNotices(const QJsonValue& value) {
+    QList<BackendNotice> notices;
+    const QJsonArray array = value.toArray();
+    for (const auto& each : array) {
+        const BackendNotice notice = parseNotice(each.toObject());
+        if (!notice.code.isEmpty() && notices.size() < mostNotices) {
+            notices.append(notice);
+        }
+    }
+    return notices;
+}
+
 DownstreamMessage parseStatus(const QJsonObject& object) {
     StatusMessage status;
     status.status = object[u"status"_s].toString();
@@ -28,6 +64,9 @@ DownstreamMessage parseStatus(const QJsonObject& object) {
     if (status.status == u"backend_version") {
         status.version = wholeNumber(object[u"version"_s]);
     }
+    status.notice = parseNotice(object);
+    status.recognition = parseNotices(object[u"recognition"_s]);
+    status.translation = parseNotices(object[u"translation"_s]);
     return status;
 }
 

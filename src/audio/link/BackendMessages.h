@@ -3,6 +3,8 @@
 #include "Result.h"
 
 #include <QByteArray>
+#include <QList>
+#include <QMap>
 #include <QString>
 
 #include <cstdint>
@@ -21,11 +23,23 @@ QByteArray audioMessage(std::span<const float> samples, int sampleRate);
 QByteArray flushMessage();
 QByteArray stopMessage();
 
+/// One thing that the backend has to tell, for whoever knows the code. Empty where it told none.
+struct BackendNotice {
+    QString code = {};
+    QMap<QString, QString> parameters = {}; ///< Numbers as they are written.
+
+    friend bool operator==(const BackendNotice&, const BackendNotice&) = default;
+};
+
 /// The backend's message about its own state.
 struct StatusMessage {
     QString status;
-    QString message;
+    QString message; ///< In the backend's own language, for whoever does not know the code.
     std::optional<std::int64_t> version; ///< Of status "backend_version", when it is an integer.
+    BackendNotice notice = {};
+    /// What there is to tell about recognising: of who serves, or why nobody does.
+    QList<BackendNotice> recognition = {};
+    QList<BackendNotice> translation = {}; ///< What there is to tell about translating.
 
     friend bool operator==(const StatusMessage&, const StatusMessage&) = default;
 };
@@ -48,6 +62,9 @@ using DownstreamMessage =
 /// Understands one message of the backend. Members that are missing or of the wrong type count as
 /// empty; anything but an object with a known "type" is ignored.
 DownstreamMessage parseDownstream(const QByteArray& utf8);
+
+/// More notices than this in one list are left out: a person reads no more.
+inline constexpr qsizetype mostNotices = 32;
 
 /// The oldest backend the program works with.
 inline constexpr std::int64_t requiredBackendVersion = 4;

@@ -71,8 +71,14 @@ def result(original, translation):
     return {"type": "translation", "original": original, "translation": translation}
 
 
-def status(kind, message):
-    return {"type": "status", "status": kind, "message": message}
+def status(kind, message, told=None, **lists):
+    """A status whose code and parameters are those of `told`, a `notice`; what there is to tell
+    about "recognition" and "translation" in lists of them."""
+    return {"type": "status", "status": kind, "message": message, **(told or {}), **lists}
+
+
+def notice(code, **parameters):
+    return {"code": code, "parameters": parameters}
 
 
 def serve(script):

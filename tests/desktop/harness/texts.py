@@ -15,12 +15,18 @@ class Texts:
     """The texts in `language`, by their keys, in the variant of this platform."""
 
     def __init__(self, language):
-        source = (_FOLDER / f"Table{language.capitalize()}.cpp").read_text(encoding="utf-8")
+        source = "".join(file.read_text(encoding="utf-8")
+                         for file in sorted(_FOLDER.glob(f"Table{language.capitalize()}*.cpp")))
         self._texts = {key: json.loads('"' + "".join(re.findall(_LITERAL, literals)) + '"')
                        for key, literals, _ in _ENTRY.findall(source)}
 
     def __call__(self, key):
         return self._texts.get(f"{key}.linux") or self._texts[key]
+
+    def told(self, code, **parameters):
+        """What the panel says to a code of the speech server: what is the matter, and the rest."""
+        summary, _, detail = self(f"backend.{code}").format_map(parameters).partition("\n")
+        return summary, detail
 
     def __len__(self):
         return len(self._texts)
