@@ -5,10 +5,10 @@ import os
 import subprocess
 import sys
 import tempfile
-import unittest
 from pathlib import Path
 from typing import Any, Callable, Optional
 
+from tests.child_case import ChildCase
 from tests.model_server import CONTENT, ModelServer
 
 SCRIPT = Path(__file__).resolve().parent.parent / "fetch_model.py"
@@ -19,7 +19,7 @@ HALF = (len(CONTENT) + 1) // 2
 _CACHES = ("XDG_CACHE_HOME", "HF_HOME", "HF_HUB_CACHE", "HUGGINGFACE_HUB_CACHE", "HF_HUB_OFFLINE")
 
 
-class FetchCase(unittest.TestCase):
+class FetchCase(ChildCase):
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory(prefix="home with blanks ")
         self.addCleanup(folder.cleanup)
@@ -34,22 +34,12 @@ class FetchCase(unittest.TestCase):
         self, model: str = "tiny", before: Optional[Callable[[], Any]] = None, **environment: str
     ) -> "subprocess.Popen[str]":
         variables = {name: value for name, value in os.environ.items() if name not in _CACHES}
-        process = subprocess.Popen(
-            [sys.executable, "-B", str(SCRIPT), model], cwd="/", preexec_fn=before,
-            env={**variables, "HOME": str(self.home), "PYTHONPATH": str(self.packages),
-                 "LC_ALL": "C", **environment},
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-            encoding="utf-8",
+        return self.spawn(
+            [sys.executable, "-B", str(SCRIPT), model],
+            {**variables, "HOME": str(self.home), "PYTHONPATH": str(self.packages),
+             "LC_ALL": "C", **environment},
+            before,
         )  # fmt: skip
-        self.addCleanup(self.end, process)
-        return process
-
-    def end(self, process: "subprocess.Popen[str]") -> None:
-        if process.poll() is None:
-            process.kill()
-        process.wait()
-        assert process.stdout is not None
-        process.stdout.close()
 
     def run_to_end(self, *arguments: Any, **wishes: Any) -> tuple[int, list[str]]:
         """The exit status, and what was printed besides percentages."""

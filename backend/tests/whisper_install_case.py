@@ -13,6 +13,7 @@ import unittest
 from pathlib import Path
 from typing import Callable, Iterator, Optional
 
+from tests.child_case import ChildCase
 from tests.wheels import make_faster_whisper
 
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts" / "install-backend"
@@ -31,7 +32,7 @@ def first_home() -> Path:
     return Path(_FIRST[0].name)
 
 
-class WhisperInstallCase(unittest.TestCase):
+class WhisperInstallCase(ChildCase):
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory(prefix="Jürgens häusliches Heim ")
         self.addCleanup(folder.cleanup)
@@ -61,20 +62,7 @@ class WhisperInstallCase(unittest.TestCase):
     def start(
         self, *arguments: str, before: Optional[Callable[[], None]] = None
     ) -> "subprocess.Popen[str]":
-        process = subprocess.Popen(
-            [str(SCRIPT), *arguments], env=self.environment(), cwd="/", preexec_fn=before,
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-            encoding="utf-8",
-        )  # fmt: skip
-        self.addCleanup(self.end, process)
-        return process
-
-    def end(self, process: "subprocess.Popen[str]") -> None:
-        if process.poll() is None:
-            process.kill()
-        process.wait()
-        assert process.stdout is not None
-        process.stdout.close()
+        return self.spawn([str(SCRIPT), *arguments], self.environment(), before)
 
     def rest_of(self, process: "subprocess.Popen[str]") -> list[str]:
         assert process.stdout is not None

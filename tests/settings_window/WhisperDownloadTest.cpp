@@ -1,6 +1,7 @@
 // Downloads by the speech server's script and then the library, with a shell script for both.
 
 #include "WhisperFixture.h"
+#include "WhisperModels.h"
 
 #include <optional>
 
@@ -25,7 +26,7 @@ TEST_F(WhisperDownloadTest, theScriptFetchesAndTheLibraryLoads) {
     manager->downloadWhisperModel(u"base"_s);
     EXPECT_TRUE(reaches(u"base"_s, State::Downloaded));
     EXPECT_EQ(contentOf(u"arguments"_s),
-              script.toUtf8() + "|base|-c|import whisper; whisper.load_model('base')|");
+              script.toUtf8() + "|base|-c|" + whisperProofScript(u"base"_s).toUtf8() + '|');
     const QByteArray where = folder.filePath(u"the cache"_s).toUtf8() + '\n';
     EXPECT_EQ(contentOf(u"caches"_s), where + where);
     EXPECT_TRUE(dialogs.alerts.isEmpty());

@@ -2,6 +2,11 @@
 
 #include "L10n.h"
 
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -67,6 +72,32 @@ TEST(WhisperModels, aPathIsNoModel) {
 
 TEST(WhisperModels, theScriptLoadsTheModel) {
     EXPECT_EQ(whisperDownloadScript(u"base"_s), u"import whisper; whisper.load_model('base')"_s);
+}
+
+TEST(WhisperModels, theProofLoadsTheModelWithThePackageThatHasFetchedIt) {
+    const QTemporaryDir packages;
+    const auto place = [&](const QString& name, const QByteArray& content) {
+        QFile file(packages.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    };
+    const auto said = [&] {
+        QProcess python;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"PYTHONPATH"_s, packages.path());
+        environment.insert(u"PYTHONDONTWRITEBYTECODE"_s, u"1"_s);
+        python.setProcessEnvironment(environment);
+        python.setProcessChannelMode(QProcess::MergedChannels);
+        python.start(u"/usr/bin/python3"_s, {u"-c"_s, whisperProofScript(u"base"_s)});
+        EXPECT_TRUE(python.waitForFinished(-1));
+        return python.readAll();
+    };
+    place(u"whisper.py"_s, "def load_model(name): print('whisper', name)\n");
+    EXPECT_EQ(said(), "whisper base\n");
+    // Where both are there the better one has fetched.
+    place(u"faster_whisper.py"_s, "def WhisperModel(name, device, compute_type, local_files_only): "
+                                  "print('faster', name, local_files_only)\n");
+    EXPECT_EQ(said(), "faster base True\n");
 }
 
 TEST(LastLine, isTheLastThatSaysSomething) {

@@ -29,7 +29,7 @@ WhisperDownload::~WhisperDownload() {
 
 QString WhisperDownload::start() {
     ORV_ON_MAIN();
-    return QFileInfo::exists(programs_.script) ? fetch() : load();
+    return QFileInfo::exists(programs_.script) ? fetch() : load(whisperDownloadScript(id_));
 }
 
 void WhisperDownload::giveUp() {
@@ -43,8 +43,8 @@ QString WhisperDownload::fetch() {
     return run({programs_.script, id_}, &WhisperDownload::fetched);
 }
 
-QString WhisperDownload::load() {
-    return run({u"-c"_s, whisperDownloadScript(id_)}, &WhisperDownload::loaded);
+QString WhisperDownload::load(const QString& script) {
+    return run({u"-c"_s, script}, &WhisperDownload::loaded);
 }
 
 QString WhisperDownload::run(const QStringList& arguments,
@@ -85,7 +85,7 @@ void WhisperDownload::fetched(int status) {
         return;
     }
     isFetched_ = true;
-    if (const QString problem = load(); !problem.isEmpty()) {
+    if (const QString problem = load(whisperProofScript(id_)); !problem.isEmpty()) {
         Q_EMIT ended(problem);
         return;
     }

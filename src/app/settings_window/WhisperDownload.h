@@ -59,7 +59,7 @@ class WhisperDownload : public QObject {
 
   private:
     QString fetch();
-    QString load();
+    QString load(const QString& script);
     QString run(const QStringList& arguments, void (WhisperDownload::*finished)(int status));
     void printed(const QByteArray& bytes);
     void fetched(int status);

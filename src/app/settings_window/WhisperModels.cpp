@@ -61,6 +61,13 @@ QString whisperDownloadScript(const QString& id) {
     return u"import whisper; whisper.load_model('"_s + id + u"')"_s;
 }
 
+QString whisperProofScript(const QString& id) {
+    return u"from importlib.util import find_spec\n"
+           "if find_spec('faster_whisper'): import faster_whisper; faster_whisper.WhisperModel('"_s +
+           id + u"', device='cpu', compute_type='int8', local_files_only=True)\nelse: "_s +
+           whisperDownloadScript(id);
+}
+
 QString lastLine(const QByteArray& output) {
     QString text = QString::fromUtf8(output);
     text.replace(u'\r', u'\n');

@@ -35,6 +35,10 @@ QSet<QString> downloadedWhisperModels(const QStringList& fileNames);
 /// The Python script that makes the recognition library fetch the model `id` into its cache.
 QString whisperDownloadScript(const QString& id);
 
+/// The Python script that makes the library load the model `id` that it has just got:
+/// faster-whisper where that is installed, as the download script prefers it, too.
+QString whisperProofScript(const QString& id);
+
 /// The last line of what a program printed that says something, for people: lines may be cut short
 /// by carriage returns, as progress bars are, and may be anything but text.
 QString lastLine(const QByteArray& output);
