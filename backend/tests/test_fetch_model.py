@@ -45,8 +45,8 @@ class FetchModelTest(FetchCase):
         (self.packages / "whisper.py").unlink()
         self.assertEqual(
             self.run_to_end(),
-            (1, ["Whisper ist noch nicht installiert; installieren lässt es sich im Terminal mit "
-                 "scripts/install-backend --with faster-whisper"]),
+            (1, ["Whisper ist noch nicht installiert; installieren lässt es sich in den "
+                 "Einstellungen unter Whisper"]),
         )  # fmt: skip
 
     def test_a_package_that_lacks_another_is_told_in_one_line(self) -> None:

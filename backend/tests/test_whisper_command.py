@@ -2,7 +2,6 @@
 
 import json
 import os
-import signal
 import subprocess
 import sys
 import tempfile
@@ -13,7 +12,7 @@ from typing import Any
 from tests import standins
 
 _SCRIPT = Path(__file__).resolve().parent.parent / "manage_whisper.py"
-_HUB = ("HF_HOME", "HF_HUB_CACHE", "HUGGINGFACE_HUB_CACHE", "ORVANE_INSTALL_BACKEND")
+_HUB = ("HF_HOME", "HF_HUB_CACHE", "HUGGINGFACE_HUB_CACHE")
 
 
 class CommandCase(unittest.TestCase):
@@ -70,6 +69,42 @@ class StatusTest(CommandCase):
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content or b"stand-in model " + model.encode())
         return path
+
+    def test_a_model_is_deleted_with_what_was_begun(self) -> None:
+        kept = [self.put_faster("tiny"), self.put_openai("tiny"), self.put_openai("base.en")]
+        gone = [
+            self.put_faster("base", leave_out="vocabulary.txt"), self.put_openai("base"),
+            self.put_openai("base").with_name("base.pt.part"),
+        ]  # fmt: skip
+        gone[2].write_bytes(b"begun")
+        self.assertEqual(self.lines("delete", "base"), (0, []))
+        self.assertEqual([path.exists() for path in gone], [False] * 3)
+        self.assertEqual([path.exists() for path in kept], [True] * 3)
+        self.assertEqual(self.lines("delete", "base"), (0, []), "nothing is left to delete")
+
+    def test_large_is_deleted_in_each_of_its_versions(self) -> None:
+        turbo = self.put_faster("large-v3-turbo")
+        gone = [
+            self.put_faster("large-v2"),
+            self.put_faster("large-v3"),
+            self.put_openai("large-v1"),
+        ]
+        self.assertEqual(self.lines("delete", "large"), (0, []))
+        self.assertEqual([path.exists() for path in gone], [False] * 3)
+        self.assertTrue(turbo.exists())
+
+    def test_nothing_but_models_is_deleted(self) -> None:
+        other = self.put_openai("../other")
+        status, told = self.lines("delete", "../other")
+        self.assertEqual((status, len(told)), (2, 1))
+        self.assertTrue(other.exists())
+
+    def test_what_cannot_be_deleted_is_told(self) -> None:
+        folder = self.cache / "whisper" / "base.pt"
+        folder.mkdir(parents=True)
+        status, told = self.lines("delete", "base")
+        self.assertEqual(status, 1)
+        self.assertIn("base.pt", told[-1])
 
     def test_without_a_package_nothing_is_offered_but_the_packages(self) -> None:
         told = self.status("--model", "base")
@@ -192,59 +227,10 @@ class StatusTest(CommandCase):
             (told["packages"][0]["state"], told["packages"][0]["version"]), ("there", "9.8")
         )
 
-
-class InstallTest(CommandCase):
-    def installer(self, script: str) -> str:
-        path = self.home / "an installer"
-        path.write_text(f"#!/bin/bash\n{script}\n")
-        path.chmod(0o755)
-        return str(path)
-
-    def test_the_installer_is_run_and_its_lines_are_passed_on(self) -> None:
-        path = self.installer(
-            'echo "==> [1/7] $*"; echo "==> 37 % of what is needed"; echo; echo "==> 100 % ok"\n'
-            'echo "note of another kind"'
-        )
-        expected = [
-            "note [1/7] --with faster-whisper", "progress 37", "progress 100",
-            "note note of another kind",
-        ]  # fmt: skip
-        told = self.lines("install", "faster-whisper", ORVANE_INSTALL_BACKEND=path)
-        self.assertEqual(told, (0, expected))
-        self.assertEqual(self.lines("install", "faster-whisper", path), (0, expected))
-        told = self.lines("remove", "whisper", path)
-        self.assertEqual(told[1][0], "note [1/7] --without openai-whisper")
-
-    def test_the_last_line_of_a_failure_is_its_reason(self) -> None:
-        path = self.installer('echo "==> [1/7]"; echo "error: No room" >&2; exit 1')
-        self.assertEqual(self.lines("install", "whisper", path), (1, ["note [1/7]", "No room"]))
-        path = self.installer('echo "E: cannot"; exit 7')
-        self.assertEqual(self.lines("install", "whisper", path)[1][-1], "E: cannot")
-        path = self.installer("exit 7")
-        self.assertEqual(
-            self.lines("install", "whisper", path), (1, ["Das Installationsprogramm endete mit 7"])
-        )
-
     def test_wrong_wishes_are_told(self) -> None:
-        self.assertEqual(self.lines("install", "whisper")[0], 1)
-        self.assertEqual(self.lines("install", "whisper", "/does/not/exist")[0], 1)
-        self.assertEqual(self.lines("install", "vosk", "/bin/true")[0], 2)
-        for arguments in ((), ("install",), ("status", "base"), ("colour",)):
+        for arguments in ((), ("delete",), ("status", "base"), ("colour",)):
             status, lines = self.lines(*arguments)
             self.assertEqual((status, lines[0][:7]), (2, "Usage: "))
-
-    def test_broken_off_it_ends_the_installer_with_all_it_has_started(self) -> None:
-        path = self.installer(
-            'trap \'echo "==> tidying"; exit 143\' TERM; echo "==> begun"; tail -f /dev/null & wait'
-        )
-        with self.start("install", "whisper", path) as process:
-            assert process.stdout is not None
-            self.assertEqual(process.stdout.readline(), "note begun\n")
-            process.send_signal(signal.SIGTERM)
-            # The end of its output: nobody is left who could write to it.
-            lines = process.stdout.read().splitlines()
-        self.assertEqual(process.returncode, 128 + signal.SIGTERM)
-        self.assertEqual(lines, ["Abgebrochen; was geladen ist, bleibt für das nächste Mal"])
 
 
 if __name__ == "__main__":

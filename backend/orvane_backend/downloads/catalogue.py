@@ -9,10 +9,7 @@ from typing import Any, Optional
 
 from . import PackageProblem
 
-NOT_INSTALLED = (
-    "Whisper ist noch nicht installiert; installieren lässt es sich im Terminal mit "
-    "scripts/install-backend --with faster-whisper"
-)
+NOT_INSTALLED = "Whisper ist noch nicht installiert; installieren lässt es sich in den Einstellungen unter Whisper"
 
 # The package's addresses end in the file's SHA-256 and its name.
 _ADDRESS = re.compile(r"https?://[^?#]*/([0-9a-f]{64})/([\w][\w.-]*\.pt)", re.ASCII)

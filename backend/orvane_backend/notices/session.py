@@ -11,9 +11,8 @@ TEXTS = {
     "engine.elsewhere": "„{engine}“ läuft nicht im Backend",
     "engine.none": "Keine Spracherkennung: {reason}",
     "engine.none_for_language": (
-        "Keine Spracherkennung für „{language}“ ({reason}). Whisper installieren "
-        "(scripts/install-backend --with faster-whisper) oder einen eigenen Erkenner in "
-        "recognisers.toml nennen"
+        "Keine Spracherkennung für „{language}“ ({reason}). Whisper in den Einstellungen "
+        "installieren oder dort einen eigenen Erkenner angeben"
     ),
     "session.unreadable": "{reason}",
     "session.config_keys": "Config: nicht verstanden: {keys}",

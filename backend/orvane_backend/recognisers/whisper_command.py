@@ -1,24 +1,17 @@
 """What `manage_whisper.py` does, for the program's settings window.
 
-`status` prints one line of JSON. `install` and `remove` print what `fetch_model.py` does: "progress 37",
-where 100 means that every byte is there and is being installed and tried, "note ..." for the log, and
-as the last line of a failure its reason.
+`status` prints one line of JSON. `delete` removes a model, and prints why when it cannot.
 """
 
 import io
 import json
-import os
-import re
 import sys
-from typing import Optional, Sequence
+from typing import Sequence
 
-from ..packages import Interrupted, package_called
-from ..packages.children import Child, end_on_signals
+from . import whisper_models as models
 from .whisper_status import status
 
-VARIABLE = "ORVANE_INSTALL_BACKEND"
-_USAGE = "Usage: manage_whisper.py status [--model MODEL] | install|remove PACKAGE [INSTALLER]"
-_PERCENT = re.compile(r"(?:==> )?(\d{1,3}) % ")
+_USAGE = "Usage: manage_whisper.py status [--model MODEL] | delete MODEL"
 
 
 def main(arguments: Sequence[str]) -> int:
@@ -32,49 +25,20 @@ def main(arguments: Sequence[str]) -> int:
         case ["status", "--model", model]:
             _say(json.dumps(status(model), ensure_ascii=False))
             return 0
-        case ["install", package]:
-            return _change("--with", package, os.environ.get(VARIABLE))
-        case ["install", package, installer]:
-            return _change("--with", package, installer)
-        case ["remove", package]:
-            return _change("--without", package, os.environ.get(VARIABLE))
-        case ["remove", package, installer]:
-            return _change("--without", package, installer)
+        case ["delete", model]:
+            return _delete(model)
     _say(_USAGE)
     return 2
 
 
-def _change(wish: str, name: str, installer: Optional[str]) -> int:
-    package = package_called(name)
-    if package is None:
-        _say(f"„{name}“ ist kein Paket für Whisper")
-        return 2
-    if not installer or not os.access(installer, os.X_OK):
-        _say(f"Das Installationsprogramm fehlt: {installer or VARIABLE}")
-        return 1
+def _delete(model: str) -> int:
     try:
-        end_on_signals()
-        return _run([installer, wish, package.name])
-    except Interrupted as error:
-        _say("Abgebrochen; was geladen ist, bleibt für das nächste Mal")
-        return 128 + error.number
-
-
-def _run(command: list[str]) -> int:
-    reason = ""
-    with Child(command) as child:
-        for line in child.lines(lambda: None):
-            if (percent := _PERCENT.match(line)) is not None:
-                _say(f"progress {percent.group(1)}")
-            elif line.startswith("error: "):
-                reason = line.removeprefix("error: ")
-            elif line.strip():
-                _say(f"note {line.removeprefix('==> ')}")
-                if not line.startswith("==> "):
-                    reason = line.strip()
-        ended = child.ended()
-    if ended != 0:
-        _say(reason or f"Das Installationsprogramm endete mit {ended}")
+        models.delete(model)
+    except KeyError:
+        _say(f"„{model}“ ist kein Modell von Whisper")
+        return 2
+    except OSError as error:
+        _say(f"{error.filename}: {error.strerror}" if error.strerror else str(error))
         return 1
     return 0
 

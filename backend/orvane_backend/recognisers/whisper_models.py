@@ -4,6 +4,7 @@ Nothing here fetches anything, and nothing imports the packages, which takes sec
 """
 
 import os
+import shutil
 from dataclasses import dataclass
 from importlib.util import find_spec
 from pathlib import Path
@@ -27,6 +28,7 @@ _SIZES = {
     "distil-large-v3.5": 756, "distil-large-v3": 756, "distil-large-v2": 756,
     "distil-medium.en": 394, "distil-small.en": 166,
 }  # fmt: skip
+_LARGE = ("large-v1", "large-v2", "large-v3")
 _OTHER_NAMES = {"large": "large-v3", "turbo": "large-v3-turbo"}
 
 # Where the models of faster-whisper are on the hub, if not in the maker's usual place. A project
@@ -208,6 +210,23 @@ def path_of(package: str, model: str) -> Optional[Path]:
             if _is_whole_snapshot(snapshot, model):
                 return snapshot
     return None
+
+
+def delete(model: str) -> None:
+    """Removes what there is of a model, begun downloads included; "large" means each of its versions.
+
+    Raises KeyError for what is no model, OSError for what cannot be removed.
+    """
+    name = full_name(model)
+    if name is None:
+        raise KeyError(model)
+    for name in _LARGE if model == "large" else (name,):
+        for project in hub_projects(name):
+            if project.is_dir():
+                shutil.rmtree(project)
+        file = openai_file(name)
+        for part in (file, Path(f"{file}.part"), Path(f"{file}.part.source")):
+            part.unlink(missing_ok=True)
 
 
 def _projects(model: str) -> tuple[str, ...]:
