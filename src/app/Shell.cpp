@@ -8,6 +8,7 @@
 #include "DesktopComposition.h"
 #include "DesktopNotifications.h"
 #include "L10n.h"
+#include "NearRecognisers.h"
 #include "OverlayServer.h"
 #include "OverlayWindow.h"
 #include "PanelWindow.h"
@@ -28,6 +29,9 @@
 #include "VmixSender.h"
 #include "VmixTracking.h"
 #include "WhisperModelManager.h"
+#include "WhisperPackages.h"
+
+#include <QFileInfo>
 
 #include <utility>
 
@@ -123,13 +127,23 @@ void Shell::createServices(const UserPaths& paths) {
                                                                       .quit = *quit_});
     recovery_ = std::make_unique<RunRecovery>(RecoveryEnvironment{
         .settings = *settings_, .audio = *audio_, .backend = *engine_, .controller = *controller_});
+    const LocalSpeechEnvironment speech{.interpreter = paths.backendInterpreter(),
+                                        .folder = QFileInfo(paths.backendScript()).path(),
+                                        .installer = backendInstaller(),
+                                        .home = paths.home,
+                                        .whisperCache = paths.whisperCache(),
+                                        .log = backendLog_.get()};
+    packages_ = std::make_unique<WhisperPackages>(speech);
+    recognisers_ = std::make_unique<NearRecognisers>(speech);
     models_ = std::make_unique<WhisperModelManager>(
         WhisperEnvironment{.programs = {.interpreter = paths.backendInterpreter(),
                                         .script = paths.modelScript(),
                                         .cacheFolder = paths.whisperCache()},
                            .files = modelFiles_,
                            .dialogs = dialogs_,
-                           .text = lookUp});
+                           .text = lookUp,
+                           .packages = packages_.get(),
+                           .chosenModel = [this] { return settings_->whisperModel.get(); }});
 }
 
 void Shell::createInterface() {
@@ -193,6 +207,8 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
                                .opener = opener_,
                                .updates = *updates_,
                                .models = *models_,
+                               .packages = *packages_,
+                               .recognisers = *recognisers_,
                                .paths = paths_,
                                .outputCards = outputCards([this] { vrchat_->sendVRChatTest(); })});
 }
@@ -270,7 +286,7 @@ void Shell::finish() {
 
 bool Shell::somethingRuns() const {
     return controller_->isTranslating() || controller_->isStopping() || engine_->isBusy() ||
-           models_->isDownloading();
+           models_->isDownloading() || packages_->isAtWork();
 }
 
 QString Shell::text(const QString& key) const {

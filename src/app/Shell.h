@@ -25,6 +25,7 @@ class AudioManager;
 class BackendLog;
 class ControlPanel;
 class L10n;
+class NearRecognisers;
 class OverlayServer;
 class OverlayWindow;
 class PortProbe;
@@ -40,6 +41,7 @@ class UserNotifications;
 class VRChatOutput;
 class VmixTracking;
 class WhisperModelManager;
+class WhisperPackages;
 
 /// The composition root: makes every long-lived object in order, hands each what it needs, and
 /// destroys them in reverse.
@@ -102,6 +104,8 @@ class Shell {
     std::unique_ptr<TranslationController> controller_;
     std::unique_ptr<RunRecovery> recovery_;
     FileJobs modelFiles_{disk_};
+    std::unique_ptr<WhisperPackages> packages_;
+    std::unique_ptr<NearRecognisers> recognisers_;
     std::unique_ptr<WhisperModelManager> models_;
     DesktopServices desktop_;
     OpenOrShow opener_{desktop_, dialogs_, [this](const QString& key) { return text(key); }};

@@ -19,14 +19,23 @@ BackendInstaller::BackendInstaller(ChildCommand command, std::chrono::millisecon
     , log_(log) {}
 
 BackendInstaller::~BackendInstaller() {
+    giveUp();
+    if (process_ && !process_->waitForEnd(pause_)) {
+        signalAll(SIGKILL);
+        process_->waitForEnd(pause_);
+    }
+}
+
+void BackendInstaller::giveUp() {
+    ORV_ON_MAIN();
+    signalAll(SIGTERM);
+}
+
+void BackendInstaller::signalAll(int signal) {
+    // The whole group: the installer's own children do the work. It is the leader's number that is
+    // sent to, and the leader has not been waited for yet.
     if (process_ && process_->isRunning()) {
-        // The whole group: the installer's own children do the work. It is the leader's number
-        // that is sent to, and the leader has not been waited for yet.
-        ::kill(static_cast<pid_t>(-process_->processIdentifier()), SIGTERM);
-        if (!process_->waitForEnd(pause_)) {
-            ::kill(static_cast<pid_t>(-process_->processIdentifier()), SIGKILL);
-            process_->waitForEnd(pause_);
-        }
+        ::kill(static_cast<pid_t>(-process_->processIdentifier()), signal);
     }
 }
 
@@ -59,11 +68,15 @@ void BackendInstaller::install() {
 void BackendInstaller::printed(const QByteArray& bytes) {
     ORV_ON_MAIN();
     const QString before = output_.step();
+    const std::optional<int> percentBefore = output_.percent();
     for (const QString& line : output_.take(bytes)) {
         logLine(u"Backend-Installation: "_s + line);
     }
     if (output_.step() != before) {
         Q_EMIT stepChanged(output_.step());
+    }
+    if (output_.percent() != percentBefore) {
+        Q_EMIT percentChanged();
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace orv {
 
@@ -35,16 +36,24 @@ class BackendInstaller : public QObject {
 
     bool isRunning() const { return bool(process_); }
 
+    /// Tells what runs to end, with everything it has started, without waiting; `ended` follows.
+    void giveUp();
+
     /// "2/3"; empty before the installer has told.
     QString step() const { return output_.step(); }
 
+    /// How much of the current step's download is there, of 100; nothing while nobody tells.
+    std::optional<int> percent() const { return output_.percent(); }
+
   Q_SIGNALS:
+    void percentChanged();
     void stepChanged(const QString& step);
     /// `reason` is what people are told when it has not worked.
     void ended(bool installed, const QString& reason);
 
   private:
     void printed(const QByteArray& bytes);
+    void signalAll(int signal);
     void finish(int status);
 
     const ChildCommand command_;

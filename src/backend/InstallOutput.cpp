@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -36,6 +38,11 @@ void InstallOutput::takeLine(const QString& line) {
     static const QRegularExpression stepMark(u"^\\[([0-9]+/[0-9]+)\\] "_s);
     if (const auto match = stepMark.match(line); match.hasMatch()) {
         step_ = match.captured(1);
+        percent_.reset();
+    }
+    static const QRegularExpression percentMark(u"^([0-9]{1,3}) % "_s);
+    if (const auto match = percentMark.match(line); match.hasMatch()) {
+        percent_ = std::min(match.captured(1).toInt(), 100);
     }
     if (!line.isEmpty()) {
         lastLine_ = line;

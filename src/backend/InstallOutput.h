@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace orv {
 
 /// What an installation prints, put together from the pieces in which it arrives.
@@ -16,6 +18,10 @@ class InstallOutput {
     /// Where the installation is, "2/3", as its lines have told ("[2/3] ..."); empty before.
     QString step() const { return step_; }
 
+    /// How much of the current step's download is there, of 100, as lines like "37 % ..." have
+    /// told; nothing before, and when the next step begins.
+    std::optional<int> percent() const { return percent_; }
+
     /// The last line with something on it; empty when there was none.
     QString lastLine() const;
 
@@ -24,6 +30,7 @@ class InstallOutput {
 
     QByteArray unfinished_;
     QString step_;
+    std::optional<int> percent_;
     QString lastLine_;
 };
 

@@ -13,12 +13,11 @@ std::span<const TextEntry> germanBackendTexts() {
          u"„{engine}“ läuft nicht im Backend\nEine andere Engine erkennt an ihrer Stelle. Zu "
          u"wählen ist sie unter Einstellungen → Engines."},
         {u"backend.engine.none",
-         u"Keine Spracherkennung\nInstallieren Sie Whisper im Terminal: scripts/install-backend "
-         u"--with faster-whisper, oder nennen Sie einen eigenen Erkenner in recognisers.toml."},
+         u"Keine Spracherkennung\nRichten Sie Whisper unter Einstellungen → Whisper ein, oder "
+         u"nennen Sie einen eigenen Erkenner in recognisers.toml."},
         {u"backend.engine.none_for_language",
-         u"Keine Spracherkennung für „{language}“\nInstallieren Sie Whisper im Terminal: "
-         u"scripts/install-backend --with faster-whisper, oder nennen Sie einen eigenen Erkenner "
-         u"in recognisers.toml."},
+         u"Keine Spracherkennung für „{language}“\nRichten Sie Whisper unter Einstellungen → "
+         u"Whisper ein, oder nennen Sie einen eigenen Erkenner in recognisers.toml."},
         {u"backend.session.unreadable", u"Das Backend versteht eine Nachricht nicht\n{reason}"},
         {u"backend.session.config_keys", u"Das Backend versteht nicht alle Einstellungen\nStatt "
                                          u"dieser gelten die Vorgaben: {keys}"},
@@ -66,8 +65,8 @@ std::span<const TextEntry> germanBackendTexts() {
                                          u"Terminal installieren: sudo apt install {packages}"},
         {u"backend.recognition.not_installed", u"{engine} ist nicht installiert"},
         {u"backend.recognition.not_installed.whisper",
-         u"{engine} ist nicht installiert\nIm Terminal lässt es sich installieren "
-         u"(scripts/install-backend --with faster-whisper)."},
+         u"{engine} ist nicht installiert\nInstallieren lässt es sich unter Einstellungen → "
+         u"Whisper."},
         {u"backend.recognition.not_loaded", u"{engine} lässt sich nicht laden\n{reason}"},
         {u"backend.recognition.failed", u"{engine}: {reason}"},
         {u"backend.recognition.language_unknown", u"{engine} versteht „{language}“ nicht"},

@@ -12,13 +12,11 @@ std::span<const TextEntry> englishBackendTexts() {
         {u"backend.engine.elsewhere",
          u"“{engine}” does not run in the backend\nAnother engine recognizes in its place. Choose "
          u"one in Settings → Engines."},
-        {u"backend.engine.none",
-         u"No speech recognition\nInstall Whisper in a terminal: scripts/install-backend --with "
-         u"faster-whisper, or name a recognizer of your own in recognisers.toml."},
+        {u"backend.engine.none", u"No speech recognition\nSet up Whisper in Settings → Whisper, or "
+                                 u"name a recognizer of your own in recognisers.toml."},
         {u"backend.engine.none_for_language",
-         u"No speech recognition for “{language}”\nInstall Whisper in a terminal: "
-         u"scripts/install-backend --with faster-whisper, or name a recognizer of your own in "
-         u"recognisers.toml."},
+         u"No speech recognition for “{language}”\nSet up Whisper in Settings → Whisper, or name a "
+         u"recognizer of your own in recognisers.toml."},
         {u"backend.session.unreadable", u"The backend does not understand a message\n{reason}"},
         {u"backend.session.config_keys",
          u"The backend does not understand all settings\nDefaults apply instead of these: {keys}"},
@@ -65,8 +63,7 @@ std::span<const TextEntry> englishBackendTexts() {
          u"install {packages}"},
         {u"backend.recognition.not_installed", u"{engine} is not installed"},
         {u"backend.recognition.not_installed.whisper",
-         u"{engine} is not installed\nInstall it in a terminal (scripts/install-backend --with "
-         u"faster-whisper)."},
+         u"{engine} is not installed\nInstall it in Settings → Whisper."},
         {u"backend.recognition.not_loaded", u"{engine} cannot be loaded\n{reason}"},
         {u"backend.recognition.failed", u"{engine}: {reason}"},
         {u"backend.recognition.language_unknown", u"{engine} does not understand “{language}”"},

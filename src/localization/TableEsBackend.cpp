@@ -11,13 +11,11 @@ std::span<const TextEntry> spanishBackendTexts() {
         {u"backend.engine.loaded", u"{engine} está cargado"},
         {u"backend.engine.elsewhere", u"«{engine}» no funciona en el backend\nOtro motor reconoce "
                                       u"en su lugar. Elija uno en Ajustes → Motores."},
-        {u"backend.engine.none",
-         u"No hay reconocimiento de voz\nInstale Whisper en un terminal: scripts/install-backend "
-         u"--with faster-whisper, o indique un reconocedor propio en recognisers.toml."},
+        {u"backend.engine.none", u"No hay reconocimiento de voz\nConfigure Whisper en Ajustes → "
+                                 u"Whisper o indique un reconocedor propio en recognisers.toml."},
         {u"backend.engine.none_for_language",
-         u"No hay reconocimiento de voz para «{language}»\nInstale Whisper en un terminal: "
-         u"scripts/install-backend --with faster-whisper, o indique un reconocedor propio en "
-         u"recognisers.toml."},
+         u"No hay reconocimiento de voz para «{language}»\nConfigure Whisper en Ajustes → Whisper "
+         u"o indique un reconocedor propio en recognisers.toml."},
         {u"backend.session.unreadable", u"El backend no entiende un mensaje\n{reason}"},
         {u"backend.session.config_keys", u"El backend no entiende todos los ajustes\nEn lugar de "
                                          u"estos se aplican los predeterminados: {keys}"},
@@ -64,8 +62,7 @@ std::span<const TextEntry> spanishBackendTexts() {
          u"install {packages}"},
         {u"backend.recognition.not_installed", u"{engine} no está instalado"},
         {u"backend.recognition.not_installed.whisper",
-         u"{engine} no está instalado\nInstálelo en un terminal (scripts/install-backend --with "
-         u"faster-whisper)."},
+         u"{engine} no está instalado\nInstálelo en Ajustes → Whisper."},
         {u"backend.recognition.not_loaded", u"No se puede cargar {engine}\n{reason}"},
         {u"backend.recognition.failed", u"{engine}: {reason}"},
         {u"backend.recognition.language_unknown", u"{engine} no entiende «{language}»"},

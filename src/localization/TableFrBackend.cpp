@@ -12,13 +12,12 @@ std::span<const TextEntry> frenchBackendTexts() {
         {u"backend.engine.elsewhere",
          u"«\u00A0{engine}\u00A0» ne fonctionne pas dans le backend\nUn autre moteur reconnaît à "
          u"sa place. Choisissez-en un dans Réglages → Moteurs."},
-        {u"backend.engine.none", u"Aucune reconnaissance vocale\nInstallez Whisper dans un "
-                                 u"terminal\u00A0: scripts/install-backend --with faster-whisper, "
-                                 u"ou indiquez votre propre reconnaissance dans recognisers.toml."},
+        {u"backend.engine.none",
+         u"Aucune reconnaissance vocale\nConfigurez Whisper dans Réglages → Whisper ou indiquez "
+         u"votre propre reconnaissance dans recognisers.toml."},
         {u"backend.engine.none_for_language",
-         u"Aucune reconnaissance vocale pour «\u00A0{language}\u00A0»\nInstallez Whisper dans un "
-         u"terminal\u00A0: scripts/install-backend --with faster-whisper, ou indiquez votre propre "
-         u"reconnaissance dans recognisers.toml."},
+         u"Aucune reconnaissance vocale pour «\u00A0{language}\u00A0»\nConfigurez Whisper dans "
+         u"Réglages → Whisper ou indiquez votre propre reconnaissance dans recognisers.toml."},
         {u"backend.session.unreadable", u"Le backend ne comprend pas un message\n{reason}"},
         {u"backend.session.config_keys",
          u"Le backend ne comprend pas tous les réglages\nÀ la place de ceux-ci, les valeurs par "
@@ -68,8 +67,7 @@ std::span<const TextEntry> frenchBackendTexts() {
          u"sudo apt install {packages}"},
         {u"backend.recognition.not_installed", u"{engine} n'est pas installé"},
         {u"backend.recognition.not_installed.whisper",
-         u"{engine} n'est pas installé\nInstallez-le dans un terminal (scripts/install-backend "
-         u"--with faster-whisper)."},
+         u"{engine} n'est pas installé\nInstallez-le dans Réglages → Whisper."},
         {u"backend.recognition.not_loaded", u"Impossible de charger {engine}\n{reason}"},
         {u"backend.recognition.failed", u"{engine}\u00A0: {reason}"},
         {u"backend.recognition.language_unknown",

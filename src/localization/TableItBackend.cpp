@@ -12,13 +12,12 @@ std::span<const TextEntry> italianBackendTexts() {
         {u"backend.engine.elsewhere",
          u"«{engine}» non funziona nel backend\nUn altro motore riconosce al suo posto. Sceglierne "
          u"uno in Impostazioni → Motori."},
-        {u"backend.engine.none", u"Nessun riconoscimento vocale\nInstallare Whisper in un "
-                                 u"terminale: scripts/install-backend --with faster-whisper, "
-                                 u"oppure indicare un proprio riconoscitore in recognisers.toml."},
+        {u"backend.engine.none",
+         u"Nessun riconoscimento vocale\nConfigurare Whisper in Impostazioni → Whisper oppure "
+         u"indicare un proprio riconoscitore in recognisers.toml."},
         {u"backend.engine.none_for_language",
-         u"Nessun riconoscimento vocale per «{language}»\nInstallare Whisper in un terminale: "
-         u"scripts/install-backend --with faster-whisper, oppure indicare un proprio riconoscitore "
-         u"in recognisers.toml."},
+         u"Nessun riconoscimento vocale per «{language}»\nConfigurare Whisper in Impostazioni → "
+         u"Whisper oppure indicare un proprio riconoscitore in recognisers.toml."},
         {u"backend.session.unreadable", u"Il backend non capisce un messaggio\n{reason}"},
         {u"backend.session.config_keys", u"Il backend non capisce tutte le impostazioni\nAl posto "
                                          u"di queste valgono i valori predefiniti: {keys}"},
@@ -64,8 +63,7 @@ std::span<const TextEntry> italianBackendTexts() {
          u"install {packages}"},
         {u"backend.recognition.not_installed", u"{engine} non è installato"},
         {u"backend.recognition.not_installed.whisper",
-         u"{engine} non è installato\nInstallarlo in un terminale (scripts/install-backend --with "
-         u"faster-whisper)."},
+         u"{engine} non è installato\nInstallarlo in Impostazioni → Whisper."},
         {u"backend.recognition.not_loaded", u"Impossibile caricare {engine}\n{reason}"},
         {u"backend.recognition.failed", u"{engine}: {reason}"},
         {u"backend.recognition.language_unknown", u"{engine} non capisce «{language}»"},

@@ -81,10 +81,8 @@ TEST_F(BackendCardTest, saysAnErrorInFullBelowTheHeadline) {
     startRun();
     server.send(nobody);
     ASSERT_TRUE(comesToShow(unheard));
-    EXPECT_TRUE(
-        shows(u"PocketSphinx does not understand “Deutsch”.\nInstall Whisper in a terminal: "
-              "scripts/install-backend --with faster-whisper, or name a recognizer of your "
-              "own in recognisers.toml."_s));
+    EXPECT_TRUE(shows(u"PocketSphinx does not understand “Deutsch”.\nSet up Whisper in Settings → "
+                      "Whisper, or name a recognizer of your own in recognisers.toml."_s));
     EXPECT_EQ(card->accessibleName(), unheard);
     EXPECT_EQ(headline(), unheard);
     // Nowhere a third time.

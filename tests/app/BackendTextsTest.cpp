@@ -61,8 +61,7 @@ TEST(BackendText, saysHowToInstallWhatCanBeInstalled) {
         return backendText({u"recognition.not_installed"_s, {{u"engine"_s, engine}}}, english)
             ->detail;
     };
-    EXPECT_EQ(detail(u"Whisper"_s),
-              u"Install it in a terminal (scripts/install-backend --with faster-whisper)."_s);
+    EXPECT_EQ(detail(u"Whisper"_s), u"Install it in Settings → Whisper."_s);
     EXPECT_EQ(detail(u"PocketSphinx"_s), QString());
 }
 
@@ -103,8 +102,8 @@ TEST(BackendText, saysWhyNobodyRecognises) {
         told(u"error"_s, {u"engine.none_for_language"_s,
                           {{u"language"_s, u"de"_s}, {u"reason"_s, u"auf Deutsch"_s}}});
     const QString advice =
-        u"Install Whisper in a terminal: scripts/install-backend --with faster-whisper, or name a "
-        "recognizer of your own in recognisers.toml."_s;
+        u"Set up Whisper in Settings → Whisper, or name a recognizer of your own "
+        "in recognisers.toml."_s;
     EXPECT_EQ(backendText(nobody, english),
               (BackendText{u"No speech recognition for “Deutsch”"_s, u"auf Deutsch\n"_s + advice}));
     nobody.recognition = {{u"recognition.not_installed"_s, {{u"engine"_s, u"Whisper"_s}}},

@@ -32,6 +32,21 @@ TEST(InstallOutput, knowsTheStepFromTheMarkedLines) {
     EXPECT_EQ(output.step(), u"2/3"_s);
 }
 
+TEST(InstallOutput, knowsHowMuchOfADownloadIsThereUntilTheNextStep) {
+    InstallOutput output;
+    EXPECT_EQ(output.percent(), std::nullopt);
+    output.take("==> 3 % of 150 MB\n");
+    EXPECT_EQ(output.percent(), 3);
+    output.take("==> about 37 % of people\n9 files\n");
+    EXPECT_EQ(output.percent(), 3);
+    output.take("==> 100 % of 150 MB\n");
+    EXPECT_EQ(output.percent(), 100);
+    output.take("==> 999 % of 150 MB\n");
+    EXPECT_EQ(output.percent(), 100);
+    output.take("==> [6/7] Trying it\n");
+    EXPECT_EQ(output.percent(), std::nullopt);
+}
+
 TEST(InstallOutput, theLastLineIsTheLastWithSomethingOnIt) {
     InstallOutput output;
     EXPECT_EQ(output.lastLine(), QString());

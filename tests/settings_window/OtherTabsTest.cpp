@@ -37,6 +37,7 @@ TEST_F(OtherTabsTest, modelsOnTheDiskCanBeRemovedAndTheOthersFetched) {
 TEST_F(OtherTabsTest, aRunningDownloadIsVisibleAndAFailedOneIsSaid) {
     placeDownload({});
     showTab(2);
+    ASSERT_TRUE(isOffered(u"Tiny: Download"_s));
     press(u"Tiny: Download"_s);
     EXPECT_TRUE(shows(text(u"settings.whisper.downloading"_s)));
     EXPECT_FALSE(control(u"Tiny: Download"_s)->isEnabled());
@@ -62,6 +63,7 @@ TEST_F(OtherTabsTest, aRunningDownloadIsVisibleAndAFailedOneIsSaid) {
 TEST_F(OtherTabsTest, aDownloadsPercentageIsShownAsInTheInterfacesLanguage) {
     placeDownload("progress 7\\nprogress 42\\n");
     showTab(2);
+    ASSERT_TRUE(isOffered(u"Tiny: Download"_s));
     press(u"Tiny: Download"_s);
     EXPECT_TRUE(waitUntil([this] { return shows(u"Downloading: 42%"_s); }));
     l10n.setCurrent(UILanguage::French);
@@ -73,6 +75,7 @@ TEST_F(OtherTabsTest, aDownloadsPercentageIsShownAsInTheInterfacesLanguage) {
 TEST_F(OtherTabsTest, whatHasArrivedIsSaidToBeChecked) {
     placeDownload("progress 100\\n");
     showTab(2);
+    ASSERT_TRUE(isOffered(u"Tiny: Download"_s));
     press(u"Tiny: Download"_s);
     EXPECT_TRUE(waitUntil([this] { return shows(text(u"settings.whisper.checking"_s)); }));
     EXPECT_FALSE(control(u"Tiny: Download"_s)->isEnabled());
@@ -83,6 +86,7 @@ TEST_F(OtherTabsTest, whatHasArrivedIsSaidToBeChecked) {
 TEST_F(OtherTabsTest, aDownloadGoesOnWhenTheWindowIsMadeAnew) {
     placeDownload("progress 42\\n");
     showTab(2);
+    ASSERT_TRUE(isOffered(u"Tiny: Download"_s));
     press(u"Tiny: Download"_s);
     open();
     showTab(2);

@@ -6,6 +6,7 @@
 #include "L10n.h"
 #include "LogCapture.h"
 #include "Look.h"
+#include "NearRecognisers.h"
 #include "NullAppearance.h"
 #include "OutputCards.h"
 #include "SerialQueue.h"
@@ -14,6 +15,7 @@
 #include "TranslationSettings.h"
 #include "WaitUntil.h"
 #include "WhisperModelManager.h"
+#include "WhisperPackages.h"
 
 #include <QAbstractButton>
 #include <QCoreApplication>
@@ -39,13 +41,22 @@ class SettingsWindowFixture : public ::testing::Test {
   protected:
     SettingsWindowFixture() {
         paths.home = home.path();
+        const LocalSpeechEnvironment speech{.interpreter = paths.backendInterpreter(),
+                                            .folder = QFileInfo(paths.backendScript()).path(),
+                                            .installer = installer(),
+                                            .home = paths.home,
+                                            .whisperCache = paths.whisperCache()};
+        packages = std::make_unique<WhisperPackages>(speech);
+        recognisers = std::make_unique<NearRecognisers>(speech);
         models = std::make_unique<WhisperModelManager>(
             WhisperEnvironment{.programs = {.interpreter = paths.backendInterpreter(),
                                             .script = paths.modelScript(),
                                             .cacheFolder = paths.whisperCache()},
                                .files = modelFiles,
                                .dialogs = dialogs,
-                               .text = [this](const QString& key) { return text(key); }});
+                               .text = [this](const QString& key) { return text(key); },
+                               .packages = packages.get(),
+                               .chosenModel = [this] { return settings.whisperModel.get(); }});
         open();
     }
 
@@ -67,6 +78,8 @@ class SettingsWindowFixture : public ::testing::Test {
                                    .opener = opener,
                                    .updates = updates,
                                    .models = *models,
+                                   .packages = *packages,
+                                   .recognisers = *recognisers,
                                    .paths = paths,
                                    .outputCards = cards});
     }
@@ -122,6 +135,14 @@ class SettingsWindowFixture : public ::testing::Test {
         return found != labels.end() ? *found : nullptr;
     }
 
+    /// Whether the button `name` comes to show and can be pressed.
+    bool isOffered(const QString& name) {
+        return waitUntil([&] {
+            const auto* button = control<QAbstractButton>(name);
+            return button != nullptr && button->isEnabled() && button->isVisible();
+        });
+    }
+
     /// Puts a file where the program of that name is looked for: an executable shell script.
     static void placeProgram(const QString& path, const QByteArray& script) {
         ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
@@ -132,12 +153,38 @@ class SettingsWindowFixture : public ::testing::Test {
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
+    /// What installs the speech server and its packages.
+    QString installer() const { return home.filePath(QStringLiteral("install-backend")); }
+
+    /// Puts programs of a speech server there that print what they are told to: "status" of
+    /// manage_whisper.py and "list" of recognisers.py the files of that name in the home. What else
+    /// they are asked is written into the file "asked".
+    void placeServer() const {
+        const QByteArray folder = home.path().toUtf8();
+        placeProgram(paths.backendInterpreter(), "case \"$2\" in status|list) cat '" + folder +
+                                                     "'/\"$2\";; "
+                                                     "*) shift; echo \"$@\" >> '" +
+                                                     folder + "/asked';; esac");
+    }
+
+    void placeText(const QString& name, const QByteArray& content) const {
+        QFile file(home.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    QByteArray textOf(const QString& name) const {
+        QFile file(home.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
     /// Has the download of models print `output`, and then wait until the file "go" is in the home;
-    /// with it there, it fails.
+    /// with it there, it fails. The server is one that does not tell what it has.
     void placeDownload(const QByteArray& output) const {
         placeProgram(paths.modelScript(), {});
         placeProgram(paths.backendInterpreter(),
-                     "printf '" + output + "'; while [ ! -e '" + home.path().toUtf8() +
+                     "case \"$2\" in status|list) exit 2;; esac; printf '" + output +
+                         "'; while [ ! -e '" + home.path().toUtf8() +
                          "/go' ]; do :; done; echo out of luck; exit 1");
     }
 
@@ -179,6 +226,8 @@ class SettingsWindowFixture : public ::testing::Test {
     int vrchatTests = 0;
     std::vector<OutputCard> cards = outputCards([this] { ++vrchatTests; });
     FileJobs modelFiles{disk};
+    std::unique_ptr<WhisperPackages> packages;
+    std::unique_ptr<NearRecognisers> recognisers;
     std::unique_ptr<WhisperModelManager> models;
     std::unique_ptr<QWidget> window;
 };

@@ -17,8 +17,12 @@ CardColumn::CardColumn(QWidget* parent)
 
 Card* CardColumn::addCard() {
     auto* card = new Card(this);
-    column_->insertWidget(column_->count() - 1, card);
+    addCard(card);
     return card;
+}
+
+void CardColumn::addCard(Card* card) {
+    column_->insertWidget(column_->count() - 1, card);
 }
 
 } // namespace orv

@@ -17,6 +17,9 @@ class CardColumn : public QWidget {
 
     Card* addCard();
 
+    /// Puts `card` at the end; the column is its parent.
+    void addCard(Card* card);
+
   private:
     QVBoxLayout* column_;
 };

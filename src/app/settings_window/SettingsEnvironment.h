@@ -13,11 +13,13 @@ class Dialogs;
 class EngineCatalogue;
 class FileChooser;
 class L10n;
+class NearRecognisers;
 class SerialQueue;
 class SettingsActions;
 class TranslationSettings;
 class UpdateControl;
 class WhisperModelManager;
+class WhisperPackages;
 
 /// What the settings window shows and works on. The references outlive it.
 struct SettingsEnvironment {
@@ -30,6 +32,8 @@ struct SettingsEnvironment {
     DesktopOpener& opener;
     UpdateControl& updates;
     WhisperModelManager& models; ///< Not the window's own: downloads concern the program's end.
+    WhisperPackages& packages;   ///< Nor are these: an installation outlives the window.
+    NearRecognisers& recognisers;
     UserPaths paths;
     std::vector<OutputCard> outputCards; ///< In the order in which they are shown.
 };

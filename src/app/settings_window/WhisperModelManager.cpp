@@ -6,6 +6,7 @@
 #include "ModelArchive.h"
 #include "ThreadChecks.h"
 #include "WhisperModels.h"
+#include "WhisperPackages.h"
 
 #include <QDir>
 #include <QFile>
@@ -44,7 +45,14 @@ QString removeModel(const QString& folder, const QString& id) {
 
 WhisperModelManager::WhisperModelManager(WhisperEnvironment environment, QObject* parent)
     : QObject(parent)
-    , environment_(std::move(environment)) {}
+    , environment_(std::move(environment)) {
+    if (environment_.packages != nullptr) {
+        connect(environment_.packages, &WhisperPackages::changed, this,
+                &WhisperModelManager::changed);
+        connect(environment_.packages, &WhisperPackages::modelDeleted, this,
+                &WhisperModelManager::removed);
+    }
+}
 
 WhisperModelManager::~WhisperModelManager() {
     // All at once, so that they end beside each other.
@@ -64,7 +72,43 @@ WhisperModelManager::State WhisperModelManager::state(const QString& id) const {
     if (failures_.contains(id)) {
         return State::Failed;
     }
-    return downloaded_.contains(id) ? State::Downloaded : State::Absent;
+    return stateOnDisk(id);
+}
+
+WhisperModelManager::State WhisperModelManager::stateOnDisk(const QString& id) const {
+    // A file that no package here can load is none that people can use.
+    if (servingPackage().isEmpty()) {
+        return downloaded_.contains(id) ? State::Downloaded : State::Absent;
+    }
+    switch (copyOf(environment_.packages->inventory(), id).presence) {
+    case Presence::There:
+        return State::Downloaded;
+    case Presence::Partial:
+        return State::Partial;
+    case Presence::Unusable:
+        return State::Unusable;
+    case Presence::Missing:
+        break;
+    }
+    return State::Absent;
+}
+
+QString WhisperModelManager::servingPackage() const {
+    return environment_.packages != nullptr ? environment_.packages->inventory().serves : QString();
+}
+
+bool WhisperModelManager::canDownload() const {
+    const auto* packages = environment_.packages;
+    return packages == nullptr || !packages->isKnown() || !packages->inventory().serves.isEmpty();
+}
+
+bool WhisperModelManager::isUsed(const QString& id) const {
+    return environment_.packages != nullptr && uses(environment_.packages->inventory(), id);
+}
+
+StatusMessage WhisperModelManager::whyOther() const {
+    return environment_.packages != nullptr ? environment_.packages->inventory().whyOther
+                                            : StatusMessage();
 }
 
 std::optional<int> WhisperModelManager::percent(const QString& id) const {
@@ -79,6 +123,9 @@ bool WhisperModelManager::isAtWork(const QString& id) const {
 
 void WhisperModelManager::refreshDownloadedModels() {
     ORV_ON_MAIN();
+    if (environment_.packages != nullptr) {
+        environment_.packages->refresh(environment_.chosenModel());
+    }
     environment_.files.run(
         [folder = environment_.programs.cacheFolder] { return modelsIn(folder); },
         [self = QPointer(this)](const QSet<QString>& downloaded) {
@@ -142,9 +189,18 @@ void WhisperModelManager::deleteWhisperModel(const QString& id) {
         [folder = environment_.programs.cacheFolder, id] { return removeModel(folder, id); },
         [self = QPointer(this), id](const QString& problem) {
             if (self) {
-                self->removed(id, problem);
+                self->filesRemoved(id, problem);
             }
         });
+}
+
+void WhisperModelManager::filesRemoved(const QString& id, const QString& problem) {
+    // The packages' turn, where they keep models elsewhere.
+    if (problem.isEmpty() && !servingPackage().isEmpty()) {
+        environment_.packages->deleteModel(id);
+    } else {
+        removed(id, problem);
+    }
 }
 
 void WhisperModelManager::removed(const QString& id, const QString& problem) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackendMessages.h"
 #include "TextLookup.h"
 #include "WhisperDownload.h"
 
@@ -8,6 +9,7 @@
 #include <QSet>
 #include <QString>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,6 +18,7 @@ namespace orv {
 
 class Dialogs;
 class FileJobs;
+class WhisperPackages;
 
 /// What the manager is given. The references outlive it.
 struct WhisperEnvironment {
@@ -23,16 +26,20 @@ struct WhisperEnvironment {
     FileJobs& files;
     Dialogs& dialogs;
     TextLookup text;
+    /// Knows which package serves and what that one has; null: openai-whisper, and nothing else.
+    WhisperPackages* packages = nullptr;
+    std::function<QString()> chosenModel = [] { return QString(); }; ///< In the settings.
 };
 
 /// The manager of the local recognition's models: knows which are on this computer, fetches and
 /// removes them. Downloads run as programs of their own, any number at the same time but one for
 /// each model, and end with the manager. What goes wrong is shown in an alert. Main thread only.
 ///
-/// A model is on this computer when a file of it is there under its final name, unless the file
-/// shows that it is not whole: a download's part lies beside it, or it is an archive without its
-/// end (see ModelArchive.h), as the library leaves behind when it fetches a model itself and is
-/// broken off. The program's own downloads give a file that name only when its digest is right.
+/// A model is on this computer when the speech server says so, or when a file of it is there under
+/// its final name, unless the file shows that it is not whole: a download's part lies beside it, or
+/// it is an archive without its end (see ModelArchive.h), as the library leaves behind when it
+/// fetches a model itself and is broken off. The program's own downloads give a file that name only
+/// when its digest is right.
 class WhisperModelManager : public QObject {
     Q_OBJECT
 
@@ -43,7 +50,9 @@ class WhisperModelManager : public QObject {
         Checking,    ///< The same, with every byte there.
         Downloaded,
         Removing,
-        Failed, ///< The latest download has; another goes on with what it left.
+        Partial,  ///< A download was broken off; another goes on with what it left.
+        Unusable, ///< It is there, and damaged; a download repairs it.
+        Failed,   ///< The latest download has; another goes on with what it left.
     };
 
     explicit WhisperModelManager(WhisperEnvironment environment, QObject* parent = nullptr);
@@ -51,8 +60,18 @@ class WhisperModelManager : public QObject {
 
     State state(const QString& id) const;
 
+    /// Whether a download can work: not before there is a package that loads what comes.
+    bool canDownload() const;
+
     /// How much of a model that is being fetched is there, of 100; nothing while nobody tells.
     std::optional<int> percent(const QString& id) const;
+
+    /// Whether this is the model that serves, be it the chosen one or not.
+    bool isUsed(const QString& id) const;
+
+    /// Why another model than the chosen one serves, or none; empty where that is not so, or not
+    /// known.
+    StatusMessage whyOther() const;
 
     /// Why the latest download of a model has failed, for people; empty if it has not.
     QString failure(const QString& id) const { return failures_.value(id); }
@@ -60,7 +79,7 @@ class WhisperModelManager : public QObject {
     /// Whether any model is being fetched, or checked.
     bool isDownloading() const { return !downloads_.empty(); }
 
-    /// Looks into the cache, in the background.
+    /// Looks into the cache, and at what the packages have, in the background.
     void refreshDownloadedModels();
 
     /// Starts fetching a model that is not being fetched or removed already.
@@ -76,8 +95,11 @@ class WhisperModelManager : public QObject {
 
   private:
     bool isAtWork(const QString& id) const;
+    State stateOnDisk(const QString& id) const;
+    QString servingPackage() const;
     void downloadEnded(const QString& id, const QString& problem);
     void downloadFailed(const QString& id, const QString& reason, const QString& message);
+    void filesRemoved(const QString& id, const QString& problem);
     void removed(const QString& id, const QString& problem);
     void showFailure(const QString& titleKey, const QString& message);
 

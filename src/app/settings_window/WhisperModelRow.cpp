@@ -14,7 +14,6 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -26,8 +25,9 @@ namespace {
 using State = WhisperModelManager::State;
 
 /// Empty where there is nothing to say.
-QString stateText(State state, std::optional<int> percent, const Bindings& bindings) {
-    switch (state) {
+QString stateText(const WhisperModelManager& models, const QString& id, const Bindings& bindings) {
+    const std::optional<int> percent = models.percent(id);
+    switch (models.state(id)) {
     case State::Downloading:
         return percent ? bindings.text(u"settings.whisper.progress"_s)
                              .arg(percentText(bindings.language(), *percent))
@@ -36,7 +36,13 @@ QString stateText(State state, std::optional<int> percent, const Bindings& bindi
         return bindings.text(u"settings.whisper.checking"_s);
     case State::Failed:
         return bindings.text(u"settings.whisper.failed.short"_s);
+    case State::Partial:
+        return bindings.text(u"settings.whisper.partial"_s);
+    case State::Unusable:
+        return bindings.text(u"settings.whisper.damaged"_s);
     case State::Downloaded:
+        return models.isUsed(id) ? bindings.text(u"settings.whisper.serves"_s)
+                                 : bindings.text(u"settings.whisper.downloaded"_s);
     case State::Removing:
         return bindings.text(u"settings.whisper.downloaded"_s);
     case State::Absent:
@@ -51,6 +57,7 @@ Tone stateTone(State state) {
     case State::Removing:
         return Tone::Good;
     case State::Failed:
+    case State::Unusable:
         return Tone::Error;
     default:
         return Tone::Busy;
@@ -96,32 +103,30 @@ WhisperModelRow::WhisperModelRow(const WhisperModel& model, WhisperModelManager&
 void WhisperModelRow::refresh() {
     ORV_ON_MAIN();
     const State state = models_.state(model_.id);
-    const bool isThere = state == State::Downloaded || state == State::Removing;
     size_->setText(fileSizeText(bindings_.language(), model_.megabytes));
     detail_->setText(bindings_.text(model_.detailKey));
-    const QString text = stateText(state, models_.percent(model_.id), bindings_);
+    const QString text = stateText(models_, model_.id, bindings_);
     const QString failure = models_.failure(model_.id);
     state_->setText(text);
     state_->setTone(stateTone(state));
     state_->setToolTip(failure.toHtmlEscaped());
     state_->setAccessibleDescription(failure);
     state_->setVisible(!text.isEmpty());
-    action_->setText(
-        bindings_.text(isThere ? u"settings.whisper.delete"_s : u"settings.whisper.download"_s));
-    action_->setMinimumWidth(widestAction());
-    action_->setAccessibleName(model_.name + u": "_s + action_->text());
-    action_->setIcon(symbol(isThere ? u"trash"_s : u"download"_s));
-    action_->setEnabled(state == State::Absent || state == State::Downloaded ||
-                        state == State::Failed);
+    showAction();
 }
 
-int WhisperModelRow::widestAction() const {
-    int widest = 0;
-    for (const QString& key : {u"settings.whisper.delete"_s, u"settings.whisper.download"_s}) {
-        widest = std::max(widest, fontMetrics().horizontalAdvance(bindings_.text(key)));
-    }
-    // The rest of the button is the same round either text.
-    return action_->sizeHint().width() + widest - fontMetrics().horizontalAdvance(action_->text());
+void WhisperModelRow::showAction() {
+    const State state = models_.state(model_.id);
+    const bool isThere = state == State::Downloaded || state == State::Removing;
+    const QString remove = bindings_.text(u"settings.whisper.delete"_s);
+    const QString fetch = bindings_.text(u"settings.whisper.download"_s);
+    action_->setText(isThere ? remove : fetch);
+    action_->setIcon(symbol(isThere ? u"trash"_s : u"download"_s));
+    reserveWidth(*action_, {remove, fetch});
+    action_->setAccessibleName(model_.name + u": "_s + action_->text());
+    const bool isAtWork =
+        state == State::Downloading || state == State::Checking || state == State::Removing;
+    action_->setEnabled(!isAtWork && (isThere || models_.canDownload()));
 }
 
 void WhisperModelRow::act() {

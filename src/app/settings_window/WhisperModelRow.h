@@ -25,8 +25,7 @@ class WhisperModelRow : public QWidget {
 
   private:
     void refresh();
-    /// So that the buttons of all rows are of one width.
-    int widestAction() const;
+    void showAction();
     void act();
 
     const WhisperModel model_;

@@ -62,10 +62,13 @@ QString whisperDownloadScript(const QString& id) {
 }
 
 QString whisperProofScript(const QString& id) {
-    return u"from importlib.util import find_spec\n"
-           "if find_spec('faster_whisper'): import faster_whisper; faster_whisper.WhisperModel('"_s +
-           id + u"', device='cpu', compute_type='int8', local_files_only=True)\nelse: "_s +
-           whisperDownloadScript(id);
+    return u"try:\n"
+           "  import faster_whisper\n"
+           "except Exception:\n  "_s +
+           whisperDownloadScript(id) +
+           u"\nelse:\n"
+           "  faster_whisper.WhisperModel('"_s +
+           id + u"', device='cpu', compute_type='int8', local_files_only=True)"_s;
 }
 
 QString lastLine(const QByteArray& output) {

@@ -36,7 +36,7 @@ QSet<QString> downloadedWhisperModels(const QStringList& fileNames);
 QString whisperDownloadScript(const QString& id);
 
 /// The Python script that makes the library load the model `id` that it has just got:
-/// faster-whisper where that is installed, as the download script prefers it, too.
+/// faster-whisper where that can be imported, as the download script prefers it, too.
 QString whisperProofScript(const QString& id);
 
 /// The last line of what a program printed that says something, for people: lines may be cut short

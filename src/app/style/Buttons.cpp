@@ -4,6 +4,8 @@
 
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace orv {
 
 QPushButton* makeButton(QWidget* parent, ButtonKind kind) {
@@ -11,6 +13,17 @@ QPushButton* makeButton(QWidget* parent, ButtonKind kind) {
     button->setAutoDefault(false);
     setButtonKind(*button, kind);
     return button;
+}
+
+void reserveWidth(QPushButton& button, const QStringList& texts) {
+    const QFontMetrics metrics = button.fontMetrics();
+    int widest = 0;
+    for (const QString& text : texts) {
+        widest = std::max(widest, metrics.horizontalAdvance(text));
+    }
+    // The rest of the button is the same round each text.
+    button.setMinimumWidth(button.sizeHint().width() + widest -
+                           metrics.horizontalAdvance(button.text()));
 }
 
 IconButton::IconButton(const QString& symbolName, QWidget* parent)

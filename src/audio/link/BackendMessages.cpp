@@ -34,17 +34,6 @@ std::optional<QString> parameter(const QJsonValue& value) {
     return number ? QString::number(*number) : QString::number(value.toDouble());
 }
 
-BackendNotice parseNotice(const QJsonObject& object) {
-    BackendNotice notice{.code = object[u"code"_s].toString()};
-    const QJsonObject parameters = object[u"parameters"_s].toObject();
-    for (auto each = parameters.begin(); each != parameters.end(); ++each) {
-        if (const std::optional<QString> text = parameter(each.value())) {
-            notice.parameters.insert(each.key(), *text);
-        }
-    }
-    return notice;
-}
-
 QList<BackendNotice> parseNotices(const QJsonValue& value) {
     QList<BackendNotice> notices;
     const QJsonArray array = value.toArray();
@@ -71,6 +60,17 @@ DownstreamMessage parseStatus(const QJsonObject& object) {
 }
 
 } // namespace
+
+BackendNotice parseNotice(const QJsonObject& object) {
+    BackendNotice notice{.code = object[u"code"_s].toString()};
+    const QJsonObject parameters = object[u"parameters"_s].toObject();
+    for (auto each = parameters.begin(); each != parameters.end(); ++each) {
+        if (const std::optional<QString> text = parameter(each.value())) {
+            notice.parameters.insert(each.key(), *text);
+        }
+    }
+    return notice;
+}
 
 QByteArray audioMessage(std::span<const float> samples, int sampleRate) {
     const QByteArray data = pcm16(samples).toBase64();

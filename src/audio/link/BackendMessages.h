@@ -12,6 +12,8 @@
 #include <span>
 #include <variant>
 
+class QJsonObject;
+
 namespace orv {
 
 // The messages of the link to the speech server: JSON objects, one for each text frame. Everything
@@ -30,6 +32,10 @@ struct BackendNotice {
 
     friend bool operator==(const BackendNotice&, const BackendNotice&) = default;
 };
+
+/// The code and parameters in an object, which may hold more. Parameters that are neither texts nor
+/// numbers are left out.
+BackendNotice parseNotice(const QJsonObject& object);
 
 /// The backend's message about its own state.
 struct StatusMessage {
