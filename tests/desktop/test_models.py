@@ -20,6 +20,7 @@ _HALF = (len(CONTENT) + 1) // 2
 
 _LIBRARY = """
 import os
+log_mel_spectrogram = None
 _MODELS = {{"tiny": {address!r}}}
 
 def load_model(name):
@@ -45,6 +46,7 @@ class Models(DesktopTest):
         self.library.mkdir()
         (self.library / "whisper.py").write_text(
             _LIBRARY.format(address=self.server.address(), size=len(CONTENT)))
+        (self.library / "torch.py").touch()
         self.cache = self.desktop.home / ".cache" / "whisper"
         self.start_download()
         self.wait_for("Downloading: 50%")
@@ -53,6 +55,8 @@ class Models(DesktopTest):
         self.start_on_loopback(PYTHONPATH=str(self.library), PYTHONDONTWRITEBYTECODE="1")
         self.press("Settings")
         self.press("Whisper")
+        # It is offered once the server has told that something could load the model.
+        self.wait_for("In use")
         self.press("Tiny: Download")
 
     def expect_the_part(self):
@@ -81,7 +85,7 @@ class Models(DesktopTest):
         self.program.wait_until_nothing_is_left()
         self.expect_the_part()
         self.start_download()
-        self.wait_for("Downloaded")
+        self.wait_for("Tiny: Delete")
         self.expect_the_rest_to_come()
 
     def test_killing_the_program_ends_a_download(self):
