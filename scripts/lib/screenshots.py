@@ -5,6 +5,8 @@ import contextlib
 import pathlib
 import sys
 
+import pictured_server
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
@@ -149,8 +151,11 @@ class Pictures:
         for name in TABS:
             self._press(text(f"settings.tab.{name}"))
             self.take(f"settings-{name}")
-            if whole and name == "general":
-                self._take_the_rest("settings-general")
+            if name == "whisper":
+                self._accessibility.wait_for(self._program.pid, text("settings.near.search"))
+                self.take(f"settings-{name}")
+            if whole and name in ("general", "whisper"):
+                self._take_the_rest(f"settings-{name}")
             elif whole and name == "engines":
                 for engine, called in ENGINES:
                     self._press(text(called) if "." in called else called)
@@ -225,6 +230,7 @@ def main():
     with contextlib.ExitStack() as stack:
         desktop = stack.enter_context(Desktop(screen=screen))
         desktop.environment["QT_SCALE_FACTOR"] = options.scale
+        pictured_server.place(desktop.home)
         portal = Portal(desktop)
         Sound(desktop)
         say("a private desktop stands")
