@@ -1,5 +1,6 @@
 """The settings window of the whole program, by what its controls are called."""
 
+import json
 import unittest
 
 from support import DesktopTest, EveryLanguage
@@ -156,8 +157,24 @@ class Settings(EveryLanguage, DesktopTest):
         self.press(reveal)
         self.wait_for(key, "password text")
 
+    def place_server_with_whisper(self):
+        """A speech server that says what it has, and whose package then fails."""
+        program = self.desktop.home / "Library/Application Support/Orvane/venv/bin/python3"
+        program.parent.mkdir(parents=True)
+        has = json.dumps({"packages": [{"package": "faster-whisper", "state": "there"}],
+                          "serves": "faster-whisper", "models": []})
+        program.write_text(f"#!/bin/sh\ncase \"$2\" in\nstatus) echo '{has}' ;;\nlist) ;;\n"
+                           "*) echo no network; exit 1 ;;\nesac\n")
+        program.chmod(0o755)
+
     def use_models(self):
-        # Nothing is installed that could fetch one.
+        # Nothing is installed that could load one.
+        self.wait_for(self.text("settings.whisper.needs.package"))
+        self.wait_for(f"faster-whisper: {self.text('settings.whisper.install')}", "push button")
+        self.place_server_with_whisper()
+        self.press(self.text("settings.tab.languages"))
+        self.press(self.text("settings.tab.whisper"))
+        self.wait_for(self.text("settings.whisper.serves"))
         self.press(f"Tiny: {self.text('settings.whisper.download')}")
         self.answer("settings.whisper.failed", "alert.ok")
         self.wait_for(f"Tiny: {self.text('settings.whisper.download')}", "push button")
