@@ -88,7 +88,11 @@ void BackendInstaller::finish(int status) {
     } else {
         logLine(QString(u"❌ Backend-Installation beendet mit Code: " % QString::number(status)));
     }
-    Q_EMIT ended(status == 0, output_.lastLine());
+    // One that ends without a word has a reason, too.
+    const QString said = output_.lastLine();
+    Q_EMIT ended(status == 0, said.isEmpty()
+                                  ? QString(command_.program % u" → " % QString::number(status))
+                                  : said);
 }
 
 } // namespace orv

@@ -103,6 +103,14 @@ TEST_F(LocalSpeechTabTest, whyAnInstallationFailedStandsThere) {
     EXPECT_TRUE(isOffered(u"faster-whisper: Install"_s));
 }
 
+TEST_F(LocalSpeechTabTest, anInstallationThatFailsWithoutAWordHasFailedAllTheSame) {
+    placeInstaller("true", "exit 3");
+    show();
+    press(u"faster-whisper: Install"_s);
+    letDownloadsGo();
+    EXPECT_TRUE(comesToShow(u"Failed"_s));
+}
+
 TEST_F(LocalSpeechTabTest, aPackageIsRemoved) {
     placeServer();
     placeText(u"status"_s, status("there"));
