@@ -97,6 +97,37 @@ class DesktopTest(unittest.TestCase):
         self.open_desktop(**settings)
         install_speech_server(self.desktop, INSTALL_BACKEND)
 
+    def open_fresh_desktop(self):
+        """A desktop of a user of whom nothing has ever been written: its language decides."""
+        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
+        self.open_desktop()
+        (self.desktop.home / ".config" / "orvane" / "defaults.json").unlink()
+
+    def install_backend(self):
+        """Has the panel install the backend. What was asked for happens then, without another press."""
+        self.press("Start Backend")
+        self.wait_for("Backend Not Found")
+        self.press("Install Backend")
+        self.wait_for("Stop Backend")
+
+    def translate_english(self):
+        """Starts translating English into Spanish, until the program listens."""
+        self.choose_language("From", "english")
+        self.choose_language("To", "espa")
+        self.press("Start Translation")
+        self.program.wait_for_line("✓ Config gesendet")
+        wait_until(self.sound.recording_streams, "the program to listen")
+
+    def stop_and_quit(self):
+        """Ends the run and the program, which leaves nothing behind."""
+        self.press("Stop Translation")
+        self.wait_for("Start Translation", "push button")
+        wait_until(lambda: not self.is_on_screen("Processing last translation..."),
+                   "the end of the run", 60)
+        self.press("Quit")
+        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
+        self.program.wait_until_nothing_is_left()
+
     def start_with_backend(self, **settings):
         self.open_desktop_for_backend(autoStartBackend=True, **settings)
         self.start_automatically()

@@ -15,10 +15,7 @@ class FirstMinutes(DesktopTest):
     USES_PORT = True
 
     def start_in_a_fresh_home(self):
-        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
-        self.open_desktop()
-        # Nothing of this user has ever been written: the desktop's language decides.
-        (self.desktop.home / ".config" / "orvane" / "defaults.json").unlink()
+        self.open_fresh_desktop()
         self.program = Program(self.desktop, PROGRAM)
         self.program.wait_for_line("App gestartet")
 
@@ -43,28 +40,11 @@ class FirstMinutes(DesktopTest):
     def test_from_a_fresh_home_to_a_subtitle_and_out(self):
         self.start_in_a_fresh_home()
         self.open_panel()
-
-        self.press("Start Backend")
-        self.wait_for("Backend Not Found")
-        self.press("Install Backend")
-        # What it has asked for happens once the backend is there, without another press.
-        self.accessibility.wait_for(self.program.pid, "Stop Backend")
+        self.install_backend()
         self.assertIn("✓ Backend installiert", self.program.lines())
-
-        self.choose_language("From", "english")
-        self.choose_language("To", "espa")
-        self.press("Start Translation")
-        self.program.wait_for_line("✓ Config gesendet")
-        wait_until(self.sound.recording_streams, "the program to listen")
+        self.translate_english()
         self.speak_until_a_subtitle_is_shown()
-
-        self.press("Stop Translation")
-        self.wait_for("Start Translation", "push button")
-        wait_until(lambda: not self.is_on_screen("Processing last translation..."),
-                   "the end of the run", 60)
-        self.press("Quit")
-        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
-        self.program.wait_until_nothing_is_left()
+        self.stop_and_quit()
         self.assertFalse(port_is_open(BACKEND_PORT))
         self.check_what_was_recorded()
 

@@ -12,7 +12,6 @@ import unittest
 from support import DesktopTest
 
 from harness.processes import Timeout, wait_until
-from harness.program import BACKEND_PORT, port_is_open
 
 _BACKEND = pathlib.Path(__file__).resolve().parents[2] / "backend"
 sys.path.insert(0, str(_BACKEND))
@@ -45,9 +44,7 @@ class WhisperRoad(DesktopTest):
     USES_PORT = True
 
     def start_in_a_fresh_home(self):
-        wait_until(lambda: not port_is_open(BACKEND_PORT), "the backend's port to be free", 60)
-        self.open_desktop()
-        (self.desktop.home / ".config" / "orvane" / "defaults.json").unlink()
+        self.open_fresh_desktop()
         wheels = self.desktop.folder / "wheels"
         wheels.mkdir()
         files = module("faster_whisper", "faster_whisper")
@@ -96,9 +93,7 @@ class WhisperRoad(DesktopTest):
     def test_from_a_fresh_home_to_subtitles_by_whisper(self):
         self.start_in_a_fresh_home()
         self.open_panel()
-        self.press("Start Backend")
-        self.press("Install Backend")
-        self.wait_for("Stop Backend")
+        self.install_backend()
         # It runs on while its packages are exchanged.
         self.open_settings()
         self.wait_for("openai-whisper: Install")
@@ -110,20 +105,10 @@ class WhisperRoad(DesktopTest):
         self.assertTrue(self.models.requests, "the model has come from the server")
         self.close_settings()
 
-        self.choose_language("From", "english")
-        self.choose_language("To", "espa")
-        self.press("Start Translation")
-        self.program.wait_for_line("✓ Config gesendet")
-        wait_until(self.sound.recording_streams, "the program to listen")
+        self.translate_english()
         self.speak_until_it_is_shown()
         self.assertFalse(self.is_on_screen("Whisper is not installed"))
-        self.press("Stop Translation")
-        self.wait_for("Start Translation", "push button")
-        wait_until(lambda: not self.is_on_screen("Processing last translation..."),
-                   "the end of the run", 60)
-        self.press("Quit")
-        self.assertEqual(self.program.wait_for_end(), 0, self.program.tail())
-        self.program.wait_until_nothing_is_left()
+        self.stop_and_quit()
 
 
 if __name__ == "__main__":

@@ -71,6 +71,27 @@ void alignLabels(Bindings& bindings, const QList<QLabel*>& labels) {
     });
 }
 
+void layOutActionRow(QWidget& row, const QList<QWidget*>& first, const QList<QWidget*>& below,
+                     QWidget* action) {
+    auto* line = new QHBoxLayout;
+    line->setSpacing(space::small);
+    for (QWidget* part : first) {
+        line->addWidget(part);
+    }
+    line->addStretch(1);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    texts->addLayout(line);
+    for (QWidget* text : below) {
+        texts->addWidget(text);
+    }
+    auto* sides = new QHBoxLayout(&row);
+    sides->setContentsMargins(0, 0, 0, 0);
+    sides->setSpacing(space::medium);
+    sides->addLayout(texts, 1);
+    sides->addWidget(action, 0, Qt::AlignVCenter);
+}
+
 QBoxLayout* makeActionRow(QWidget* upper, QWidget* lower, QWidget* actions) {
     auto* texts = new QVBoxLayout;
     texts->setSpacing(0);

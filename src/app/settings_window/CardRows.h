@@ -35,6 +35,11 @@ QLabel* addNamedField(Card& card, Bindings& bindings, QWidget* control, const QS
 /// Keeps these labels, of rows that other things stand between, at the width of the widest.
 void alignLabels(Bindings& bindings, const QList<QLabel*>& labels);
 
+/// Lays out `row`: the parts of `first` in one line, each of `below` in a line of its own under it,
+/// and `action` on the right.
+void layOutActionRow(QWidget& row, const QList<QWidget*>& first, const QList<QWidget*>& below,
+                     QWidget* action);
+
 /// A row with one text over another on the left and `actions` on the right.
 QBoxLayout* makeActionRow(QWidget* upper, QWidget* lower, QWidget* actions);
 

@@ -11,7 +11,6 @@
 #include "ThreadChecks.h"
 #include "ToneLabel.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -87,27 +86,21 @@ QString RecogniserCard::stateText(const KnownRecogniser& recogniser) const {
 }
 
 QWidget* RecogniserCard::makeRow(const KnownRecogniser& recogniser) {
-    auto* upper = new QWidget;
-    auto* first = new QHBoxLayout(upper);
-    first->setContentsMargins(0, 0, 0, 0);
-    first->setSpacing(space::small);
-    QLabel* name = makeHeading(upper);
+    auto* row = new QWidget(this);
+    QLabel* name = makeHeading(row);
     name->setText(recogniser.name);
-    auto* state = new ToneLabel(upper, recogniser.answers ? Tone::Good : Tone::Error);
+    auto* state = new ToneLabel(row, recogniser.answers ? Tone::Good : Tone::Error);
     state->setText(stateText(recogniser));
     state->setWordWrap(false);
-    first->addWidget(name);
-    first->addWidget(state);
-    first->addStretch(1);
     QStringList details = {recogniser.address};
     if (!recogniser.model.isEmpty()) {
         details.append(recogniser.model);
     }
     const BackendText why =
         backendText(recogniser.why, [this](const QString& key) { return bindings_.text(key); });
-    QLabel* lower = makeHint(upper);
+    QLabel* lower = makeHint(row);
     lower->setText(withBreaks(QString(details.join(u" · "_s) + u'\n' + why.summary).trimmed()));
-    QPushButton* action = makeButton(upper);
+    QPushButton* action = makeButton(row);
     action->setText(
         bindings_.text(recogniser.isNamed ? u"settings.near.forget"_s : u"settings.near.use"_s));
     action->setAccessibleName(recogniser.name + u": "_s + action->text());
@@ -119,9 +112,7 @@ QWidget* RecogniserCard::makeRow(const KnownRecogniser& recogniser) {
             recognisers_.accept(recogniser);
         }
     });
-    auto* row = new QWidget(this);
-    row->setLayout(makeActionRow(upper, lower, action));
-    row->layout()->setContentsMargins(0, 0, 0, 0);
+    layOutActionRow(*row, {name, state}, {lower}, action);
     return row;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Bindings.h"
 #include "Buttons.h"
+#include "CardRows.h"
 #include "QuantityTexts.h"
 #include "Symbols.h"
 #include "TextLabels.h"
@@ -9,10 +10,8 @@
 #include "ThreadChecks.h"
 #include "ToneLabel.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <optional>
 
@@ -80,21 +79,7 @@ WhisperModelRow::WhisperModelRow(const WhisperModel& model, WhisperModelManager&
     name->setText(model_.name);
     size_->setWordWrap(false);
     state_->setWordWrap(false);
-    auto* first = new QHBoxLayout;
-    first->setSpacing(space::small);
-    first->addWidget(name);
-    first->addWidget(size_);
-    first->addWidget(state_);
-    first->addStretch(1);
-    auto* texts = new QVBoxLayout;
-    texts->setSpacing(0);
-    texts->addLayout(first);
-    texts->addWidget(detail_);
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(space::medium);
-    row->addLayout(texts, 1);
-    row->addWidget(action_, 0, Qt::AlignVCenter);
+    layOutActionRow(*this, {name, size_, state_}, {detail_}, action_);
     connect(action_, &QPushButton::clicked, this, &WhisperModelRow::act);
     connect(&models_, &WhisperModelManager::changed, this, &WhisperModelRow::refresh);
     bindings_.translated(this, [this] { refresh(); });

@@ -3,6 +3,7 @@
 #include "BackendTexts.h"
 #include "Bindings.h"
 #include "Buttons.h"
+#include "CardRows.h"
 #include "QuantityTexts.h"
 #include "Symbols.h"
 #include "TextLabels.h"
@@ -10,10 +11,8 @@
 #include "ThreadChecks.h"
 #include "ToneLabel.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <utility>
 
@@ -44,21 +43,7 @@ WhisperPackageRow::WhisperPackageRow(QString package, WhisperPackages& packages,
     QLabel* name = makeHeading(this);
     name->setText(name_);
     state_->setWordWrap(false);
-    auto* first = new QHBoxLayout;
-    first->setSpacing(space::small);
-    first->addWidget(name);
-    first->addWidget(state_);
-    first->addStretch(1);
-    auto* texts = new QVBoxLayout;
-    texts->setSpacing(0);
-    texts->addLayout(first);
-    texts->addWidget(size_);
-    texts->addWidget(detail_);
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(space::medium);
-    row->addLayout(texts, 1);
-    row->addWidget(action_, 0, Qt::AlignVCenter);
+    layOutActionRow(*this, {name, state_}, {size_, detail_}, action_);
     connect(action_, &QPushButton::clicked, this, &WhisperPackageRow::act);
     connect(&packages_, &WhisperPackages::changed, this, &WhisperPackageRow::refresh);
     bindings_.translated(this, [this] { refresh(); });
