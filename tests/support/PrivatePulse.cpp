@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
@@ -124,8 +125,18 @@ QString PrivatePulse::load(const QString& module) {
     return pactl(QStringList{u"load-module"_s} + module.split(u' '));
 }
 
-void PrivatePulse::unload(const QString& number) {
-    pactl({u"unload-module"_s, number});
+void PrivatePulse::unload(const QString& module) {
+    pactl({u"unload-module"_s, module});
+    // The daemon agrees first and removes it when its loop comes round.
+    EXPECT_TRUE(waitUntil([&] { return !hasModule(module); })) << qPrintable(module);
+}
+
+bool PrivatePulse::hasModule(const QString& module) const {
+    const QStringList lines =
+        pactl({u"list"_s, u"short"_s, u"modules"_s}).split(u'\n', Qt::SkipEmptyParts);
+    return std::any_of(lines.begin(), lines.end(), [&](const QString& line) {
+        return line.split(u'\t').mid(0, 2).contains(module);
+    });
 }
 
 QString PrivatePulse::pactl(const QStringList& arguments) const {

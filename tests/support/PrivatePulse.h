@@ -55,7 +55,8 @@ class PrivatePulse {
 
     /// Loads a module into the running daemon; returns its number.
     QString load(const QString& module);
-    void unload(const QString& number);
+    /// Unloads the module with this number, or every one of this name, and waits until it is gone.
+    void unload(const QString& module);
     /// Runs `pactl`; returns what it printed, trimmed. Fails the test when it fails.
     QString pactl(const QStringList& arguments) const;
 
@@ -65,6 +66,7 @@ class PrivatePulse {
 
   private:
     bool answers() const;
+    bool hasModule(const QString& module) const;
 
     const QTemporaryDir folder_;
     const QStringList modules_;

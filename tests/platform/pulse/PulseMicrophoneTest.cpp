@@ -158,7 +158,7 @@ TEST_F(PulseMicrophoneTest, whatTheMachinePlaysIsNoMicrophone) {
 }
 
 TEST_F(PulseMicrophoneTest, withoutAnyMicrophoneThereIsNoInput) {
-    pulse.pactl({u"unload-module"_s, u"module-remap-source"_s});
+    pulse.unload(u"module-remap-source"_s);
     const auto stream = createMicrophone();
     EXPECT_EQ(prepare(*stream, {}).failure, MicrophoneFailure::NoInput);
 }
@@ -168,7 +168,7 @@ TEST_F(PulseMicrophoneTest, theOnlyMicrophoneThatIsUnpluggedIsNotReplacedByWhatT
     ASSERT_EQ(prepare(*stream, {}).failure, MicrophoneFailure::None);
     ASSERT_EQ(start(*stream), QString());
     ASSERT_TRUE(hearsMore(1));
-    pulse.pactl({u"unload-module"_s, u"module-remap-source"_s});
+    pulse.unload(u"module-remap-source"_s);
     EXPECT_TRUE(waitUntil([&] { return !stops.isEmpty(); }));
     inputDevices();
     EXPECT_THAT(stops, SizeIs(1));
