@@ -118,10 +118,13 @@ class SettingsWindowFixture : public ::testing::Test {
         return controlIn<Control>(*window, name);
     }
 
+    /// Presses the button `name` as soon as there is one that can be pressed.
     void press(const QString& name) const {
-        auto* button = control<QAbstractButton>(name);
-        ASSERT_NE(button, nullptr) << qPrintable(name);
-        button->click();
+        ASSERT_TRUE(waitUntil([&] {
+            const auto* button = control<QAbstractButton>(name);
+            return button != nullptr && button->isEnabled();
+        })) << qPrintable(name);
+        control<QAbstractButton>(name)->click();
     }
 
     bool shows(const QString& wanted) const { return label(wanted) != nullptr; }
@@ -136,7 +139,7 @@ class SettingsWindowFixture : public ::testing::Test {
     }
 
     /// Whether the button `name` comes to show and can be pressed.
-    bool isOffered(const QString& name) {
+    bool isOffered(const QString& name) const {
         return waitUntil([&] {
             const auto* button = control<QAbstractButton>(name);
             return button != nullptr && button->isEnabled() && button->isVisible();
