@@ -34,7 +34,7 @@ extras_demo=(sctk)
 packages_test=(
   fonts-noto-core fonts-noto-cjk
   git libgtest-dev libgmock-dev picom python3-xlib iproute2 procps openssl curl
-  sox ffmpeg liblo-tools chromium
+  sox ffmpeg liblo-tools chromium nginx-light
 )
 extras_test=()
 

@@ -1,0 +1,1 @@
+"""Strict stand-ins for the REST services of Azure and Google, on loopback: see README.md."""

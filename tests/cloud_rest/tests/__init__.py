@@ -1,0 +1,1 @@
+"""Tests of the stand-ins, by clients that know nothing of them."""

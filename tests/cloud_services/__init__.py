@@ -1,0 +1,1 @@
+"""Strict stand-ins on loopback for streaming speech services; see README.md."""
