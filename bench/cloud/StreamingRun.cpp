@@ -9,7 +9,7 @@ namespace orv::bench {
 
 ServiceEndpoints endpointsAt(std::uint16_t port) {
     const QString url = u"ws://127.0.0.1:%1"_s.arg(port);
-    return {{deepgramHost, url}, {assemblyaiHost, url}};
+    return {{deepgramHost, url}, {assemblyaiHost, url}, {assemblyaiStreamingHost, url}};
 }
 
 StreamingRun::StreamingRun(const QString& engine, std::uint16_t port)

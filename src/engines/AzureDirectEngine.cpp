@@ -1,5 +1,6 @@
 #include "AzureDirectEngine.h"
 
+#include "PcmRate.h"
 #include "PcmToWav.h"
 #include "ServiceError.h"
 #include "ServiceLocales.h"
@@ -19,7 +20,7 @@ const QString engineId = u"azure"_s;
 template <typename T>
 T readable(std::optional<T> answer) {
     if (!answer) {
-        throw ServiceError(u"Azure: Antwort ist kein JSON"_s);
+        throw ServiceError(u"Azure: Antwort ist kein JSON"_s, ServiceFault::Kind::Unreadable);
     }
     return *std::move(answer);
 }
@@ -42,6 +43,7 @@ EngineDescriptor azureEngine() {
             .infoText = u"STT + Translation: Azure Speech (direkt, 1 API-Call) · Kein Backend "
                         "nötig"_s,
             .translator = u"Azure Speech"_s,
+            .recognises = [](const QString& code) { return !azureSpokenLocale(code).isEmpty(); },
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::azureApiKey,
                         .isRequired = true,
@@ -53,9 +55,10 @@ EngineDescriptor azureEngine() {
                         .places = azureRegions(),
                         .message = u"engineRegion"_s,
                         .config = &CloudEngineConfig::region}},
-            .make = [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
-                return std::make_shared<AzureDirectEngine>(endpoints, timings);
-            }};
+            .make =
+                [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
+                    return std::make_shared<AzureDirectEngine>(endpoints, timings);
+                }};
 }
 
 std::span<const ServiceRegion> azureRegions() {
@@ -97,7 +100,8 @@ AzureDirectEngine::AzureDirectEngine(ServiceEndpoints endpoints, EngineTimings t
     , timings_(timings)
     , region_(u"westeurope"_s)
     , sourceLang_(u"de-DE"_s)
-    , targetLang_(u"en"_s) {}
+    , targetLang_(u"en"_s)
+    , google_(endpoints_, timings.translation) {}
 
 QString AzureDirectEngine::id() const {
     return engineId;
@@ -112,11 +116,16 @@ QCoro::Task<> AzureDirectEngine::connect(CloudEngineConfig config) {
         throw CloudEngineError::missingApiKey(u"Azure Subscription Key fehlt"_s);
     }
     if (config.region.isEmpty()) {
-        throw CloudEngineError::missingApiKey(u"Azure Region fehlt"_s);
+        throw CloudEngineError::missingRegion(u"Azure Region fehlt"_s);
+    }
+    if (azureSpokenLocale(config.sourceLang).isEmpty()) {
+        throw CloudEngineError::unknownLanguage(u"Azure erkennt diese Sprache nicht: "_s +
+                                                config.sourceLang);
     }
     apiKey_ = config.apiKey;
     region_ = config.region;
-    sourceLang_ = azureLocale(config.sourceLang);
+    spokenLang_ = config.sourceLang;
+    sourceLang_ = azureSpokenLocale(config.sourceLang);
     targetLang_ = config.targetLang;
     sampleRate_ = config.sampleRate;
     isActive_ = true;
@@ -138,7 +147,7 @@ QCoro::Task<> AzureDirectEngine::sendAudio(QByteArray pcm) {
     const Lifetime::Observer life = lifetime_.observe();
     AzureResult result;
     try {
-        result = co_await recognise(pcmToWAV(pcm, sampleRate_));
+        result = co_await recognise(std::move(pcm));
     } catch (const ServiceError&) {
         if (life.ended()) {
             co_return; // Given up.
@@ -153,33 +162,130 @@ QCoro::Task<> AzureDirectEngine::sendAudio(QByteArray pcm) {
     }
 }
 
-QCoro::Task<AzureResult> AzureDirectEngine::recognise(QByteArray wav) {
-    return isLanguageOf(targetLang_, sourceLang_) ? recognizeSpeech(std::move(wav))
-                                                  : translateSpeech(std::move(wav));
+bool AzureDirectEngine::needsTranslation() const {
+    return !isLanguageOf(targetLang_, sourceLang_);
 }
 
-QCoro::Task<AzureResult> AzureDirectEngine::translateSpeech(QByteArray wav) {
-    const QByteArray answer = co_await post(
+QCoro::Task<AzureResult> AzureDirectEngine::recognise(QByteArray pcm) {
+    if (inSteps_) {
+        co_return co_await recogniseThenTranslate(std::move(pcm));
+    }
+    const Lifetime::Observer life = lifetime_.observe();
+    const QByteArray wav = pcmToWAV(pcm, sampleRate_);
+    Attempt attempt;
+    if (needsTranslation()) {
+        attempt = co_await translateSpeech(wav);
+    } else {
+        attempt = co_await recognizeSpeech(wav, sampleRate_);
+    }
+    if (life.ended() || !attempt.fault) {
+        co_return attempt.result;
+    }
+    if (attempt.fault->kind == ServiceFault::Kind::Unreadable) {
+        report(*attempt.fault); // Who sends elsewhere is not the service.
+        co_return AzureResult();
+    }
+    // Refused, by an interface that may be gone: the other one shows whether it is the request.
+    co_return co_await recogniseThenTranslate(std::move(pcm));
+}
+
+QCoro::Task<AzureDirectEngine::Attempt> AzureDirectEngine::translateSpeech(QByteArray wav) {
+    const HttpOutcome answer = co_await post(
         azureTranslationUrl(endpoints_.at(azureTranslationHost), region_, sourceLang_, targetLang_),
-        std::move(wav));
-    co_return readable(parseAzureTranslation(answer));
+        std::move(wav), sampleRate_);
+    Attempt attempt;
+    attempt.fault = azureFault(answer.status, answer.body);
+    if (!attempt.fault) {
+        attempt.result = readable(parseAzureTranslation(answer.body));
+    }
+    co_return attempt;
 }
 
-QCoro::Task<AzureResult> AzureDirectEngine::recognizeSpeech(QByteArray wav) {
-    const QByteArray answer = co_await post(
+QCoro::Task<AzureDirectEngine::Attempt>
+AzureDirectEngine::recognizeSpeech(QByteArray wav, std::int64_t sampleRate) {
+    const HttpOutcome answer = co_await post(
         azureRecognitionUrl(endpoints_.at(azureRecognitionHost), region_, sourceLang_),
-        std::move(wav));
-    const QString text = readable(parseAzureRecognition(answer));
-    co_return AzureResult{text, text};
+        std::move(wav), sampleRate);
+    Attempt attempt;
+    attempt.fault = azureFault(answer.status, answer.body);
+    if (!attempt.fault) {
+        attempt.result.text = readable(parseAzureRecognition(answer.body));
+        attempt.result.translation = attempt.result.text;
+    }
+    co_return attempt;
 }
 
-QCoro::Task<QByteArray> AzureDirectEngine::post(QUrl url, QByteArray wav) {
+QCoro::Task<AzureResult> AzureDirectEngine::recogniseThenTranslate(QByteArray pcm) {
+    const Lifetime::Observer life = lifetime_.observe();
+    Attempt attempt = co_await recognizeSpeech(
+        pcmToWAV(atSampleRate(pcm, sampleRate_, azureSampleRate), azureSampleRate),
+        azureSampleRate);
+    if (life.ended()) {
+        co_return AzureResult();
+    }
+    if (attempt.fault) {
+        report(*attempt.fault);
+        co_return AzureResult();
+    }
+    inSteps_ = true;
+    if (!attempt.result.text.isEmpty() && needsTranslation()) {
+        attempt.result.translation = co_await translateText(attempt.result.text);
+    }
+    co_return attempt.result;
+}
+
+QCoro::Task<QString> AzureDirectEngine::translateText(QString text) {
+    const Lifetime::Observer life = lifetime_.observe();
+    if (!translatorRefused_) {
+        const QString translation = co_await askTranslator(text);
+        if (life.ended() || !translation.isEmpty()) {
+            co_return translation;
+        }
+    }
+    if (!googleKey_.isEmpty()) {
+        co_return co_await google_.googleTranslateText(text, targetLang_, googleKey_);
+    }
+    report({ServiceFault::Kind::NotTranslated});
+    co_return QString();
+}
+
+/// Empty when it does not translate.
+QCoro::Task<QString> AzureDirectEngine::askTranslator(QString text) {
+    const Lifetime::Observer life = lifetime_.observe();
+    HttpCall call =
+        jsonCall(azureTranslatorUrl(endpoints_.at(azureTranslatorHost), spokenLang_, targetLang_),
+                 azureTranslatorBody(text));
+    call.headers.append({"Ocp-Apim-Subscription-Key", headerValue(apiKey_)});
+    call.headers.append({"Ocp-Apim-Subscription-Region", headerValue(region_)});
+    try {
+        const HttpOutcome answer = co_await http_.exchange(std::move(call), timings_.translation);
+        if (life.ended()) {
+            co_return QString();
+        }
+        const auto fault = azureFault(answer.status, answer.body);
+        // With a key of the recognition alone it never will.
+        translatorRefused_ = fault && !passesByItself(fault->kind);
+        co_return fault ? QString() : parseAzureTranslator(answer.body).value_or(QString());
+    } catch (const ServiceError&) {
+        co_return QString();
+    }
+}
+
+QCoro::Task<HttpOutcome> AzureDirectEngine::post(QUrl url, QByteArray wav,
+                                                 std::int64_t sampleRate) {
     const QByteArray key = headerValue(apiKey_);
     if (!url.isValid() || key.isNull()) {
-        throw ServiceError(u"Azure: Ungültige Anfrage"_s);
+        throw ServiceError(u"Azure: Ungültige Anfrage"_s, ServiceFault::Kind::RequestRefused);
     }
-    HttpCall call = soundCall(url, key, azureContentType(sampleRate_), wav);
-    co_return co_await http_.fetch(std::move(call), timings_.recognition);
+    HttpCall call = soundCall(url, key, azureContentType(sampleRate), wav);
+    co_return co_await http_.exchange(std::move(call), timings_.recognition);
+}
+
+void AzureDirectEngine::report(ServiceFault fault) {
+    fault.said = sayable(fault.said, apiKey_);
+    if (const auto callback = onFault) {
+        callback(fault);
+    }
 }
 
 } // namespace orv

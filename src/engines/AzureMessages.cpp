@@ -1,5 +1,6 @@
 #include "AzureMessages.h"
 
+#include "ServiceLanguages.h"
 #include "ServiceLocales.h"
 #include "ServiceRequests.h"
 
@@ -55,6 +56,12 @@ QString azureLocale(const QString& code) {
     return localeFrom(locales, code);
 }
 
+QString azureSpokenLocale(const QString& code) {
+    const ServiceLanguage* known = serviceLanguage(code);
+    const bool isUsual = azureLocales().contains(code);
+    return isUsual || known == nullptr ? azureLocale(code) : QString::fromUtf16(known->azureLocale);
+}
+
 QUrl azureTranslationUrl(const QString& endpoint, const QString& region,
                          const QString& sourceLocale, const QString& targetLang) {
     return regionalUrl(endpoint, region,
@@ -92,7 +99,76 @@ std::optional<QString> parseAzureRecognition(const QByteArray& body) {
     if (!answer) {
         return std::nullopt;
     }
-    return (*answer)[u"DisplayText"_s].toString();
+    const QString best = (*answer)[u"NBest"_s][0][u"Display"_s].toString();
+    return best.isEmpty() ? (*answer)[u"DisplayText"_s].toString() : best;
+}
+
+namespace {
+
+QString translatorName(const QString& code) {
+    const ServiceLanguage* known = serviceLanguage(code);
+    const QString name = known != nullptr ? QString::fromUtf16(known->azureTranslator) : QString();
+    return name.isEmpty() ? code : name;
+}
+
+std::optional<ServiceFault::Kind> translatorFault(int code) {
+    using Kind = ServiceFault::Kind;
+    switch (code) {
+    case 400019:
+    case 400023:
+    case 400035:
+    case 400036:
+        return Kind::LanguageUnknown;
+    case 401000:
+    case 401015:
+        return Kind::KeyRefused;
+    case 403001:
+        return Kind::QuotaUsedUp;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+QUrl azureTranslatorUrl(const QString& endpoint, const QString& sourceLang,
+                        const QString& targetLang) {
+    QString query = u"/translate?api-version=3.0&to="_s + queryValue(translatorName(targetLang));
+    if (sourceLang != u"auto") {
+        query += u"&from="_s + queryValue(translatorName(sourceLang));
+    }
+    return serviceUrl(endpoint + query);
+}
+
+QByteArray azureTranslatorBody(const QString& text) {
+    return QJsonDocument(QJsonArray{QJsonObject{{u"Text"_s, text}}}).toJson(QJsonDocument::Compact);
+}
+
+std::optional<QString> parseAzureTranslator(const QByteArray& body) {
+    const QJsonValue text =
+        QJsonDocument::fromJson(body).array().at(0)[u"translations"_s][0][u"text"_s];
+    return text.isString() ? std::optional(text.toString()) : std::nullopt;
+}
+
+std::optional<ServiceFault> azureFault(int status, const QByteArray& body) {
+    using Kind = ServiceFault::Kind;
+    const std::optional<Kind> byStatus = faultOfStatus(status);
+    const QJsonObject answer = QJsonDocument::fromJson(body).object();
+    if (!byStatus || answer.contains(u"RecognitionStatus"_s)) {
+        return std::nullopt;
+    }
+    const QJsonValue error = answer[u"error"_s];
+    ServiceFault fault{*byStatus, error[u"message"_s].toString()};
+    const QJsonValue code = error[u"code"_s];
+    const int number = code.isString() ? code.toString().toInt() : code.toInt();
+    if (const auto known = translatorFault(number)) {
+        fault.kind = *known;
+    } else if (status == 403) {
+        fault.kind = Kind::QuotaUsedUp;
+    } else if (status == 400 && fault.said.contains(u"language"_s, Qt::CaseInsensitive)) {
+        fault.kind = Kind::LanguageUnknown;
+    }
+    return fault;
 }
 
 } // namespace orv

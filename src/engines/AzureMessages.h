@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ServiceFault.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
@@ -17,8 +19,19 @@ inline const QString azureRecognitionHost =
 inline const QString azureTranslationHost =
     QStringLiteral("https://{region}.s2s.speech.microsoft.com");
 
-/// The locale that Azure expects for a language code of the settings.
+inline const QString azureTranslatorHost =
+    QStringLiteral("https://api.cognitive.microsofttranslator.com");
+
+/// The locale that Azure expects for a language code of the settings, by rule where it is none of
+/// the usual ones.
 QString azureLocale(const QString& code);
+
+/// The locale by which Azure really knows the language: the usual ones, else its own list. Empty
+/// when it lacks the language; by rule for a code that nobody knows.
+QString azureSpokenLocale(const QString& code);
+
+/// The rate of the sound that recognition is documented for, Hz.
+inline constexpr std::int64_t azureSampleRate = 16000;
 
 /// The address for recognising speech and translating it; invalid when `region` is not the name of
 /// a region. `sourceLocale` as in `azureLocale`.
@@ -28,6 +41,21 @@ QUrl azureTranslationUrl(const QString& endpoint, const QString& region,
 /// The address for recognising speech only.
 QUrl azureRecognitionUrl(const QString& endpoint, const QString& region,
                          const QString& sourceLocale);
+
+/// The address of the translation of texts. `sourceLang` and `targetLang` are codes of the
+/// settings; what the service calls otherwise is called so.
+QUrl azureTranslatorUrl(const QString& endpoint, const QString& sourceLang,
+                        const QString& targetLang);
+
+/// The content of a request to it.
+QByteArray azureTranslatorBody(const QString& text);
+
+/// The text in its answer; nothing when there is none.
+std::optional<QString> parseAzureTranslator(const QByteArray& body);
+
+/// What is wrong by an answer of any of the three; nothing for a success, and for one that says how
+/// recognition went, whatever its status.
+std::optional<ServiceFault> azureFault(int status, const QByteArray& body);
 
 /// The content type of a wave file at this rate.
 QByteArray azureContentType(std::int64_t sampleRate);
@@ -43,7 +71,8 @@ struct AzureResult {
 /// The answer to a translation request; nothing when the body is not JSON.
 std::optional<AzureResult> parseAzureTranslation(const QByteArray& body);
 
-/// The text in the answer to a recognition request; nothing when the body is not JSON.
+/// The text in the answer to a recognition request; nothing when the body is not JSON. A detailed
+/// answer carries it in its best guess.
 std::optional<QString> parseAzureRecognition(const QByteArray& body);
 
 } // namespace orv

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ServiceFault.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -8,6 +10,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <optional>
 
 namespace orv {
 
@@ -28,10 +31,19 @@ class CloudEngineError : public std::exception {
         ConnectionFailed, ///< The service address could not be formed.
     };
 
-    CloudEngineError(Kind kind, const QString& message);
+    CloudEngineError(Kind kind, const QString& message, std::optional<ServiceFault> fault = {});
 
     static CloudEngineError missingApiKey(const QString& message) {
         return {Kind::MissingApiKey, message};
+    }
+
+    static CloudEngineError missingRegion(const QString& message) {
+        return {Kind::MissingApiKey, message, ServiceFault{ServiceFault::Kind::RegionMissing}};
+    }
+
+    /// The service lacks the language that is spoken.
+    static CloudEngineError unknownLanguage(const QString& message) {
+        return {Kind::ConnectionFailed, message, ServiceFault{ServiceFault::Kind::LanguageUnknown}};
     }
 
     static CloudEngineError connectionFailed(const QString& message) {
@@ -45,9 +57,13 @@ class CloudEngineError : public std::exception {
 
     const char* what() const noexcept override { return utf8_.constData(); }
 
+    /// What people are told in their language; nothing where a notice says it.
+    const std::optional<ServiceFault>& fault() const { return fault_; }
+
   private:
     Kind kind_;
     QString message_;
+    std::optional<ServiceFault> fault_;
     QByteArray utf8_;
 };
 
@@ -60,6 +76,8 @@ class CloudSTTEngine {
     using TranslationCallback = std::function<void(const QString&, const QString&)>;
     /// (status, message); status is "connected" or "error". May run on a network thread.
     using StatusCallback = std::function<void(const QString&, const QString&)>;
+    /// What keeps results from coming, or from being translated; each time that it does.
+    using FaultCallback = std::function<void(const ServiceFault&)>;
 
     virtual ~CloudSTTEngine() = default;
 
@@ -93,6 +111,7 @@ class CloudSTTEngine {
 
     TranslationCallback onTranslation;
     StatusCallback onStatus;
+    FaultCallback onFault;
 };
 
 } // namespace orv

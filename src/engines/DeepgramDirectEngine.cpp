@@ -25,6 +25,7 @@ EngineDescriptor deepgramEngine() {
                 u"STT: Deepgram Echtzeit-Streaming (direkt) · Translation: Google Translate "
                 "(API Key nötig)"_s,
             .translator = u"Google Translate"_s,
+            .recognises = deepgramOffers,
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::deepgramApiKey,
                         .isRequired = true,
@@ -60,8 +61,12 @@ QCoro::Task<> DeepgramDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
         throw CloudEngineError::missingApiKey(u"Deepgram API Key fehlt"_s);
     }
+    if (!deepgramOffers(config.sourceLang)) {
+        throw CloudEngineError::unknownLanguage(u"Deepgram erkennt diese Sprache nicht: "_s +
+                                                config.sourceLang);
+    }
     const QUrl url =
-        deepgramUrl(endpoints().at(deepgramHost), config.sampleRate, config.sourceLang);
+        deepgramStreamUrl(endpoints().at(deepgramHost), config.sampleRate, config.sourceLang);
     if (!url.isValid()) {
         throw CloudEngineError::connectionFailed(u"Ungültige Deepgram URL"_s);
     }
@@ -78,6 +83,11 @@ QCoro::Task<> DeepgramDirectEngine::disconnect() {
 
 Completion<QString> DeepgramDirectEngine::sendBlock(StreamingSocket& socket,
                                                     const QByteArray& pcm) {
+    if (pcm.isEmpty()) {
+        Completion<QString> nothingToSend; // An empty frame would end the stream.
+        nothingToSend.complete({});
+        return nothingToSend;
+    }
     return socket.sendSound(WebSocketFrameKind::Binary, pcm);
 }
 
@@ -85,8 +95,20 @@ QString DeepgramDirectEngine::farewell() const {
     return deepgramCloseStream();
 }
 
-QString DeepgramDirectEngine::finalTranscript(const QByteArray& message) const {
-    return deepgramTranscript(message);
+QStringList DeepgramDirectEngine::finalTranscripts(const QByteArray& message) {
+    return {deepgramTranscript(message)};
+}
+
+bool DeepgramDirectEngine::isLast(const QByteArray& message) const {
+    return deepgramIsLast(message);
+}
+
+ServiceFault DeepgramDirectEngine::refusal(const HttpOutcome& answer) const {
+    return deepgramRefusal(answer.status, headerIn(answer.headers, "dg-error"), answer.body);
+}
+
+ServiceFault DeepgramDirectEngine::closing(int closeCode, const QString& reason) const {
+    return deepgramClosing(closeCode, reason);
 }
 
 } // namespace orv

@@ -24,7 +24,10 @@ class DeepgramDirectEngine : public StreamingEngine {
   protected:
     Completion<QString> sendBlock(StreamingSocket& socket, const QByteArray& pcm) override;
     QString farewell() const override;
-    QString finalTranscript(const QByteArray& message) const override;
+    QStringList finalTranscripts(const QByteArray& message) override;
+    bool isLast(const QByteArray& message) const override;
+    ServiceFault refusal(const HttpOutcome& answer) const override;
+    ServiceFault closing(int closeCode, const QString& reason) const override;
 
   private:
     QTimer keepAliveTimer_;

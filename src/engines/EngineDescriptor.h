@@ -58,6 +58,7 @@ struct EngineDescriptor {
     // What is shown of it. Texts are keys, but for names of products.
     QString name = {};    ///< A product's name, the same in every language; empty with a `nameKey`.
     QString nameKey = {}; ///< Where the name is translated.
+    QString product = {}; ///< The service's name in messages; empty: `name`.
     QString detailKey;    ///< One line about it.
     QString hintKey = {}; ///< Where what its fields ask for is obtained; empty without fields.
     QString icon;         ///< Name of a picture of the settings window.
@@ -65,6 +66,10 @@ struct EngineDescriptor {
     /// shown as it stands in every language of the interface.
     QString infoText;
     QString translator; ///< Who translates: names of products.
+
+    /// Whether it recognises a language of the settings, "auto" included; empty: nobody knows
+    /// before.
+    std::function<bool(const QString& code)> recognises = {};
 
     std::vector<EngineField> fields = {}; ///< In the order in which they are asked for.
 
@@ -74,6 +79,9 @@ struct EngineDescriptor {
     bool translatesOnClient = false;
     /// Whether the log names it when it is chosen. One that tells of its connection needs none.
     bool isAnnounced = true;
+
+    /// The service's name in messages.
+    const QString& productName() const { return product.isEmpty() ? name : product; }
 
     /// The first credential that is required and empty; null when none is.
     const EngineField* missingCredential(const TranslationSettings& settings) const;

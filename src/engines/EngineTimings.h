@@ -9,6 +9,10 @@ struct EngineTimings {
     /// For a streaming service to accept the connection, to send its first message where one is
     /// waited for, and to take any of the bytes that are waiting for it.
     std::chrono::milliseconds streamRequest = std::chrono::seconds(60);
+    /// For a streaming service to say its first word before its newer interface is tried.
+    std::chrono::milliseconds firstWord = std::chrono::seconds(5);
+    /// For a streaming service to bring its last results once it has been told that no more comes.
+    std::chrono::milliseconds lastResults = std::chrono::seconds(5);
     /// Between two keep-alive messages.
     std::chrono::milliseconds keepAlive = std::chrono::seconds(5);
     /// For a farewell to a streaming service to leave.

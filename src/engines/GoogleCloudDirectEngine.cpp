@@ -19,7 +19,8 @@ const QString engineId = u"google_rest"_s;
 
 QString readable(const std::optional<QString>& answer) {
     if (!answer) {
-        throw ServiceError(u"Google Cloud: Antwort ist kein JSON"_s);
+        throw ServiceError(u"Google Cloud: Antwort ist kein JSON"_s,
+                           ServiceFault::Kind::Unreadable);
     }
     return *answer;
 }
@@ -29,20 +30,23 @@ QString readable(const std::optional<QString>& answer) {
 EngineDescriptor googleCloudEngine() {
     return {.id = engineId,
             .nameKey = u"settings.engine.google_rest.name"_s,
+            .product = u"Google Cloud"_s,
             .detailKey = u"settings.engine.google_rest.detail"_s,
             .hintKey = u"settings.engine.google_rest.hint"_s,
             .icon = u"cloud"_s,
             .infoText = u"STT + Translation: Google Cloud (direkt, 2 API-Calls) · Kein Backend "
                         "nötig"_s,
             .translator = u"Google Translate"_s,
+            .recognises = [](const QString& code) { return !googleSpokenLocale(code).isEmpty(); },
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::googleApiKey,
                         .isRequired = true,
                         .message = u"engineApiKey"_s,
                         .config = &CloudEngineConfig::apiKey}},
-            .make = [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
-                return std::make_shared<GoogleCloudDirectEngine>(endpoints, timings);
-            }};
+            .make =
+                [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
+                    return std::make_shared<GoogleCloudDirectEngine>(endpoints, timings);
+                }};
 }
 
 GoogleCloudDirectEngine::GoogleCloudDirectEngine(ServiceEndpoints endpoints, EngineTimings timings)
@@ -63,8 +67,12 @@ QCoro::Task<> GoogleCloudDirectEngine::connect(CloudEngineConfig config) {
     if (config.apiKey.isEmpty()) {
         throw CloudEngineError::missingApiKey(u"Google Cloud API Key fehlt"_s);
     }
+    if (googleSpokenLocale(config.sourceLang).isEmpty()) {
+        throw CloudEngineError::unknownLanguage(u"Google erkennt diese Sprache nicht: "_s +
+                                                config.sourceLang);
+    }
     apiKey_ = config.apiKey;
-    sourceLang_ = googleLocale(config.sourceLang);
+    sourceLang_ = googleSpokenLocale(config.sourceLang);
     targetLang_ = config.targetLang;
     sampleRate_ = config.sampleRate;
     isActive_ = true;
@@ -131,10 +139,25 @@ QCoro::Task<QString> GoogleCloudDirectEngine::translateText(QString text, QStrin
 QCoro::Task<QByteArray> GoogleCloudDirectEngine::post(QUrl url, QByteArray body,
                                                       std::chrono::milliseconds timeout) {
     if (!url.isValid()) {
-        throw ServiceError(u"Google Cloud: Ungültige Adresse"_s);
+        throw ServiceError(u"Google Cloud: Ungültige Adresse"_s,
+                           ServiceFault::Kind::RequestRefused);
     }
     HttpCall call = jsonCall(url, body);
-    co_return co_await http_.fetch(std::move(call), timeout);
+    const Lifetime::Observer life = lifetime_.observe();
+    const HttpOutcome answer = co_await http_.exchange(std::move(call), timeout);
+    if (!life.ended()) {
+        reportFault(answer);
+    }
+    co_return answer.body;
+}
+
+void GoogleCloudDirectEngine::reportFault(const HttpOutcome& answer) {
+    auto fault = googleFault(answer.status, answer.body);
+    const auto callback = onFault;
+    if (fault && callback) {
+        fault->said = sayable(fault->said, apiKey_);
+        callback(*fault);
+    }
 }
 
 void GoogleCloudDirectEngine::deliver(const QString& transcript, const QString& translation) {

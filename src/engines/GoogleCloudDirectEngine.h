@@ -45,6 +45,7 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
     QCoro::Task<> recogniseAndDeliver(QByteArray pcm);
     QCoro::Task<QString> recognizeSpeech(QByteArray audioBase64);
     QCoro::Task<QString> translateText(QString text, QString targetLang);
+    void reportFault(const HttpOutcome& answer);
     QCoro::Task<QByteArray> post(QUrl url, QByteArray body, std::chrono::milliseconds timeout);
     bool needsTranslation() const;
     void deliver(const QString& transcript, const QString& translation);

@@ -1,5 +1,6 @@
 #include "GoogleCloudMessages.h"
 
+#include "ServiceLanguages.h"
 #include "ServiceLocales.h"
 #include "ServiceRequests.h"
 
@@ -14,6 +15,57 @@ namespace orv {
 QString googleLocale(const QString& code) {
     static const ServiceLocales locales = commonLocales();
     return localeFrom(locales, code);
+}
+
+QString googleSpokenLocale(const QString& code) {
+    const ServiceLanguage* known = serviceLanguage(code);
+    const bool isUsual = commonLocales().contains(code);
+    return isUsual || known == nullptr ? googleLocale(code)
+                                       : QString::fromUtf16(known->googleLocale);
+}
+
+namespace {
+
+/// The first reason in an error's details, such as "API_KEY_INVALID".
+QString reasonOf(const QJsonObject& error) {
+    const QJsonArray details = error[u"details"_s].toArray();
+    for (const auto& detail : details) {
+        if (QString reason = detail[u"reason"_s].toString(); !reason.isEmpty()) {
+            return reason;
+        }
+    }
+    // The older interface of the translation.
+    return error[u"errors"_s][0][u"reason"_s].toString();
+}
+
+ServiceFault::Kind kindOf(int status, const QString& name, const QString& reason,
+                          const QString& said) {
+    using Kind = ServiceFault::Kind;
+    const auto mentions = [&](const QString& word) {
+        return said.contains(word, Qt::CaseInsensitive);
+    };
+    if (reason.startsWith(u"API_KEY_INVALID") || reason == u"keyInvalid" ||
+        reason == u"CREDENTIALS_MISSING" || name == u"UNAUTHENTICATED") {
+        return Kind::KeyRefused;
+    }
+    if (name == u"RESOURCE_EXHAUSTED" || mentions(u"limit exceeded"_s) || mentions(u"quota"_s)) {
+        return Kind::QuotaUsedUp;
+    }
+    if (status == 400 && mentions(u"language"_s)) {
+        return Kind::LanguageUnknown;
+    }
+    return faultOfStatus(status).value_or(Kind::ServiceFailed);
+}
+
+} // namespace
+
+std::optional<ServiceFault> googleFault(int status, const QByteArray& body) {
+    if (!faultOfStatus(status)) {
+        return std::nullopt;
+    }
+    const QJsonObject error = QJsonDocument::fromJson(body).object()[u"error"_s].toObject();
+    const QString said = error[u"message"_s].toString();
+    return ServiceFault{kindOf(status, error[u"status"_s].toString(), reasonOf(error), said), said};
 }
 
 QUrl googleRecognitionUrl(const QString& endpoint, const QString& apiKey) {

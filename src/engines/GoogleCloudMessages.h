@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ServiceFault.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
@@ -15,6 +17,13 @@ inline const QString googleRecognitionHost = QStringLiteral("https://speech.goog
 
 /// The locale that the service expects for a language code of the settings.
 QString googleLocale(const QString& code);
+
+/// The locale by which Google really knows the language: the usual ones, else its own list. Empty
+/// when it lacks the language; by rule for a code that nobody knows.
+QString googleSpokenLocale(const QString& code);
+
+/// What is wrong by an answer of its recognition or its translation; nothing for a success.
+std::optional<ServiceFault> googleFault(int status, const QByteArray& body);
 
 /// The address with the key as given; invalid when that spells none.
 QUrl googleRecognitionUrl(const QString& endpoint, const QString& apiKey);

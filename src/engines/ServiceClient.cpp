@@ -22,13 +22,14 @@ ServiceClient::~ServiceClient() {
     }
 }
 
-QCoro::Task<QByteArray> ServiceClient::fetch(HttpCall call, std::chrono::milliseconds timeout) {
+QCoro::Task<HttpOutcome> ServiceClient::exchange(HttpCall call, std::chrono::milliseconds timeout) {
+    using Kind = ServiceFault::Kind;
     ORV_ON_MAIN();
-    const HttpOutcome outcome = co_await start(std::move(call), timeout);
+    HttpOutcome outcome = co_await start(std::move(call), timeout);
     if (!outcome.error.isEmpty()) {
-        throw ServiceError(outcome.error);
+        throw ServiceError(outcome.error, outcome.timedOut ? Kind::TimedOut : Kind::NetworkFailed);
     }
-    co_return outcome.body;
+    co_return outcome;
 }
 
 Completion<HttpOutcome> ServiceClient::start(HttpCall call, std::chrono::milliseconds timeout) {

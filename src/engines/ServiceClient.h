@@ -33,11 +33,11 @@ class ServiceClient {
     ServiceClient(const ServiceClient&) = delete;
     ServiceClient& operator=(const ServiceClient&) = delete;
 
-    /// Sends `call` and returns the body of the answer, whatever its status. Throws `ServiceError`
-    /// when there is no whole answer: a connection that cannot be made, is not trusted or breaks,
-    /// `timeout` without a byte in either direction, an answer beyond `maximumAnswerSize`.
-    /// Redirections are not followed: they would take the key along.
-    QCoro::Task<QByteArray> fetch(HttpCall call, std::chrono::milliseconds timeout);
+    /// Sends `call` and returns the answer, whatever its status. Throws `ServiceError` when there
+    /// is no whole answer: a connection that cannot be made, is not trusted or breaks, `timeout`
+    /// without a byte in either direction, an answer beyond `maximumAnswerSize`. Redirections are
+    /// not followed: they would take the key along.
+    QCoro::Task<HttpOutcome> exchange(HttpCall call, std::chrono::milliseconds timeout);
 
   private:
     struct Request {

@@ -50,7 +50,8 @@ void StreamingSocket::Connection::connectToService() {
 void StreamingSocket::Connection::connectSignals() {
     QObject::connect(&preparation_, &NetworkPreparation::ready, &context_,
                      [this] { connectToService(); });
-    QObject::connect(&limit_, &QTimer::timeout, &limit_, [this] { fail(u"Zeitüberschreitung"_s); });
+    QObject::connect(&limit_, &QTimer::timeout, &limit_,
+                     [this] { fail(u"Zeitüberschreitung"_s, ServiceFault::Kind::TimedOut); });
     QObject::connect(&socket_, &QWebSocket::connected, &context_, [this] { onConnected(); });
     QObject::connect(&socket_, &QWebSocket::bytesWritten, &context_, [this] { onBytesWritten(); });
     QObject::connect(&socket_, &QWebSocket::textMessageReceived, &context_,
@@ -69,9 +70,13 @@ void StreamingSocket::Connection::connectSignals() {
     QObject::connect(&socket_, webSocketFailure<QWebSocket>(), &context_,
                      [this] { fail(socket_.errorString() + tlsErrors_); });
     QObject::connect(&socket_, &QWebSocket::disconnected, &context_, [this] {
-        fail(u"Vom Dienst beendet (Code %1) %2"_s.arg(static_cast<int>(socket_.closeCode()))
-                 .arg(socket_.closeReason())
-                 .trimmed());
+        const int code = static_cast<int>(socket_.closeCode());
+        fail({.kind = Message::Kind::Failure,
+              .text = u"Vom Dienst beendet (Code %1) %2"_s.arg(code)
+                          .arg(socket_.closeReason())
+                          .trimmed(),
+              .closeCode = code,
+              .closeReason = socket_.closeReason()});
     });
 }
 
@@ -100,7 +105,7 @@ Completion<QString> StreamingSocket::Connection::sendFrame(WebSocketFrameKind ki
                                                            const QByteArray& payload) {
     Completion<QString> sent;
     if (isOver()) {
-        sent.complete(*failure_);
+        sent.complete(failure_->text);
     } else if (!connected_) {
         waitingForConnection_.push_back({kind, payload, sent});
     } else {
@@ -154,11 +159,16 @@ void StreamingSocket::Connection::take(Message message) {
     deliverLater();
 }
 
-void StreamingSocket::Connection::fail(const QString& reason) {
+void StreamingSocket::Connection::fail(const QString& reason, ServiceFault::Kind kind) {
+    fail({.kind = Message::Kind::Failure, .text = reason, .fault = kind});
+}
+
+void StreamingSocket::Connection::fail(Message failure) {
     if (isOver()) {
         return;
     }
-    failure_ = withoutQuery(reason, request_.url());
+    failure.text = withoutQuery(failure.text, request_.url());
+    failure_ = std::move(failure);
     limit_.stop();
     deliverLater();
 }
@@ -167,6 +177,13 @@ void StreamingSocket::Connection::hurry() {
     if (!isOver() && !hurrying_) {
         hurrying_ = true;
         limit_.start(timings_.streamFarewell);
+    }
+}
+
+void StreamingSocket::Connection::awaitEnd() {
+    if (!isOver()) {
+        hurrying_ = true;
+        limit_.start(timings_.lastResults);
     }
 }
 
@@ -205,9 +222,11 @@ void StreamingSocket::Connection::deliver() {
         answerReader(std::move(message));
     }
     if (reader_ && isOver()) {
-        answerReader({Message::Kind::Failure, *failure_});
+        answerReader(*failure_);
     } else if (reader_ && givingUp_) {
-        answerReader({Message::Kind::Failure, u"Zeitüberschreitung"_s});
+        answerReader({.kind = Message::Kind::Failure,
+                      .text = u"Zeitüberschreitung"_s,
+                      .fault = ServiceFault::Kind::TimedOut});
     }
     if (isOver() && !closing_) {
         socket_.abort();
@@ -230,7 +249,7 @@ void StreamingSocket::Connection::failSends() {
     if (!isOver()) {
         return;
     }
-    const QString reason = *failure_;
+    const QString reason = failure_->text;
     for (const auto& outgoing : std::exchange(waitingForConnection_, {})) {
         outgoing.sent.complete(reason);
     }

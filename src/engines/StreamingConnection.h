@@ -32,7 +32,12 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     void stopReceiving();
     Completion<QString> sendFrame(WebSocketFrameKind kind, const QByteArray& payload);
     void hurry();
+    void awaitEnd();
     void close();
+
+    bool wasAccepted() const { return connected_; }
+
+    bool isOpen() const { return connected_ && !isOver(); }
 
   private:
     struct Outgoing {
@@ -47,7 +52,8 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     void onBytesWritten();
     void settle();
     void take(Message message);
-    void fail(const QString& reason);
+    void fail(const QString& reason, ServiceFault::Kind kind = ServiceFault::Kind::NetworkFailed);
+    void fail(Message failure);
     void deliverLater();
     void deliver();
     void answerReader(Message message);
@@ -69,7 +75,7 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     std::vector<Completion<QString>> sent_;
     std::deque<Message> unread_;
     std::optional<Completion<Message>> reader_;
-    std::optional<QString> failure_;
+    std::optional<Message> failure_;
     QString tlsErrors_;
     bool connected_ = false;
     bool hurrying_ = false;

@@ -4,13 +4,30 @@
 #include "ServiceError.h"
 #include "ServiceRequests.h"
 
-#include <QNetworkRequest>
-
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+namespace {
+
+constexpr int switchingProtocols = 101;
+
+/// The request that opens the WebSocket, for reading the answer as one of HTTP.
+HttpCall upgradeCall(const QNetworkRequest& request) {
+    QUrl url = request.url();
+    url.setScheme(url.scheme() == u"wss" ? u"https"_s : u"http"_s);
+    return {.url = url,
+            .headers = {{"Authorization", request.rawHeader("Authorization")},
+                        {"Connection", "Upgrade"},
+                        {"Upgrade", "websocket"},
+                        {"Sec-WebSocket-Version", "13"},
+                        // Any sixteen bytes: the connection is not used.
+                        {"Sec-WebSocket-Key", QByteArray(16, 'o').toBase64()}}};
+}
+
+} // namespace
 
 StreamingEngine::StreamingEngine(QString product, ServiceEndpoints endpoints, EngineTimings timings)
     : product_(std::move(product))
@@ -26,9 +43,10 @@ void StreamingEngine::open(const QUrl& url, const QString& prefix,
     isDisconnected_ = false;
     const QByteArray authorization = headerValue(prefix + config.apiKey);
     // A key that cannot stand in a header fails like one that the service refuses.
-    QNetworkRequest request(authorization.isNull() ? QUrl() : url);
-    request.setRawHeader("Authorization", authorization);
-    socket_ = std::make_unique<StreamingSocket>(request, timings_);
+    request_ = QNetworkRequest(authorization.isNull() ? QUrl() : url);
+    request_.setRawHeader("Authorization", authorization);
+    told_.reset();
+    socket_ = std::make_unique<StreamingSocket>(request_, timings_);
 }
 
 void StreamingEngine::begin() {
@@ -45,25 +63,96 @@ QCoro::Task<> StreamingEngine::receiveMessages() {
             co_return;
         }
         if (message.kind == StreamingSocket::Message::Kind::Failure) {
-            end(message.text);
+            end(message);
             co_return;
         }
         if (message.kind == StreamingSocket::Message::Kind::Text) {
-            translateAndDeliver(finalTranscript(message.text.toUtf8()));
+            take(message.text.toUtf8());
         }
     }
 }
 
-void StreamingEngine::end(const QString& reason) {
-    QString line = reason;
-    if (!apiKey_.isEmpty()) {
-        line.replace(apiKey_, u"…"_s); // Services quote what they refuse.
+void StreamingEngine::take(const QByteArray& message) {
+    const Lifetime::Observer life = observe();
+    if (auto fault = faultIn(message)) {
+        told_ = std::move(fault);
     }
-    if (isConnected_) {
-        logLine(u"❌ "_s + product_ + u": "_s + line);
+    deliverAll(finalTranscripts(message));
+    if (life.ended() || !isDisconnected_ || !isLast(message)) {
+        return;
+    }
+    deliverAll(lastTranscripts());
+    if (!life.ended()) {
+        lastWord_.said.complete(true);
+    }
+}
+
+QCoro::Task<> StreamingEngine::end(StreamingSocket::Message failure) {
+    const Lifetime::Observer life = observe();
+    const bool wasConnected = isConnected_;
+    if (wasConnected) {
+        const QString line = failure.text;
+        logLine(u"❌ "_s + product_ + u": "_s + sayable(line, apiKey_));
     }
     isConnected_ = false;
+    deliverAll(lastTranscripts());
+    if (life.ended()) {
+        co_return;
+    }
+    lastWord_.said.complete(true);
+    if (life.ended()) {
+        co_return;
+    }
+    if (wasConnected) {
+        const ServiceFault fault = co_await whyRefused(failure);
+        if (life.ended()) {
+            co_return;
+        }
+        reportFault(fault);
+        if (life.ended()) {
+            co_return;
+        }
+    }
     report(u"error"_s, product_ + u" disconnected"_s);
+}
+
+/// Asks a service that refused the connection once more, in a way that lets its answer be read.
+QCoro::Task<ServiceFault> StreamingEngine::whyRefused(StreamingSocket::Message failure) {
+    if (told_) {
+        co_return *told_;
+    }
+    if (failure.closeCode != 0) {
+        co_return closing(failure.closeCode, failure.closeReason);
+    }
+    const ServiceFault fault{failure.fault, failure.text};
+    if (socket_->wasAccepted() || !request_.url().isValid()) {
+        co_return fault;
+    }
+    const Lifetime::Observer life = observe();
+    try {
+        const HttpOutcome answer =
+            co_await http_.exchange(upgradeCall(request_), timings_.recognition);
+        const bool isTaken = answer.status == switchingProtocols;
+        co_return life.ended() || isTaken ? fault : refusal(answer);
+    } catch (const ServiceError&) {
+        co_return fault;
+    }
+}
+
+void StreamingEngine::deliverAll(const QStringList& transcripts) {
+    const Lifetime::Observer life = observe();
+    for (const QString& transcript : transcripts) {
+        if (!life.ended()) {
+            translateAndDeliver(transcript);
+        }
+    }
+}
+
+void StreamingEngine::reportFault(ServiceFault fault) {
+    fault.said = sayable(fault.said, apiKey_);
+    if (const auto callback = onFault) {
+        callback(fault);
+    }
 }
 
 void StreamingEngine::translateAndDeliver(const QString& transcript) {
@@ -104,7 +193,7 @@ QCoro::Task<> StreamingEngine::sendAudio(QByteArray pcm) {
     }
     const QString error = co_await sendBlock(*socket_, pcm);
     if (!error.isEmpty()) {
-        throw ServiceError(error);
+        throw ServiceError(error, ServiceFault::Kind::NetworkFailed);
     }
 }
 
@@ -117,6 +206,11 @@ QCoro::Task<> StreamingEngine::disconnect() {
     if (std::exchange(isConnected_, false)) {
         socket_->hurry();
         co_await socket_->sendText(farewell());
+        if (life.ended()) {
+            co_return;
+        }
+        socket_->awaitEnd();
+        co_await Completion(lastWord_.said);
         if (life.ended()) {
             co_return;
         }

@@ -3,11 +3,18 @@
 #include "CloudSTTEngine.h"
 #include "EngineTimings.h"
 #include "Lifetime.h"
+#include "ServiceClient.h"
 #include "ServiceEndpoints.h"
+#include "ServiceFault.h"
 #include "StreamingSocket.h"
 #include "TranslationClient.h"
 
+#include <QNetworkRequest>
+#include <QStringList>
+
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace orv {
 
@@ -24,8 +31,9 @@ class StreamingEngine : public CloudSTTEngine {
     /// From a successful connect until disconnect or the end of the connection.
     bool isConnected() const { return isConnected_; }
 
-    /// Says farewell and closes. Whatever has not left after `EngineTimings::streamFarewell` is
-    /// dropped.
+    /// Says farewell, waits for what the service still has to say, and closes. What has not left
+    /// after `EngineTimings::streamFarewell` is dropped; the last results may take
+    /// `EngineTimings::lastResults`.
     QCoro::Task<> disconnect() override;
 
     /// Sends the block and waits until the network has taken it. Throws `ServiceError` when it
@@ -60,14 +68,49 @@ class StreamingEngine : public CloudSTTEngine {
     /// The message that ends a session.
     virtual QString farewell() const = 0;
 
-    /// The text of a message with a final transcript; empty for every other message.
-    virtual QString finalTranscript(const QByteArray& message) const = 0;
+    /// The texts that a message makes certain, in their order.
+    virtual QStringList finalTranscripts(const QByteArray& message) = 0;
+
+    /// The texts that nothing will make more certain, once the service says no more.
+    virtual QStringList lastTranscripts() { return {}; }
+
+    /// Whether the service has said everything with this message, after the farewell.
+    virtual bool isLast(const QByteArray& message) const = 0;
+
+    /// The fault that a message tells of; nothing for every other message.
+    virtual std::optional<ServiceFault> faultIn(const QByteArray&) const { return std::nullopt; }
+
+    /// Why the service refused a connection, by its answer.
+    virtual ServiceFault refusal(const HttpOutcome& answer) const = 0;
+
+    /// Why it closed one.
+    virtual ServiceFault closing(int closeCode, const QString& reason) const = 0;
+
+    /// Takes `socket` in place of the one that is open.
+    void use(std::unique_ptr<StreamingSocket> socket) { socket_ = std::move(socket); }
+
+    /// Notes what the service says is wrong, for the end of the connection.
+    void tell(ServiceFault fault) { told_ = std::move(fault); }
+
+    std::unique_ptr<StreamingSocket> takeSocket() { return std::move(socket_); }
 
     void report(const QString& status, const QString& message);
 
   private:
+    /// That the service has said its last word. Whoever waits goes on at the latest with the
+    /// engine's end.
+    struct LastWord {
+        ~LastWord() { said.complete(false); }
+
+        Completion<bool> said;
+    };
+
     QCoro::Task<> receiveMessages();
-    void end(const QString& reason);
+    void take(const QByteArray& message);
+    QCoro::Task<> end(StreamingSocket::Message failure);
+    QCoro::Task<ServiceFault> whyRefused(StreamingSocket::Message failure);
+    void deliverAll(const QStringList& transcripts);
+    void reportFault(ServiceFault fault);
     void translateAndDeliver(const QString& transcript);
     QCoro::Task<> translateFirst(QString transcript);
     void deliver(const QString& transcript, const QString& translation);
@@ -80,6 +123,10 @@ class StreamingEngine : public CloudSTTEngine {
     QString targetLang_;
     bool isConnected_ = false;
     bool isDisconnected_ = false;
+    std::optional<ServiceFault> told_; ///< By the service, before it closed.
+    LastWord lastWord_;
+    QNetworkRequest request_;
+    ServiceClient http_;
     TranslationClient translation_;
     std::unique_ptr<StreamingSocket> socket_;
     Lifetime lifetime_; // Last: ends first.

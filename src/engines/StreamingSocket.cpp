@@ -30,6 +30,18 @@ Completion<QString> StreamingSocket::sendSound(WebSocketFrameKind kind, const QB
     return connection_->sendFrame(kind, payload);
 }
 
+bool StreamingSocket::wasAccepted() const {
+    return connection_->wasAccepted();
+}
+
+bool StreamingSocket::isOpen() const {
+    return connection_->isOpen();
+}
+
+void StreamingSocket::awaitEnd() {
+    connection_->awaitEnd();
+}
+
 void StreamingSocket::hurry() {
     connection_->hurry();
 }

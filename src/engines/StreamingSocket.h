@@ -2,6 +2,7 @@
 
 #include "Completion.h"
 #include "EngineTimings.h"
+#include "ServiceFault.h"
 #include "WebSocketFrame.h"
 
 #include <QByteArray>
@@ -25,6 +26,10 @@ class StreamingSocket {
 
         Kind kind = Kind::Failure;
         QString text; ///< Of a text message; of a failure the reason, without any key.
+        /// Of a failure: how far it had come.
+        ServiceFault::Kind fault = ServiceFault::Kind::NetworkFailed;
+        int closeCode = 0;        ///< Of a failure by the service's close frame; else 0.
+        QString closeReason = {}; ///< With it.
     };
 
     explicit StreamingSocket(const QNetworkRequest& request, EngineTimings timings = {});
@@ -49,8 +54,18 @@ class StreamingSocket {
     /// The same for a block of sound, as one frame and without a detour. Text is UTF-8.
     Completion<QString> sendSound(WebSocketFrameKind kind, const QByteArray& payload);
 
+    /// Whether the service has taken the connection, be it open still or not.
+    bool wasAccepted() const;
+
+    /// Whether it still is.
+    bool isOpen() const;
+
     /// From now on everything must be through within `EngineTimings::streamFarewell`.
     void hurry();
+
+    /// After that, and once: the service gets `EngineTimings::lastResults` for what it still has to
+    /// say, and the reader a failure then.
+    void awaitEnd();
 
     /// Closes with code 1001, going away. The reader gets a failure, though not inside this call.
     void close();

@@ -24,7 +24,8 @@ QCoro::Task<QString> TranslationClient::googleTranslateText(QString text, QStrin
     HttpCall call = jsonCall(url, translationRequestBody(text, targetLang));
     QByteArray answer;
     try {
-        answer = co_await http_.fetch(std::move(call), timeout_);
+        const HttpOutcome outcome = co_await http_.exchange(std::move(call), timeout_);
+        answer = outcome.body;
     } catch (const ServiceError&) {
         answer.clear(); // No answer is no translation.
     }

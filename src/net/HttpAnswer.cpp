@@ -103,9 +103,8 @@ void HttpAnswer::readHeader(QByteArrayView line) {
         }
     } else if (name == "connection") {
         closes_ = closes_ || value.contains("close");
-    } else if (name == "location") {
-        location_ = text;
     }
+    headers_.append({name, text});
 }
 
 void HttpAnswer::headRead() {
@@ -114,7 +113,7 @@ void HttpAnswer::headRead() {
         part_ = Part::Status;
         chunked_ = false;
         left_ = -1;
-        location_.clear();
+        headers_.clear();
     } else if (status_ == 101 || status_ == 204 || status_ == 304 || (!chunked_ && left_ == 0)) {
         state_ = State::Whole;
     } else if (chunked_) {

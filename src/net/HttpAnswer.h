@@ -1,5 +1,7 @@
 #pragma once
 
+#include "HttpHeaders.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 
@@ -37,8 +39,7 @@ class HttpAnswer {
 
     int status() const { return status_; }
 
-    /// Where a redirection leads, as it was written; empty when the answer does not say.
-    const QByteArray& location() const { return location_; }
+    const HttpHeaders& headers() const { return headers_; }
 
     const QByteArray& body() const { return body_; }
 
@@ -72,7 +73,7 @@ class HttpAnswer {
     bool chunked_ = false;
     bool closes_ = false; ///< The server has said so, or its version does.
     bool rest_ = false;   ///< Something has come behind the end.
-    QByteArray location_;
+    HttpHeaders headers_;
     QByteArray body_;
     std::int64_t left_ = -1; ///< Of the body or the chunk; negative: unknown.
 };

@@ -46,7 +46,9 @@ QByteArray requestBytes(const HttpCall& call, AfterAnswer afterAnswer) {
     if (call.body) {
         bytes += line("Content-Length", QByteArray::number(call.body->size()));
     }
-    bytes += line("Connection", afterAnswer == AfterAnswer::Keep ? "keep-alive" : "close");
+    if (!given("Connection")) {
+        bytes += line("Connection", afterAnswer == AfterAnswer::Keep ? "keep-alive" : "close");
+    }
     return bytes + "\r\n" + call.body.value_or(QByteArray());
 }
 

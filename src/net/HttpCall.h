@@ -1,8 +1,8 @@
 #pragma once
 
+#include "HttpHeaders.h"
+
 #include <QByteArray>
-#include <QList>
-#include <QPair>
 #include <QString>
 #include <QUrl>
 
@@ -15,8 +15,8 @@ namespace orv {
 /// One HTTP request.
 struct HttpCall {
     QUrl url; ///< With the scheme "http" or "https", and a host. Credentials in it are not sent.
-    /// Beside `Host`, `Content-Length` and `Connection`. Without control characters.
-    QList<QPair<QByteArray, QByteArray>> headers = {};
+    /// Beside `Host` and `Content-Length`. Without control characters.
+    HttpHeaders headers = {};
     std::optional<QByteArray> body = {}; ///< With one it is a POST request, else GET.
 };
 
@@ -33,9 +33,10 @@ struct HttpLimits {
 
 /// How an exchange has ended. Any whole answer is an outcome without an error, whatever its status.
 struct HttpOutcome {
-    QString error = {}; ///< Why there is no whole answer; empty for one.
+    QString error = {};    ///< Why there is no whole answer; empty for one.
+    bool timedOut = false; ///< The error is that a limit of time was reached.
     int status = 0;
-    QByteArray location = {}; ///< Where a redirection leads, as it was written; empty without one.
+    HttpHeaders headers = {}; ///< Names in lower case.
     QByteArray body = {};
 };
 

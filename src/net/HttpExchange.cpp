@@ -34,7 +34,10 @@ HttpExchange::HttpExchange(HttpClient& client, HttpCall call, const HttpLimits& 
     const auto limit = [this](QTimer& timer, std::optional<std::chrono::milliseconds> length) {
         timer.setSingleShot(true);
         timer.setTimerType(Qt::PreciseTimer);
-        timer.callOnTimeout(this, [this] { finish(u"Zeitüberschreitung"_s); });
+        timer.callOnTimeout(this, [this] {
+            outcome_.timedOut = true;
+            finish(u"Zeitüberschreitung"_s);
+        });
         if (length) {
             timer.start(*length);
         }
@@ -232,8 +235,9 @@ void HttpExchange::finish(const QString& error) {
     outcome_.error = error;
     if (error.isEmpty()) {
         outcome_ = {.error = {},
+                    .timedOut = false,
                     .status = answer_.status(),
-                    .location = answer_.location(),
+                    .headers = answer_.headers(),
                     .body = answer_.body()};
     }
     // Not from inside the socket's own signal: whoever hears of it may destroy everything here.

@@ -40,6 +40,12 @@ class ChunkEngine : public testing::Test {
         int requests() { return static_cast<int>(this->service.count(u"request"_s)); }
     };
 
+    /// For so many chunks: whom Azure refuses it asks in another way, too.
+    static int requestsFor(int status, int chunks) {
+        const bool asksTwice = std::is_same_v<Engine, AzureDirectEngine> && status >= 400;
+        return asksTwice ? 2 * chunks : chunks;
+    }
+
     const QString recognised = recognition<Engine>(u"Guten Tag."_s);
     const QStringList result{u"Guten Tag.|Guten Tag."_s};
 };
@@ -104,7 +110,7 @@ TYPED_TEST(ChunkEngine, takesAnAnswerWithoutAResultForNothingHeard) {
             session.RestSession<TypeParam>::connect(u"de"_s, target);
             EXPECT_FALSE(session.send().error) << answer.status;
         }
-        EXPECT_EQ(session.requests(), 2) << answer.status;
+        EXPECT_EQ(session.requests(), this->requestsFor(answer.status, 2)) << answer.status;
         EXPECT_TRUE(session.reports.results.isEmpty()) << answer.status;
         EXPECT_TRUE(session.engine->isActive()) << answer.status;
     }

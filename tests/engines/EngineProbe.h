@@ -43,12 +43,13 @@ inline Outcome finish(QCoro::Task<> task) {
     return *outcome;
 }
 
-/// What an engine reports: "status: message" and "source|translation".
+/// What an engine reports: "status: message", "source|translation" and faults.
 struct EngineReports {
     explicit EngineReports(CloudSTTEngine& engine) {
         engine.onStatus = [this](const QString& status, const QString& message) {
             statuses.append(status + QStringLiteral(": ") + message);
         };
+        engine.onFault = [this](const ServiceFault& fault) { faults.append(fault); };
         engine.onTranslation = [this](const QString& original, const QString& translation) {
             results.append(original + QStringLiteral("|") + translation);
         };
@@ -56,6 +57,7 @@ struct EngineReports {
 
     QStringList statuses;
     QStringList results;
+    QList<ServiceFault> faults;
 };
 
 } // namespace orv::test

@@ -34,7 +34,8 @@ struct RestSession {
                   {translationHost, service.url(scheme) + QStringLiteral("/translate")},
                   {googleRecognitionHost, service.url(scheme)},
                   {azureRecognitionHost, service.url(scheme) + QStringLiteral("/{region}/stt")},
-                  {azureTranslationHost, service.url(scheme) + QStringLiteral("/{region}/s2s")}},
+                  {azureTranslationHost, service.url(scheme) + QStringLiteral("/{region}/s2s")},
+                  {azureTranslatorHost, service.url(scheme) + QStringLiteral("/translator")}},
               timings))
         , reports(*engine) {}
 

@@ -29,9 +29,11 @@ struct StreamingSession {
                               EngineTimings timings = {},
                               const QString& scheme = QStringLiteral("ws"))
         : service(QStringLiteral("streaming_service.py"), QStringList{provider} + arguments)
-        , engine(std::make_unique<Engine>(ServiceEndpoints{{deepgramHost, service.url(scheme)},
-                                                           {assemblyaiHost, service.url(scheme)}},
-                                          timings))
+        , engine(std::make_unique<Engine>(
+              ServiceEndpoints{{deepgramHost, service.url(scheme)},
+                               {assemblyaiHost, service.url(scheme)},
+                               {assemblyaiStreamingHost, service.url(scheme)}},
+              timings))
         , reports(*engine) {}
 
     bool waitForOpen() {

@@ -20,12 +20,13 @@ HttpCall manifestCall(const QUrl& url, const QByteArray& agent) {
 /// Where an answer to a request for `from` sends us on; none unless it does, and may.
 std::optional<QUrl> redirection(const HttpOutcome& outcome, const QUrl& from) {
     const int status = outcome.status;
+    const QByteArray location = headerIn(outcome.headers, "location");
     const bool sendsOn =
         status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
-    if (!sendsOn || outcome.location.isEmpty()) {
+    if (!sendsOn || location.isEmpty()) {
         return std::nullopt;
     }
-    const QUrl url = from.resolved(QUrl::fromEncoded(outcome.location));
+    const QUrl url = from.resolved(QUrl::fromEncoded(location));
     const bool isAllowed =
         url.scheme() == u"https" || (url.scheme() == u"http" && from.scheme() == u"http");
     return isAllowed && url.isValid() && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
