@@ -171,6 +171,7 @@ void Shell::createInterface() {
 std::unique_ptr<PanelWindow> Shell::makePanel() {
     ORV_ON_MAIN();
     panel_ = new ControlPanel({.settings = *settings_,
+                               .engines = parts_.engines,
                                .audio = *audio_,
                                .engine = *engine_,
                                .controller = *controller_,

@@ -67,11 +67,16 @@ L10n& L10n::shared() {
 
 const std::map<UILanguage::Case, StringTable>& L10n::strings() {
     static const std::map<UILanguage::Case, StringTable> tables = {
-        {UILanguage::German, StringTable(germanTexts(), germanBackendTexts())},
-        {UILanguage::English, StringTable(englishTexts(), englishBackendTexts())},
-        {UILanguage::Spanish, StringTable(spanishTexts(), spanishBackendTexts())},
-        {UILanguage::French, StringTable(frenchTexts(), frenchBackendTexts())},
-        {UILanguage::Italian, StringTable(italianTexts(), italianBackendTexts())},
+        {UILanguage::German,
+         StringTable({germanTexts(), germanBackendTexts(), germanServiceTexts()})},
+        {UILanguage::English,
+         StringTable({englishTexts(), englishBackendTexts(), englishServiceTexts()})},
+        {UILanguage::Spanish,
+         StringTable({spanishTexts(), spanishBackendTexts(), spanishServiceTexts()})},
+        {UILanguage::French,
+         StringTable({frenchTexts(), frenchBackendTexts(), frenchServiceTexts()})},
+        {UILanguage::Italian,
+         StringTable({italianTexts(), italianBackendTexts(), italianServiceTexts()})},
     };
     return tables;
 }

@@ -2,12 +2,10 @@
 
 namespace orv {
 
-StringTable::StringTable(std::span<const TextEntry> entries, std::span<const TextEntry> more) {
-    const auto count = static_cast<qsizetype>(entries.size()) + static_cast<qsizetype>(more.size());
-    keys_.reserve(count);
-    texts_.reserve(count);
-    add(entries);
-    add(more);
+StringTable::StringTable(std::initializer_list<std::span<const TextEntry>> files) {
+    for (const auto& entries : files) {
+        add(entries);
+    }
 }
 
 void StringTable::add(std::span<const TextEntry> entries) {

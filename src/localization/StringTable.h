@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <initializer_list>
 #include <optional>
 #include <span>
 
@@ -32,11 +33,19 @@ std::span<const TextEntry> spanishBackendTexts();
 std::span<const TextEntry> frenchBackendTexts();
 std::span<const TextEntry> italianBackendTexts();
 
+// What is wrong with a cloud service, likewise: its code, which begins with "service.".
+std::span<const TextEntry> germanServiceTexts();
+std::span<const TextEntry> englishServiceTexts();
+std::span<const TextEntry> spanishServiceTexts();
+std::span<const TextEntry> frenchServiceTexts();
+std::span<const TextEntry> italianServiceTexts();
+
 /// The texts of one language, in the order of its table file and quick to look up. Immutable.
 class StringTable {
   public:
-    /// The table of two files, one after the other. A key that occurs twice keeps its first text.
-    explicit StringTable(std::span<const TextEntry> entries, std::span<const TextEntry> more = {});
+    /// The table of several files, one after the other. A key that occurs twice keeps its first
+    /// text.
+    explicit StringTable(std::initializer_list<std::span<const TextEntry>> files);
 
     /// All keys in the table's order, doubles included.
     const QStringList& keys() const { return keys_; }

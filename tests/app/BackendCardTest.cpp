@@ -59,6 +59,7 @@ class BackendCardTest : public RecoveryFixture {
     L10n l10n{settings.uiLanguage, u"en"_s};
     VmixTracking vmix{settings};
     ControlPanel panel{{.settings = settings,
+                        .engines = engines,
                         .audio = audio,
                         .engine = backend,
                         .controller = controller,

@@ -157,6 +157,7 @@ class ControlPanelFixture : public ::testing::Test {
     VmixTracking vmix{settings};
     int settingsShown = 0;
     ControlPanel panel{{.settings = settings,
+                        .engines = engines,
                         .audio = audio,
                         .engine = engine,
                         .controller = controller,

@@ -47,6 +47,18 @@ TEST_F(ControlPanelTest, showsWhatABackendSaidLastThatDidNotStart) {
     EXPECT_FALSE(shows(u"Last message: "_s + words));
 }
 
+TEST_F(ControlPanelTest, saysBeforeTheStartThatTheEngineLacksTheLanguage) {
+    const QString lack = u"Deepgram does not recognize this language.\nChoose another language, or "
+                         "another engine in Settings → Engines."_s;
+    settings.sttEngine.set(u"deepgram"_s);
+    settings.sourceLang.set(u"de"_s);
+    EXPECT_FALSE(shows(lack));
+    settings.sourceLang.set(u"haw"_s);
+    EXPECT_TRUE(shows(lack));
+    settings.sttEngine.set(u"whisper"_s);
+    EXPECT_FALSE(shows(lack));
+}
+
 TEST_F(ControlPanelTest, refusesToStartWithoutABackend) {
     button(u"main.start"_s)->click();
     ASSERT_EQ(dialogs.alerts.size(), 1);

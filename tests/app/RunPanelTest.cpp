@@ -129,6 +129,7 @@ class RunResultTest : public RecoveryFixture {
   protected:
     PanelEnvironment environment() {
         return {.settings = settings,
+                .engines = engines,
                 .audio = audio,
                 .engine = backend,
                 .controller = controller,

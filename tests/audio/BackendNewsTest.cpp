@@ -54,6 +54,39 @@ TEST(BackendNews, tellsMessagesWithoutACodeApart) {
     EXPECT_EQ(news.disturbances.size(), 2);
 }
 
+TEST(BackendNews, countsHowOftenAServiceHasFailedInTheSameWay) {
+    BackendNews news;
+    const auto times = [&] {
+        return news.disturbances.first().notice.parameters.value(u"times"_s);
+    };
+    news.take(told(u"warning"_s, u"service.network"_s));
+    EXPECT_EQ(times(), QString());
+    news.take(told(u"warning"_s, u"service.network"_s));
+    EXPECT_EQ(times(), u"2"_s);
+    news.take(told(u"warning"_s, u"service.network"_s));
+    EXPECT_EQ(times(), u"3"_s);
+    EXPECT_EQ(news.disturbances.size(), 1);
+}
+
+TEST(BackendNews, aServicesFaultIsOverWithItsNextResultButNotThatNobodyTranslates) {
+    BackendNews news;
+    news.take(told(u"warning"_s, u"service.network"_s));
+    news.take(told(u"warning"_s, u"service.not_translated"_s));
+    news.take(told(u"warning"_s, u"session.behind"_s));
+    news.serviceServes();
+    EXPECT_EQ(codes(news), (QStringList{u"service.not_translated"_s, u"session.behind"_s}));
+}
+
+TEST(BackendNews, whyAServiceDoesNotServeHoldsWhileTheServerServesInItsPlace) {
+    BackendNews news;
+    news.take(told(u"error"_s, u"service.region_missing"_s));
+    news.take(told(u"warning"_s, u"session.behind"_s));
+    news.take(told(u"engine"_s, u"engine.serving"_s));
+    EXPECT_EQ(codes(news), QStringList(u"service.region_missing"_s));
+    news.beginRun();
+    EXPECT_TRUE(news.disturbances.isEmpty());
+}
+
 TEST(BackendNews, growsNotForEver) {
     BackendNews news;
     for (int i = 0; i < 1000; ++i) {

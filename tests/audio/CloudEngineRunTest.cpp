@@ -33,8 +33,10 @@ class CloudEngineRun : public test::AudioManagerFixture {
                      {googleRecognitionHost, service.url(u"http"_s)},
                      {deepgramHost, service.url(u"ws"_s)},
                      {assemblyaiHost, service.url(u"ws"_s)},
+                     {assemblyaiStreamingHost, service.url(u"ws"_s)},
                      {azureRecognitionHost, service.url(u"http"_s)},
-                     {azureTranslationHost, service.url(u"http"_s)}};
+                     {azureTranslationHost, service.url(u"http"_s)},
+                     {azureTranslatorHost, service.url(u"http"_s)}};
         engineTimings = times;
         settings.sttEngine.set(id);
         settings.deepgramApiKey.set(u"SECRET"_s);

@@ -259,6 +259,41 @@ TEST_F(DirectEngineRun, bringsNoResultOfARunIntoTheNext) {
     EXPECT_TRUE(fannedOut.isEmpty());
 }
 
+TEST_F(DirectEngineRun, tellsPeopleWhatTheServiceRefusesUntilItBringsAResult) {
+    useChunked();
+    engine->sendError = u"HTTP 403"_s;
+    engine->sendFault = ServiceFault{ServiceFault::Kind::NoCredit, u"balance is 0"_s, {}};
+    timings.fixedChunk = 1ms;
+    makeManager();
+    settings.vadEnabled.set(false);
+    startRun();
+    deliver(20001);
+    const BackendNews& news = manager->backendNews();
+    ASSERT_TRUE(waitUntil([&] { return !news.disturbances.isEmpty(); }));
+    const BackendNotice expected{
+        .code = u"service.no_credit"_s,
+        .parameters = {{u"engine"_s, u"Microsoft Azure"_s}, {u"said"_s, u"balance is 0"_s}}};
+    EXPECT_EQ(news.disturbances.first().notice.code, expected.code);
+    EXPECT_EQ(news.disturbances.first().notice.parameters, expected.parameters);
+    EXPECT_EQ(news.disturbances.first().status, u"error"_s);
+    EXPECT_TRUE(log.contains(u"❌ Direct Engine AzureDirectEngine Fehler: HTTP 403"_s));
+    engine->onTranslation(u"hello"_s, u"hola"_s);
+    EXPECT_TRUE(waitUntil([&] { return news.disturbances.isEmpty(); }));
+}
+
+TEST_F(DirectEngineRun, whyAServiceCannotBeConnectedIsToldWhileTheServerServes) {
+    useChunked();
+    engine->connectError = u"Azure Region fehlt"_s;
+    engine->connectFault = ServiceFault{ServiceFault::Kind::RegionMissing};
+    startRun();
+    const BackendNews& news = manager->backendNews();
+    ASSERT_TRUE(waitUntil([&] { return !news.disturbances.isEmpty(); }));
+    EXPECT_EQ(news.disturbances.first().notice.code, u"service.region_missing"_s);
+    deliver(30000);
+    stopAndWait();
+    EXPECT_EQ(receivedAudio().size(), 1);
+}
+
 TEST_F(DirectEngineRun, fallsBackToTheBackendsChunksWhenAChunkedEngineCannotConnect) {
     useChunked();
     engine->connectError = u"Azure Key fehlt"_s;
@@ -275,7 +310,7 @@ TEST_F(DirectEngineRun, fallsBackToTheBackendsChunksWhenAChunkedEngineCannotConn
 
 TEST_F(DirectEngineRun, losesTheOldestOfMoreThanFitsTheMemoryAndSaysSo) {
     useChunked();
-    DirectEngineSession session(engine, nullptr);
+    DirectEngineSession session(engine, u"Azure"_s, nullptr);
     for (char block = 1; block <= 34; ++block) {
         session.sendAudio(QByteArray(1 << 20, block)); // Waits for the connection.
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CloudSTTEngine.h"
+#include "ServiceError.h"
 
 #include <QStringList>
 
@@ -31,7 +32,8 @@ class FakeEngine : public CloudSTTEngine {
     QCoro::Task<> connect(CloudEngineConfig config) override {
         connectedWith = config;
         if (connectError) {
-            throw CloudEngineError(CloudEngineError::Kind::MissingApiKey, *connectError);
+            throw CloudEngineError(CloudEngineError::Kind::MissingApiKey, *connectError,
+                                   connectFault);
         }
         onStatus(QStringLiteral("connected"), name_ + QStringLiteral(" ready"));
         co_return;
@@ -47,6 +49,9 @@ class FakeEngine : public CloudSTTEngine {
 
     QCoro::Task<> sendAudio(QByteArray pcm) override {
         audio.append(pcm);
+        if (sendFault) {
+            throw ServiceError(*sendError, *sendFault);
+        }
         if (sendError) {
             throw std::runtime_error(sendError->toStdString());
         }
@@ -56,7 +61,9 @@ class FakeEngine : public CloudSTTEngine {
     QString translationKey;
     std::optional<CloudEngineConfig> connectedWith;
     std::optional<QString> connectError;
+    std::optional<ServiceFault> connectFault; ///< Beside `connectError`.
     std::optional<QString> sendError;
+    std::optional<ServiceFault> sendFault; ///< Beside `sendError`.
     QList<QByteArray> audio;
     int disconnects = 0;
     std::function<void()> onDisconnect;

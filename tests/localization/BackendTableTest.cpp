@@ -1,4 +1,5 @@
-// The texts of what the speech server tells. That every code has one is checked on its side.
+// The texts of what the speech server tells, and of what is wrong with a cloud service. That every
+// code of the server has one is checked on its side.
 
 #include "L10n.h"
 
@@ -21,7 +22,7 @@ QStringList backendKeys() {
     return L10n::strings()
         .at(UILanguage::English)
         .keys()
-        .filter(QRegularExpression(u"^backend\\."_s));
+        .filter(QRegularExpression(u"^(backend|service)\\."_s));
 }
 
 QSet<QString> placeholders(const QString& text) {

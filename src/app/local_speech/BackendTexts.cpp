@@ -62,7 +62,8 @@ std::optional<QString> filled(const QString& pattern, const QMap<QString, QStrin
 
 /// The text of a code, if the tables have one: a lookup answers an unknown key with itself.
 QString patternOf(const BackendNotice& notice, const TextLookup& text) {
-    const QString key = u"backend."_s + notice.code;
+    const bool isOfService = notice.code.startsWith(u"service.");
+    const QString key = isOfService ? notice.code : u"backend."_s + notice.code;
     // Whisper is the one engine that the settings window can install.
     if (notice.parameters.value(u"engine"_s).contains(u"whisper"_s, Qt::CaseInsensitive)) {
         const QString ofWhisper = key + u".whisper"_s;
@@ -135,7 +136,10 @@ std::optional<BackendText> backendText(const BackendNotice& notice, const TextLo
     if (!summary || !detail) {
         return std::nullopt;
     }
-    return BackendText{.summary = *summary, .detail = detail->trimmed()};
+    const int times = notice.parameters.value(u"times"_s).toInt();
+    const QString counted =
+        times > 1 ? QString(*summary + u" (" + QString::number(times) + u"×)") : *summary;
+    return BackendText{.summary = counted, .detail = detail->trimmed()};
 }
 
 BackendText backendText(const StatusMessage& status, const TextLookup& text) {

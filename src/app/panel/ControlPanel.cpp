@@ -98,7 +98,7 @@ QWidget* ControlPanel::makeSections() {
     layout->addWidget(backendCard_);
     layout->addWidget(new BackendRow(environment_.engine, l10n, sections));
     layout->addWidget(new SourceSection(audio, settings, l10n, sections));
-    layout->addWidget(new LanguageSection(settings, l10n, sections));
+    layout->addWidget(new LanguageSection(settings, environment_.engines, l10n, sections));
     layout->addWidget(new OptionsSection(settings, l10n, sections));
     layout->addStretch(1);
     return sections;

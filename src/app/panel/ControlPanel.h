@@ -15,6 +15,7 @@ namespace orv {
 
 class AudioManager;
 class BackendCard;
+class EngineCatalogue;
 class L10n;
 class NoticeCard;
 class PanelHeader;
@@ -28,6 +29,7 @@ class VmixTracking;
 /// What the control panel shows and works on. The references outlive it.
 struct PanelEnvironment {
     TranslationSettings& settings;
+    const EngineCatalogue& engines;
     AudioManager& audio;
     TranslationEngine& engine;
     TranslationController& controller;

@@ -1,6 +1,8 @@
 #include "LanguageSection.h"
 
+#include "BackendTexts.h"
 #include "Card.h"
+#include "EngineCatalogue.h"
 #include "FieldCombo.h"
 #include "L10n.h"
 #include "LanguageFilter.h"
@@ -10,6 +12,7 @@
 #include "TextLabels.h"
 #include "Theme.h"
 #include "ThreadChecks.h"
+#include "ToneLabel.h"
 #include "TranslationSettings.h"
 
 #include <QGridLayout>
@@ -44,15 +47,18 @@ bool entryMatches(const FieldEntry& entry, const QString& typed) {
 
 } // namespace
 
-LanguageSection::LanguageSection(TranslationSettings& settings, L10n& l10n, QWidget* parent)
+LanguageSection::LanguageSection(TranslationSettings& settings, const EngineCatalogue& engines,
+                                 L10n& l10n, QWidget* parent)
     : Card(parent)
     , settings_(settings)
+    , engines_(engines)
     , l10n_(l10n)
     , heading_(addHeading())
     , sourceLabel_(new QLabel(this))
     , source_(new FieldCombo(FieldCombo::Search::ByTyping, this))
     , targetLabel_(new QLabel(this))
-    , target_(new FieldCombo(FieldCombo::Search::ByTyping, this)) {
+    , target_(new FieldCombo(FieldCombo::Search::ByTyping, this))
+    , lack_(new ToneLabel(this, Tone::Error)) {
     layOut();
     connectFields();
     translate();
@@ -70,6 +76,7 @@ void LanguageSection::layOut() {
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(2, 1);
     rows()->addLayout(grid);
+    rows()->addWidget(lack_);
 }
 
 void LanguageSection::connectFields() {
@@ -81,6 +88,7 @@ void LanguageSection::connectFields() {
     connect(target_, &FieldCombo::chosen, this,
             [this](const QString& code) { settings_.targetLang.set(code); });
     watchAll({&settings_.sourceLang, &settings_.targetLang}, this, [this] { showLanguages(); });
+    watchAll({&settings_.sourceLang, &settings_.sttEngine}, this, [this] { showLack(); });
     connect(&l10n_, &L10n::currentChanged, this, &LanguageSection::translate);
 }
 
@@ -94,6 +102,23 @@ void LanguageSection::translate() {
     source_->setToolTip(available);
     target_->setToolTip(available);
     showLanguages();
+    showLack();
+}
+
+void LanguageSection::showLack() {
+    ORV_ON_MAIN();
+    const EngineDescriptor* engine = engines_.find(settings_.sttEngine.get());
+    const bool isLacking =
+        engine != nullptr && engine->recognises && !engine->recognises(settings_.sourceLang.get());
+    lack_->setVisible(isLacking);
+    if (isLacking) {
+        const BackendNotice lack{
+            .code = u"service.language"_s,
+            .parameters = {{u"engine"_s, engine->productName()}, {u"said"_s, QString()}}};
+        const auto told =
+            backendText(lack, [this](const QString& key) { return l10n_.platformText(key); });
+        lack_->setText(told ? QString(told->summary % u".\n" % told->detail) : QString());
+    }
 }
 
 void LanguageSection::showLanguages() {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
+
 namespace orv {
 
 namespace {
@@ -19,6 +21,17 @@ bool replaces(const StatusMessage& later, const StatusMessage& earlier) {
                                        : later.notice.code == earlier.notice.code;
 }
 
+bool isOfService(const StatusMessage& status) {
+    return status.notice.code.startsWith(u"service.");
+}
+
+StatusMessage counted(StatusMessage status, const StatusMessage& earlier) {
+    const QString times = u"times"_s;
+    const int before = earlier.notice.parameters.value(times, u"1"_s).toInt();
+    status.notice.parameters.insert(times, QString::number(before + 1));
+    return status;
+}
+
 } // namespace
 
 void BackendNews::beginRun() {
@@ -30,17 +43,24 @@ void BackendNews::take(const StatusMessage& status) {
     latest = status;
     if (status.status == u"engine") {
         serving = status;
-        disturbances.clear();
+        // What a service lacks is the reason that the server serves.
+        disturbances.removeIf([](const StatusMessage& each) { return !isOfService(each); });
     } else if (isDisturbance(status)) {
         const auto earlier =
             std::find_if(disturbances.begin(), disturbances.end(),
                          [&](const StatusMessage& each) { return replaces(status, each); });
         if (earlier != disturbances.end()) {
-            *earlier = status;
+            *earlier = isOfService(status) ? counted(status, *earlier) : status;
         } else if (disturbances.size() < mostNotices) {
             disturbances.append(status);
         }
     }
+}
+
+void BackendNews::serviceServes() {
+    disturbances.removeIf([](const StatusMessage& each) {
+        return isOfService(each) && each.notice.code != u"service.not_translated";
+    });
 }
 
 const StatusMessage* BackendNews::error() const {

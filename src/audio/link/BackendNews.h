@@ -8,13 +8,15 @@
 
 namespace orv {
 
-/// What the speech server has told, and what of it still holds. A plain value.
+/// What the speech server has told, or a service in its place, and what of it still holds. A plain
+/// value.
 struct BackendNews {
     /// Told last. A direct engine's word takes its place, too, which has no code.
     StatusMessage latest = {};
     /// Who serves, and what there is to tell about them; none before that is known.
     std::optional<StatusMessage> serving = {};
-    /// Errors and warnings since then, in order, the latest of each code.
+    /// Errors and warnings since then, in order, the latest of each code; a service's faults carry
+    /// how often they have come, as the parameter "times".
     QList<StatusMessage> disturbances = {};
 
     /// Another run: nothing of the one before holds any more.
@@ -22,6 +24,9 @@ struct BackendNews {
 
     /// The server tells something. Who serves is told anew when a disturbance is over.
     void take(const StatusMessage& status);
+
+    /// A service has brought a result: what kept it from that is over.
+    void serviceServes();
 
     /// The latest error that still holds, or null.
     const StatusMessage* error() const;

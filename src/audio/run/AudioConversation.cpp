@@ -112,6 +112,8 @@ void AudioRun::startDirectEngine() {
         session->isStreaming() ? RunTrouble::EngineLost : RunTrouble::EngineRefused;
     connect(session, &DirectEngineSession::resultArrived, this, [this](const Result& result) {
         noteResult();
+        watch_.engineServes();
+        Q_EMIT engineServed();
         Q_EMIT resultArrived(result);
     });
     connect(session, &DirectEngineSession::statusArrived, this,
@@ -119,6 +121,7 @@ void AudioRun::startDirectEngine() {
                 noteEngine(status, message, onError);
                 Q_EMIT engineStatusArrived(status, message);
             });
+    connect(session, &DirectEngineSession::faultArrived, this, &AudioRun::receiveFault);
     connect(session, &DirectEngineSession::blockAccepted, this, &AudioRun::receiveProcessed);
     connect(session, &DirectEngineSession::openFailed, this, &AudioRun::abandonDirectEngine);
     sound_.sender.setPcmSink(session->pcmSink());
@@ -130,6 +133,15 @@ void AudioRun::startDirectEngine() {
         sound_.chunker.setRoute(ChunkRoute::DirectEngine);
     }
     session->open(directEngineConfig(environment_, configuration()));
+}
+
+void AudioRun::receiveFault(const StatusMessage& status) {
+    ORV_ON_MAIN();
+    // A streaming engine's end is told by itself.
+    if (!directEngine_->isStreaming()) {
+        noteEngine(status.status, status.message, RunTrouble::EngineRefused);
+    }
+    Q_EMIT backendStatusArrived(status);
 }
 
 void AudioRun::finishDirectEngine() {

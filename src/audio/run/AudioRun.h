@@ -69,6 +69,7 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     void backendStatusArrived(const StatusMessage& status);
     /// "connected" or "error", and what to tell the user.
     void engineStatusArrived(const QString& status, const QString& message);
+    void engineServed(); ///< A direct engine has brought a result.
     void noticeRaised(const AudioNotice& notice);
     void troubleChanged(); ///< Of `progress`, by something that has happened.
     void ended();
@@ -101,6 +102,7 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     bool translatesOnClient() const;
     void translateOnClient(const QString& original);
     void startDirectEngine();
+    void receiveFault(const StatusMessage& status);
     void finishDirectEngine();
     void abandonDirectEngine();
 

@@ -3,6 +3,8 @@
 #include "AudioSender.h"
 #include "DirectEngineTranscriptWriter.h"
 #include "Log.h"
+#include "ServiceError.h"
+#include "ServiceStatus.h"
 #include "ThreadChecks.h"
 
 #include <deque>
@@ -25,6 +27,8 @@ constexpr qsizetype mostWaiting = qsizetype(32) << 20;
 /// What the coroutines hold on to: they may outlive the session, the engine may not go before them.
 struct DirectEngineSession::State {
     std::shared_ptr<CloudSTTEngine> engine;
+    QString product;
+    std::function<void(const ServiceFault&)> tellFault;
     std::deque<QByteArray> waiting;
     qsizetype waitingBytes = 0;
     bool connected = false;
@@ -66,6 +70,26 @@ void logEngineError(const CloudSTTEngine& engine, const std::exception& error) {
     logLine(u"❌ Direct Engine "_s + engine.name() + u" Fehler: "_s + describe(error));
 }
 
+/// The fault behind an error, if there is one that people should know.
+std::optional<ServiceFault> faultIn(const std::exception& error) {
+    if (const auto* failed = dynamic_cast<const ServiceError*>(&error)) {
+        return failed->fault();
+    }
+    if (const auto* refused = dynamic_cast<const CloudEngineError*>(&error)) {
+        return refused->fault();
+    }
+    return std::nullopt;
+}
+
+template <typename StatePtr>
+void tellError(StatePtr state, const std::exception& error) {
+    logEngineError(*state->engine, error);
+    const auto fault = faultIn(error);
+    if (fault && state->tellFault) {
+        state->tellFault(*fault);
+    }
+}
+
 /// Coroutines take what they need by value: a lambda's captures die with the lambda.
 template <typename StatePtr>
 QCoro::Task<> disconnectEngine(StatePtr state) {
@@ -87,7 +111,7 @@ QCoro::Task<> sendWaiting(StatePtr state) {
             co_await state->engine->sendAudio(state->dequeue());
         } catch (const std::exception& error) {
             if (!state->abandoned) {
-                logEngineError(*state->engine, error);
+                tellError(state, error);
             }
         }
         if (state->blockDone) {
@@ -115,7 +139,7 @@ QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config, DirectEngi
         if (state->ended) {
             co_return;
         }
-        logEngineError(*state->engine, error);
+        tellError(state, error);
         target.post([session] { Q_EMIT session->openFailed(); });
     }
 }
@@ -145,13 +169,20 @@ class Inlet : public PcmSink {
 } // namespace
 
 DirectEngineSession::DirectEngineSession(
-    std::shared_ptr<CloudSTTEngine> engine,
+    std::shared_ptr<CloudSTTEngine> engine, QString product,
     std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter)
     : state_(std::make_shared<State>())
     , directTranscriptWriter_(std::move(directTranscriptWriter))
     , target_(std::make_unique<PostTarget>()) {
     ORV_ON_MAIN();
     state_->engine = std::move(engine);
+    state_->product = std::move(product);
+    state_->tellFault = [this, target = target_->handle(),
+                         product = state_->product](const ServiceFault& fault) {
+        target.post(
+            [this, status = serviceStatus(product, fault)] { Q_EMIT faultArrived(status); });
+    };
+    state_->engine->onFault = state_->tellFault;
     state_->engine->onTranslation = [this, target = target_->handle(),
                                      transcript = std::weak_ptr(directTranscriptWriter_)](
                                         const QString& original, const QString& translation) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackendMessages.h"
 #include "CloudSTTEngine.h"
 #include "PostTarget.h"
 #include "Result.h"
@@ -21,8 +22,8 @@ class DirectEngineSession : public QObject {
     Q_OBJECT
 
   public:
-    /// The transcript's writer may be null.
-    DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine,
+    /// The transcript's writer may be null. `product` is the service's name for people.
+    DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine, QString product,
                         std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter);
 
     /// Ends, and gives up whatever the engine is still working on.
@@ -58,6 +59,8 @@ class DirectEngineSession : public QObject {
     void resultArrived(const Result& result);
     /// "connected" or "error", and what to tell the user.
     void statusArrived(const QString& status, const QString& message);
+    /// Something keeps results from coming, or from being translated; each time that it does.
+    void faultArrived(const StatusMessage& status);
     void blockAccepted(); ///< Or refused: one more block that is not streamed is done with.
     void openFailed();    ///< The session is of no further use.
 

@@ -15,10 +15,13 @@ namespace orv {
 
 namespace {
 
-/// Engines that do not translate get the user's key for Google's translation.
+/// Engines get the user's key for Google's translation, for what they do not translate themselves.
 void handOverTranslationKey(CloudSTTEngine& engine, const QString& product, const QString& key) {
-    if (!engine.supportsTranslation() && !key.isEmpty()) {
-        engine.setTranslationKey(key);
+    if (key.isEmpty()) {
+        return;
+    }
+    engine.setTranslationKey(key);
+    if (!engine.supportsTranslation()) {
         logLine(u"🔌 "_s + product + u": Google Translate Key gesetzt für Übersetzung"_s);
     }
 }
@@ -55,7 +58,7 @@ std::unique_ptr<DirectEngineSession> setupDirectEngine(const AudioEnvironment& e
         directTranscriptWriter = DirectEngineTranscriptWriter::open(environment.transcriptFolder,
                                                                     run.sourceLang, run.targetLang);
     }
-    return std::make_unique<DirectEngineSession>(std::move(engine),
+    return std::make_unique<DirectEngineSession>(std::move(engine), chosen->productName(),
                                                  std::move(directTranscriptWriter));
 }
 
