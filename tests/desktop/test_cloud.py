@@ -3,7 +3,6 @@
 import json
 import os
 import pathlib
-import re
 import statistics
 import subprocess
 import time
@@ -16,6 +15,7 @@ from harness.processes import wait_until
 from harness.road import Road
 from harness.speech import recorded_sentences
 from harness.texts import Texts
+from harness.transcripts import cues, entries
 from harness.voice import share_found, voice_seconds_in
 
 PROGRAM = os.environ["ORVANE_ON_LOOPBACK"]
@@ -29,9 +29,6 @@ _LEAST_SHARE = 0.5
 # that may be very busy: most times, and ever. What must not be waited for takes 15 seconds and more.
 _RESPONSIVE_SECONDS = 5.0
 _LONGEST_SECONDS = 10.0
-
-# Of digital silence, a line each second, until nothing is taken to be on its way any more.
-_QUIET_LINES = 2
 
 # Of a sentence's voice: the services leave out scraps.
 _ANSWERED_SHARE = 0.8
@@ -58,17 +55,6 @@ class Cloud(unittest.TestCase):
         self.road.sound.speak(sentence.file).wait()
         wait_until(lambda: self.service.voice_seconds >= expected and self.is_shown(),
                    "every result on the overlay")
-
-    def nothing_is_left(self):
-        """Whether the program has heard nothing for a while since it last sent something. What it
-        still has at a stop goes to the speech server, which answers and writes by itself."""
-        quiet = 0
-        for line in self.road.program.lines():
-            if line.startswith(("🗣 VAD: Sprache-Start", "🎵 Direct Engine: Sende")):
-                quiet = 0
-            elif line.startswith("🎤 Buffer: "):
-                quiet = quiet + 1 if "-80.0 dB" in line else 0
-        return quiet >= _QUIET_LINES
 
     def shown(self):
         return [(subtitle.original, subtitle.translation) for subtitle in self.road.subtitles()]
@@ -173,9 +159,9 @@ class Cloud(unittest.TestCase):
         self.assertGreaterEqual(len(shown), 1)
         delivered = self.service.results[:self.service.results.index(shown[-1]) + 1]
         txt, srt = self.transcripts()
-        entries = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")[2]
-        self.assertEqual(_entries(entries), delivered)
-        self.assertEqual([cue[2:] for cue in _cues(srt.read_text(encoding="utf-8"))], delivered)
+        text = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")[2]
+        self.assertEqual(entries(text), delivered)
+        self.assertEqual([cue[2:] for cue in cues(srt.read_text(encoding="utf-8"))], delivered)
 
     def check_window_answers(self, player):
         """Uses a switch of the panel again and again while sound goes on coming in."""
@@ -207,7 +193,7 @@ class Cloud(unittest.TestCase):
         sentences = recorded_sentences()[1:4]
         for sentence in sentences:
             self.speak(sentence)
-        nothing_is_left = (self.nothing_is_left if service.by_chunks
+        nothing_is_left = (self.road.nothing_is_left if service.by_chunks
                            else lambda: not service.is_listening())
         wait_until(lambda: nothing_is_left() and self.is_shown(), "the last answer")
         before = len(service.results)
@@ -238,18 +224,18 @@ class Cloud(unittest.TestCase):
         self.assertRegex(txt.name, r"^transcript_\d{8}_\d{6}\.txt$")
         self.assertEqual(srt.name, txt.name.replace("transcript", "subtitles")
                          .replace(".txt", ".srt"))
-        head, _, entries = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")
+        head, _, text = txt.read_text(encoding="utf-8").partition("=" * 60 + "\n\n")
         self.assertRegex(head, r"\ALive Audio Translation\nSession: \d{4}-\d\d-\d\d \d\d:\d\d:\d\d\n"
                                r"Source: en\nTarget: es\n\Z")
-        written = _entries(entries)
+        written = entries(text)
         self.assertGreaterEqual(len(written), least)
         self.assertEqual(written, self.service.results[:len(written)])
-        cues = _cues(srt.read_text(encoding="utf-8"))
-        self.assertEqual([cue[2:] for cue in cues], written)
-        self.assertEqual([cue[0] for cue in cues], list(range(1, len(cues) + 1)))
+        shown = cues(srt.read_text(encoding="utf-8"))
+        self.assertEqual([cue[2:] for cue in shown], written)
+        self.assertEqual([cue[0] for cue in shown], list(range(1, len(shown) + 1)))
         packets = _probe(srt, "-show_packets")["packets"]
-        self.assertEqual(len(packets), len(cues))
-        for packet, cue in zip(packets, cues):
+        self.assertEqual(len(packets), len(shown))
+        for packet, cue in zip(packets, shown):
             self.assertAlmostEqual(float(packet["pts_time"]), cue[1], places=3)
             self.assertAlmostEqual(float(packet["duration_time"]), 3.0, places=2)
 
@@ -261,31 +247,6 @@ class Cloud(unittest.TestCase):
             self.assertNotIn(key, everything)
         self.assertNotIn("interim", everything)
         self.assertNotIn("Fehler", log)
-
-
-def _entries(text):
-    """The (source text, translation) pairs of a transcript, which must hold nothing else."""
-    pattern = (r"\[\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z\]\n"
-               r"Original: (.*)\nTranslation: (.*)\n\n")
-    pairs = re.findall(pattern, text)
-    if re.sub(pattern, "", text):
-        raise AssertionError("something else in the transcript: " + re.sub(pattern, "", text))
-    return pairs
-
-
-def _cues(text):
-    """(number, start in seconds, source text, translation) of each cue, and nothing else."""
-    time_pattern = r"(\d\d):(\d\d):(\d\d),(\d{3})"
-    pattern = rf"(\d+)\n{time_pattern} --> {time_pattern}\n(.*)\n(.*)\n\n"
-    if re.sub(pattern, "", text):
-        raise AssertionError("something else in the subtitles: " + re.sub(pattern, "", text))
-    return [(int(cue[0]), _seconds(cue[1:5]), cue[9], cue[10])
-            for cue in re.findall(pattern, text)]
-
-
-def _seconds(parts):
-    hours, minutes, seconds, milliseconds = map(int, parts)
-    return 3600 * hours + 60 * minutes + seconds + milliseconds / 1000
 
 
 def _probe(file, what):

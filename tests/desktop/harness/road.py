@@ -23,6 +23,9 @@ PLAYER = "org.example.Player"
 _QUIET_SECONDS = 3.0
 _ANSWER_LIMIT = 60.0
 
+# Of digital silence, a line each second, until nothing is taken to be on its way any more.
+_QUIET_LINES = 2
+
 
 @dataclasses.dataclass
 class Subtitle:
@@ -195,6 +198,18 @@ class Road:
         ended = time.monotonic() - sentence.trailing_silence
         self.wait_until_quiet(before, ended)
         return Spoken(sentence, ended, self._watch.seen()[before:])
+
+    def nothing_is_left(self):
+        """Whether the program, by its log, has heard nothing for a while since it last cut off a
+        chunk. What it still has at a stop goes to the speech server, which answers and writes by
+        itself."""
+        quiet = 0
+        for line in self.program.lines():
+            if line.startswith(("🗣 VAD: Sprache-Start", "🎵 Direct Engine: Sende")):
+                quiet = 0
+            elif line.startswith("🎤 Buffer: "):
+                quiet = quiet + 1 if "-80.0 dB" in line else 0
+        return quiet >= _QUIET_LINES
 
     def wait_until_quiet(self, before, ended):
         """Waits until no more subtitles come, after one that came after the moment `ended`; gives

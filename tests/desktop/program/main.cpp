@@ -23,14 +23,15 @@ orv::ServiceAddresses addressesFromEnvironment() {
     const QString http = u"http://127.0.0.1:1"_s;
     const QString ws = u"ws://127.0.0.1:1"_s;
     return {
-        .speech = {{orv::translationHost, address("ORVANE_SERVICE_GOOGLE_TRANSLATE", http)},
-                   {orv::googleRecognitionHost, address("ORVANE_SERVICE_GOOGLE_SPEECH", http)},
-                   {orv::deepgramHost, address("ORVANE_SERVICE_DEEPGRAM", ws)},
-                   {orv::assemblyaiHost, address("ORVANE_SERVICE_ASSEMBLYAI", ws)},
-                   {orv::azureRecognitionHost,
-                    address("ORVANE_SERVICE_AZURE_SPEECH_TO_TEXT", http)},
-                   {orv::azureTranslationHost,
-                    address("ORVANE_SERVICE_AZURE_SPEECH_TRANSLATION", http)}},
+        .speech =
+            {{orv::translationHost, address("ORVANE_SERVICE_GOOGLE_TRANSLATE", http)},
+             {orv::googleRecognitionHost, address("ORVANE_SERVICE_GOOGLE_SPEECH", http)},
+             {orv::deepgramHost, address("ORVANE_SERVICE_DEEPGRAM", ws)},
+             {orv::assemblyaiHost, address("ORVANE_SERVICE_ASSEMBLYAI", ws)},
+             {orv::assemblyaiStreamingHost, address("ORVANE_SERVICE_ASSEMBLYAI_STREAMING", ws)},
+             {orv::azureRecognitionHost, address("ORVANE_SERVICE_AZURE_SPEECH_TO_TEXT", http)},
+             {orv::azureTranslationHost, address("ORVANE_SERVICE_AZURE_SPEECH_TRANSLATION", http)},
+             {orv::azureTranslatorHost, address("ORVANE_SERVICE_AZURE_TRANSLATOR", http)}},
         .updateManifests = {address("ORVANE_SERVICE_UPDATES", http) + u"/updates/orv.json"_s},
     };
 }
