@@ -3,6 +3,7 @@
 // The input: two bytes of status, then lines: a key, a header, and the rest is the content.
 
 #include "AssemblyAIMessages.h"
+#include "AzureMessages.h"
 #include "DeepgramMessages.h"
 #include "GoogleCloudMessages.h"
 #include "ServiceFault.h"
@@ -49,5 +50,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (google) {
         check(*google, secret);
     }
+    if (const auto azure = azureFault(status, body)) {
+        check(*azure, secret);
+    }
+    const ServiceFault translator = azureTranslatorFault(status, body);
+    demand(isOfTranslation(translator));
+    check(translator, secret);
     return 0;
 }

@@ -135,7 +135,7 @@ void AudioManager::makeRun() {
     connect(run_.get(), &AudioRun::resultArrived, this, &AudioManager::publishResult);
     connect(run_.get(), &AudioRun::backendStatusArrived, this, &AudioManager::publishBackendStatus);
     connect(run_.get(), &AudioRun::engineStatusArrived, this, &AudioManager::publishEngineStatus);
-    connect(run_.get(), &AudioRun::engineServed, this, &AudioManager::noteEngineServes);
+    connect(run_.get(), &AudioRun::serviceServed, this, &AudioManager::noteService);
     connect(run_.get(), &AudioRun::ended, this, &AudioManager::finishRun);
     connect(run_.get(), &AudioRun::troubleChanged, this, &AudioManager::publishProgress);
     // Whoever shows a notice must not hold up what it is about.
@@ -196,9 +196,9 @@ void AudioManager::publishEngineStatus(const QString& status, const QString& mes
     Q_EMIT statusChanged();
 }
 
-void AudioManager::noteEngineServes() {
+void AudioManager::noteService(const Result& result) {
     const BackendNews before = backendNews_;
-    backendNews_.serviceServes();
+    backendNews_.serviceServes(result);
     if (backendNews_ != before) {
         hasEngineError_ = false;
         Q_EMIT statusChanged();

@@ -123,7 +123,7 @@ class AudioManager : public QObject, public CaptureControl {
     void publishResult(const Result& result);
     void publishBackendStatus(const StatusMessage& status);
     void publishEngineStatus(const QString& status, const QString& message);
-    void noteEngineServes();
+    void noteService(const Result& result);
     void publishProgress();
     void finishRun();
 

@@ -234,7 +234,7 @@ ServiceFault AssemblyAIDirectEngine::refusal(const HttpOutcome& answer) const {
     const QString said = told                   ? told->said
                          : body.startsWith('<') ? QString()
                                                 : QString::fromUtf8(body);
-    return {faultOfStatus(answer.status).value_or(ServiceFault::Kind::ServiceFailed), said};
+    return {faultOfStatus(answer.status).value_or(ServiceFault::Kind::Unreadable), said};
 }
 
 ServiceFault AssemblyAIDirectEngine::closing(int closeCode, const QString& reason) const {

@@ -101,7 +101,9 @@ AzureDirectEngine::AzureDirectEngine(ServiceEndpoints endpoints, EngineTimings t
     , region_(u"westeurope"_s)
     , sourceLang_(u"de-DE"_s)
     , targetLang_(u"en"_s)
-    , google_(endpoints_, timings.translation) {}
+    , google_(endpoints_, timings.translation) {
+    google_.onFault = [this](const ServiceFault& fault) { report(fault); };
+}
 
 QString AzureDirectEngine::id() const {
     return engineId;
@@ -236,39 +238,41 @@ QCoro::Task<AzureResult> AzureDirectEngine::recogniseThenTranslate(QByteArray pc
 
 QCoro::Task<QString> AzureDirectEngine::translateText(QString text) {
     const Lifetime::Observer life = lifetime_.observe();
+    ServiceFault fault{ServiceFault::Kind::NotTranslated};
     if (!translatorRefused_) {
-        const QString translation = co_await askTranslator(text);
-        if (life.ended() || !translation.isEmpty()) {
-            co_return translation;
+        const Translation answer = co_await askTranslator(text);
+        if (life.ended() || !answer.fault) {
+            co_return answer.text;
         }
+        fault = *answer.fault;
+        // With a key of the recognition alone it never will.
+        translatorRefused_ = fault.kind == ServiceFault::Kind::NotTranslated;
     }
     if (!googleKey_.isEmpty()) {
         co_return co_await google_.googleTranslateText(text, targetLang_, googleKey_);
     }
-    report({ServiceFault::Kind::NotTranslated});
+    report(fault);
     co_return QString();
 }
 
-/// Empty when it does not translate.
-QCoro::Task<QString> AzureDirectEngine::askTranslator(QString text) {
-    const Lifetime::Observer life = lifetime_.observe();
+QCoro::Task<AzureDirectEngine::Translation> AzureDirectEngine::askTranslator(QString text) {
     HttpCall call =
         jsonCall(azureTranslatorUrl(endpoints_.at(azureTranslatorHost), spokenLang_, targetLang_),
                  azureTranslatorBody(text));
     call.headers.append({"Ocp-Apim-Subscription-Key", headerValue(apiKey_)});
     call.headers.append({"Ocp-Apim-Subscription-Region", headerValue(region_)});
+    Translation translation;
     try {
         const HttpOutcome answer = co_await http_.exchange(std::move(call), timings_.translation);
-        if (life.ended()) {
-            co_return QString();
+        translation.text = parseAzureTranslator(answer.body).value_or(QString());
+        if (translation.text.isEmpty()) {
+            translation.fault = azureTranslatorFault(answer.status, answer.body);
         }
-        const auto fault = azureFault(answer.status, answer.body);
-        // With a key of the recognition alone it never will.
-        translatorRefused_ = fault && !passesByItself(fault->kind);
-        co_return fault ? QString() : parseAzureTranslator(answer.body).value_or(QString());
-    } catch (const ServiceError&) {
-        co_return QString();
+    } catch (const ServiceError& error) {
+        translation.fault = error.fault();
+        translation.fault->translator = azureTranslatorName;
     }
+    co_return translation;
 }
 
 QCoro::Task<HttpOutcome> AzureDirectEngine::post(QUrl url, QByteArray wav,

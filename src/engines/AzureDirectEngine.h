@@ -53,12 +53,18 @@ class AzureDirectEngine : public CloudSTTEngine {
         std::optional<ServiceFault> fault = {};
     };
 
+    /// The same for a translation of a text.
+    struct Translation {
+        QString text = {};
+        std::optional<ServiceFault> fault = {};
+    };
+
     QCoro::Task<AzureResult> recognise(QByteArray pcm);
     QCoro::Task<Attempt> translateSpeech(QByteArray wav);
     QCoro::Task<Attempt> recognizeSpeech(QByteArray wav, std::int64_t sampleRate);
     QCoro::Task<AzureResult> recogniseThenTranslate(QByteArray pcm);
     QCoro::Task<QString> translateText(QString text);
-    QCoro::Task<QString> askTranslator(QString text);
+    QCoro::Task<Translation> askTranslator(QString text);
     QCoro::Task<HttpOutcome> post(QUrl url, QByteArray wav, std::int64_t sampleRate);
     bool needsTranslation() const;
     void report(ServiceFault fault);

@@ -111,22 +111,35 @@ QString translatorName(const QString& code) {
     return name.isEmpty() ? code : name;
 }
 
-std::optional<ServiceFault::Kind> translatorFault(int code) {
-    using Kind = ServiceFault::Kind;
-    switch (code) {
-    case 400019:
-    case 400023:
-    case 400035:
-    case 400036:
-        return Kind::LanguageUnknown;
-    case 401000:
-    case 401015:
-        return Kind::KeyRefused;
-    case 403001:
-        return Kind::QuotaUsedUp;
-    default:
-        return std::nullopt;
+/// What an answer says of itself where it is no success.
+struct AzureError {
+    explicit AzureError(const QByteArray& body) {
+        const QJsonValue error = QJsonDocument::fromJson(body).object()[u"error"_s];
+        const QJsonValue number = error[u"code"_s];
+        code = number.isString() ? number.toString().toInt() : number.toInt();
+        said = error[u"message"_s].toString();
     }
+
+    int code = 0;
+    QString said;
+};
+
+/// Of the outcomes of a recognition those that are not about what was heard.
+std::optional<ServiceFault::Kind> faultOfOutcome(const QString& outcome) {
+    using Kind = ServiceFault::Kind;
+    if (outcome == u"Error") {
+        return Kind::ServiceFailed;
+    }
+    if (outcome == u"TooManyRequests") {
+        return Kind::TooManyRequests;
+    }
+    if (outcome == u"BadRequest") {
+        return Kind::RequestRefused;
+    }
+    if (outcome == u"Forbidden") {
+        return Kind::NotAllowed;
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -150,22 +163,48 @@ std::optional<QString> parseAzureTranslator(const QByteArray& body) {
     return text.isString() ? std::optional(text.toString()) : std::nullopt;
 }
 
+ServiceFault azureTranslatorFault(int status, const QByteArray& body) {
+    using Kind = ServiceFault::Kind;
+    const AzureError error(body);
+    ServiceFault fault{faultOfStatus(status).value_or(Kind::Unreadable), error.said,
+                       azureTranslatorName};
+    switch (error.code) {
+    case 400019:
+    case 400023:
+    case 400035:
+    case 400036:
+        fault.kind = Kind::LanguageUnknown;
+        break;
+    case 403001:
+        fault.kind = Kind::QuotaUsedUp;
+        break;
+    default:
+        break;
+    }
+    if (fault.kind == Kind::KeyRefused || fault.kind == Kind::NotAllowed) {
+        return ServiceFault{Kind::NotTranslated};
+    }
+    return fault;
+}
+
 std::optional<ServiceFault> azureFault(int status, const QByteArray& body) {
     using Kind = ServiceFault::Kind;
+    const QString outcome =
+        QJsonDocument::fromJson(body).object()[u"RecognitionStatus"_s].toString();
+    if (const auto byOutcome = faultOfOutcome(outcome)) {
+        return ServiceFault{*byOutcome, outcome};
+    }
     const std::optional<Kind> byStatus = faultOfStatus(status);
-    const QJsonObject answer = QJsonDocument::fromJson(body).object();
-    if (!byStatus || answer.contains(u"RecognitionStatus"_s)) {
+    if (!byStatus || !outcome.isEmpty()) {
         return std::nullopt;
     }
-    const QJsonValue error = answer[u"error"_s];
-    ServiceFault fault{*byStatus, error[u"message"_s].toString()};
-    const QJsonValue code = error[u"code"_s];
-    const int number = code.isString() ? code.toString().toInt() : code.toInt();
-    if (const auto known = translatorFault(number)) {
-        fault.kind = *known;
-    } else if (status == 403) {
+    ServiceFault fault{*byStatus, AzureError(body).said};
+    const auto mentions = [&fault](const QString& word) {
+        return fault.said.contains(word, Qt::CaseInsensitive);
+    };
+    if (status == 403 && mentions(u"quota"_s)) {
         fault.kind = Kind::QuotaUsedUp;
-    } else if (status == 400 && fault.said.contains(u"language"_s, Qt::CaseInsensitive)) {
+    } else if (status == 400 && mentions(u"language"_s)) {
         fault.kind = Kind::LanguageUnknown;
     }
     return fault;

@@ -53,8 +53,14 @@ QByteArray azureTranslatorBody(const QString& text);
 /// The text in its answer; nothing when there is none.
 std::optional<QString> parseAzureTranslator(const QByteArray& body);
 
-/// What is wrong by an answer of any of the three; nothing for a success, and for one that says how
-/// recognition went, whatever its status.
+/// Its name, for people.
+inline const QString azureTranslatorName = QStringLiteral("Azure Translator");
+
+/// What is wrong by an answer without a translation. A key that is good for recognition, as it has
+/// just shown, and refused here does not include translation.
+ServiceFault azureTranslatorFault(int status, const QByteArray& body);
+
+/// What is wrong by an answer about speech; nothing for a success, and where nothing was heard.
 std::optional<ServiceFault> azureFault(int status, const QByteArray& body);
 
 /// The content type of a wave file at this rate.

@@ -74,7 +74,7 @@ ServiceFault deepgramRefusal(int status, const QByteArray& error, const QByteArr
     const QString code = object[u"err_code"_s].toString();
     const QString told = object[u"err_msg"_s].toString();
     const QString said = told.isEmpty() ? QString::fromUtf8(error) : told;
-    Kind kind = faultOfStatus(status).value_or(Kind::ServiceFailed);
+    Kind kind = faultOfStatus(status).value_or(Kind::Unreadable);
     if (code == u"INSUFFICIENT_PERMISSIONS") {
         kind = Kind::NotAllowed;
     } else if (status == 400 && said.contains(u"language"_s, Qt::CaseInsensitive)) {
@@ -88,6 +88,9 @@ ServiceFault deepgramClosing(int closeCode, const QString& reason) {
     switch (closeCode) {
     case 1008: // What came was not the sound that was announced.
         return {Kind::RequestRefused, reason};
+    case 1002: // Ours: what came was no message.
+    case 1007:
+    case 1009:
     case 1011:
     case 1012:
     case 1013:

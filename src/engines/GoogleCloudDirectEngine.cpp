@@ -3,8 +3,11 @@
 #include "GoogleCloudMessages.h"
 #include "ServiceError.h"
 #include "ServiceLocales.h"
+#include "TranslationClient.h"
 #include "TranslationMessages.h"
 #include "TranslationSettings.h"
+
+#include <QJsonDocument>
 
 #include <optional>
 #include <utility>
@@ -16,11 +19,11 @@ namespace orv {
 namespace {
 
 const QString engineId = u"google_rest"_s;
+const QString noJson = u"Google Cloud: Antwort ist kein JSON"_s;
 
 QString readable(const std::optional<QString>& answer) {
     if (!answer) {
-        throw ServiceError(u"Google Cloud: Antwort ist kein JSON"_s,
-                           ServiceFault::Kind::Unreadable);
+        throw ServiceError(noJson, ServiceFault::Kind::Unreadable);
     }
     return *answer;
 }
@@ -130,14 +133,15 @@ QCoro::Task<QString> GoogleCloudDirectEngine::recognizeSpeech(QByteArray audioBa
 }
 
 QCoro::Task<QString> GoogleCloudDirectEngine::translateText(QString text, QString targetLang) {
-    const QByteArray answer =
-        co_await post(translationUrl(endpoints_.at(translationHost), apiKey_),
-                      translationRequestBody(text, targetLang), timings_.translation);
+    const QByteArray answer = co_await post(translationUrl(endpoints_.at(translationHost), apiKey_),
+                                            translationRequestBody(text, targetLang),
+                                            timings_.translation, TranslationClient::product);
     co_return readable(parseTranslation(answer));
 }
 
 QCoro::Task<QByteArray> GoogleCloudDirectEngine::post(QUrl url, QByteArray body,
-                                                      std::chrono::milliseconds timeout) {
+                                                      std::chrono::milliseconds timeout,
+                                                      QString translator) {
     if (!url.isValid()) {
         throw ServiceError(u"Google Cloud: Ungültige Adresse"_s,
                            ServiceFault::Kind::RequestRefused);
@@ -145,18 +149,22 @@ QCoro::Task<QByteArray> GoogleCloudDirectEngine::post(QUrl url, QByteArray body,
     HttpCall call = jsonCall(url, body);
     const Lifetime::Observer life = lifetime_.observe();
     const HttpOutcome answer = co_await http_.exchange(std::move(call), timeout);
-    if (!life.ended()) {
-        reportFault(answer);
+    auto fault = googleFault(answer.status, answer.body);
+    if (fault && !life.ended()) {
+        fault->translator = translator;
+        report(*std::move(fault), answer.body);
     }
     co_return answer.body;
 }
 
-void GoogleCloudDirectEngine::reportFault(const HttpOutcome& answer) {
-    auto fault = googleFault(answer.status, answer.body);
-    const auto callback = onFault;
-    if (fault && callback) {
-        fault->said = sayable(fault->said, apiKey_);
-        callback(*fault);
+/// What cannot be read has no result either, and is told by who sent the sound.
+void GoogleCloudDirectEngine::report(ServiceFault fault, const QByteArray& body) {
+    fault.said = sayable(fault.said, apiKey_);
+    if (QJsonDocument::fromJson(body).isNull()) {
+        throw ServiceError(noJson, fault);
+    }
+    if (const auto callback = onFault) {
+        callback(fault);
     }
 }
 

@@ -45,8 +45,11 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
     QCoro::Task<> recogniseAndDeliver(QByteArray pcm);
     QCoro::Task<QString> recognizeSpeech(QByteArray audioBase64);
     QCoro::Task<QString> translateText(QString text, QString targetLang);
-    void reportFault(const HttpOutcome& answer);
-    QCoro::Task<QByteArray> post(QUrl url, QByteArray body, std::chrono::milliseconds timeout);
+    /// The content of the answer. What is wrong by its status is told; `translator` as in
+    /// `ServiceFault`.
+    QCoro::Task<QByteArray> post(QUrl url, QByteArray body, std::chrono::milliseconds timeout,
+                                 QString translator = {});
+    void report(ServiceFault fault, const QByteArray& body);
     bool needsTranslation() const;
     void deliver(const QString& transcript, const QString& translation);
 

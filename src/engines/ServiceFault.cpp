@@ -45,6 +45,10 @@ QString codeOf(ServiceFault::Kind kind) {
     return {};
 }
 
+bool isOfTranslation(const ServiceFault& fault) {
+    return !fault.translator.isEmpty() || fault.kind == ServiceFault::Kind::NotTranslated;
+}
+
 bool passesByItself(ServiceFault::Kind kind) {
     using Kind = ServiceFault::Kind;
     return kind == Kind::TooManyRequests || kind == Kind::NetworkFailed || kind == Kind::TimedOut ||

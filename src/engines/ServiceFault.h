@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QString>
 
-#include <chrono>
 #include <optional>
 
 namespace orv {
@@ -29,14 +28,18 @@ struct ServiceFault {
 
     Kind kind = Kind::ServiceFailed;
     QString said = {}; ///< In the service's own words; may be empty. Without keys.
-    std::optional<std::chrono::seconds> retryAfter =
-        {}; ///< When the service wants to be asked again.
+    /// Who did not translate what was recognised, for people; empty where the engine's own service
+    /// failed.
+    QString translator = {};
 
     friend bool operator==(const ServiceFault&, const ServiceFault&) = default;
 };
 
 /// The code by which the texts know a fault, such as "service.key_refused".
 QString codeOf(ServiceFault::Kind kind);
+
+/// Whether there is text nevertheless: only its translation is missing.
+bool isOfTranslation(const ServiceFault& fault);
 
 /// Whether it may be over the next time without anybody doing something.
 bool passesByItself(ServiceFault::Kind kind);

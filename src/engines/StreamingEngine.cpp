@@ -34,12 +34,15 @@ StreamingEngine::StreamingEngine(QString product, ServiceEndpoints endpoints, En
     , endpoints_(std::move(endpoints))
     , timings_(timings)
     , targetLang_(u"en"_s)
-    , translation_(endpoints_, timings.translation) {}
+    , translation_(endpoints_, timings.translation) {
+    translation_.onFault = [this](const ServiceFault& fault) { reportFault(fault); };
+}
 
 void StreamingEngine::open(const QUrl& url, const QString& prefix,
                            const CloudEngineConfig& config) {
     apiKey_ = config.apiKey;
     targetLang_ = config.targetLang;
+    wantsTranslation_ = config.sourceLang != config.targetLang;
     isDisconnected_ = false;
     const QByteArray authorization = headerValue(prefix + config.apiKey);
     // A key that cannot stand in a header fails like one that the service refuses.
@@ -50,9 +53,14 @@ void StreamingEngine::open(const QUrl& url, const QString& prefix,
 }
 
 void StreamingEngine::begin() {
+    const Lifetime::Observer life = observe();
     isConnected_ = true;
     receiveMessages();
     report(u"connected"_s, product_ + u" connected (streaming)"_s);
+    if (life.ended() || !wantsTranslation_ || !googleApiKeyForTranslation_.isEmpty()) {
+        return;
+    }
+    reportFault({ServiceFault::Kind::KeyMissing, {}, TranslationClient::product});
 }
 
 QCoro::Task<> StreamingEngine::receiveMessages() {

@@ -121,6 +121,7 @@ class StreamingEngine : public CloudSTTEngine {
     QString apiKey_;
     QString googleApiKeyForTranslation_;
     QString targetLang_;
+    bool wantsTranslation_ = false;
     bool isConnected_ = false;
     bool isDisconnected_ = false;
     std::optional<ServiceFault> told_; ///< By the service, before it closed.

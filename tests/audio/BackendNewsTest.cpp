@@ -68,13 +68,32 @@ TEST(BackendNews, countsHowOftenAServiceHasFailedInTheSameWay) {
     EXPECT_EQ(news.disturbances.size(), 1);
 }
 
-TEST(BackendNews, aServicesFaultIsOverWithItsNextResultButNotThatNobodyTranslates) {
+StatusMessage ofTranslation(StatusMessage status) {
+    status.notice.parameters = {{u"engine"_s, u"Azure Translator"_s},
+                                {u"part"_s, u"translation"_s}};
+    return status;
+}
+
+TEST(BackendNews, aServicesFaultIsOverWithItsNextResultAndThatOfATranslationWithATranslation) {
     BackendNews news;
     news.take(told(u"warning"_s, u"service.network"_s));
-    news.take(told(u"warning"_s, u"service.not_translated"_s));
+    news.take(ofTranslation(told(u"warning"_s, u"service.network"_s)));
     news.take(told(u"warning"_s, u"session.behind"_s));
-    news.serviceServes();
-    EXPECT_EQ(codes(news), (QStringList{u"service.not_translated"_s, u"session.behind"_s}));
+    const QStringList withoutTranslation = {u"service.network"_s, u"session.behind"_s};
+    news.serviceServes({u"one"_s, u"one"_s});
+    EXPECT_EQ(codes(news), withoutTranslation);
+    news.serviceServes({u"one"_s, u""_s});
+    EXPECT_EQ(codes(news), withoutTranslation);
+    news.serviceServes({u"one"_s, u"uno"_s});
+    EXPECT_EQ(codes(news), QStringList(u"session.behind"_s));
+}
+
+TEST(BackendNews, twoServicesMayFailInTheSameWay) {
+    BackendNews news;
+    news.take(told(u"warning"_s, u"service.network"_s));
+    news.take(ofTranslation(told(u"warning"_s, u"service.network"_s)));
+    EXPECT_EQ(news.disturbances.size(), 2);
+    EXPECT_FALSE(news.disturbances.first().notice.parameters.contains(u"times"_s));
 }
 
 TEST(BackendNews, whyAServiceDoesNotServeHoldsWhileTheServerServesInItsPlace) {

@@ -157,6 +157,22 @@ TEST_F(ClientTranslationRun, bringsItsResultsInTheirOrder) {
     EXPECT_TRUE(fannedOut[2].endsWith(u"two|dos"_s));
 }
 
+TEST_F(ClientTranslationRun, saysWhyThereIsNoTranslationUntilThereIsOne) {
+    recognise(u"one"_s);
+    service.command({{u"answer"_s, 0},
+                     {u"status"_s, 403},
+                     {u"body"_s, uR"({"error":{"code":403,"message":"Daily Limit Exceeded"}})"_s}});
+    ASSERT_TRUE(waitUntil([this] { return fannedOut.size() == 2; }));
+    ASSERT_EQ(manager->backendNews().disturbances.size(), 1);
+    const BackendNotice& notice = manager->backendNews().disturbances.first().notice;
+    EXPECT_EQ(notice.code, u"service.quota"_s);
+    EXPECT_EQ(notice.parameters.value(u"engine"_s), u"Google Translate"_s);
+    recognise(u"two"_s);
+    service.answer(u"two"_s, u"dos"_s);
+    ASSERT_TRUE(waitUntil([this] { return fannedOut.size() == 4; }));
+    EXPECT_TRUE(manager->backendNews().disturbances.isEmpty());
+}
+
 TEST_F(ClientTranslationRun, bringsTheLastWordsAfterItsStop) {
     recognise(u"last"_s);
     stopAndWait();

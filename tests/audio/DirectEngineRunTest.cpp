@@ -281,6 +281,22 @@ TEST_F(DirectEngineRun, tellsPeopleWhatTheServiceRefusesUntilItBringsAResult) {
     EXPECT_TRUE(waitUntil([&] { return news.disturbances.isEmpty(); }));
 }
 
+TEST_F(DirectEngineRun, tellsPeopleWhyTheTranslationIsMissingUntilThereIsOne) {
+    useStreaming();
+    startRun();
+    const BackendNews& news = manager->backendNews();
+    engine->onFault({ServiceFault::Kind::KeyRefused, u"bad"_s, u"Google Translate"_s});
+    engine->onTranslation(u"hello"_s, u""_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
+    ASSERT_EQ(news.disturbances.size(), 1);
+    EXPECT_EQ(news.disturbances.first().status, u"warning"_s) << "it still recognises";
+    EXPECT_EQ(news.disturbances.first().notice.parameters.value(u"engine"_s),
+              u"Google Translate"_s);
+    EXPECT_FALSE(manager->hasEngineError());
+    engine->onTranslation(u"hello"_s, u"hola"_s);
+    EXPECT_TRUE(waitUntil([&] { return news.disturbances.isEmpty(); }));
+}
+
 TEST_F(DirectEngineRun, whyAServiceCannotBeConnectedIsToldWhileTheServerServes) {
     useChunked();
     engine->connectError = u"Azure Region fehlt"_s;

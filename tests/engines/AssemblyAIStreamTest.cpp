@@ -15,20 +15,17 @@ namespace {
 using Kind = ServiceFault::Kind;
 using Memory = AssemblyAIDirectEngine::Memory;
 
-const QString key = u"SECRET"_s;
-
 struct Stream {
     explicit Stream(const QStringList& arguments = {},
                     std::shared_ptr<Memory> memory = std::make_shared<Memory>())
-        : service(u"cloud_service.py"_s,
-                  QStringList{u"tests.cloud_services.assemblyai"_s, u"--key"_s, key} + arguments)
+        : service(u"cloud_services.assemblyai"_s, arguments)
         , engine(std::make_unique<AssemblyAIDirectEngine>(
               ServiceEndpoints{{assemblyaiHost, service.url(u"ws"_s)},
                                {assemblyaiStreamingHost, service.url(u"ws"_s)}},
               EngineTimings(), std::move(memory)))
         , reports(*engine) {}
 
-    void connect(const QString& language = u"en"_s, const QString& with = key) {
+    void connect(const QString& language = u"en"_s, const QString& with = presentKey) {
         EXPECT_FALSE(finish(engine->connect(spoken(language, with))).error);
     }
 
@@ -56,7 +53,7 @@ struct Stream {
     }
 
     LogCapture log;
-    ServicePeer service;
+    PresentService service;
     std::unique_ptr<AssemblyAIDirectEngine> engine;
     EngineReports reports;
 };
@@ -147,35 +144,23 @@ TEST(AssemblyAIStream, aKeyThatIsRefusedIsSaidSo) {
                   fault == u"key-http-403" ? Kind::NotAllowed : Kind::KeyRefused);
         EXPECT_TRUE(waitUntil([&] { return session.reports.statuses.size() == 2; }));
         EXPECT_EQ(session.reports.statuses.last(), u"error: AssemblyAI disconnected"_s);
-        EXPECT_TRUE(session.log.lines().filter(key).isEmpty());
+        EXPECT_TRUE(session.log.lines().filter(presentKey).isEmpty());
     }
 }
 
 TEST(AssemblyAIStream, whatEndsASessionIsSaid) {
-    const struct {
-        const char16_t* fault;
-        Kind kind;
-    } faults[] = {{u"credit", Kind::NoCredit},          {u"too-many", Kind::TooManyRequests},
-                  {u"model", Kind::RequestRefused},     {u"internal", Kind::ServiceFailed},
-                  {u"expired", Kind::ServiceFailed},    {u"close-mid", Kind::ServiceFailed},
-                  {u"drop", Kind::NetworkFailed},       {u"reset", Kind::NetworkFailed},
-                  {u"drop-open", Kind::NetworkFailed},  {u"unavailable", Kind::ServiceFailed},
-                  {u"old-4002", Kind::NoCredit},        {u"old-4001", Kind::KeyRefused},
-                  {u"old-4102", Kind::TooManyRequests}, {u"huge-length", Kind::ServiceFailed}};
-
-    for (const auto& [fault, kind] : faults) {
-        const QString name = QString::fromUtf16(fault);
-        SCOPED_TRACE(name.toStdString());
-        Stream session({u"--fault"_s, name});
-        session.connect();
-        speak(*session.engine, utterances(2));
-        EXPECT_TRUE(session.waitForFault());
-        if (!session.reports.faults.isEmpty()) {
-            EXPECT_EQ(session.reports.faults.first().kind, kind)
-                << session.reports.faults.first().said.toStdString();
-        }
-        EXPECT_EQ(session.reports.faults.size(), 1);
-    }
+    expectFaults({{u"credit", Kind::NoCredit},
+                  {u"too-many", Kind::TooManyRequests},
+                  {u"model", Kind::RequestRefused},
+                  {u"internal", Kind::ServiceFailed},
+                  {u"expired", Kind::ServiceFailed},
+                  {u"close-mid", Kind::ServiceFailed},
+                  {u"unavailable", Kind::ServiceFailed},
+                  {u"old-4002", Kind::NoCredit},
+                  {u"old-4001", Kind::KeyRefused},
+                  {u"old-4102", Kind::TooManyRequests}},
+                 faultsWhileSpeaking<Stream>);
+    expectFaults(brokenStreams, faultsWhileSpeaking<Stream>);
 }
 
 TEST(AssemblyAIStream, aTurnWhoseSecondFormIsCutOffIsSaidAsItWasHeard) {

@@ -16,18 +16,14 @@ namespace {
 
 using Kind = ServiceFault::Kind;
 
-const QString key = u"SECRET"_s;
-
 struct Stream {
     explicit Stream(const QStringList& arguments = {})
-        : service(u"cloud_service.py"_s, QStringList{u"tests.cloud_services.deepgram"_s, u"--key"_s,
-                                                     key, u"--burst"_s, u"inf"_s} +
-                                             arguments)
+        : service(u"cloud_services.deepgram"_s, QStringList{u"--burst"_s, u"inf"_s} + arguments)
         , engine(std::make_unique<DeepgramDirectEngine>(
               ServiceEndpoints{{deepgramHost, service.url(u"ws"_s)}}))
         , reports(*engine) {}
 
-    Outcome connect(const QString& language = u"en"_s, const QString& with = key) {
+    Outcome connect(const QString& language = u"en"_s, const QString& with = presentKey) {
         return finish(engine->connect(spoken(language, with)));
     }
 
@@ -36,7 +32,7 @@ struct Stream {
     }
 
     LogCapture log;
-    ServicePeer service;
+    PresentService service;
     std::unique_ptr<DeepgramDirectEngine> engine;
     EngineReports reports;
 };
@@ -117,27 +113,16 @@ TEST(DeepgramPresent, whatItRefusesIsSaidInItsOwnWords) {
         EXPECT_TRUE(session.reports.faults.first().said.contains(QString::fromUtf16(said)))
             << qPrintable(session.reports.faults.first().said);
         EXPECT_TRUE(waitUntil([&] { return session.reports.statuses.size() == 2; }));
-        EXPECT_TRUE(session.log.lines().filter(key).isEmpty());
+        EXPECT_TRUE(session.log.lines().filter(presentKey).isEmpty());
     }
 }
 
 TEST(DeepgramPresent, whatEndsAStreamIsSaid) {
-    const struct {
-        const char16_t* fault;
-        Kind kind;
-    } faults[] = {{u"internal", Kind::ServiceFailed},  {u"close-mid", Kind::ServiceFailed},
-                  {u"drop", Kind::NetworkFailed},      {u"reset", Kind::NetworkFailed},
-                  {u"drop-open", Kind::NetworkFailed}, {u"undecodable", Kind::RequestRefused}};
-
-    for (const auto& [fault, kind] : faults) {
-        SCOPED_TRACE(QString::fromUtf16(fault).toStdString());
-        Stream session({u"--fault"_s, QString::fromUtf16(fault)});
-        session.connect();
-        speak(*session.engine, utterances(2));
-        ASSERT_TRUE(session.waitForFault());
-        EXPECT_EQ(session.reports.faults.first().kind, kind)
-            << qPrintable(session.reports.faults.first().said);
-    }
+    expectFaults({{u"internal", Kind::ServiceFailed},
+                  {u"close-mid", Kind::ServiceFailed},
+                  {u"undecodable", Kind::RequestRefused}},
+                 faultsWhileSpeaking<Stream>);
+    expectFaults(brokenStreams, faultsWhileSpeaking<Stream>);
 }
 
 TEST(DeepgramPresent, whatIsNotUnderstoodIsSkipped) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CloudSTTEngine.h"
+#include "ServiceError.h"
 #include "WaitUntil.h"
 
 #include <QStringList>
@@ -16,6 +17,7 @@ struct Outcome {
     bool done = false;
     std::optional<QString> error;                      ///< What it threw.
     std::optional<CloudEngineError::Kind> engineError; ///< If it was one of these.
+    std::optional<ServiceFault> fault;                 ///< If it was a `ServiceError`.
 };
 
 inline QCoro::Task<> noteOutcome(QCoro::Task<> task, std::shared_ptr<Outcome> outcome) {
@@ -24,6 +26,9 @@ inline QCoro::Task<> noteOutcome(QCoro::Task<> task, std::shared_ptr<Outcome> ou
     } catch (const CloudEngineError& error) {
         outcome->error = error.errorDescription();
         outcome->engineError = error.kind();
+    } catch (const ServiceError& error) {
+        outcome->error = QString::fromUtf8(error.what());
+        outcome->fault = error.fault();
     } catch (const std::exception& error) {
         outcome->error = QString::fromUtf8(error.what());
     }

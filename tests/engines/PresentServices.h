@@ -8,15 +8,50 @@
 #include "ServicePeer.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QStringList>
+
+#include <gtest/gtest.h>
 
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 
 namespace orv::test {
 
 inline constexpr std::int64_t presentRate = 16000;
+
+/// What the stand-ins take, and nothing may quote.
+inline const QString presentKey = QStringLiteral("SECRET");
+
+/// A fault of a stand-in, by its name, and what is told of it.
+struct FaultCase {
+    const char16_t* fault;
+    ServiceFault::Kind kind;
+};
+
+/// `provoke` meets each fault by its name and returns what was told: this, once, and not the key.
+template <typename Provoke>
+void expectFaults(std::initializer_list<FaultCase> cases, Provoke provoke) {
+    for (const auto& [fault, kind] : cases) {
+        const QString name = QString::fromUtf16(fault);
+        SCOPED_TRACE(name.toStdString());
+        const QList<ServiceFault> told = provoke(name);
+        ASSERT_EQ(told.size(), 1);
+        EXPECT_EQ(told.first().kind, kind) << qPrintable(told.first().said);
+        EXPECT_FALSE(told.first().said.contains(presentKey));
+    }
+}
+
+/// A stand-in of `tests`, such as "cloud_services.deepgram", that takes `presentKey` alone.
+struct PresentService : ServicePeer {
+    explicit PresentService(const QString& module, const QStringList& arguments = {})
+        : ServicePeer(
+              QStringLiteral("cloud_service.py"),
+              QStringList{QStringLiteral("tests.") + module, QStringLiteral("--key"), presentKey} +
+                  arguments) {}
+};
 
 /// 16-bit mono PCM at `presentRate`: a tone, as loud as a voice.
 inline QByteArray voice(std::chrono::milliseconds length) {
@@ -58,6 +93,25 @@ void speak(Engine& engine, const QByteArray& pcm) {
     for (qsizetype at = 0; at < pcm.size(); at += buffer) {
         finish(engine.sendAudio(pcm.mid(at, buffer)));
     }
+}
+
+/// What any stream may meet.
+inline constexpr std::initializer_list<FaultCase> brokenStreams = {
+    {u"drop", ServiceFault::Kind::NetworkFailed},
+    {u"reset", ServiceFault::Kind::NetworkFailed},
+    {u"drop-open", ServiceFault::Kind::NetworkFailed},
+    {u"garbage", ServiceFault::Kind::ServiceFailed},
+    {u"bad-utf8", ServiceFault::Kind::ServiceFailed},
+    {u"huge-length", ServiceFault::Kind::ServiceFailed}};
+
+/// What is told of a stand-in's fault while something is said to it.
+template <typename Stream>
+QList<ServiceFault> faultsWhileSpeaking(const QString& fault) {
+    Stream session({QStringLiteral("--fault"), fault});
+    session.connect();
+    speak(*session.engine, utterances(2));
+    EXPECT_TRUE(session.waitForFault());
+    return session.reports.faults;
 }
 
 inline CloudEngineConfig spoken(const QString& language, const QString& key) {

@@ -5,6 +5,7 @@
 #include "GoogleCloudDirectEngine.h"
 #include "GoogleCloudMessages.h"
 #include "PresentServices.h"
+#include "TranslationClient.h"
 #include "TranslationMessages.h"
 
 #include <gtest/gtest.h>
@@ -17,13 +18,10 @@ namespace {
 
 using Kind = ServiceFault::Kind;
 
-const QString key = u"SECRET"_s;
-
-/// A stand-in by its name, whose key is `key`.
-struct Rest : ServicePeer {
+/// A stand-in by its name.
+struct Rest : PresentService {
     explicit Rest(const QString& name, const QStringList& arguments = {})
-        : ServicePeer(u"cloud_service.py"_s,
-                      QStringList{u"tests.cloud_rest."_s + name, u"--key"_s, key} + arguments) {}
+        : PresentService(u"cloud_rest."_s + name, arguments) {}
 
     QString address() const { return url(u"http"_s); }
 };
@@ -31,21 +29,16 @@ struct Rest : ServicePeer {
 CloudEngineConfig between(const QString& source, const QString& target) {
     return {.sourceLang = source,
             .targetLang = target,
-            .apiKey = key,
+            .apiKey = presentKey,
             .region = u"westeurope"_s,
             .sampleRate = presentRate};
 }
 
-struct AzureSession {
-    explicit AzureSession(const QStringList& speechArguments = {},
-                          const QStringList& translatorArguments = {})
-        : speech(u"azure_speech"_s, QStringList{u"--region"_s, u"westeurope"_s} + speechArguments)
-        , translator(u"azure_translator"_s, translatorArguments)
-        , google(u"google_translate"_s)
-        , engine(ServiceEndpoints{{azureRecognitionHost, speech.address()},
-                                  {azureTranslationHost, speech.address()},
-                                  {azureTranslatorHost, translator.address()},
-                                  {translationHost, google.address()}})
+/// An engine that was told where its services are.
+template <typename Engine>
+struct Session {
+    Session(ServiceEndpoints endpoints, EngineTimings timings)
+        : engine(std::move(endpoints), timings)
         , reports(engine) {}
 
     void connect(const QString& source, const QString& target) {
@@ -54,12 +47,42 @@ struct AzureSession {
 
     Outcome say(int count = 1) { return finish(engine.sendAudio(utterances(count))); }
 
+    /// What is told of one thing said, however it is told.
+    QList<ServiceFault> faultsOf(const QString& source, const QString& target) {
+        connect(source, target);
+        const Outcome outcome = say();
+        QList<ServiceFault> told = reports.faults;
+        if (outcome.fault) {
+            told.append(*outcome.fault);
+        }
+        return told;
+    }
+
     LogCapture log;
+    Engine engine;
+    EngineReports reports;
+};
+
+struct AzureServices {
+    AzureServices(const QStringList& speechArguments, const QStringList& translatorArguments)
+        : speech(u"azure_speech"_s, QStringList{u"--region"_s, u"westeurope"_s} + speechArguments)
+        , translator(u"azure_translator"_s, translatorArguments)
+        , google(u"google_translate"_s) {}
+
     Rest speech;
     Rest translator;
     Rest google;
-    AzureDirectEngine engine;
-    EngineReports reports;
+};
+
+struct AzureSession : AzureServices, Session<AzureDirectEngine> {
+    explicit AzureSession(const QStringList& speechArguments = {},
+                          const QStringList& translatorArguments = {}, EngineTimings timings = {})
+        : AzureServices(speechArguments, translatorArguments)
+        , Session({{azureRecognitionHost, speech.address()},
+                   {azureTranslationHost, speech.address()},
+                   {azureTranslatorHost, translator.address()},
+                   {translationHost, google.address()}},
+                  timings) {}
 };
 
 TEST(AzurePresent, recognisesAndTranslatesInTwoSteps) {
@@ -78,7 +101,7 @@ TEST(AzurePresent, recognisesAndTranslatesInTwoSteps) {
 
 TEST(AzurePresent, translatesByGoogleWhereItsOwnKeyDoesNot) {
     AzureSession session({}, {u"--key-kind"_s, u"speech-only"_s});
-    session.engine.setTranslationKey(key);
+    session.engine.setTranslationKey(presentKey);
     session.connect(u"en"_s, u"de"_s);
     EXPECT_FALSE(session.say().error);
     EXPECT_FALSE(session.say().error);
@@ -113,27 +136,60 @@ TEST(AzurePresent, saysBeforeAnyNetworkThatItLacksALanguage) {
               CloudEngineError::Kind::ConnectionFailed);
 }
 
-struct FaultCase {
-    const char16_t* fault;
-    Kind kind;
-};
+/// What any of them may meet on the way. No byte comes for as long as the time-out is.
+constexpr std::initializer_list<FaultCase> onTheWay = {
+    {u"stall", Kind::TimedOut},       {u"slow", Kind::TimedOut},
+    {u"closed", Kind::NetworkFailed}, {u"cut", Kind::NetworkFailed},
+    {u"reset", Kind::NetworkFailed},  {u"html-200", Kind::Unreadable},
+    {u"empty", Kind::Unreadable},     {u"broken-json", Kind::Unreadable},
+    {u"redirect", Kind::Unreadable},  {u"html-502", Kind::ServiceFailed}};
+constexpr EngineTimings hasty{.recognition = 500ms, .translation = 500ms};
 
 TEST(AzurePresent, whatItRefusesIsSaid) {
-    const FaultCase faults[] = {
-        {u"invalid-key", Kind::KeyRefused},     {u"wrong-region", Kind::KeyRefused},
-        {u"quota", Kind::QuotaUsedUp},          {u"too-many", Kind::TooManyRequests},
-        {u"server-error", Kind::ServiceFailed}, {u"unavailable", Kind::ServiceFailed},
-        {u"html-502", Kind::ServiceFailed},     {u"redirect", Kind::Unreadable}};
-    for (const auto& [fault, kind] : faults) {
-        SCOPED_TRACE(QString::fromUtf16(fault).toStdString());
-        AzureSession session({u"--fault"_s, QString::fromUtf16(fault)});
-        session.connect(u"en"_s, u"en"_s);
-        EXPECT_FALSE(session.say().error);
-        ASSERT_EQ(session.reports.faults.size(), 1);
-        EXPECT_EQ(session.reports.faults.first().kind, kind);
-        EXPECT_TRUE(session.reports.results.isEmpty());
-        EXPECT_FALSE(session.reports.faults.first().said.contains(key));
-    }
+    expectFaults({{u"invalid-key", Kind::KeyRefused},
+                  {u"wrong-region", Kind::KeyRefused},
+                  {u"quota", Kind::QuotaUsedUp},
+                  {u"region-rule", Kind::NotAllowed},
+                  {u"bad-request", Kind::RequestRefused},
+                  {u"too-many", Kind::TooManyRequests},
+                  {u"server-error", Kind::ServiceFailed},
+                  {u"unavailable", Kind::ServiceFailed},
+                  {u"error", Kind::ServiceFailed},
+                  {u"status-too-many", Kind::TooManyRequests},
+                  {u"status-bad-request", Kind::RequestRefused},
+                  {u"status-forbidden", Kind::NotAllowed}},
+                 [](const QString& fault) {
+                     AzureSession session({u"--fault"_s, fault});
+                     const auto told = session.faultsOf(u"en"_s, u"en"_s);
+                     EXPECT_TRUE(session.reports.results.isEmpty());
+                     return told;
+                 });
+}
+
+TEST(AzurePresent, whatHappensOnTheWayIsSaid) {
+    expectFaults(onTheWay, [](const QString& fault) {
+        return AzureSession({u"--fault"_s, fault}, {}, hasty).faultsOf(u"en"_s, u"en"_s);
+    });
+}
+
+TEST(AzurePresent, whyItsTranslatorDoesNotTranslateIsSaidBesideTheText) {
+    expectFaults({{u"invalid-key", Kind::NotTranslated},
+                  {u"speech-only-key", Kind::NotTranslated},
+                  {u"quota", Kind::QuotaUsedUp},
+                  {u"too-many", Kind::TooManyRequests},
+                  {u"language-400036", Kind::LanguageUnknown},
+                  {u"too-long", Kind::RequestRefused},
+                  {u"server-error", Kind::ServiceFailed},
+                  {u"closed", Kind::NetworkFailed},
+                  {u"html-200", Kind::Unreadable},
+                  {u"stall", Kind::TimedOut}},
+                 [](const QString& fault) {
+                     AzureSession session({}, {u"--fault"_s, fault}, {.translation = 500ms});
+                     const auto told = session.faultsOf(u"en"_s, u"de"_s);
+                     EXPECT_EQ(session.reports.results.size(), 1);
+                     EXPECT_TRUE(!told.isEmpty() && isOfTranslation(told.first()));
+                     return told;
+                 });
 }
 
 TEST(AzurePresent, whatIsNotHeardIsNoFault) {
@@ -147,26 +203,22 @@ TEST(AzurePresent, whatIsNotHeardIsNoFault) {
     }
 }
 
-struct GoogleSession {
-    explicit GoogleSession(const QStringList& speechArguments = {},
-                           const QStringList& translateArguments = {})
+struct GoogleServices {
+    GoogleServices(const QStringList& speechArguments, const QStringList& translateArguments)
         : speech(u"google_speech"_s, speechArguments)
-        , translate(u"google_translate"_s, translateArguments)
-        , engine(ServiceEndpoints{{googleRecognitionHost, speech.address()},
-                                  {translationHost, translate.address()}})
-        , reports(engine) {}
+        , translate(u"google_translate"_s, translateArguments) {}
 
-    void connect(const QString& source, const QString& target) {
-        EXPECT_FALSE(finish(engine.connect(between(source, target))).error);
-    }
-
-    Outcome say(int count = 1) { return finish(engine.sendAudio(utterances(count))); }
-
-    LogCapture log;
     Rest speech;
     Rest translate;
-    GoogleCloudDirectEngine engine;
-    EngineReports reports;
+};
+
+struct GoogleSession : GoogleServices, Session<GoogleCloudDirectEngine> {
+    explicit GoogleSession(const QStringList& speechArguments = {},
+                           const QStringList& translateArguments = {}, EngineTimings timings = {})
+        : GoogleServices(speechArguments, translateArguments)
+        , Session(
+              {{googleRecognitionHost, speech.address()}, {translationHost, translate.address()}},
+              timings) {}
 };
 
 TEST(GooglePresent, recognisesAndTranslates) {
@@ -180,32 +232,68 @@ TEST(GooglePresent, recognisesAndTranslates) {
 }
 
 TEST(GooglePresent, whatItRefusesIsSaid) {
-    const FaultCase faults[] = {{u"invalid-key", Kind::KeyRefused},
-                                {u"credentials-missing", Kind::KeyRefused},
-                                {u"service-disabled", Kind::NotAllowed},
-                                {u"key-blocked", Kind::NotAllowed},
-                                {u"quota", Kind::QuotaUsedUp},
-                                {u"unavailable", Kind::ServiceFailed},
-                                {u"deadline", Kind::TimedOut}};
-    for (const auto& [fault, kind] : faults) {
-        SCOPED_TRACE(QString::fromUtf16(fault).toStdString());
-        GoogleSession session({u"--fault"_s, QString::fromUtf16(fault)});
-        session.connect(u"en"_s, u"de"_s);
-        EXPECT_FALSE(session.say().error);
-        ASSERT_EQ(session.reports.faults.size(), 1);
-        EXPECT_EQ(session.reports.faults.first().kind, kind)
-            << qPrintable(session.reports.faults.first().said);
-        EXPECT_TRUE(session.reports.results.isEmpty());
-    }
+    expectFaults({{u"invalid-key", Kind::KeyRefused},
+                  {u"credentials-missing", Kind::KeyRefused},
+                  {u"service-disabled", Kind::NotAllowed},
+                  {u"key-blocked", Kind::NotAllowed},
+                  {u"bad-request", Kind::RequestRefused},
+                  {u"quota", Kind::QuotaUsedUp},
+                  {u"server-error", Kind::ServiceFailed},
+                  {u"unavailable", Kind::ServiceFailed},
+                  {u"deadline", Kind::TimedOut}},
+                 [](const QString& fault) {
+                     GoogleSession session({u"--fault"_s, fault});
+                     const auto told = session.faultsOf(u"en"_s, u"de"_s);
+                     EXPECT_TRUE(session.reports.results.isEmpty());
+                     return told;
+                 });
+}
+
+TEST(GooglePresent, whatHappensOnTheWayIsSaid) {
+    expectFaults(onTheWay, [](const QString& fault) {
+        return GoogleSession({u"--fault"_s, fault}, {}, hasty).faultsOf(u"en"_s, u"de"_s);
+    });
 }
 
 TEST(GooglePresent, aTranslationThatIsRefusedKeepsTheTextAndIsSaid) {
     GoogleSession session({}, {u"--fault"_s, u"quota"_s});
-    session.connect(u"en"_s, u"de"_s);
-    EXPECT_FALSE(session.say().error);
+    const auto told = session.faultsOf(u"en"_s, u"de"_s);
     EXPECT_EQ(session.reports.results.size(), 1);
-    ASSERT_EQ(session.reports.faults.size(), 1);
-    EXPECT_EQ(session.reports.faults.first().kind, Kind::QuotaUsedUp);
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_EQ(told.first().kind, Kind::QuotaUsedUp);
+    EXPECT_EQ(told.first().translator, u"Google Translate"_s);
+}
+
+QCoro::Task<> translate(TranslationClient& client, bool& isOver) {
+    co_await client.googleTranslateText(u"one"_s, u"de"_s, presentKey);
+    isOver = true;
+}
+
+TEST(GoogleTranslatePresent, whyItDoesNotTranslateIsSaid) {
+    expectFaults({{u"invalid-key", Kind::KeyRefused},
+                  {u"credentials-missing", Kind::KeyRefused},
+                  {u"service-disabled", Kind::NotAllowed},
+                  {u"quota", Kind::QuotaUsedUp},
+                  {u"too-many", Kind::QuotaUsedUp},
+                  {u"too-many-429", Kind::QuotaUsedUp},
+                  {u"unavailable", Kind::ServiceFailed},
+                  {u"deadline", Kind::TimedOut},
+                  {u"closed", Kind::NetworkFailed},
+                  {u"html-200", Kind::Unreadable},
+                  {u"empty", Kind::Unreadable},
+                  {u"stall", Kind::TimedOut}},
+                 [](const QString& fault) {
+                     Rest service(u"google_translate"_s, {u"--fault"_s, fault});
+                     TranslationClient client({{translationHost, service.address()}}, 500ms);
+                     QList<ServiceFault> told;
+                     client.onFault = [&](const ServiceFault& each) { told.append(each); };
+                     bool isOver = false;
+                     translate(client, isOver);
+                     EXPECT_TRUE(waitUntil([&] { return isOver; }));
+                     EXPECT_TRUE(!told.isEmpty() &&
+                                 told.first().translator == TranslationClient::product);
+                     return told;
+                 });
 }
 
 } // namespace

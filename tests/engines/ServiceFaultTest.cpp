@@ -63,6 +63,8 @@ TEST(DeepgramFault, isReadFromTheHeaderAndTheContent) {
     EXPECT_EQ(deepgramRefusal(400, "Failed to deserialize query parameters", {}).kind,
               Kind::RequestRefused);
     EXPECT_EQ(deepgramRefusal(429, {}, "<html>").kind, Kind::TooManyRequests);
+    EXPECT_EQ(deepgramRefusal(200, {}, "<html>").kind, Kind::Unreadable);
+    EXPECT_EQ(deepgramRefusal(302, {}, {}).kind, Kind::Unreadable);
 }
 
 TEST(DeepgramFault, isReadFromTheCloseCode) {
@@ -96,16 +98,38 @@ TEST(AzureFault, isReadFromStatusAndContent) {
     EXPECT_EQ(
         azureFault(401, denied),
         (ServiceFault{Kind::KeyRefused, u"Access denied due to invalid subscription key."_s}));
-    EXPECT_EQ(azureFault(401, R"({"error":{"code":401015,"message":"m"}})")->kind,
-              Kind::KeyRefused);
-    EXPECT_EQ(azureFault(403, R"({"error":{"code":403001,"message":"m"}})")->kind,
+    EXPECT_EQ(azureFault(403, R"({"error":{"message":"Out of call volume quota."}})")->kind,
               Kind::QuotaUsedUp);
-    EXPECT_EQ(azureFault(400, R"({"error":{"code":400036,"message":"m"}})")->kind,
-              Kind::LanguageUnknown);
-    EXPECT_EQ(azureFault(403, {})->kind, Kind::QuotaUsedUp);
+    EXPECT_EQ(azureFault(403, "Forbidden")->kind, Kind::NotAllowed);
     EXPECT_EQ(azureFault(404, {})->kind, Kind::RequestRefused);
     EXPECT_EQ(azureFault(429, {})->kind, Kind::TooManyRequests);
     EXPECT_EQ(azureFault(503, "x")->kind, Kind::ServiceFailed);
+}
+
+TEST(AzureFault, isReadFromTheOutcomeOfARecognition) {
+    const auto fault = [](const QByteArray& outcome) {
+        return azureFault(200, R"({"RecognitionStatus":")" + outcome + R"("})");
+    };
+    EXPECT_EQ(fault("TooManyRequests")->kind, Kind::TooManyRequests);
+    EXPECT_EQ(fault("Error")->kind, Kind::ServiceFailed);
+    EXPECT_EQ(fault("Forbidden")->kind, Kind::NotAllowed);
+    EXPECT_EQ(fault("BadRequest")->kind, Kind::RequestRefused);
+    for (const char* heard : {"Success", "NoMatch", "InitialSilenceTimeout", "EndOfDictation"}) {
+        EXPECT_EQ(fault(heard), std::nullopt) << heard;
+    }
+}
+
+TEST(AzureTranslatorFault, isReadFromItsCode) {
+    const auto fault = [](int status, const QByteArray& code) {
+        return azureTranslatorFault(status, R"({"error":{"code":)" + code + R"(,"message":"m"}})");
+    };
+    EXPECT_EQ(fault(400, "400036"),
+              (ServiceFault{Kind::LanguageUnknown, u"m"_s, u"Azure Translator"_s}));
+    EXPECT_EQ(fault(403, "403001").kind, Kind::QuotaUsedUp);
+    EXPECT_EQ(fault(401, "401015"), ServiceFault{Kind::NotTranslated});
+    EXPECT_EQ(fault(401, "401000"), ServiceFault{Kind::NotTranslated});
+    EXPECT_EQ(fault(429, "429001").kind, Kind::TooManyRequests);
+    EXPECT_EQ(azureTranslatorFault(200, "<html>").kind, Kind::Unreadable);
 }
 
 QByteArray googleError(int code, const QByteArray& status, const QByteArray& message,

@@ -20,6 +20,7 @@ struct TranslatedSession : DeepgramSession {
         engine->onTranslation = [this](const QString& original, const QString& translation) {
             reports.results.append(original + u"|"_s + translation);
         };
+        engine->onFault = [this](const ServiceFault& fault) { reports.faults.append(fault); };
         engine->setTranslationKey(u"GOOGLE"_s);
         finish(engine->connect(config));
         EXPECT_TRUE(waitForOpen());
@@ -59,6 +60,19 @@ TEST(TranslationStep, deliversAnEmptyTranslationForARejectedKey) {
                             {u"body"_s, uR"({"error":{"code":400,"message":"API key"}})"_s}});
     ASSERT_TRUE(waitUntil([&] { return session.reports.results.size() == 1; }));
     EXPECT_EQ(session.reports.results.first(), u"Hallo|"_s);
+    ASSERT_EQ(session.reports.faults.size(), 1);
+    EXPECT_EQ(session.reports.faults.first().translator, u"Google Translate"_s);
+}
+
+TEST(TranslationStep, saysThatTheKeyIsMissingWhereSomethingIsToBeTranslated) {
+    for (const QString& target : {u"en"_s, u"de"_s}) {
+        DeepgramSession session;
+        CloudEngineConfig spoken = config;
+        spoken.targetLang = target;
+        finish(session.engine->connect(spoken));
+        const ServiceFault missing{ServiceFault::Kind::KeyMissing, {}, u"Google Translate"_s};
+        EXPECT_EQ(session.reports.faults, target == u"en" ? QList{missing} : QList<ServiceFault>());
+    }
 }
 
 TEST(TranslationStep, letsALaterResultOvertake) {

@@ -14,15 +14,23 @@ bool isDisturbance(const StatusMessage& status) {
            status.status == u"overloaded";
 }
 
-/// Whether the later one tells the same thing anew. Of a server without codes only equal messages
-/// do.
-bool replaces(const StatusMessage& later, const StatusMessage& earlier) {
-    return later.notice.code.isEmpty() ? later.message == earlier.message
-                                       : later.notice.code == earlier.notice.code;
-}
-
 bool isOfService(const StatusMessage& status) {
     return status.notice.code.startsWith(u"service.");
+}
+
+bool isOfTranslation(const StatusMessage& status) {
+    return status.notice.parameters.value(u"part"_s) == u"translation";
+}
+
+/// Whether the later one tells the same thing anew. Of a server without codes only equal messages
+/// do, and two services may have the same fault.
+bool replaces(const StatusMessage& later, const StatusMessage& earlier) {
+    const auto service = [](const StatusMessage& status) {
+        return isOfService(status) ? status.notice.parameters.value(u"engine"_s) : QString();
+    };
+    return later.notice.code.isEmpty()
+               ? later.message == earlier.message
+               : later.notice.code == earlier.notice.code && service(later) == service(earlier);
 }
 
 StatusMessage counted(StatusMessage status, const StatusMessage& earlier) {
@@ -57,9 +65,11 @@ void BackendNews::take(const StatusMessage& status) {
     }
 }
 
-void BackendNews::serviceServes() {
-    disturbances.removeIf([](const StatusMessage& each) {
-        return isOfService(each) && each.notice.code != u"service.not_translated";
+void BackendNews::serviceServes(const Result& result) {
+    const bool isTranslated =
+        !result.translation.isEmpty() && result.translation != result.original;
+    disturbances.removeIf([&](const StatusMessage& each) {
+        return isOfService(each) && (isTranslated || !isOfTranslation(each));
     });
 }
 

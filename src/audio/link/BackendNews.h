@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BackendMessages.h"
+#include "Result.h"
 
 #include <QList>
 
@@ -25,8 +26,9 @@ struct BackendNews {
     /// The server tells something. Who serves is told anew when a disturbance is over.
     void take(const StatusMessage& status);
 
-    /// A service has brought a result: what kept it from that is over.
-    void serviceServes();
+    /// A service has brought a result: what kept it from that is over, and with a translation what
+    /// kept that away, too.
+    void serviceServes(const Result& result);
 
     /// The latest error that still holds, or null.
     const StatusMessage* error() const;

@@ -67,7 +67,13 @@ void AudioRun::translateOnClient(const QString& original) {
     logLine(u"📥 Client-side Google Translate: "_s + run.sourceLang + u" → "_s + run.targetLang);
     if (!translation_) {
         translation_ = std::make_unique<ClientTranslation>(environment_.endpoints);
-        connect(translation_.get(), &ClientTranslation::translated, this, &AudioRun::resultArrived);
+        connect(translation_.get(), &ClientTranslation::translated, this,
+                [this](const Result& result) {
+                    Q_EMIT serviceServed(result);
+                    Q_EMIT resultArrived(result);
+                });
+        connect(translation_.get(), &ClientTranslation::faultArrived, this,
+                &AudioRun::backendStatusArrived);
     }
     translation_->translate(original, run.targetLang, environment_.settings.googleApiKey.get());
 }
@@ -113,7 +119,7 @@ void AudioRun::startDirectEngine() {
     connect(session, &DirectEngineSession::resultArrived, this, [this](const Result& result) {
         noteResult();
         watch_.engineServes();
-        Q_EMIT engineServed();
+        Q_EMIT serviceServed(result);
         Q_EMIT resultArrived(result);
     });
     connect(session, &DirectEngineSession::statusArrived, this,

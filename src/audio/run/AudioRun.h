@@ -27,7 +27,7 @@ struct AudioEnvironment;
 
 /// One run, from its start to its stop, and the owner of what belongs to it: the link to the speech
 /// server, the direct engine, the translation on this side, the graceful stop. Lives on the main
-/// thread. Whoever gets a signal may destroy the run, but for `noticeRaised`.
+/// thread. Whoever gets a signal may destroy the run, but for `noticeRaised` and `serviceServed`.
 ///
 /// After a graceful stop the run is over, but its last words may still bring results as long as it
 /// exists. Destroying it cancels the link and gives up everything; it leaves the sound path alone.
@@ -69,7 +69,7 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     void backendStatusArrived(const StatusMessage& status);
     /// "connected" or "error", and what to tell the user.
     void engineStatusArrived(const QString& status, const QString& message);
-    void engineServed(); ///< A direct engine has brought a result.
+    void serviceServed(const Result& result); ///< A direct engine, or who translates here.
     void noticeRaised(const AudioNotice& notice);
     void troubleChanged(); ///< Of `progress`, by something that has happened.
     void ended();

@@ -1,6 +1,7 @@
 #include "ClientTranslation.h"
 
 #include "Post.h"
+#include "ServiceStatus.h"
 #include "ThreadChecks.h"
 
 #include <utility>
@@ -8,7 +9,13 @@
 namespace orv {
 
 ClientTranslation::ClientTranslation(const ServiceEndpoints& endpoints)
-    : client_(endpoints) {}
+    : client_(endpoints) {
+    client_.onFault = [this](const ServiceFault& fault) {
+        post(this, [this, status = serviceStatus(fault.translator, fault)] {
+            Q_EMIT faultArrived(status);
+        });
+    };
+}
 
 void ClientTranslation::translate(const QString& original, const QString& targetLang,
                                   const QString& apiKey) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackendMessages.h"
 #include "Lifetime.h"
 #include "Result.h"
 #include "ServiceEndpoints.h"
@@ -30,6 +31,8 @@ class ClientTranslation : public QObject {
     /// Never within `translate`; the translation is empty when there was none. May destroy the
     /// object.
     void translated(const Result& result);
+    /// Why there is no translation; each time. Never within `translate`.
+    void faultArrived(const StatusMessage& status);
 
   private:
     struct Question {
