@@ -35,7 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool begins = !assemblyaiBegin(message).isEmpty();
         const bool ends = assemblyaiIsTermination(message);
         demand(int(turn.has_value()) + int(begins) + int(ends) <= 1);
-        demand(!turn || !assemblyaiError(message));
+        demand(!assemblyaiError(message) ||
+               (!turn && !begins && !ends && assemblyaiTranscript(message).isEmpty()));
         if (turn) {
             if (turn->isOver) {
                 over.insert(turn->order);

@@ -124,8 +124,9 @@ std::optional<AssemblyAITurn> parseAssemblyaiTurn(const QByteArray& message) {
 
 std::optional<ServiceFault> assemblyaiError(const QByteArray& message) {
     const QJsonObject object = QJsonDocument::fromJson(message).object();
+    const QString type = typeOf(object) + object[u"message_type"_s].toString();
     const QString said = object[u"error"_s].toString();
-    if (said.isEmpty()) {
+    if (said.isEmpty() || !(type.isEmpty() || type == u"Error")) {
         return std::nullopt;
     }
     return assemblyaiClosing(object[u"error_code"_s].toInt(), said);

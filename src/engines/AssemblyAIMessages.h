@@ -70,7 +70,8 @@ struct AssemblyAITurn {
 /// Nothing for every other message.
 std::optional<AssemblyAITurn> parseAssemblyaiTurn(const QByteArray& message);
 
-/// The error in a message; nothing when there is none.
+/// The error that a message of either version is; nothing for every other message, also for one of
+/// another type that mentions an error.
 std::optional<ServiceFault> assemblyaiError(const QByteArray& message);
 
 /// Why the service closed a connection.

@@ -88,6 +88,10 @@ TEST(AssemblyAIFault, isReadFromTheCloseCodeOrTheErrorBeforeIt) {
         R"({"type":"Error","error_code":3007,"error":"Input duration violation: 10 ms."})");
     EXPECT_EQ(told, (ServiceFault{Kind::RequestRefused, u"Input duration violation: 10 ms."_s}));
     EXPECT_EQ(assemblyaiError(R"({"type":"Turn","transcript":"error"})"), std::nullopt);
+    EXPECT_EQ(assemblyaiError(R"({"type":"Turn","turn_order":0,"error":"Some remark"})"),
+              std::nullopt);
+    EXPECT_EQ(assemblyaiError(R"({"message_type":"FinalTranscript","error":"Some remark"})"),
+              std::nullopt);
     EXPECT_EQ(assemblyaiError("not JSON"), std::nullopt);
 }
 
