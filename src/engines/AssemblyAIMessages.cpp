@@ -124,6 +124,7 @@ std::optional<AssemblyAITurn> parseAssemblyaiTurn(const QByteArray& message) {
 
 std::optional<ServiceFault> assemblyaiError(const QByteArray& message) {
     const QJsonObject object = QJsonDocument::fromJson(message).object();
+    // Each version names the type of a message in its own way, and none of a bare error.
     const QString type = typeOf(object) + object[u"message_type"_s].toString();
     const QString said = object[u"error"_s].toString();
     if (said.isEmpty() || !(type.isEmpty() || type == u"Error")) {
