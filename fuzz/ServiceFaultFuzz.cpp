@@ -29,6 +29,17 @@ void check(const ServiceFault& fault, const QString& key) {
     demand(key.size() < 8 || !said.contains(key));
 }
 
+/// What an answer to the question whether a key works says; no refusal passes for a yes.
+void checkKeyTrial(const HttpOutcome& answer, const QString& key) {
+    for (const auto judge : {assemblyaiTokenFault, azureTokenFault, googleKeyFault}) {
+        const auto fault = judge(answer);
+        demand(fault || !faultOfStatus(answer.status));
+        if (fault) {
+            check(*fault, key);
+        }
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -56,5 +67,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ServiceFault translator = azureTranslatorFault(status, body);
     demand(isOfTranslation(translator));
     check(translator, secret);
+    checkKeyTrial({.status = status, .body = body}, secret);
     return 0;
 }

@@ -202,6 +202,7 @@ std::unique_ptr<QWidget> Shell::makeSettings() {
     return makeSettingsWindow({.disk = disk_,
                                .settings = *settings_,
                                .engines = parts_.engines,
+                               .endpoints = parts_.addresses.speech,
                                .l10n = *l10n_,
                                .dialogs = dialogs_,
                                .chooser = chooser_,

@@ -21,6 +21,7 @@ struct AudioTimings {
     std::chrono::milliseconds lastBufferSend{2000};  ///< Longest wait for the last buffer's send.
     std::chrono::milliseconds flush{120000};         ///< Longest wait for the flush confirmation.
     std::chrono::milliseconds stopSend{1000};        ///< Longest wait for the stop message's send.
+    std::chrono::milliseconds lastAnswers{10000};    ///< Longest wait for services after the stop.
     std::chrono::milliseconds meterRefresh{33};      ///< Between two readings of the level meter.
     std::chrono::milliseconds progressRefresh{1000}; ///< Between two looks at how a run is.
     RunWatchTimings watch = {};

@@ -3,6 +3,7 @@
 #include "AssemblyAIMessages.h"
 #include "Log.h"
 #include "ServiceError.h"
+#include "ServiceRequests.h"
 #include "TranslationSettings.h"
 
 #include <algorithm>
@@ -16,6 +17,14 @@ namespace {
 
 const QString engineId = u"assemblyai"_s;
 
+std::vector<KeyQuestion> keyQuestions(const ServiceEndpoints& endpoints,
+                                      const CloudEngineConfig& config) {
+    const QByteArray key = headerValue(config.apiKey);
+    const QUrl url = assemblyaiTokenUrl(endpoints.at(assemblyaiStreamingHost));
+    return {{.call = {.url = key.isNull() ? QUrl() : url, .headers = {{"Authorization", key}}},
+             .judge = assemblyaiTokenFault}};
+}
+
 } // namespace
 
 EngineDescriptor assemblyaiEngine() {
@@ -28,11 +37,13 @@ EngineDescriptor assemblyaiEngine() {
                 u"STT: AssemblyAI Echtzeit-Streaming (direkt) · Translation: Google Translate "
                 "(API Key nötig)"_s,
             .translator = u"Google Translate"_s,
+            .soundGoesTo = u"AssemblyAI"_s,
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::assemblyaiApiKey,
                         .isRequired = true,
                         .message = u"engineApiKey"_s,
-                        .config = &CloudEngineConfig::apiKey},
+                        .config = &CloudEngineConfig::apiKey,
+                        .questions = keyQuestions},
                        translationKeyField()},
             .make = [memory = std::make_shared<AssemblyAIDirectEngine::Memory>()](
                         const ServiceEndpoints& endpoints, const EngineTimings& timings) {
@@ -228,13 +239,7 @@ std::optional<ServiceFault> AssemblyAIDirectEngine::faultIn(const QByteArray& me
 }
 
 ServiceFault AssemblyAIDirectEngine::refusal(const HttpOutcome& answer) const {
-    const QByteArray body = answer.body.trimmed();
-    const auto told = assemblyaiError(body);
-    // A page is nothing to show.
-    const QString said = told                   ? told->said
-                         : body.startsWith('<') ? QString()
-                                                : QString::fromUtf8(body);
-    return {faultOfStatus(answer.status).value_or(ServiceFault::Kind::Unreadable), said};
+    return assemblyaiRefusal(answer);
 }
 
 ServiceFault AssemblyAIDirectEngine::closing(int closeCode, const QString& reason) const {

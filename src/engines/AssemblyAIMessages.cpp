@@ -1,6 +1,7 @@
 #include "AssemblyAIMessages.h"
 
 #include "ServiceRequests.h"
+#include "UpgradeCall.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -131,6 +132,31 @@ std::optional<ServiceFault> assemblyaiError(const QByteArray& message) {
         return std::nullopt;
     }
     return assemblyaiClosing(object[u"error_code"_s].toInt(), said);
+}
+
+ServiceFault assemblyaiRefusal(const HttpOutcome& answer) {
+    const QByteArray body = answer.body.trimmed();
+    const auto told = assemblyaiError(body);
+    // A page is nothing to show.
+    const QString said = told                   ? told->said
+                         : body.startsWith('<') ? QString()
+                                                : QString::fromUtf8(body);
+    return {faultOfStatus(answer.status).value_or(ServiceFault::Kind::Unreadable), said};
+}
+
+QUrl assemblyaiTokenUrl(const QString& endpoint) {
+    return httpUrl(serviceUrl(endpoint + u"/v3/token?expires_in_seconds=60"_s));
+}
+
+std::optional<ServiceFault> assemblyaiTokenFault(const HttpOutcome& answer) {
+    if (faultOfStatus(answer.status)) {
+        return assemblyaiRefusal(answer);
+    }
+    const QJsonObject object = QJsonDocument::fromJson(answer.body).object();
+    if (!object[u"token"_s].isString()) {
+        return ServiceFault{ServiceFault::Kind::Unreadable};
+    }
+    return std::nullopt;
 }
 
 ServiceFault assemblyaiClosing(int closeCode, const QString& reason) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HttpCall.h"
 #include "ServiceFault.h"
 
 #include <QByteArray>
@@ -73,6 +74,16 @@ std::optional<AssemblyAITurn> parseAssemblyaiTurn(const QByteArray& message);
 /// The error that a message of either version is; nothing for every other message, also for one of
 /// another type that mentions an error.
 std::optional<ServiceFault> assemblyaiError(const QByteArray& message);
+
+/// Why the service refused a request, by its answer.
+ServiceFault assemblyaiRefusal(const HttpOutcome& answer);
+
+/// The address of a token for a session of version 3, which is given for nothing; `endpoint` is
+/// that of the streams.
+QUrl assemblyaiTokenUrl(const QString& endpoint);
+
+/// Why no token was given; nothing where one was.
+std::optional<ServiceFault> assemblyaiTokenFault(const HttpOutcome& answer);
 
 /// Why the service closed a connection.
 ServiceFault assemblyaiClosing(int closeCode, const QString& reason);

@@ -1,8 +1,22 @@
 #include "AssemblyAITurns.h"
 
+#include <QRegularExpression>
+
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace orv {
+
+namespace {
+
+/// Some models write what is no speech as such: "[Silence]", "[Music]".
+bool isSpeech(const QString& text) {
+    static const QRegularExpression onlyTags(uR"(^\s*(\[[^\]]*\][\s.]*)*$)"_s);
+    return !onlyTags.match(text).hasMatch();
+}
+
+} // namespace
 
 QStringList AssemblyAITurns::take(const AssemblyAITurn& turn) {
     QStringList lines;
@@ -28,7 +42,7 @@ QStringList AssemblyAITurns::finish() {
 void AssemblyAITurns::letWaitingGo(QStringList& lines) {
     if (const auto turn = std::exchange(waiting_, {})) {
         lastSaid_ = turn->order;
-        if (!turn->text.isEmpty()) {
+        if (isSpeech(turn->text)) {
             lines.append(turn->text);
         }
     }

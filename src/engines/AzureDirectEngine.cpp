@@ -32,6 +32,21 @@ HttpCall soundCall(const QUrl& url, const QByteArray& key, const QByteArray& con
             .body = wav};
 }
 
+std::vector<KeyQuestion> keyQuestions(const ServiceEndpoints& endpoints,
+                                      const CloudEngineConfig& config) {
+    const QByteArray key = headerValue(config.apiKey);
+    const QUrl url = azureTokenUrl(endpoints.at(azureTokenHost), config.region);
+    if (key.isNull() || !url.isValid()) {
+        const auto unsendable =
+            key.isNull() ? ServiceFault::Kind::KeyRefused : ServiceFault::Kind::RegionMissing;
+        return {{.call = {}, .judge = azureTokenFault, .unsendable = unsendable}};
+    }
+    return {{.call = {.url = url,
+                      .headers = {{"Ocp-Apim-Subscription-Key", key}},
+                      .body = QByteArray()},
+             .judge = azureTokenFault}};
+}
+
 } // namespace
 
 EngineDescriptor azureEngine() {
@@ -43,12 +58,14 @@ EngineDescriptor azureEngine() {
             .infoText = u"STT + Translation: Azure Speech (direkt, 1 API-Call) · Kein Backend "
                         "nötig"_s,
             .translator = u"Azure Speech"_s,
+            .soundGoesTo = u"Microsoft"_s,
             .recognises = [](const QString& code) { return !azureSpokenLocale(code).isEmpty(); },
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::azureApiKey,
                         .isRequired = true,
                         .message = u"engineApiKey"_s,
-                        .config = &CloudEngineConfig::apiKey},
+                        .config = &CloudEngineConfig::apiKey,
+                        .questions = keyQuestions},
                        {.kind = EngineField::Kind::Place,
                         .text = &TranslationSettings::azureRegion,
                         .labelKey = u"settings.engine.region"_s,
@@ -147,6 +164,7 @@ QCoro::Task<> AzureDirectEngine::sendAudio(QByteArray pcm) {
         co_return;
     }
     const Lifetime::Observer life = lifetime_.observe();
+    const AnswerOrder::Place place = order_.take();
     AzureResult result;
     try {
         result = co_await recognise(std::move(pcm));
@@ -157,6 +175,10 @@ QCoro::Task<> AzureDirectEngine::sendAudio(QByteArray pcm) {
         throw;
     }
     if (life.ended() || result.text.isEmpty()) {
+        co_return;
+    }
+    co_await place.turn();
+    if (life.ended()) {
         co_return;
     }
     if (const auto callback = onTranslation) {

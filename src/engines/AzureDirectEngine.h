@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnswerOrder.h"
 #include "AzureMessages.h"
 #include "CloudSTTEngine.h"
 #include "EngineDescriptor.h"
@@ -30,6 +31,8 @@ class AzureDirectEngine : public CloudSTTEngine {
 
     bool isStreaming() const override { return false; }
 
+    int requestsAtOnce() const override { return 2; }
+
     bool supportsTranslation() const override { return true; }
 
     /// Google's, for what Azure does not translate with its own.
@@ -43,7 +46,8 @@ class AzureDirectEngine : public CloudSTTEngine {
     /// A request under way may still bring its result.
     QCoro::Task<> disconnect() override;
 
-    /// Throws `ServiceError` when there is no answer, or none that can be read.
+    /// Results come in the order of the calls. Throws `ServiceError` when there is no answer, or
+    /// none that can be read.
     QCoro::Task<> sendAudio(QByteArray pcm) override;
 
   private:
@@ -81,6 +85,7 @@ class AzureDirectEngine : public CloudSTTEngine {
     bool isActive_ = false;
     bool inSteps_ = false;           ///< Recognising and translating are requests of their own.
     bool translatorRefused_ = false; ///< Azure's, with this key.
+    AnswerOrder order_;
     ServiceClient http_;
     TranslationClient google_;
     Lifetime lifetime_; // Last: ends first.

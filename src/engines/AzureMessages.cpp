@@ -210,4 +210,18 @@ std::optional<ServiceFault> azureFault(int status, const QByteArray& body) {
     return fault;
 }
 
+QUrl azureTokenUrl(const QString& endpoint, const QString& region) {
+    return regionalUrl(endpoint, region, u"/sts/v1.0/issueToken"_s);
+}
+
+std::optional<ServiceFault> azureTokenFault(const HttpOutcome& answer) {
+    if (auto fault = azureFault(answer.status, answer.body)) {
+        return fault;
+    }
+    if (answer.body.isEmpty() || answer.body.startsWith('<')) {
+        return ServiceFault{ServiceFault::Kind::Unreadable};
+    }
+    return std::nullopt;
+}
+
 } // namespace orv

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HttpCall.h"
 #include "ServiceFault.h"
 
 #include <QByteArray>
@@ -18,6 +19,9 @@ inline const QString azureRecognitionHost =
     QStringLiteral("https://{region}.stt.speech.microsoft.com");
 inline const QString azureTranslationHost =
     QStringLiteral("https://{region}.s2s.speech.microsoft.com");
+
+inline const QString azureTokenHost =
+    QStringLiteral("https://{region}.api.cognitive.microsoft.com");
 
 inline const QString azureTranslatorHost =
     QStringLiteral("https://api.cognitive.microsofttranslator.com");
@@ -62,6 +66,12 @@ ServiceFault azureTranslatorFault(int status, const QByteArray& body);
 
 /// What is wrong by an answer about speech; nothing for a success, and where nothing was heard.
 std::optional<ServiceFault> azureFault(int status, const QByteArray& body);
+
+/// The address of a token for a key, which is given for nothing; invalid as above.
+QUrl azureTokenUrl(const QString& endpoint, const QString& region);
+
+/// Why no token was given; nothing where one was.
+std::optional<ServiceFault> azureTokenFault(const HttpOutcome& answer);
 
 /// The content type of a wave file at this rate.
 QByteArray azureContentType(std::int64_t sampleRate);

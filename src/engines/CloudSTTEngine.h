@@ -90,6 +90,9 @@ class CloudSTTEngine {
     /// True: wants every captured buffer as it comes. False: wants the chunker's chunks.
     virtual bool isStreaming() const = 0;
 
+    /// How many calls of `sendAudio` may be under way. Those of a stream would only queue up.
+    virtual int requestsAtOnce() const { return 1; }
+
     /// True when the engine itself translates; false when it needs a translation key.
     virtual bool supportsTranslation() const = 0;
 
@@ -101,8 +104,9 @@ class CloudSTTEngine {
     /// through `onStatus`.
     virtual QCoro::Task<> connect(CloudEngineConfig config) = 0;
 
-    /// Ends the session: no more audio is taken. A request that is under way may still bring its
-    /// result; destroying the engine gives it up. Never throws; harmless when not connected.
+    /// Ends the session: no more audio is taken. A stream has brought all its results when this
+    /// returns; a call of `sendAudio` under way may still bring its own. Destroying the engine
+    /// gives up both. Never throws; harmless when not connected.
     virtual QCoro::Task<> disconnect() = 0;
 
     /// Hands over signed 16-bit little-endian mono PCM at `CloudEngineConfig::sampleRate`, without

@@ -1,7 +1,9 @@
 #include "DeepgramDirectEngine.h"
 
 #include "DeepgramMessages.h"
+#include "ServiceRequests.h"
 #include "TranslationSettings.h"
+#include "UpgradeCall.h"
 
 #include <utility>
 
@@ -12,6 +14,16 @@ namespace orv {
 namespace {
 
 const QString engineId = u"deepgram"_s;
+const QString keyPrefix = u"Token "_s;
+
+/// A stream that is opened and never used, in the language that every account has.
+std::vector<KeyQuestion> keyQuestions(const ServiceEndpoints& endpoints,
+                                      const CloudEngineConfig& config) {
+    const QByteArray key = headerValue(keyPrefix + config.apiKey);
+    const QUrl url = deepgramStreamUrl(endpoints.at(deepgramHost), config.sampleRate, u"en"_s);
+    return {
+        {.call = upgradeCall(key.isNull() ? QUrl() : url, key), .judge = deepgramHandshakeFault}};
+}
 
 } // namespace
 
@@ -25,12 +37,14 @@ EngineDescriptor deepgramEngine() {
                 u"STT: Deepgram Echtzeit-Streaming (direkt) · Translation: Google Translate "
                 "(API Key nötig)"_s,
             .translator = u"Google Translate"_s,
+            .soundGoesTo = u"Deepgram"_s,
             .recognises = deepgramOffers,
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::deepgramApiKey,
                         .isRequired = true,
                         .message = u"engineApiKey"_s,
-                        .config = &CloudEngineConfig::apiKey},
+                        .config = &CloudEngineConfig::apiKey,
+                        .questions = keyQuestions},
                        translationKeyField()},
             .make =
                 [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {

@@ -2,6 +2,7 @@
 
 #include "ServiceLanguages.h"
 #include "ServiceRequests.h"
+#include "UpgradeCall.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -81,6 +82,13 @@ ServiceFault deepgramRefusal(int status, const QByteArray& error, const QByteArr
         kind = Kind::LanguageUnknown;
     }
     return {kind, said};
+}
+
+std::optional<ServiceFault> deepgramHandshakeFault(const HttpOutcome& answer) {
+    if (answer.status == switchingProtocols) {
+        return std::nullopt;
+    }
+    return deepgramRefusal(answer.status, headerIn(answer.headers, "dg-error"), answer.body);
 }
 
 ServiceFault deepgramClosing(int closeCode, const QString& reason) {

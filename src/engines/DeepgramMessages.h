@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HttpCall.h"
 #include "ServiceFault.h"
 
 #include <QByteArray>
@@ -7,6 +8,7 @@
 #include <QUrl>
 
 #include <cstdint>
+#include <optional>
 
 namespace orv {
 
@@ -33,6 +35,9 @@ QString deepgramCloseStream();
 
 /// Why the service did not take a connection: its answer's status, header "dg-error" and content.
 ServiceFault deepgramRefusal(int status, const QByteArray& error, const QByteArray& body);
+
+/// The same for the answer to a request for a stream; nothing where it took one.
+std::optional<ServiceFault> deepgramHandshakeFault(const HttpOutcome& answer);
 
 /// Why it closed one.
 ServiceFault deepgramClosing(int closeCode, const QString& reason);

@@ -2,6 +2,7 @@
 
 #include "CloudSTTEngine.h"
 #include "EngineTimings.h"
+#include "KeyQuestion.h"
 #include "ServiceEndpoints.h"
 #include "ServiceLocales.h"
 #include "Setting.h"
@@ -41,7 +42,15 @@ struct EngineField {
     QString message = {};
     /// Where a direct engine is told; null when it is not.
     QString CloudEngineConfig::*config = nullptr;
+    /// Of a key: how to find out whether it works, by the cheapest questions that tell. `config`
+    /// holds it as `apiKey`, and the engine's other fields.
+    std::function<std::vector<KeyQuestion>(const ServiceEndpoints& endpoints,
+                                           const CloudEngineConfig& config)>
+        questions = {};
 };
+
+/// Whether Google translates with this key, which costs nothing.
+KeyQuestion translationKeyQuestion(const ServiceEndpoints& endpoints, const QString& apiKey);
 
 /// Google's key for the translation of what an engine only recognises.
 EngineField translationKeyField();
@@ -65,7 +74,8 @@ struct EngineDescriptor {
     /// One line on who recognises, who translates and whether the speech server is needed. German,
     /// shown as it stands in every language of the interface.
     QString infoText;
-    QString translator; ///< Who translates: names of products.
+    QString translator;       ///< Who translates: names of products.
+    QString soundGoesTo = {}; ///< Whom the sound is sent to; empty: it stays on this computer.
 
     /// Whether it recognises a language of the settings, "auto" included; empty: nobody knows
     /// before.
@@ -82,6 +92,9 @@ struct EngineDescriptor {
 
     /// The service's name in messages.
     const QString& productName() const { return product.isEmpty() ? name : product; }
+
+    /// What a direct engine is told of the settings; the run's own languages are not among them.
+    CloudEngineConfig configFrom(const TranslationSettings& settings) const;
 
     /// The first credential that is required and empty; null when none is.
     const EngineField* missingCredential(const TranslationSettings& settings) const;

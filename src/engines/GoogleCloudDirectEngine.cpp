@@ -28,6 +28,15 @@ QString readable(const std::optional<QString>& answer) {
     return *answer;
 }
 
+/// A tenth of a second of silence, in which there is nothing to recognise.
+KeyQuestion recognitionKeyQuestion(const ServiceEndpoints& endpoints, const QString& apiKey) {
+    constexpr qsizetype rate = 16000;
+    const QByteArray silence = QByteArray(rate / 10 * 2, '\0').toBase64();
+    return {.call = jsonCall(googleRecognitionUrl(endpoints.at(googleRecognitionHost), apiKey),
+                             googleRecognitionBody(silence, u"en-US"_s, rate)),
+            .judge = googleKeyFault};
+}
+
 } // namespace
 
 EngineDescriptor googleCloudEngine() {
@@ -40,12 +49,19 @@ EngineDescriptor googleCloudEngine() {
             .infoText = u"STT + Translation: Google Cloud (direkt, 2 API-Calls) · Kein Backend "
                         "nötig"_s,
             .translator = u"Google Translate"_s,
+            .soundGoesTo = u"Google"_s,
             .recognises = [](const QString& code) { return !googleSpokenLocale(code).isEmpty(); },
             .fields = {{.kind = EngineField::Kind::Key,
                         .text = &TranslationSettings::googleApiKey,
                         .isRequired = true,
                         .message = u"engineApiKey"_s,
-                        .config = &CloudEngineConfig::apiKey}},
+                        .config = &CloudEngineConfig::apiKey,
+                        .questions =
+                            [](const ServiceEndpoints& endpoints, const CloudEngineConfig& config) {
+                                return std::vector{
+                                    translationKeyQuestion(endpoints, config.apiKey),
+                                    recognitionKeyQuestion(endpoints, config.apiKey)};
+                            }}},
             .make =
                 [](const ServiceEndpoints& endpoints, const EngineTimings& timings) {
                     return std::make_shared<GoogleCloudDirectEngine>(endpoints, timings);
@@ -107,15 +123,19 @@ QCoro::Task<> GoogleCloudDirectEngine::sendAudio(QByteArray pcm) {
 
 QCoro::Task<> GoogleCloudDirectEngine::recogniseAndDeliver(QByteArray pcm) {
     const Lifetime::Observer life = lifetime_.observe();
+    const AnswerOrder::Place place = order_.take();
     const QString transcript = co_await recognizeSpeech(pcm.toBase64());
     if (life.ended() || transcript.isEmpty()) {
         co_return;
     }
-    if (!needsTranslation()) {
-        deliver(transcript, transcript);
-        co_return;
+    QString translation;
+    if (needsTranslation()) {
+        translation = co_await translateText(transcript, targetLang_);
+        if (life.ended()) {
+            co_return;
+        }
     }
-    const QString translation = co_await translateText(transcript, targetLang_);
+    co_await place.turn();
     if (!life.ended()) {
         deliver(transcript, translation.isEmpty() ? transcript : translation);
     }

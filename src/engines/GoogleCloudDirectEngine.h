@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnswerOrder.h"
 #include "CloudSTTEngine.h"
 #include "EngineDescriptor.h"
 #include "EngineTimings.h"
@@ -24,6 +25,8 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
 
     bool isStreaming() const override { return false; }
 
+    int requestsAtOnce() const override { return 2; }
+
     bool supportsTranslation() const override { return true; }
 
     /// Of no use to this engine, whose own key serves both requests.
@@ -37,8 +40,8 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
     /// A request under way may still bring its result.
     QCoro::Task<> disconnect() override;
 
-    /// Throws `ServiceError` when there is no answer, or none that can be read; then nothing is
-    /// delivered for this chunk.
+    /// Results come in the order of the calls. Throws `ServiceError` when there is no answer, or
+    /// none that can be read; then nothing is delivered for this chunk.
     QCoro::Task<> sendAudio(QByteArray pcm) override;
 
   private:
@@ -60,6 +63,7 @@ class GoogleCloudDirectEngine : public CloudSTTEngine {
     QString targetLang_;
     std::int64_t sampleRate_ = 48000;
     bool isActive_ = false;
+    AnswerOrder order_;
     ServiceClient http_;
     Lifetime lifetime_; // Last: ends first.
 };

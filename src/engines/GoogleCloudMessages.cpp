@@ -68,6 +68,16 @@ std::optional<ServiceFault> googleFault(int status, const QByteArray& body) {
     return ServiceFault{kindOf(status, error[u"status"_s].toString(), reasonOf(error), said), said};
 }
 
+std::optional<ServiceFault> googleKeyFault(const HttpOutcome& answer) {
+    if (auto fault = googleFault(answer.status, answer.body)) {
+        return fault;
+    }
+    if (!QJsonDocument::fromJson(answer.body).isObject()) {
+        return ServiceFault{ServiceFault::Kind::Unreadable};
+    }
+    return std::nullopt;
+}
+
 QUrl googleRecognitionUrl(const QString& endpoint, const QString& apiKey) {
     return serviceUrl(endpoint + u"/v1/speech:recognize?key="_s + apiKey);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HttpCall.h"
 #include "ServiceFault.h"
 
 #include <QByteArray>
@@ -24,6 +25,10 @@ QString googleSpokenLocale(const QString& code);
 
 /// What is wrong by an answer of its recognition or its translation; nothing for a success.
 std::optional<ServiceFault> googleFault(int status, const QByteArray& body);
+
+/// The same for a question that is to show whether a key works: what is no answer of the service is
+/// a fault, too.
+std::optional<ServiceFault> googleKeyFault(const HttpOutcome& answer);
 
 /// The address with the key as given; invalid when that spells none.
 QUrl googleRecognitionUrl(const QString& endpoint, const QString& apiKey);

@@ -15,6 +15,7 @@ EngineDescriptor googleStreamingEngine() {
             .infoText = u"STT: Google gRPC Streaming (Backend) · Translation: Google Translate "
                         "(direkt) · Backend erforderlich"_s,
             .translator = u"Google Translate"_s,
+            .soundGoesTo = u"Google"_s,
             .fields = {{.kind = EngineField::Kind::ServiceAccount,
                         .text = &TranslationSettings::googleServiceAccountPath,
                         .labelKey = u"settings.engine.service_account"_s,

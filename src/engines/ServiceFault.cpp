@@ -41,6 +41,8 @@ QString codeOf(ServiceFault::Kind kind) {
         return u"service.unreadable"_s;
     case Kind::NotTranslated:
         return u"service.not_translated"_s;
+    case Kind::TooSlow:
+        return u"service.too_slow"_s;
     }
     return {};
 }
@@ -52,7 +54,7 @@ bool isOfTranslation(const ServiceFault& fault) {
 bool passesByItself(ServiceFault::Kind kind) {
     using Kind = ServiceFault::Kind;
     return kind == Kind::TooManyRequests || kind == Kind::NetworkFailed || kind == Kind::TimedOut ||
-           kind == Kind::ServiceFailed || kind == Kind::Unreadable;
+           kind == Kind::ServiceFailed || kind == Kind::Unreadable || kind == Kind::TooSlow;
 }
 
 std::optional<ServiceFault::Kind> faultOfStatus(int status) {

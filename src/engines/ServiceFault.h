@@ -24,6 +24,7 @@ struct ServiceFault {
         ServiceFailed,   ///< The service says that it is its own fault, or that it is overloaded.
         Unreadable,      ///< What came is no answer of this service, as from a captive portal.
         NotTranslated,   ///< It was recognised, but nobody who could translate it did.
+        TooSlow, ///< Speech was dropped since it had waited for too long; `said` is how much.
     };
 
     Kind kind = Kind::ServiceFailed;

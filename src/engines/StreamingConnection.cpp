@@ -1,10 +1,12 @@
 #include "StreamingConnection.h"
 
+#include "ConnectionWatch.h"
 #include "Post.h"
 #include "ServiceRequests.h"
 #include "WebSocketFailure.h"
 
 #include <QSslError>
+#include <QSslSocket>
 
 #include <iterator>
 #include <utility>
@@ -53,7 +55,11 @@ void StreamingSocket::Connection::connectSignals() {
     QObject::connect(&limit_, &QTimer::timeout, &limit_,
                      [this] { fail(u"Zeitüberschreitung"_s, ServiceFault::Kind::TimedOut); });
     QObject::connect(&socket_, &QWebSocket::connected, &context_, [this] { onConnected(); });
-    QObject::connect(&socket_, &QWebSocket::bytesWritten, &context_, [this] { onBytesWritten(); });
+    QObject::connect(&pingTimer_, &QTimer::timeout, &pingTimer_, [this] { ping(); });
+    QObject::connect(&socket_, &QWebSocket::pong, &context_, [this] {
+        answersPings_ = true;
+        pingsUnanswered_ = 0;
+    });
     QObject::connect(&socket_, &QWebSocket::textMessageReceived, &context_,
                      [this](const QString& text) {
                          take({Message::Kind::Text, text});
@@ -123,17 +129,42 @@ void StreamingSocket::Connection::onConnected() {
         waitingForNetwork_.push_back(outgoing.sent);
         sender_.send(outgoing.kind, outgoing.payload);
     }
+    watchTransport();
     socket_.flush();
-    onBytesWritten();
+    onBytesTaken();
 }
 
-/// The service has taken something: it gets the whole time again for the rest.
-void StreamingSocket::Connection::onBytesWritten() {
-    if (connected_) {
-        if (!hurrying_) {
-            limit_.stop();
-        }
-        settle();
+void StreamingSocket::Connection::watchTransport() {
+    QTcpSocket* const transport = sender_.transport();
+    limitSendBuffer(*transport);
+    // What has not left is missed here first, and said in the same words wherever it stands.
+    endConnectionWhenUnheard(*transport, timings_.streamStall + std::chrono::seconds(1));
+    // What was encrypted is not yet what has left.
+    if (auto* const secure = qobject_cast<QSslSocket*>(transport)) {
+        QObject::connect(secure, &QSslSocket::encryptedBytesWritten, &context_,
+                         [this] { onBytesTaken(); });
+    } else {
+        QObject::connect(transport, &QTcpSocket::bytesWritten, &context_,
+                         [this] { onBytesTaken(); });
+    }
+    pingTimer_.start(timings_.ping);
+}
+
+/// The service gets the whole time again for the rest.
+void StreamingSocket::Connection::onBytesTaken() {
+    if (!hurrying_) {
+        limit_.stop();
+    }
+    settle();
+}
+
+/// By number, not by the clock: an answer that is only not read yet is none that is missing.
+void StreamingSocket::Connection::ping() {
+    if (answersPings_ && pingsUnanswered_ * timings_.ping >= timings_.streamStall) {
+        fail(u"Zeitüberschreitung"_s, ServiceFault::Kind::TimedOut);
+    } else {
+        ++pingsUnanswered_;
+        socket_.ping();
     }
 }
 
@@ -141,9 +172,9 @@ void StreamingSocket::Connection::settle() {
     if (isOver()) {
         return;
     }
-    if (socket_.bytesToWrite() > 0) {
+    if (bytesNotTaken(*sender_.transport()) > 0) {
         if (!limit_.isActive()) {
-            limit_.start(timings_.streamRequest);
+            limit_.start(timings_.streamStall);
         }
         return;
     }
@@ -155,6 +186,7 @@ void StreamingSocket::Connection::settle() {
 }
 
 void StreamingSocket::Connection::take(Message message) {
+    pingsUnanswered_ = 0;
     unread_.push_back(std::move(message));
     deliverLater();
 }
@@ -170,6 +202,7 @@ void StreamingSocket::Connection::fail(Message failure) {
     failure.text = withoutQuery(failure.text, request_.url());
     failure_ = std::move(failure);
     limit_.stop();
+    pingTimer_.stop();
     deliverLater();
 }
 

@@ -49,8 +49,10 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     void connectSignals();
     void connectToService();
     void onConnected();
-    void onBytesWritten();
+    void watchTransport();
+    void onBytesTaken();
     void settle();
+    void ping();
     void take(Message message);
     void fail(const QString& reason, ServiceFault::Kind kind = ServiceFault::Kind::NetworkFailed);
     void fail(Message failure);
@@ -70,6 +72,9 @@ class StreamingSocket::Connection : public std::enable_shared_from_this<Connecti
     HostLookups lookups_;
     QObject context_;
     QTimer limit_; ///< For whatever the service is to do next.
+    QTimer pingTimer_;
+    int pingsUnanswered_ = 0;   ///< Since anything was heard of the service.
+    bool answersPings_ = false; ///< It has answered one.
     std::deque<Outgoing> waitingForConnection_;
     std::vector<Completion<QString>> waitingForNetwork_;
     std::vector<Completion<QString>> sent_;

@@ -3,31 +3,13 @@
 #include "Log.h"
 #include "ServiceError.h"
 #include "ServiceRequests.h"
+#include "UpgradeCall.h"
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
-
-namespace {
-
-constexpr int switchingProtocols = 101;
-
-/// The request that opens the WebSocket, for reading the answer as one of HTTP.
-HttpCall upgradeCall(const QNetworkRequest& request) {
-    QUrl url = request.url();
-    url.setScheme(url.scheme() == u"wss" ? u"https"_s : u"http"_s);
-    return {.url = url,
-            .headers = {{"Authorization", request.rawHeader("Authorization")},
-                        {"Connection", "Upgrade"},
-                        {"Upgrade", "websocket"},
-                        {"Sec-WebSocket-Version", "13"},
-                        // Any sixteen bytes: the connection is not used.
-                        {"Sec-WebSocket-Key", QByteArray(16, 'o').toBase64()}}};
-}
-
-} // namespace
 
 StreamingEngine::StreamingEngine(QString product, ServiceEndpoints endpoints, EngineTimings timings)
     : product_(std::move(product))
@@ -138,8 +120,8 @@ QCoro::Task<ServiceFault> StreamingEngine::whyRefused(StreamingSocket::Message f
     }
     const Lifetime::Observer life = observe();
     try {
-        const HttpOutcome answer =
-            co_await http_.exchange(upgradeCall(request_), timings_.recognition);
+        HttpCall call = upgradeCall(request_.url(), request_.rawHeader("Authorization"));
+        const HttpOutcome answer = co_await http_.exchange(std::move(call), timings_.recognition);
         const bool isTaken = answer.status == switchingProtocols;
         co_return life.ended() || isTaken ? fault : refusal(answer);
     } catch (const ServiceError&) {
@@ -164,8 +146,8 @@ void StreamingEngine::reportFault(ServiceFault fault) {
 }
 
 void StreamingEngine::translateAndDeliver(const QString& transcript) {
-    if (transcript.isEmpty()) {
-        return;
+    if (transcript.isEmpty() || !onTranslation) {
+        return; // Nobody pays for a translation that nobody gets.
     }
     if (googleApiKeyForTranslation_.isEmpty()) {
         deliver(transcript, transcript);
@@ -176,11 +158,21 @@ void StreamingEngine::translateAndDeliver(const QString& transcript) {
 
 QCoro::Task<> StreamingEngine::translateFirst(QString transcript) {
     const Lifetime::Observer life = observe();
+    const AnswerOrder::Place place = order_.take();
     const QString translation = co_await translation_.googleTranslateText(
         transcript, targetLang_, googleApiKeyForTranslation_);
+    if (life.ended()) {
+        co_return;
+    }
+    co_await place.turn();
     if (!life.ended()) {
         deliver(transcript, translation);
     }
+}
+
+QCoro::Task<> StreamingEngine::untilTranslated() {
+    const AnswerOrder::Place place = order_.take();
+    co_await place.turn();
 }
 
 void StreamingEngine::deliver(const QString& transcript, const QString& translation) {
@@ -224,6 +216,7 @@ QCoro::Task<> StreamingEngine::disconnect() {
         }
     }
     socket_->close();
+    co_await untilTranslated();
 }
 
 } // namespace orv

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnswerOrder.h"
 #include "CloudSTTEngine.h"
 #include "EngineTimings.h"
 #include "Lifetime.h"
@@ -31,9 +32,9 @@ class StreamingEngine : public CloudSTTEngine {
     /// From a successful connect until disconnect or the end of the connection.
     bool isConnected() const { return isConnected_; }
 
-    /// Says farewell, waits for what the service still has to say, and closes. What has not left
-    /// after `EngineTimings::streamFarewell` is dropped; the last results may take
-    /// `EngineTimings::lastResults`.
+    /// Says farewell, waits for what the service still has to say and for the translation of it,
+    /// and closes. What has not left after `EngineTimings::streamFarewell` is dropped; the last
+    /// results may take `EngineTimings::lastResults`.
     QCoro::Task<> disconnect() override;
 
     /// Sends the block and waits until the network has taken it. Throws `ServiceError` when it
@@ -113,6 +114,7 @@ class StreamingEngine : public CloudSTTEngine {
     void reportFault(ServiceFault fault);
     void translateAndDeliver(const QString& transcript);
     QCoro::Task<> translateFirst(QString transcript);
+    QCoro::Task<> untilTranslated();
     void deliver(const QString& transcript, const QString& translation);
 
     const QString product_;
@@ -127,6 +129,7 @@ class StreamingEngine : public CloudSTTEngine {
     std::optional<ServiceFault> told_; ///< By the service, before it closed.
     LastWord lastWord_;
     QNetworkRequest request_;
+    AnswerOrder order_; ///< Of the translations.
     ServiceClient http_;
     TranslationClient translation_;
     std::unique_ptr<StreamingSocket> socket_;

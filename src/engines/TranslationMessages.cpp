@@ -14,6 +14,10 @@ QUrl translationUrl(const QString& endpoint, const QString& apiKey) {
     return serviceUrl(endpoint + u"/language/translate/v2?key="_s + apiKey);
 }
 
+QUrl translationLanguagesUrl(const QString& endpoint, const QString& apiKey) {
+    return serviceUrl(endpoint + u"/language/translate/v2/languages?key="_s + apiKey);
+}
+
 QByteArray translationRequestBody(const QString& text, const QString& targetLang) {
     return QJsonDocument(
                QJsonObject{{u"q"_s, text}, {u"target"_s, targetLang}, {u"format"_s, u"text"_s}})

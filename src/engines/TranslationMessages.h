@@ -15,6 +15,9 @@ inline const QString translationHost = QStringLiteral("https://translation.googl
 /// The address with the key as given; invalid when that spells none.
 QUrl translationUrl(const QString& endpoint, const QString& apiKey);
 
+/// The address of the list of languages, which is free; as above.
+QUrl translationLanguagesUrl(const QString& endpoint, const QString& apiKey);
+
 /// The body of a request. The service detects the source language.
 QByteArray translationRequestBody(const QString& text, const QString& targetLang);
 

@@ -193,6 +193,12 @@ std::span<const TextEntry> germanTexts() {
         {u"settings.engine.select", u"Spracherkennungs-Engine"},
         {u"settings.engine.apikey", u"API-Schlüssel"},
         {u"settings.engine.apikey.show", u"API-Schlüssel anzeigen"},
+        {u"settings.engine.key.try", u"Schlüssel testen"},
+        {u"settings.engine.key.trying", u"Wird getestet..."},
+        {u"settings.engine.key.works", u"%1 nimmt den Schlüssel an."},
+        {u"settings.engine.leaves",
+         u"Während der Übersetzung geht der Ton über das Internet an %1; mit einem Schlüssel von "
+         u"Google gehen die Texte an Google."},
         {u"settings.engine.whisper.name", u"Whisper (lokal)"},
         {u"settings.engine.whisper.detail", u"Lokal auf diesem Computer, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Cloud-Streaming in Echtzeit"},

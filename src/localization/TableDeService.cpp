@@ -40,6 +40,9 @@ std::span<const TextEntry> germanServiceTexts() {
          u"{engine} erkennt, übersetzt aber nicht\nDer Schlüssel gilt nicht für Übersetzungen. "
          u"Nehmen Sie einen für mehrere Dienste, oder tragen Sie unter Einstellungen → Engines "
          u"einen von Google ein."},
+        {u"service.too_slow",
+         u"{engine} kommt nicht nach\nWas zu lange gewartet hat, wurde ausgelassen, um bei dem zu "
+         u"bleiben, was gerade gesagt wird: {said}. Prüfen Sie das Netz."},
     };
     return entries;
 }

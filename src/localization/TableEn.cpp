@@ -188,6 +188,11 @@ std::span<const TextEntry> englishTexts() {
         {u"settings.engine.select", u"Speech Recognition Engine"},
         {u"settings.engine.apikey", u"API Key"},
         {u"settings.engine.apikey.show", u"Show API Key"},
+        {u"settings.engine.key.try", u"Test Key"},
+        {u"settings.engine.key.trying", u"Testing..."},
+        {u"settings.engine.key.works", u"%1 accepts the key."},
+        {u"settings.engine.leaves", u"While translating, the sound goes to %1 over the internet; "
+                                    u"with a Google key, the texts go to Google."},
         {u"settings.engine.whisper.name", u"Whisper (local)"},
         {u"settings.engine.whisper.detail", u"Local on this computer, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Real-time cloud streaming"},

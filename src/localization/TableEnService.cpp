@@ -34,6 +34,8 @@ std::span<const TextEntry> englishServiceTexts() {
         {u"service.not_translated",
          u"{engine} recognizes, but does not translate\nThe key does not include translation. Use "
          u"a key for several services, or enter a Google key in Settings → Engines."},
+        {u"service.too_slow", u"{engine} does not keep up\nWhat had waited for too long was left "
+                              u"out, to stay with what is being said: {said}. Check the network."},
     };
     return entries;
 }

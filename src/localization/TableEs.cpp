@@ -192,6 +192,11 @@ std::span<const TextEntry> spanishTexts() {
         {u"settings.engine.select", u"Motor de reconocimiento de voz"},
         {u"settings.engine.apikey", u"Clave de API"},
         {u"settings.engine.apikey.show", u"Mostrar la clave de API"},
+        {u"settings.engine.key.try", u"Probar la clave"},
+        {u"settings.engine.key.trying", u"Probando..."},
+        {u"settings.engine.key.works", u"%1 acepta la clave."},
+        {u"settings.engine.leaves", u"Durante la traducción, el sonido va a %1 por Internet; con "
+                                    u"una clave de Google, los textos van a Google."},
         {u"settings.engine.whisper.name", u"Whisper (local)"},
         {u"settings.engine.whisper.detail", u"Local en este equipo, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Streaming en la nube en tiempo real"},

@@ -33,6 +33,9 @@ std::span<const TextEntry> spanishServiceTexts() {
         {u"service.not_translated",
          u"{engine} reconoce, pero no traduce\nLa clave no incluye la traducción. Use una para "
          u"varios servicios o introduzca una de Google en Ajustes → Motores."},
+        {u"service.too_slow",
+         u"{engine} no da abasto\nLo que esperó demasiado se omitió para seguir con lo que se está "
+         u"diciendo: {said}. Compruebe la red."},
     };
     return entries;
 }

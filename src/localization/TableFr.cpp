@@ -192,6 +192,11 @@ std::span<const TextEntry> frenchTexts() {
         {u"settings.engine.select", u"Moteur de reconnaissance vocale"},
         {u"settings.engine.apikey", u"Clé API"},
         {u"settings.engine.apikey.show", u"Afficher la clé API"},
+        {u"settings.engine.key.try", u"Tester la clé"},
+        {u"settings.engine.key.trying", u"Test en cours..."},
+        {u"settings.engine.key.works", u"%1 accepte la clé."},
+        {u"settings.engine.leaves", u"Pendant la traduction, le son va à %1 par Internet\u00A0; "
+                                    u"avec une clé Google, les textes vont à Google."},
         {u"settings.engine.whisper.name", u"Whisper (local)"},
         {u"settings.engine.whisper.detail", u"Local sur cet ordinateur, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Streaming cloud en temps réel"},

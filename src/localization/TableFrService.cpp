@@ -38,6 +38,9 @@ std::span<const TextEntry> frenchServiceTexts() {
         {u"service.not_translated", u"{engine} reconnaît, mais ne traduit pas\nLa clé ne comprend "
                                     u"pas la traduction. Utilisez-en une pour plusieurs services, "
                                     u"ou saisissez une clé Google dans Réglages → Moteurs."},
+        {u"service.too_slow",
+         u"{engine} ne suit pas\nCe qui a attendu trop longtemps a été omis, pour rester avec ce "
+         u"qui se dit\u00A0: {said}. Vérifiez le réseau."},
     };
     return entries;
 }

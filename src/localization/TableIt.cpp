@@ -190,6 +190,11 @@ std::span<const TextEntry> italianTexts() {
         {u"settings.engine.select", u"Motore di riconoscimento vocale"},
         {u"settings.engine.apikey", u"Chiave API"},
         {u"settings.engine.apikey.show", u"Mostra la chiave API"},
+        {u"settings.engine.key.try", u"Prova la chiave"},
+        {u"settings.engine.key.trying", u"Prova in corso..."},
+        {u"settings.engine.key.works", u"%1 accetta la chiave."},
+        {u"settings.engine.leaves", u"Durante la traduzione, il suono va a %1 tramite Internet; "
+                                    u"con una chiave Google, i testi vanno a Google."},
         {u"settings.engine.whisper.name", u"Whisper (locale)"},
         {u"settings.engine.whisper.detail", u"Locale su questo computer, Whisper + Mistral"},
         {u"settings.engine.deepgram.detail", u"Streaming cloud in tempo reale"},

@@ -36,6 +36,9 @@ std::span<const TextEntry> italianServiceTexts() {
         {u"service.not_translated",
          u"{engine} riconosce, ma non traduce\nLa chiave non comprende la traduzione. Usarne una "
          u"per più servizi, o inserire una chiave Google in Impostazioni → Motori."},
+        {u"service.too_slow",
+         u"{engine} non tiene il passo\nCiò che ha atteso troppo è stato tralasciato, per restare "
+         u"con quello che si sta dicendo: {said}. Controllare la rete."},
     };
     return entries;
 }

@@ -1,6 +1,7 @@
 #include "HttpExchange.h"
 
 #include "ConnectionRace.h"
+#include "ConnectionWatch.h"
 #include "HttpClient.h"
 #include "Post.h"
 
@@ -10,6 +11,7 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace orv {
 
@@ -17,6 +19,11 @@ namespace {
 
 /// How much of an answer is read at a time, and held of one that is thrown away, bytes.
 constexpr qint64 pieceSize = 65536;
+
+/// How long a server may take to confirm what it got: of a connection that was kept, which may lead
+/// into a network that is gone, so that there is time for another one; and of a new one.
+constexpr auto keptPatience = 3s;
+constexpr auto newPatience = 8s;
 
 QString errorText(const QTcpSocket& socket, QAbstractSocket::SocketError error) {
     const QString text = socket.errorString();
@@ -160,6 +167,7 @@ void HttpExchange::connected() {
 
 void HttpExchange::write() {
     progress();
+    endConnectionWhenUnheard(*socket_, isReused_ ? keptPatience : newPatience);
     socket_->write(requestBytes(call_, client_.afterAnswer()));
     // At once, instead of after whatever else the main thread has to do in between.
     socket_->flush();

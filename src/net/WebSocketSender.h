@@ -27,9 +27,10 @@ class WebSocketSender {
     /// To be called while the socket is connected. Text is UTF-8.
     void send(WebSocketFrameKind kind, const QByteArray& payload);
 
-  private:
+    /// The socket below, encrypted or not; null while not connected.
     QTcpSocket* transport();
 
+  private:
     QWebSocket& socket_;
     QPointer<QTcpSocket> transport_; ///< Below the WebSocket, whose child it is; once connected.
     /// As hard to foresee as the system's own numbers, without the time that each of those takes.

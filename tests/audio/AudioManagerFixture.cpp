@@ -28,6 +28,7 @@ AudioManagerFixture::AudioManagerFixture() {
     timings.lastBufferSend = 1h;
     timings.flush = 1h;
     timings.stopSend = 1h;
+    timings.lastAnswers = 1h;
     timings.fixedChunk = 1h;
     timings.meterRefresh = 1ms;
     MicrophonePreparation microphone;

@@ -88,6 +88,13 @@ TEST(BackendNews, aServicesFaultIsOverWithItsNextResultAndThatOfATranslationWith
     EXPECT_EQ(codes(news), QStringList(u"session.behind"_s));
 }
 
+TEST(BackendNews, whatWasLeftOutIsNotMadeGoodByAResult) {
+    BackendNews news;
+    news.take(told(u"warning"_s, u"service.too_slow"_s));
+    news.serviceServes({u"one"_s, u"uno"_s});
+    EXPECT_EQ(codes(news), QStringList(u"service.too_slow"_s));
+}
+
 TEST(BackendNews, twoServicesMayFailInTheSameWay) {
     BackendNews news;
     news.take(told(u"warning"_s, u"service.network"_s));

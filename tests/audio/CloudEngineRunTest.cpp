@@ -75,13 +75,15 @@ class CloudEngineRun : public test::AudioManagerFixture {
         ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
     }
 
-    /// Starts a run whose first chunk is with the service, which has not answered yet, and whose
-    /// second is complete.
-    void letAChunkWaitBehindAnother(ServicePeer& service) {
+    /// Starts a run whose first two chunks are with the service, which has not answered yet, and
+    /// whose third is complete.
+    void letAChunkWaitBehindTwo(ServicePeer& service) {
         askForAChunk(service);
         deliver(20002, 0.5F);
+        ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 2; }));
+        deliver(20003, 0.5F);
         ASSERT_TRUE(
-            waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20002 Samples"_s); }));
+            waitUntil([&] { return log.contains(u"🎵 Direct Engine: Sende 20003 Samples"_s); }));
         test::drainEvents();
     }
 
@@ -108,7 +110,7 @@ QString azureResult(const QString& text) {
 
 TEST_F(CloudEngineRun, bringsAMinuteOfSoundToDeepgramBitForBit) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s, u"--key"_s, u"SECRET"_s});
-    use(u"deepgram"_s, service);
+    use(u"deepgram"_s, service, service, {.oldestSpeech = 1h});
     startRun();
     const QByteArray played = play(60);
     ASSERT_TRUE(waitUntil([&] { return service.audio().size() >= played.size(); }, 100s));
@@ -120,7 +122,7 @@ TEST_F(CloudEngineRun, bringsAMinuteOfSoundToDeepgramBitForBit) {
 TEST_F(CloudEngineRun, bringsAMinuteOfSoundToAssemblyAIBitForBit) {
     // The session begins only after much of the sound has been captured.
     ServicePeer service(u"streaming_service.py"_s, {u"assemblyai"_s, u"--wait"_s});
-    use(u"assemblyai"_s, service);
+    use(u"assemblyai"_s, service, service, {.oldestSpeech = 1h});
     startRun();
     ASSERT_TRUE(waitUntil([&] { return service.count(u"open"_s) == 1; }));
     const QByteArray played = play(60);
@@ -134,6 +136,7 @@ TEST_F(CloudEngineRun, bringsAMinuteOfSoundToAssemblyAIBitForBit) {
 TEST_F(CloudEngineRun, stopsWhileItIsStillConnecting) {
     ServicePeer service(u"streaming_service.py"_s, {u"assemblyai"_s, u"--wait"_s});
     use(u"assemblyai"_s, service);
+    timings.lastAnswers = 1ms;
     startRun();
     ASSERT_TRUE(waitUntil([&] { return service.count(u"open"_s) == 1; }));
     play(1);
@@ -160,15 +163,17 @@ TEST_F(CloudEngineRun, outlivesAServiceThatIsUnplugged) {
         onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: eins\nTranslation: eins\n\n"_s));
 }
 
-TEST_F(CloudEngineRun, stopsAtOnceWhenTheServiceIsSilent) {
+TEST_F(CloudEngineRun, givesUpAServiceThatIsSilentAtTheStop) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
-    use(u"deepgram"_s, service, service, {.streamRequest = 1h, .streamFarewell = 1h});
+    use(u"deepgram"_s, service, service, {.streamStall = 1h, .streamFarewell = 1h});
+    timings.lastAnswers = 1ms;
     startRun();
     play(1);
     ASSERT_TRUE(waitUntil([&] { return service.count(u"audio"_s) == 12; }));
     service.freeze();
     play(60);
-    stopAndWait(); // Waits for no answer and no farewell.
+    stopAndWait();
+    EXPECT_TRUE(log.contains(u"⚠️ Letzte Ergebnisse kamen nicht rechtzeitig"_s));
 }
 
 TEST_F(CloudEngineRun, stopsAtOnceDuringARequest) {
@@ -184,51 +189,56 @@ TEST_F(CloudEngineRun, stopsAtOnceDuringARequest) {
 TEST_F(CloudEngineRun, bringsTheResultOfARequestThatAGracefulStopInterrupts) {
     ServicePeer service(u"http_service.py"_s);
     askForAChunk(service);
-    stopAndWait();
+    manager->stopCapture({});
     EXPECT_TRUE(fannedOut.isEmpty());
     service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
-    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
+    stopAndWait();
     EXPECT_EQ(fannedOut.value(0), u"published: last words|last words"_s);
 }
 
 TEST_F(CloudEngineRun, sendsTheChunksThatWaitAtAGracefulStop) {
     ServicePeer service(u"http_service.py"_s);
-    letAChunkWaitBehindAnother(service);
-    stopAndWait();
-    EXPECT_EQ(service.count(u"request"_s), 1);
-    service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
-    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 4; }));
+    letAChunkWaitBehindTwo(service);
+    manager->stopCapture({});
     EXPECT_EQ(service.count(u"request"_s), 2);
+    service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"last words"_s)}});
+    stopAndWait();
+    EXPECT_EQ(fannedOut.size(), 6);
+    EXPECT_EQ(service.count(u"request"_s), 3);
 }
 
 TEST_F(CloudEngineRun, dropsTheChunksThatWaitAtAnImmediateStop) {
     ServicePeer service(u"http_service.py"_s);
-    letAChunkWaitBehindAnother(service);
-    stopAndWait();              // Would still send it,
+    letAChunkWaitBehindTwo(service);
+    manager->stopCapture({});   // Would still send it,
     manager->stopCaptureSync(); // were it not for this.
     service.command({{u"always"_s, true}, {u"body"_s, azureResult(u"late"_s)}});
     ServicePeer next(u"http_service.py"_s);
     askForAChunk(next);
-    EXPECT_EQ(service.count(u"request"_s), 1);
+    EXPECT_EQ(service.count(u"request"_s), 2);
     EXPECT_TRUE(fannedOut.isEmpty());
 }
 
-TEST_F(CloudEngineRun, sendsAChunkOnlyWhenTheOneBeforeIsAnswered) {
+TEST_F(CloudEngineRun, keepsTwoRequestsUnderWayAndTheirAnswersInOrder) {
     ServicePeer service(u"http_service.py"_s);
-    letAChunkWaitBehindAnother(service);
-    EXPECT_EQ(service.count(u"request"_s), 1);
+    letAChunkWaitBehindTwo(service);
+    EXPECT_EQ(service.count(u"request"_s), 2);
     const auto answer = [](int id, const QString& text) {
         return QJsonObject{{u"answer"_s, id}, {u"body"_s, azureResult(text)}};
     };
-    service.command(answer(0, u"eins"_s));
-    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 2; }));
     service.command(answer(1, u"zwei"_s));
-    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 4; }));
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"answered"_s) == 1; }));
+    test::drainEvents();
+    service.command(answer(0, u"eins"_s));
+    ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 3; }));
+    service.command(answer(2, u"drei"_s));
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 6; }));
     EXPECT_EQ(fannedOut.filter(u"published"_s),
-              (QStringList{u"published: eins|eins"_s, u"published: zwei|zwei"_s}));
+              (QStringList{u"published: eins|eins"_s, u"published: zwei|zwei"_s,
+                           u"published: drei|drei"_s}));
 }
 
-TEST_F(CloudEngineRun, writesResultsThatOvertakeEachOtherOnceEach) {
+TEST_F(CloudEngineRun, keepsResultsInOrderWhoseTranslationsOvertakeEachOther) {
     ServicePeer service(u"streaming_service.py"_s, {u"deepgram"_s});
     ServicePeer translation(u"http_service.py"_s);
     use(u"deepgram"_s, service, translation);
@@ -246,17 +256,18 @@ TEST_F(CloudEngineRun, writesResultsThatOvertakeEachOtherOnceEach) {
              {u"body"_s, uR"({"data":{"translations":[{"translatedText":"%1"}]}})"_s.arg(text)}});
     };
     answer(1, u"two"_s);
-    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
+    ASSERT_TRUE(waitUntil([&] { return translation.count(u"answered"_s) == 1; }));
+    test::drainEvents();
     answer(0, u"one"_s);
     ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 4; }));
     stopAndWait();
     EXPECT_EQ(fannedOut.filter(u"published"_s),
-              (QStringList{u"published: zwei|two"_s, u"published: eins|one"_s}));
+              (QStringList{u"published: eins|one"_s, u"published: zwei|two"_s}));
     for (const QString& pattern : {u"transcript_*.txt"_s, u"subtitles_*.srt"_s}) {
         const QString content = onlyFile(pattern);
         EXPECT_EQ(content.count(u"zwei"_s), 1);
         EXPECT_EQ(content.count(u"eins"_s), 1);
-        EXPECT_LT(content.indexOf(u"zwei"_s), content.indexOf(u"eins"_s));
+        EXPECT_LT(content.indexOf(u"eins"_s), content.indexOf(u"zwei"_s));
     }
 }
 

@@ -32,6 +32,18 @@ class DirectEngineRun : public test::AudioManagerFixture {
         settings.azureApiKey.set(u"key"_s);
     }
 
+    /// Starts a run whose first chunk is with the engine, which has not answered yet.
+    void sendOneChunkSlowly() {
+        useChunked();
+        engine->isSlow = true;
+        timings.fixedChunk = 1ms;
+        makeManager();
+        settings.vadEnabled.set(false);
+        startRun();
+        deliver(20001);
+        ASSERT_TRUE(waitUntil([&] { return engine->audio.size() == 1; }));
+    }
+
     QString onlyFile(const QString& pattern) const {
         const QDir output(folder.filePath(u"output"_s));
         const QStringList names = output.entryList({pattern});
@@ -127,7 +139,7 @@ TEST_F(DirectEngineRun, connectsWithTheRunsLanguagesAndTheEnginesKey) {
 TEST_F(DirectEngineRun, bringsResultsEverywhereAndIntoTheTranscript) {
     useChunked();
     startRun();
-    engine->onTranslation(u"Hi"_s, u"Hola"_s);
+    engine->bring(u"Hi"_s, u"Hola"_s);
     ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
     EXPECT_EQ(fannedOut, (QStringList{u"published: Hi|Hola"_s, u"announced: Hi|Hola"_s}));
     stopAndWait();
@@ -138,7 +150,7 @@ TEST_F(DirectEngineRun, bringsResultsEverywhereAndIntoTheTranscript) {
 TEST_F(DirectEngineRun, keepsAResultThatComesRightBeforeTheEndInTheTranscript) {
     useChunked();
     startRun();
-    engine->onTranslation(u"last"_s, u"último"_s);
+    engine->bring(u"last"_s, u"último"_s);
     manager->stopCaptureSync();
     EXPECT_TRUE(
         onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: last\nTranslation: último\n\n"_s));
@@ -158,7 +170,7 @@ TEST_F(DirectEngineRun, goesOnWithoutATranscriptWhenTheDiskRefuses) {
     startRun();
     EXPECT_EQ(
         log.lines().filter(u"❌ DirectEngineTranscriptWriter: outputDir konnte nicht"_s).size(), 1);
-    engine->onTranslation(u"Hi"_s, u"Hola"_s);
+    engine->bring(u"Hi"_s, u"Hola"_s);
     ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
     stopAndWait();
 }
@@ -184,7 +196,7 @@ TEST_F(DirectEngineRun, fallsBackToTheBackendWhenTheEngineCannotConnect) {
             u"❌ Direct Engine AssemblyAIDirectEngine Fehler: AssemblyAI API Key fehlt"_s);
     }));
     test::drainEvents();
-    engine->onTranslation(u"late"_s, u"tarde"_s);
+    engine->bring(u"late"_s, u"tarde"_s);
     deliver(30000);
     stopAndWait();
     EXPECT_EQ(receivedAudio().size(), 1);
@@ -219,31 +231,95 @@ TEST_F(DirectEngineRun, survivesAnEngineThatThrowsForAChunk) {
     EXPECT_TRUE(log.contains(u"❌ Direct Engine AssemblyAIDirectEngine Fehler: HTTP 500"_s));
 }
 
-TEST_F(DirectEngineRun, disconnectsTheEngineBeforeItStopsTheSource) {
+TEST_F(DirectEngineRun, disconnectsTheEngineBehindTheLastSound) {
     useStreaming();
-    int stillCapturing = 0;
+    qsizetype before = 0;
+    engine->onDisconnect = [&] { before = engine->audio.size(); };
+    startRun();
+    for (int block = 0; block < 20; ++block) {
+        deliver(100);
+    }
+    stopAndWait();
+    EXPECT_EQ(engine->disconnects, 1);
+    EXPECT_EQ(before, 20);
+}
+
+TEST_F(DirectEngineRun, disconnectsTheEngineOfAnImmediateStopBeforeItStopsTheSource) {
+    useStreaming();
+    bool stillCapturing = false;
     engine->onDisconnect = [&] {
         const float sample = 0.0F;
-        stillCapturing +=
-            capture.deliver({.firstChannel = &sample, .frames = 1, .stride = 1}) ? 1 : 0;
+        stillCapturing = capture.deliver({.firstChannel = &sample, .frames = 1, .stride = 1});
     };
     startRun();
-    stopAndWait();
-    EXPECT_EQ(stillCapturing, 1);
-    startRun();
     manager->stopCaptureSync();
-    EXPECT_EQ(stillCapturing, 2);
+    EXPECT_TRUE(stillCapturing);
     EXPECT_TRUE(engine->audio.isEmpty());
 }
 
-TEST_F(DirectEngineRun, bringsTheLastResultOfAGracefulStopButNotIntoTheClosedTranscript) {
+TEST_F(DirectEngineRun, waitsForTheLastResultsAndClosesTheTranscriptBehindThem) {
+    sendOneChunkSlowly();
+    bool stopped = false;
+    manager->stopCapture([&] { stopped = true; });
+    engine->bring(u"last"_s, u"último"_s);
+    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
+    EXPECT_TRUE(manager->isCapturing());
+    engine->answers.first().complete(true);
+    ASSERT_TRUE(waitUntil([&] { return stopped; }));
+    EXPECT_EQ(fannedOut.value(0), u"published: last|último"_s);
+    EXPECT_TRUE(
+        onlyFile(u"transcript_*.txt"_s).endsWith(u"Original: last\nTranslation: último\n\n"_s));
+    EXPECT_EQ(engine.use_count(), 1) << "given up";
+}
+
+TEST_F(DirectEngineRun, givesUpLastResultsThatDoNotCome) {
+    timings.lastAnswers = 1ms;
+    sendOneChunkSlowly();
+    stopAndWait();
+    EXPECT_EQ(log.count(u"⚠️ Letzte Ergebnisse kamen nicht rechtzeitig"_s), 1);
+    engine->answers.first().complete(true);
+    test::drainEvents();
+    EXPECT_TRUE(fannedOut.isEmpty());
+    EXPECT_TRUE(onlyFile(u"transcript_*.txt"_s).endsWith(u"=\n\n"_s));
+    EXPECT_EQ(engine.use_count(), 1);
+}
+
+TEST_F(DirectEngineRun, canStartAgainWhileItWaitsForTheLastResults) {
+    sendOneChunkSlowly();
+    const std::shared_ptr<FakeEngine> first = engine;
+    manager->stopCapture({});
     useChunked();
     startRun();
-    stopAndWait();
-    engine->onTranslation(u"last"_s, u"último"_s);
-    ASSERT_TRUE(waitUntil([&] { return fannedOut.size() == 2; }));
-    EXPECT_EQ(fannedOut.value(0), u"published: last|último"_s);
-    EXPECT_TRUE(onlyFile(u"transcript_*.txt"_s).endsWith(u"=\n\n"_s));
+    first->answers.first().complete(true);
+    test::drainEvents();
+    EXPECT_EQ(first.use_count(), 1);
+    EXPECT_TRUE(manager->isCapturing());
+    EXPECT_TRUE(fannedOut.isEmpty());
+}
+
+TEST_F(DirectEngineRun, hasNoMoreBlocksUnderWayThanTheEngineTakes) {
+    useChunked();
+    engine->isSlow = true;
+    engine->atOnce = 2;
+    DirectEngineSession session(engine, u"Azure"_s, 1h, nullptr);
+    session.open({});
+    for (const char* block : {"one", "two", "three"}) {
+        session.sendAudio(block);
+    }
+    EXPECT_EQ(engine->audio, (QList<QByteArray>{"one", "two"}));
+    engine->answers[1].complete(true);
+    EXPECT_EQ(engine->audio.size(), 3);
+    bool drained = false;
+    QObject::connect(&session, &DirectEngineSession::drained, [&] { drained = true; });
+    session.end();
+    engine->answers[0].complete(true);
+    test::drainEvents();
+    EXPECT_EQ(engine->disconnects, 0);
+    EXPECT_FALSE(drained);
+    engine->answers[2].complete(true);
+    test::drainEvents();
+    EXPECT_EQ(engine->disconnects, 1);
+    EXPECT_TRUE(drained);
 }
 
 TEST_F(DirectEngineRun, bringsNoResultOfARunIntoTheNext) {
@@ -254,7 +330,7 @@ TEST_F(DirectEngineRun, bringsNoResultOfARunIntoTheNext) {
     useChunked();
     startRun();
     EXPECT_EQ(first.use_count(), 1) << "given up";
-    first->onTranslation(u"late"_s, u"tarde"_s);
+    first->bring(u"late"_s, u"tarde"_s);
     test::drainEvents();
     EXPECT_TRUE(fannedOut.isEmpty());
 }
@@ -277,7 +353,7 @@ TEST_F(DirectEngineRun, tellsPeopleWhatTheServiceRefusesUntilItBringsAResult) {
     EXPECT_EQ(news.disturbances.first().notice.parameters, expected.parameters);
     EXPECT_EQ(news.disturbances.first().status, u"error"_s);
     EXPECT_TRUE(log.contains(u"❌ Direct Engine AzureDirectEngine Fehler: HTTP 403"_s));
-    engine->onTranslation(u"hello"_s, u"hola"_s);
+    engine->bring(u"hello"_s, u"hola"_s);
     EXPECT_TRUE(waitUntil([&] { return news.disturbances.isEmpty(); }));
 }
 
@@ -324,27 +400,48 @@ TEST_F(DirectEngineRun, fallsBackToTheBackendsChunksWhenAChunkedEngineCannotConn
     EXPECT_TRUE(engine->audio.isEmpty());
 }
 
-TEST_F(DirectEngineRun, losesTheOldestOfMoreThanFitsTheMemoryAndSaysSo) {
+TEST_F(DirectEngineRun, dropsWhatHasWaitedForTooLongAndSaysHowMuch) {
     useChunked();
-    DirectEngineSession session(engine, u"Azure"_s, nullptr);
-    for (char block = 1; block <= 34; ++block) {
-        session.sendAudio(QByteArray(1 << 20, block)); // Waits for the connection.
-    }
+    engine->isSlow = true;
+    DirectEngineSession session(engine, u"Azure"_s, 0ms, nullptr);
+    QList<StatusMessage> faults;
+    QObject::connect(&session, &DirectEngineSession::faultArrived,
+                     [&](const StatusMessage& fault) { faults.append(fault); });
     session.open({});
-    ASSERT_EQ(engine->audio.size(), 32);
-    EXPECT_EQ(engine->audio.first().front(), 3);
-    EXPECT_EQ(engine->audio.last().front(), 34);
-    EXPECT_EQ(
-        log.count(
-            u"⚠️ Direct Engine AzureDirectEngine: Rückstau, ältester Block verworfen"_s),
-        2);
+    session.sendAudio("first");
+    session.sendAudio(QByteArray(48000, '\0')); // Half a second.
+    session.sendAudio(QByteArray(96000, '\0'));
+    engine->answers.first().complete(true);
+    test::drainEvents();
+    EXPECT_EQ(engine->audio.size(), 1);
+    EXPECT_TRUE(log.contains(u"⚠️ Direct Engine AzureDirectEngine: 1.5 s Ton verworfen, der "
+                             "zu lange gewartet hat"_s));
+    ASSERT_EQ(faults.size(), 1);
+    EXPECT_EQ(faults.first().status, u"warning"_s);
+    EXPECT_EQ(faults.first().notice.code, u"service.too_slow"_s);
+    EXPECT_EQ(faults.first().notice.parameters.value(u"said"_s), u"1.5 s"_s);
+}
+
+TEST_F(DirectEngineRun, saysNowAndThenWhatItDropsWhileNothingGoesThrough) {
+    useStreaming();
+    engine->isSlow = true;
+    DirectEngineSession session(engine, u"AssemblyAI"_s, 0ms, nullptr);
+    session.open({});
+    session.sendAudio("first");
+    for (int block = 0; block < 120; ++block) {
+        session.sendAudio(QByteArray(9600, '\0')); // A tenth of a second.
+    }
+    EXPECT_EQ(log.count(u"⚠️ Direct Engine AssemblyAIDirectEngine: 5.0 s Ton verworfen, der zu "
+                        "lange gewartet hat"_s),
+              2);
+    engine->answers.first().complete(true);
 }
 
 TEST_F(DirectEngineRun, dropsResultsThatComeAfterAnImmediateStop) {
     useChunked();
     startRun();
     manager->stopCaptureSync();
-    engine->onTranslation(u"late"_s, u"tarde"_s);
+    engine->bring(u"late"_s, u"tarde"_s);
     test::drainEvents();
     EXPECT_TRUE(fannedOut.isEmpty());
 }

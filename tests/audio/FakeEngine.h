@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CloudSTTEngine.h"
+#include "Completion.h"
 #include "ServiceError.h"
 
 #include <QStringList>
@@ -24,6 +25,8 @@ class FakeEngine : public CloudSTTEngine {
     QString name() const override { return name_; }
 
     bool isStreaming() const override { return streaming_; }
+
+    int requestsAtOnce() const override { return atOnce; }
 
     bool supportsTranslation() const override { return translates_; }
 
@@ -55,7 +58,17 @@ class FakeEngine : public CloudSTTEngine {
         if (sendError) {
             throw std::runtime_error(sendError->toStdString());
         }
-        co_return;
+        if (isSlow) {
+            const Completion<bool> answer = answers.emplace_back();
+            co_await Completion(answer);
+        }
+    }
+
+    /// A result, if anybody is left who wants it.
+    void bring(const QString& original, const QString& translation) {
+        if (const auto callback = onTranslation) {
+            callback(original, translation);
+        }
     }
 
     QString translationKey;
@@ -64,6 +77,9 @@ class FakeEngine : public CloudSTTEngine {
     std::optional<ServiceFault> connectFault; ///< Beside `connectError`.
     std::optional<QString> sendError;
     std::optional<ServiceFault> sendFault; ///< Beside `sendError`.
+    int atOnce = 1;
+    bool isSlow = false; ///< Each block is done with once its answer is completed.
+    QList<Completion<bool>> answers;
     QList<QByteArray> audio;
     int disconnects = 0;
     std::function<void()> onDisconnect;

@@ -115,6 +115,15 @@ TEST(AssemblyAIStream, bringsEveryTurnOnceInEveryModel) {
     }
 }
 
+TEST(AssemblyAIStream, aTagForSilenceIsNoLine) {
+    Stream session({u"--fault"_s, u"tags"_s});
+    session.connect(u"ta"_s);
+    speak(*session.engine, quiet(6s) + utterances(1));
+    finish(session.engine->disconnect());
+    EXPECT_EQ(session.reports.results.size(), 1);
+    session.expectNoMisuse();
+}
+
 TEST(AssemblyAIStream, bringsTheLastWordsAtTheEnd) {
     Stream session;
     session.connect();

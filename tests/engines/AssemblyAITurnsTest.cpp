@@ -38,5 +38,17 @@ TEST(AssemblyAITurns, ofAModelThatSaysThemOnceGoAtOnce) {
     EXPECT_EQ(turns.take(turn(2, true, true, u"Zwei."_s)), QStringList(u"Zwei."_s));
 }
 
+TEST(AssemblyAITurns, ofTagsAreNoSpeech) {
+    const auto linesOf = [](const QString& text) {
+        return AssemblyAITurns(false).take(turn(0, true, true, text));
+    };
+    for (const QString& tag : {u"[Silence]"_s, u"[Music] [Applause]."_s, u" "_s}) {
+        EXPECT_TRUE(linesOf(tag).isEmpty()) << tag.toStdString();
+    }
+    for (const QString& spoken : {u"[Music] Hello"_s, u"Hello [there]"_s, u"[there"_s}) {
+        EXPECT_EQ(linesOf(spoken), QStringList(spoken));
+    }
+}
+
 } // namespace
 } // namespace orv

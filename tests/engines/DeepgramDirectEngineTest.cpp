@@ -229,7 +229,7 @@ TEST(DeepgramDirectEngine, givesUpAServiceThatNeverAnswers) {
 }
 
 TEST(DeepgramDirectEngine, givesUpAServiceThatTakesNothingMore) {
-    DeepgramSession session({u"--key"_s, u"SECRET"_s}, {.streamRequest = 3s});
+    DeepgramSession session({u"--key"_s, u"SECRET"_s}, {.streamStall = 3s});
     finish(session.engine->connect(config));
     ASSERT_TRUE(session.waitForOpen());
     session.service.freeze();

@@ -351,6 +351,9 @@ TEST(EngineTimings, areTheProgramsOwn) {
     using namespace std::chrono_literals;
     const EngineTimings timings;
     EXPECT_EQ(timings.streamRequest, 60s);
+    EXPECT_EQ(timings.streamStall, 7s);
+    EXPECT_EQ(timings.ping, 2s);
+    EXPECT_EQ(timings.oldestSpeech, 15s);
     EXPECT_EQ(timings.keepAlive, 5s);
     EXPECT_EQ(timings.streamFarewell, 1s);
     EXPECT_EQ(timings.recognition, 15s);

@@ -72,6 +72,7 @@ class SettingsWindowFixture : public ::testing::Test {
         return makeSettingsWindow({.disk = disk,
                                    .settings = settings,
                                    .engines = engines,
+                                   .endpoints = endpoints,
                                    .l10n = l10n,
                                    .dialogs = dialogs,
                                    .chooser = chooser,
@@ -216,6 +217,7 @@ class SettingsWindowFixture : public ::testing::Test {
     NullAppearance appearance;
     Look look{appearance};
     const EngineCatalogue engines;
+    ServiceEndpoints endpoints;
     SerialQueue disk{QStringLiteral("test.disk")};
     DefaultsStore store{disk, home.filePath(QStringLiteral("defaults.json"))};
     bool registered = (registerDefaultSettings(store), true); ///< Before the settings load.

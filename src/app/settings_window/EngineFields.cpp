@@ -8,6 +8,7 @@
 #include "EngineDescriptor.h"
 #include "FieldCombo.h"
 #include "KeyField.h"
+#include "KeyTrialRow.h"
 #include "PortField.h"
 #include "Section.h"
 #include "SettingsActions.h"
@@ -36,6 +37,7 @@ class EngineCard {
         , context_(context)
         , bindings_(context.bindings)
         , settings_(context.environment.settings)
+        , engine_(engine)
         , section_(
               [&bindings = context.bindings, &engine] { return engineName(engine, bindings); }) {
         QLabel* heading = card.addHeading();
@@ -72,6 +74,31 @@ class EngineCard {
                            reveal);
         });
         bindings_.bind(edit->edit(), settings_.*field.text, Blanks::Trimmed);
+        if (field.questions) {
+            card_.rows()->addWidget(new KeyTrialRow(trialOf(field), bindings_, section_, &card_));
+        }
+    }
+
+    KeyTrialRow::Subject trialOf(const EngineField& field) {
+        const Setting<QString>& key = settings_.*field.text;
+        std::vector<const AnySetting*> asked = {&key};
+        for (const EngineField& other : engine_.fields) {
+            if (other.config != nullptr && other.text != field.text) {
+                asked.push_back(&(settings_.*other.text));
+            }
+        }
+        const bool isEnginesOwn = field.product.isEmpty();
+        return {.product = isEnginesOwn ? engine_.productName() : field.product,
+                .prefix = isEnginesOwn ? QString() : field.product + u": "_s,
+                .key = [&key] { return key.get(); },
+                .questions =
+                    [&settings = settings_, &engine = engine_, &field,
+                     &endpoints = context_.environment.endpoints] {
+                        CloudEngineConfig config = engine.configFrom(settings);
+                        config.apiKey = (settings.*field.text).get();
+                        return field.questions(endpoints, config);
+                    },
+                .settings = std::move(asked)};
     }
 
     void addText(const EngineField& field) {
@@ -149,8 +176,18 @@ class EngineCard {
     const TabContext& context_;
     Bindings& bindings_;
     TranslationSettings& settings_;
+    const EngineDescriptor& engine_;
     SectionName section_;
 };
+
+/// What leaves the computer, and where it goes.
+void addDestination(Card& card, Bindings& bindings, const EngineDescriptor& engine) {
+    QLabel* hint = makeHint(&card);
+    card.rows()->addWidget(hint);
+    bindings.translated(static_cast<QObject*>(hint), [hint, &bindings, &engine] {
+        hint->setText(bindings.text(u"settings.engine.leaves"_s).arg(engine.soundGoesTo));
+    });
+}
 
 } // namespace
 
@@ -170,6 +207,9 @@ void addEngineFields(CardColumn& column, const TabContext& context,
     }
     if (!engine.hintKey.isEmpty()) {
         addHint(*card, context.bindings, engine.hintKey);
+    }
+    if (!engine.soundGoesTo.isEmpty()) {
+        addDestination(*card, context.bindings, engine);
     }
     const Setting<QString>& chosen = context.environment.settings.sttEngine;
     context.bindings.follow(

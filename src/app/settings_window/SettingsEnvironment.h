@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OutputCards.h"
+#include "ServiceEndpoints.h"
 #include "UserPaths.h"
 
 #include <vector>
@@ -26,6 +27,7 @@ struct SettingsEnvironment {
     SerialQueue& disk; ///< The queue for files.
     TranslationSettings& settings;
     const EngineCatalogue& engines;
+    const ServiceEndpoints& endpoints;
     L10n& l10n;
     Dialogs& dialogs;
     FileChooser& chooser;

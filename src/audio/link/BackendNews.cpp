@@ -69,7 +69,8 @@ void BackendNews::serviceServes(const Result& result) {
     const bool isTranslated =
         !result.translation.isEmpty() && result.translation != result.original;
     disturbances.removeIf([&](const StatusMessage& each) {
-        return isOfService(each) && (isTranslated || !isOfTranslation(each));
+        const bool isMadeGood = isTranslated || !isOfTranslation(each);
+        return isOfService(each) && isMadeGood && each.notice.code != u"service.too_slow";
     });
 }
 

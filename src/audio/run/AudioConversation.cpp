@@ -74,6 +74,7 @@ void AudioRun::translateOnClient(const QString& original) {
                 });
         connect(translation_.get(), &ClientTranslation::faultArrived, this,
                 &AudioRun::backendStatusArrived);
+        connect(translation_.get(), &ClientTranslation::idle, this, &AudioRun::endWhenDone);
     }
     translation_->translate(original, run.targetLang, environment_.settings.googleApiKey.get());
 }
@@ -130,6 +131,10 @@ void AudioRun::startDirectEngine() {
     connect(session, &DirectEngineSession::faultArrived, this, &AudioRun::receiveFault);
     connect(session, &DirectEngineSession::blockAccepted, this, &AudioRun::receiveProcessed);
     connect(session, &DirectEngineSession::openFailed, this, &AudioRun::abandonDirectEngine);
+    connect(session, &DirectEngineSession::drained, this, [this] {
+        directEngine_.reset();
+        endWhenDone();
+    });
     sound_.sender.setPcmSink(session->pcmSink());
     if (session->isStreaming()) {
         sound_.ingest.setStreamTap([&sender = sound_.sender](std::span<const float> samples) {
@@ -165,6 +170,7 @@ void AudioRun::abandonDirectEngine() {
     sound_.chunker.setRoute(ChunkRoute::Backend);
     sound_.sender.endPcmSink();
     directEngine_.reset();
+    endWhenDone();
 }
 
 } // namespace orv

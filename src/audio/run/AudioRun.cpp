@@ -26,6 +26,9 @@ AudioRun::AudioRun(const AudioEnvironment& environment,
     readyTimer_.setTimerType(Qt::PreciseTimer); // A coarse one may end before its time.
     readyTimer_.setSingleShot(true);
     connect(&readyTimer_, &QTimer::timeout, this, &AudioRun::linkReady);
+    lastAnswersTimer_.setSingleShot(true);
+    lastAnswersTimer_.setInterval(environment.timings.lastAnswers);
+    connect(&lastAnswersTimer_, &QTimer::timeout, this, &AudioRun::giveServicesUp);
 }
 
 void AudioRun::start(const SourceChoice& source) {
@@ -76,17 +79,20 @@ void AudioRun::linkFailed(const QString& error) {
 
 void AudioRun::stop() {
     ORV_ON_MAIN();
+    isStopping_ = true;
     watch_.end();
     readyTimer_.stop();
     finishDirectEngine();
     sound_.stopListening();
     // Behind the last chunk, which may still be on its way through the sender.
     sound_.sender.endPcmSink();
-    if (!sound_.chunker.isConnected()) {
-        finish();
-        Q_EMIT ended();
-        return;
+    if (sound_.chunker.isConnected()) {
+        beginGracefulStop();
     }
+    awaitServices();
+}
+
+void AudioRun::beginGracefulStop() {
     GracefulStop::Steps& steps = *this;
     gracefulStop_ = std::make_unique<GracefulStop>(
         steps, GracefulStop::Timings{.lastBuffer = environment_.timings.lastBufferSend,
@@ -119,10 +125,38 @@ void AudioRun::stepsDone() {
     post(this, [this] {
         if (gracefulStop_) {
             gracefulStop_.reset();
-            finish();
-            Q_EMIT ended();
+            awaitServices();
         }
     });
+}
+
+/// Services get some time from the stop on, and those that translate what the speech server still
+/// recognises once more from its last result on.
+void AudioRun::awaitServices() {
+    if (isAwaitingServices() && !lastAnswersTimer_.isActive()) {
+        lastAnswersTimer_.start();
+    }
+    endWhenDone();
+}
+
+void AudioRun::giveServicesUp() {
+    ORV_ON_MAIN();
+    logLine(u"⚠️ Letzte Ergebnisse kamen nicht rechtzeitig");
+    directEngine_.reset();
+    translation_.reset();
+    endWhenDone();
+}
+
+bool AudioRun::isAwaitingServices() const {
+    return directEngine_ || (translation_ && !translation_->isIdle());
+}
+
+void AudioRun::endWhenDone() {
+    if (!isStopping_ || gracefulStop_ || isAwaitingServices()) {
+        return;
+    }
+    finish();
+    Q_EMIT ended();
 }
 
 void AudioRun::endAtOnce() {
@@ -144,6 +178,7 @@ void AudioRun::endAtOnce() {
 
 void AudioRun::finish() {
     isOver_ = true;
+    lastAnswersTimer_.stop();
     watch_.end();
     link_.reset();
     sound_.clear();

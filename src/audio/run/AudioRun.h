@@ -29,8 +29,9 @@ struct AudioEnvironment;
 /// server, the direct engine, the translation on this side, the graceful stop. Lives on the main
 /// thread. Whoever gets a signal may destroy the run, but for `noticeRaised` and `serviceServed`.
 ///
-/// After a graceful stop the run is over, but its last words may still bring results as long as it
-/// exists. Destroying it cancels the link and gives up everything; it leaves the sound path alone.
+/// A graceful stop waits for the results of the last words, from the speech server and from the
+/// services, for a limited time each; nothing comes after `ended`. Destroying the run cancels the
+/// link and gives up everything; it leaves the sound path alone.
 class AudioRun : public QObject, private BackendLink::Listener, private GracefulStop::Steps {
     Q_OBJECT
 
@@ -53,7 +54,7 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     /// Ends the run gracefully; `ended` tells when it is over, maybe within the call. Once.
     void stop();
 
-    bool isStopping() const { return gracefulStop_ != nullptr; }
+    bool isStopping() const { return isStopping_; }
 
     /// Ends the run without sending or waiting, also in the midst of a graceful stop. No signal
     /// follows, and the run is only to be destroyed.
@@ -82,6 +83,11 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     void sendFlush() override;
     void sendStop(BackendLink::Sent sent) override;
     void stepsDone() override;
+    void beginGracefulStop();
+    void awaitServices();
+    void giveServicesUp();
+    bool isAwaitingServices() const;
+    void endWhenDone();
     void finish();
 
     // RunAccount.cpp: what is noted of the run.
@@ -116,13 +122,15 @@ class AudioRun : public QObject, private BackendLink::Listener, private Graceful
     QTimer readyTimer_;
     bool isOver_ = false;
     bool isLinkLost_ = false;
+    bool isStopping_ = false;
+    QTimer lastAnswersTimer_; ///< While the stop waits for services.
 
     std::unique_ptr<BackendLink> link_;
     /// Made when it is needed first.
     std::unique_ptr<ClientTranslation> translation_;
     /// Whether sound goes to the direct engine and not to the speech server.
     bool useDirectEngine_ = false;
-    /// Also after a graceful stop: its last result may still come.
+    /// Also while the run is being stopped: its last results may still come.
     std::unique_ptr<DirectEngineSession> directEngine_;
     std::unique_ptr<GracefulStop> gracefulStop_;
     /// Who is told when the server confirms a flush; set while a confirmation is awaited.

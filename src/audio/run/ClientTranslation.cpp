@@ -42,6 +42,9 @@ void ClientTranslation::deliverAnswered() {
         questions_.pop_front();
         Q_EMIT translated({answered.original, *answered.translation});
     }
+    if (!life.ended() && questions_.empty()) {
+        Q_EMIT idle();
+    }
 }
 
 } // namespace orv

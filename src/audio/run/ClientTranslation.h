@@ -27,12 +27,16 @@ class ClientTranslation : public QObject {
     /// Asks for one text's translation.
     void translate(const QString& original, const QString& targetLang, const QString& apiKey);
 
+    /// Whether every text has its answer, and that has been told.
+    bool isIdle() const { return questions_.empty(); }
+
   Q_SIGNALS:
     /// Never within `translate`; the translation is empty when there was none. May destroy the
     /// object.
     void translated(const Result& result);
     /// Why there is no translation; each time. Never within `translate`.
     void faultArrived(const StatusMessage& status);
+    void idle(); ///< Now `isIdle`. May destroy the object.
 
   private:
     struct Question {

@@ -5,9 +5,10 @@
 #include "Log.h"
 #include "ServiceError.h"
 #include "ServiceStatus.h"
+#include "SpeechQueue.h"
 #include "ThreadChecks.h"
 
-#include <deque>
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <utility>
@@ -18,42 +19,37 @@ namespace orv {
 
 namespace {
 
-/// Bytes that wait for the engine: over five minutes of sound at 48 kHz. A service that is slower
-/// than speech must not fill the memory.
-constexpr qsizetype mostWaiting = qsizetype(32) << 20;
+using Clock = SpeechQueue::TimePoint::clock;
+
+/// How much sound is dropped before that is told, as long as none goes through.
+constexpr std::chrono::seconds droppedAtOnce(5);
 
 } // namespace
 
 /// What the coroutines hold on to: they may outlive the session, the engine may not go before them.
 struct DirectEngineSession::State {
+    explicit State(std::chrono::milliseconds oldestSpeech)
+        : waiting(oldestSpeech) {}
+
+    enum class Connection { None, Opening, Open };
+
     std::shared_ptr<CloudSTTEngine> engine;
     QString product;
-    std::function<void(const ServiceFault&)> tellFault;
-    std::deque<QByteArray> waiting;
-    qsizetype waitingBytes = 0;
-    bool connected = false;
-    bool sending = false;
+    std::int64_t sampleRate = 48000;
+    SpeechQueue waiting;
+    Connection connection = Connection::None;
+    int underWay = 0;       ///< Calls of the engine's `sendAudio`.
+    bool isPumping = false; ///< Inside `sendWaiting`.
     bool ended = false;
     bool drains = false; ///< Ended; disconnects once nothing waits any more.
     bool disconnected = false;
+    bool abandoned = false; ///< The engine goes as soon as it is disconnected.
+    std::function<void(const ServiceFault&)> tellFault;
     std::function<void()> blockDone; ///< Told after each block.
-    bool abandoned = false;          ///< The engine goes as soon as it is disconnected.
+    std::function<void()> drained;   ///< Told once.
 
-    void enqueue(QByteArray pcm) {
-        waitingBytes += pcm.size();
-        waiting.push_back(std::move(pcm));
-    }
-
-    QByteArray dequeue() {
-        QByteArray pcm = std::move(waiting.front());
-        waiting.pop_front();
-        waitingBytes -= pcm.size();
-        return pcm;
-    }
-
-    void dropWaiting() {
-        waiting.clear();
-        waitingBytes = 0;
+    std::chrono::milliseconds lengthOf(qsizetype bytes) const {
+        return std::chrono::milliseconds(bytes / 2 * 1000 / sampleRate);
     }
 };
 
@@ -84,10 +80,18 @@ std::optional<ServiceFault> faultIn(const std::exception& error) {
 template <typename StatePtr>
 void tellError(StatePtr state, const std::exception& error) {
     logEngineError(*state->engine, error);
-    const auto fault = faultIn(error);
-    if (fault && state->tellFault) {
+    if (const auto fault = faultIn(error)) {
         state->tellFault(*fault);
     }
+}
+
+template <typename StatePtr>
+void tellDropped(StatePtr state) {
+    const auto length = state->lengthOf(state->waiting.takeDropped());
+    const QString seconds = QString::number(static_cast<double>(length.count()) / 1000, 'f', 1);
+    logLine(u"⚠️ Direct Engine "_s + state->engine->name() + u": "_s + seconds +
+            u" s Ton verworfen, der zu lange gewartet hat"_s);
+    state->tellFault({ServiceFault::Kind::TooSlow, seconds + u" s"_s});
 }
 
 /// Coroutines take what they need by value: a lambda's captures die with the lambda.
@@ -97,29 +101,55 @@ QCoro::Task<> disconnectEngine(StatePtr state) {
     state->disconnected = true;
     if (state->abandoned) {
         state->engine.reset(); // Gives up what is under way.
+    } else {
+        state->drained();
     }
 }
 
 template <typename StatePtr>
-QCoro::Task<> sendWaiting(StatePtr state) {
-    if (!state->connected || state->sending) {
+void sendWaiting(StatePtr state, SpeechQueue::TimePoint now = Clock::now());
+
+template <typename StatePtr>
+QCoro::Task<> sendBlock(StatePtr state, QByteArray pcm) {
+    ++state->underWay;
+    try {
+        co_await state->engine->sendAudio(pcm);
+    } catch (const std::exception& error) {
+        if (!state->abandoned) {
+            tellError(state, error);
+        }
+    }
+    --state->underWay;
+    if (state->abandoned) {
         co_return;
     }
-    state->sending = true;
-    while (!state->waiting.empty()) {
-        try {
-            co_await state->engine->sendAudio(state->dequeue());
-        } catch (const std::exception& error) {
-            if (!state->abandoned) {
-                tellError(state, error);
-            }
-        }
-        if (state->blockDone) {
-            state->blockDone();
-        }
+    if (state->blockDone) {
+        state->blockDone();
     }
-    state->sending = false;
-    if (std::exchange(state->drains, false)) {
+    sendWaiting(state);
+}
+
+/// Sends what may go now, and disconnects behind the last of it.
+template <typename StatePtr>
+void sendWaiting(StatePtr state, SpeechQueue::TimePoint now) {
+    using Connection = decltype(state->connection);
+    if (std::exchange(state->isPumping, true)) {
+        return; // A block that was done at once; the loop below goes on.
+    }
+    while (state->connection == Connection::Open &&
+           state->underWay < state->engine->requestsAtOnce()) {
+        auto pcm = state->waiting.take(now);
+        if (state->waiting.dropped() > 0) {
+            tellDropped(state);
+        }
+        if (!pcm) {
+            break;
+        }
+        sendBlock(state, *std::move(pcm));
+    }
+    state->isPumping = false;
+    if (state->drains && state->waiting.isEmpty() && state->underWay == 0) {
+        state->drains = false;
         disconnectEngine(state);
     }
 }
@@ -127,21 +157,27 @@ QCoro::Task<> sendWaiting(StatePtr state) {
 template <typename StatePtr>
 QCoro::Task<> connectEngine(StatePtr state, CloudEngineConfig config, DirectEngineSession* session,
                             PostTarget::Handle target) {
+    using Connection = decltype(state->connection);
+    state->connection = Connection::Opening;
     try {
         co_await state->engine->connect(config);
-        if (state->ended) {
-            co_return;
+        if (state->ended && !state->drains) {
+            co_return; // Disconnected again.
         }
         logLine(u"✅ Direct Engine "_s + state->engine->name() + u" verbunden"_s);
-        state->connected = true;
-        sendWaiting(state);
+        state->connection = Connection::Open;
     } catch (const std::exception& error) {
-        if (state->ended) {
+        state->connection = Connection::None;
+        if (state->abandoned) {
             co_return;
         }
         tellError(state, error);
-        target.post([session] { Q_EMIT session->openFailed(); });
+        state->waiting.clear();
+        if (!state->ended) {
+            target.post([session] { Q_EMIT session->openFailed(); });
+        }
     }
+    sendWaiting(state);
 }
 
 /// Brings sound from the send queue to its session.
@@ -169,9 +205,9 @@ class Inlet : public PcmSink {
 } // namespace
 
 DirectEngineSession::DirectEngineSession(
-    std::shared_ptr<CloudSTTEngine> engine, QString product,
+    std::shared_ptr<CloudSTTEngine> engine, QString product, std::chrono::milliseconds oldestSpeech,
     std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter)
-    : state_(std::make_shared<State>())
+    : state_(std::make_shared<State>(oldestSpeech))
     , directTranscriptWriter_(std::move(directTranscriptWriter))
     , target_(std::make_unique<PostTarget>()) {
     ORV_ON_MAIN();
@@ -181,6 +217,9 @@ DirectEngineSession::DirectEngineSession(
                          product = state_->product](const ServiceFault& fault) {
         target.post(
             [this, status = serviceStatus(product, fault)] { Q_EMIT faultArrived(status); });
+    };
+    state_->drained = [this, target = target_->handle()] {
+        target.post([this] { Q_EMIT drained(); });
     };
     state_->engine->onFault = state_->tellFault;
     state_->engine->onTranslation = [this, target = target_->handle(),
@@ -209,19 +248,23 @@ DirectEngineSession::~DirectEngineSession() {
     ORV_ON_MAIN();
     target_.reset();
     finish();
-    end();
     state_->abandoned = true;
-    state_->dropWaiting();
-    if (std::exchange(state_->drains, false)) {
+    state_->engine->onTranslation = {};
+    state_->waiting.clear();
+    if (!std::exchange(state_->ended, true) || std::exchange(state_->drains, false)) {
         disconnectEngine(state_);
     }
     if (state_->disconnected) {
         state_->engine.reset();
     }
+    if (directTranscriptWriter_) {
+        directTranscriptWriter_->close();
+    }
 }
 
 void DirectEngineSession::open(const CloudEngineConfig& config) {
     ORV_ON_MAIN();
+    state_->sampleRate = config.sampleRate;
     connectEngine(state_, config, this, target_->handle());
 }
 
@@ -234,26 +277,18 @@ void DirectEngineSession::sendAudio(QByteArray pcm) {
     if (state_->ended) {
         return;
     }
-    state_->enqueue(std::move(pcm));
-    if (state_->waitingBytes > mostWaiting) {
-        state_->dequeue();
-        logLine(u"⚠️ Direct Engine "_s + state_->engine->name() +
-                u": Rückstau, ältester Block verworfen"_s);
+    const auto now = Clock::now();
+    state_->waiting.add(std::move(pcm), now);
+    if (state_->lengthOf(state_->waiting.dropped()) >= droppedAtOnce) {
+        tellDropped(state_);
     }
-    sendWaiting(state_);
+    sendWaiting(state_, now);
 }
 
 void DirectEngineSession::finish() {
     ORV_ON_MAIN();
     // That its connection is over now is no news.
     state_->engine->onStatus = {};
-    if (directTranscriptWriter_) {
-        directTranscriptWriter_->close();
-        directTranscriptWriter_.reset();
-    }
-    if (isStreaming()) {
-        end();
-    }
 }
 
 void DirectEngineSession::end() {
@@ -261,13 +296,11 @@ void DirectEngineSession::end() {
     if (std::exchange(state_->ended, true)) {
         return;
     }
-    if (isStreaming() || !state_->connected) {
-        state_->dropWaiting();
+    if (state_->connection == State::Connection::None) {
+        state_->waiting.clear();
     }
-    state_->drains = !state_->waiting.empty();
-    if (!state_->drains) {
-        disconnectEngine(state_);
-    }
+    state_->drains = true;
+    sendWaiting(state_);
 }
 
 bool DirectEngineSession::isStreaming() const {

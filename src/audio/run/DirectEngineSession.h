@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 namespace orv {
@@ -22,11 +23,14 @@ class DirectEngineSession : public QObject {
     Q_OBJECT
 
   public:
-    /// The transcript's writer may be null. `product` is the service's name for people.
+    /// The transcript's writer may be null. `product` is the service's name for people, and
+    /// `oldestSpeech` how long sound may wait for its turn.
     DirectEngineSession(std::shared_ptr<CloudSTTEngine> engine, QString product,
+                        std::chrono::milliseconds oldestSpeech,
                         std::shared_ptr<DirectEngineTranscriptWriter> directTranscriptWriter);
 
-    /// Ends, and gives up whatever the engine is still working on.
+    /// Ends, gives up whatever the engine is still working on, and closes the transcript. A stream
+    /// gets its farewell in the background.
     ~DirectEngineSession() override;
 
     /// Starts connecting; says how it went in the log.
@@ -36,26 +40,23 @@ class DirectEngineSession : public QObject {
     /// the session is destroyed.
     std::shared_ptr<PcmSink> pcmSink();
 
-    /// Queues one block of 16-bit PCM. Blocks go to the engine one after the other, once it is
-    /// connected, each when the one before has been accepted. What fails is lost, with a log line,
-    /// and so is the oldest of more than 32 MiB that wait.
+    /// Queues one block of 16-bit PCM. Blocks go to the engine in order, once it is connected, as
+    /// many at once as it takes. What fails is lost, with a log line, and so is what has waited for
+    /// too long; that is told as a fault, too.
     void sendAudio(QByteArray pcm);
 
-    /// The run is over, but for chunks that are on their way: closes the transcript at once and
-    /// reports no status any more. A streaming engine takes nothing more: this is its `end`.
+    /// The run is over, but for what is on its way: reports no status any more.
     void finish();
 
-    /// Takes nothing more and disconnects the engine in the background, after the chunks that wait
-    /// for the answer to another, because they hold the last words that were said. What waits for a
-    /// connection, or for a streaming engine, is dropped. What the engine has already got may still
-    /// bring a result while the session exists.
+    /// Takes nothing more, since nothing more was said. What waits still goes to the engine, which
+    /// is disconnected then; `drained` tells when it has brought everything. Whoever does not want
+    /// to wait for that destroys the session.
     void end();
 
     bool isStreaming() const;
 
   Q_SIGNALS:
-    // Told later than what they are about. Each may destroy the session. After its end there is
-    // only `resultArrived`, as `end` says.
+    // Told later than what they are about. Each may destroy the session.
     void resultArrived(const Result& result);
     /// "connected" or "error", and what to tell the user.
     void statusArrived(const QString& status, const QString& message);
@@ -63,6 +64,7 @@ class DirectEngineSession : public QObject {
     void faultArrived(const StatusMessage& status);
     void blockAccepted(); ///< Or refused: one more block that is not streamed is done with.
     void openFailed();    ///< The session is of no further use.
+    void drained();       ///< After `end`: no result comes any more.
 
   private:
     struct State;

@@ -59,6 +59,7 @@ std::unique_ptr<DirectEngineSession> setupDirectEngine(const AudioEnvironment& e
                                                                     run.sourceLang, run.targetLang);
     }
     return std::make_unique<DirectEngineSession>(std::move(engine), chosen->productName(),
+                                                 environment.engineTimings.oldestSpeech,
                                                  std::move(directTranscriptWriter));
 }
 
@@ -66,18 +67,13 @@ CloudEngineConfig directEngineConfig(const AudioEnvironment& environment,
                                      const RunConfiguration& run) {
     ORV_ON_MAIN();
     const TranslationSettings& settings = environment.settings;
-    CloudEngineConfig config{.sourceLang = run.sourceLang,
-                             .targetLang = run.targetLang,
-                             .apiKey = {},
-                             .region = {},
-                             .sampleRate = 48000};
+    CloudEngineConfig config;
     if (const EngineDescriptor* chosen = environment.engines.find(settings.sttEngine.get())) {
-        for (const EngineField& field : chosen->fields) {
-            if (field.config != nullptr) {
-                config.*field.config = (settings.*field.text).get();
-            }
-        }
+        config = chosen->configFrom(settings);
     }
+    config.sourceLang = run.sourceLang;
+    config.targetLang = run.targetLang;
+    config.sampleRate = 48000;
     return config;
 }
 

@@ -2,7 +2,8 @@
 
   http_service.py [--tls]
 
-Says: listening {port, certificate}, request {id, method, path, headers, body: base64}.
+Says: listening {port, certificate}, request {id, method, path, headers, body: base64}, and answered {id}
+once the answer is with the client's system.
 Answers a request as it is told, by its id, or all as told once for all:
   {"answer": id, ...} or {"always": true, ...} with
     "status": 200, "body": text, "bodyBase64": base64, "headers": {},
@@ -38,6 +39,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
             condition.wait_for(lambda: always is not None or request in answers)
             answer = answers.get(request, always)
         self.answer(answer)
+        say(event="answered", id=request)
 
     def answer(self, answer: dict) -> None:
         body = answer.get("body", "").encode()

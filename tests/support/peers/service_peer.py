@@ -46,7 +46,7 @@ def tls_context(name=None):
         ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
          "-nodes", "-keyout", key, "-out", certificate, "-days", "2", "-subj",
          f"/CN={name or '127.0.0.1'}", "-addext",
-         f"subjectAltName=DNS:{name}" if name else "subjectAltName=IP:127.0.0.1"],
+         f"subjectAltName=DNS:{name}" if name else "subjectAltName=IP:127.0.0.1,IP:10.77.0.2"],
         check=True, capture_output=True)
     context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
     context.load_cert_chain(certificate, key)
