@@ -4,8 +4,10 @@
 run.py MODULE.CLASS.METHOD   runs one test
 run.py --list                says what there is, a line each, fields parted by "|":
                              name, what to run, whether sanitizers run it too, whether it uses
-                             the speech server's port, whether it is in real time
+                             the speech server's port, whether it is in real time, whether it
+                             needs a weak network
 run.py --can-isolate         succeeds where a process may have a network of its own
+run.py --can-weaken          succeeds where it may make a weak one, too
 """
 
 import os
@@ -16,6 +18,7 @@ import unittest
 FOLDER = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(FOLDER))
 
+from harness import weak_network  # noqa: E402
 from harness.isolation import isolate  # noqa: E402
 
 
@@ -48,7 +51,8 @@ def line_of(module, case, method):
     return "|".join((f"{case.__name__}.{name}", f"{module}.{case.__name__}.{method}",
                      "journey" if name in journeys else "",
                      "port" if getattr(case, "USES_PORT", False) else "",
-                     "real-time" if getattr(case, "REAL_TIME", False) else ""))
+                     "real-time" if getattr(case, "REAL_TIME", False) else "",
+                     "weak network" if getattr(case, "NEEDS_WEAK_NETWORK", False) else ""))
 
 
 def main():
@@ -58,6 +62,8 @@ def main():
     reason = isolate()
     if sys.argv[1:] == ["--can-isolate"]:
         sys.exit(1 if reason else 0)
+    if sys.argv[1:] == ["--can-weaken"]:
+        sys.exit(1 if reason or not weak_network.can_be_had() else 0)
     if reason:
         print(f"No network of its own for this test ({reason}): it uses the machine's, and tests "
               "that need the speech server's port take turns.", file=sys.stderr)

@@ -7,6 +7,7 @@ import unittest
 
 from harness.isolation import isolate
 from harness.speech import align, word_errors
+from harness.weak_network import WeakNetwork
 
 
 class Harness(unittest.TestCase):
@@ -47,6 +48,51 @@ class Harness(unittest.TestCase):
                 return 1
         with socket.create_server(("127.0.0.1", port)) as theirs, socket.socket() as caller:
             return caller.connect_ex(theirs.getsockname())
+
+
+class WeakNetworks(unittest.TestCase):
+    NEEDS_WEAK_NETWORK = True
+
+    def setUp(self):
+        self.server = self.enterContext(socket.create_server(("127.0.0.1", 0)))
+        self.network = self.enterContext(WeakNetwork())
+        host, port = self.network.stand_for(self.server.getsockname()[1]).split(":")
+        self.address = host, int(port)
+        self.caller = self.call()
+        self.called = self.enterContext(self.server.accept()[0])
+
+    def call(self):
+        caller = self.enterContext(socket.create_connection(self.address))
+        caller.settimeout(0.2)
+        return caller
+
+    def ask(self):
+        """What comes back for what is sent, if anything does in time."""
+        self.caller.sendall(b"x")
+        self.called.sendall(self.called.recv(1))
+        return self.caller.recv(1)
+
+    def test_it_carries_and_loses_nothing_by_itself(self):
+        self.assertEqual(self.ask(), b"x")
+
+    def test_what_is_swallowed_comes_once_the_network_is_back(self):
+        self.network.swallow()
+        self.caller.sendall(b"x")
+        self.called.settimeout(0.2)
+        with self.assertRaises(TimeoutError):
+            self.called.recv(1)
+        self.network.swallow(False)
+        self.called.settimeout(None)
+        self.assertEqual(self.called.recv(1), b"x")
+
+    def test_another_address_leaves_the_old_connections_behind(self):
+        before = self.caller.getsockname()
+        self.network.move()
+        self.caller.sendall(b"x")
+        self.called.settimeout(0.2)
+        with self.assertRaises(TimeoutError):
+            self.called.recv(1)
+        self.assertNotEqual(self.call().getsockname()[0], before[0])
 
 
 if __name__ == "__main__":

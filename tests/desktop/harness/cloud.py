@@ -13,6 +13,7 @@ import json
 import pathlib
 import subprocess
 import threading
+import traceback
 import urllib.parse
 import wave
 
@@ -35,23 +36,29 @@ def translated(text):
 
 
 class Peer:
-    """A process that runs `script`. Whatever it says goes to `take`, on a thread of its own."""
+    """A process that runs `script`. Whatever it says goes to `take`, on a thread of its own; `only`
+    names the one event that does, if it is not all."""
 
-    def __init__(self, children, take, script, *arguments):
+    def __init__(self, children, take, script, *arguments, only=None):
         self._lock = threading.Lock()
         self._take = take
+        self._only = only
         self._process = children.start(["/usr/bin/python3", str(_PEERS / script), *arguments],
                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        self.port = json.loads(self._process.stdout.readline())["port"]
+        listening = json.loads(self._process.stdout.readline())
+        self.port = listening["port"]
+        self.certificate = listening.get("certificate")
         self.failure = None
         threading.Thread(target=self._read, daemon=True).start()
 
     def _read(self):
         try:
-            for line in self._process.stdout:
-                self._take(json.loads(line))
-        except Exception as error:  # Shown by the test; nobody else would see it.
+            for event in map(json.loads, self._process.stdout):
+                if self._only in (None, event["event"]):
+                    self._take(event)
+        except Exception as error:  # Nobody else would see it.
             self.failure = error
+            traceback.print_exc()
 
     def command(self, **command):
         with self._lock:
@@ -86,8 +93,8 @@ class CloudService:
     def __exit__(self, *_):
         self._children.stop_all()
 
-    def peer(self, take, script, *arguments):
-        return Peer(self._children, take, script, *arguments)
+    def peer(self, take, script, *arguments, only=None):
+        return Peer(self._children, take, script, *arguments, only=only)
 
     def give(self, number, seconds):
         """Notes a final result; returns its source text."""
@@ -110,7 +117,7 @@ class _Translation:
 
     def __init__(self, service):
         self._service = service
-        self._peer = service.peer(self._take, "http_service.py")
+        self._peer = service.peer(self._take, "http_service.py", only="request")
         self.url = f"http://127.0.0.1:{self._peer.port}"
 
     def _take(self, event):
@@ -254,7 +261,7 @@ class Azure(ChunkedService):
 
     def open(self):
         self.waves = []
-        self.service = self.peer(self._take, "http_service.py")
+        self.service = self.peer(self._take, "http_service.py", only="request")
         url = f"http://127.0.0.1:{self.service.port}"
         self.environment = {"ORVANE_SERVICE_AZURE_SPEECH_TRANSLATION": url}
         self.settings = {"sttEngine": self.name, "azureApiKey": KEY, "azureRegion": "westeurope"}
@@ -283,7 +290,7 @@ class GoogleRest(ChunkedService):
     engine = "GoogleCloudDirectEngine"
 
     def open(self):
-        self.service = self.peer(self._take, "http_service.py")
+        self.service = self.peer(self._take, "http_service.py", only="request")
         url = f"http://127.0.0.1:{self.service.port}"
         self.environment = {"ORVANE_SERVICE_GOOGLE_SPEECH": url,
                             "ORVANE_SERVICE_GOOGLE_TRANSLATE": url}

@@ -11,6 +11,8 @@
 #include "GoogleCloudMessages.h"
 #include "TranslationMessages.h"
 
+#include <QSslConfiguration>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -31,6 +33,7 @@ orv::ServiceAddresses addressesFromEnvironment() {
              {orv::assemblyaiStreamingHost, address("ORVANE_SERVICE_ASSEMBLYAI_STREAMING", ws)},
              {orv::azureRecognitionHost, address("ORVANE_SERVICE_AZURE_SPEECH_TO_TEXT", http)},
              {orv::azureTranslationHost, address("ORVANE_SERVICE_AZURE_SPEECH_TRANSLATION", http)},
+             {orv::azureTokenHost, address("ORVANE_SERVICE_AZURE_TOKEN", http)},
              {orv::azureTranslatorHost, address("ORVANE_SERVICE_AZURE_TRANSLATOR", http)}},
         .updateManifests = {address("ORVANE_SERVICE_UPDATES", http) + u"/updates/orv.json"_s},
     };
@@ -49,9 +52,20 @@ orv::ProgramParts partsFromEnvironment(orv::test::FileOutput& output) {
     return parts;
 }
 
+/// Beside those of the system, whom the program's connections trust.
+void trustFromEnvironment() {
+    const QString file = qEnvironmentVariable("ORVANE_TRUSTED_CERTIFICATE");
+    if (!file.isEmpty()) {
+        QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
+        trusting.addCaCertificates(file);
+        QSslConfiguration::setDefaultConfiguration(trusting);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    trustFromEnvironment();
     orv::test::FileOutput output(qEnvironmentVariable("ORVANE_OWN_OUTPUT"));
     return orv::runApplication(argc, argv, partsFromEnvironment(output));
 }
