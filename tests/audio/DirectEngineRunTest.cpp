@@ -310,7 +310,7 @@ TEST_F(DirectEngineRun, hasNoMoreBlocksUnderWayThanTheEngineTakes) {
     engine->answers[1].complete(true);
     EXPECT_EQ(engine->audio.size(), 3);
     bool drained = false;
-    QObject::connect(&session, &DirectEngineSession::drained, [&] { drained = true; });
+    QObject::connect(&session, &DirectEngineSession::drained, &session, [&] { drained = true; });
     session.end();
     engine->answers[0].complete(true);
     test::drainEvents();
@@ -405,7 +405,7 @@ TEST_F(DirectEngineRun, dropsWhatHasWaitedForTooLongAndSaysHowMuch) {
     engine->isSlow = true;
     DirectEngineSession session(engine, u"Azure"_s, 0ms, nullptr);
     QList<StatusMessage> faults;
-    QObject::connect(&session, &DirectEngineSession::faultArrived,
+    QObject::connect(&session, &DirectEngineSession::faultArrived, &session,
                      [&](const StatusMessage& fault) { faults.append(fault); });
     session.open({});
     session.sendAudio("first");

@@ -35,10 +35,11 @@ struct Trial {
         KeyTrial trial;
         bool isOver = false;
         std::optional<ServiceFault> outcome;
-        QObject::connect(&trial, &KeyTrial::ended, [&](const std::optional<ServiceFault>& fault) {
-            isOver = true;
-            outcome = fault;
-        });
+        QObject::connect(&trial, &KeyTrial::ended, &trial,
+                         [&](const std::optional<ServiceFault>& fault) {
+                             isOver = true;
+                             outcome = fault;
+                         });
         trial.begin(engine_.fields[field].questions(endpoints, config), typed);
         EXPECT_TRUE(waitUntil([&] { return isOver; }));
         return outcome;
@@ -138,7 +139,7 @@ TEST(KeyTrial, doesNotQuoteTheKey) {
     PresentService service(u"cloud_services.assemblyai"_s);
     KeyTrial trial;
     QString said;
-    QObject::connect(&trial, &KeyTrial::ended,
+    QObject::connect(&trial, &KeyTrial::ended, &trial,
                      [&](const std::optional<ServiceFault>& fault) { said = fault->said; });
     const auto quoting = [](const HttpOutcome&) {
         return ServiceFault{Kind::KeyRefused, u"no such key: abc"_s};
@@ -153,7 +154,7 @@ TEST(KeyTrial, isGivenUpByItsEnd) {
     bool isOver = false;
     {
         KeyTrial trial;
-        QObject::connect(&trial, &KeyTrial::ended, [&] { isOver = true; });
+        QObject::connect(&trial, &KeyTrial::ended, &trial, [&] { isOver = true; });
         const ServiceEndpoints endpoints{{translationHost, service.url(u"http"_s)}};
         trial.begin({translationKeyQuestion(endpoints, presentKey)}, presentKey);
         ASSERT_TRUE(waitUntil([&] { return service.count(u"request"_s) == 1; }));
