@@ -1,14 +1,19 @@
 """The stand-ins as programs of their own."""
 
+import array
 import contextlib
+import fcntl
 import io
 import json
+import os
 import pathlib
 import queue
 import ssl
 import subprocess
 import sys
 import tempfile
+import termios
+import textwrap
 import threading
 import unittest
 import urllib.error
@@ -101,6 +106,28 @@ class Programs(unittest.TestCase):
         program.say(nonsense=True)  # What it says of this shows that it has obeyed the first.
         self.assertEqual(program.event()['event'], 'misuse')
         self.assertEqual(azure_speech(program).status, 503)
+
+    def test_who_still_speaks_does_not_break_the_end(self):
+        talker = textwrap.dedent(
+            """
+            import sys, threading
+            from tests.cloud_rest.helpers import say
+            def talk():
+                while True:
+                    say(event='x', text='y' * 3000)
+            threading.Thread(target=talk, daemon=True).start()
+            sys.stdin.read()
+        """
+        )
+        buffered = {name: value for name, value in os.environ.items() if name != 'PYTHONUNBUFFERED'}
+        with subprocess.Popen([sys.executable, '-c', talker], cwd=ROOT, env=buffered,
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE) as program:  # fmt: skip
+            self.addCleanup(program.kill)
+            waits = array.array('i', [0])
+            while waits[0] < 40000:  # Until the pipe is nearly full: who speaks waits now, or soon.
+                fcntl.ioctl(program.stdout, termios.FIONREAD, waits)
+            program.stdin.close()
+            self.assertEqual(program.wait(LIMIT), 0)
 
     def test_an_unknown_option_is_refused(self):
         found = subprocess.run(
