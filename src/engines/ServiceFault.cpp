@@ -8,6 +8,18 @@ namespace {
 
 constexpr qsizetype longestSaid = 300;
 
+QString withoutKey(QString line, const QString& key) {
+    if (key.isEmpty()) {
+        return line;
+    }
+    line.replace(key, u"…"_s);
+    // What has taken its place may complete another one with what stands beside it.
+    while (line.contains(key)) {
+        line.remove(key);
+    }
+    return line;
+}
+
 } // namespace
 
 QString codeOf(ServiceFault::Kind kind) {
@@ -85,11 +97,9 @@ std::optional<ServiceFault::Kind> faultOfStatus(int status) {
 }
 
 QString sayable(const QString& text, const QString& key) {
-    QString line = text.simplified();
-    if (!key.isEmpty()) {
-        line.replace(key, u"…"_s);
-    }
-    return line.size() > longestSaid ? line.left(longestSaid) + u"..."_s : line;
+    const QString line = withoutKey(text.simplified(), key);
+    // Cut behind the search, so that no piece of a key is left; the dots may complete one.
+    return line.size() > longestSaid ? withoutKey(line.left(longestSaid) + u"..."_s, key) : line;
 }
 
 } // namespace orv

@@ -20,6 +20,10 @@ using Kind = ServiceFault::Kind;
 TEST(ServiceFault, blotsOutTheKeyAndIsNoLongerThanALine) {
     EXPECT_EQ(sayable(u" the key\nSECRET is\twrong "_s, u"SECRET"_s), u"the key … is wrong"_s);
     EXPECT_EQ(sayable(QString(1000, u'x'), {}).size(), 303);
+    EXPECT_FALSE(sayable(QString(1000, u'x'), u"xxxxxxx..."_s).contains(u"xxxxxxx..."_s))
+        << "not by the dots either";
+    EXPECT_EQ(sayable(u"aa…bbb"_s, u"a…b"_s), u"b"_s) << "nor by what stands in its place";
+    EXPECT_EQ(sayable(u"1…2"_s, u"…"_s), u"12"_s) << "and it ends";
     EXPECT_EQ(sayable(u"a"_s, QString()), u"a"_s);
 }
 
