@@ -135,7 +135,11 @@ void StreamingSocket::Connection::onConnected() {
 }
 
 void StreamingSocket::Connection::watchTransport() {
+    pingTimer_.start(timings_.ping);
     QTcpSocket* const transport = sender_.transport();
+    if (transport == nullptr) {
+        return; // Another toolkit than those known: a service that is gone is missed by its pings.
+    }
     limitSendBuffer(*transport);
     // What has not left is missed here first, and said in the same words wherever it stands.
     endConnectionWhenUnheard(*transport, timings_.streamStall + std::chrono::seconds(1));
@@ -147,7 +151,6 @@ void StreamingSocket::Connection::watchTransport() {
         QObject::connect(transport, &QTcpSocket::bytesWritten, &context_,
                          [this] { onBytesTaken(); });
     }
-    pingTimer_.start(timings_.ping);
 }
 
 /// The service gets the whole time again for the rest.
@@ -172,7 +175,8 @@ void StreamingSocket::Connection::settle() {
     if (isOver()) {
         return;
     }
-    if (bytesNotTaken(*sender_.transport()) > 0) {
+    const QTcpSocket* const transport = sender_.transport();
+    if (transport != nullptr && bytesNotTaken(*transport) > 0) {
         if (!limit_.isActive()) {
             limit_.start(timings_.streamStall);
         }

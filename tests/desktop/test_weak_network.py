@@ -86,12 +86,24 @@ class WeakNetworkTest(unittest.TestCase):
                        check=True)
         return file
 
+    def long_speech(self):
+        """A file with speech for as long as the network is gone."""
+        return self.sound("long.wav", "trim", "0", str(_SILENCED_SECONDS), sentences=8)
+
     def speak(self):
         """Until the page shows another subtitle; returns how long after the last word it came."""
         before = len(self.road.subtitles())
         ended = self.play()
         wait_until(lambda: len(self.road.subtitles()) > before, "a subtitle")
         return self.road.subtitles()[before].arrived - ended
+
+    def speak_until_missed(self):
+        """Speaks into a network that has gone, until the panel says so and everything was spoken."""
+        begin = time.monotonic()
+        noise = self.road.sound.speak(self.long_speech())
+        wait_until(lambda: self.says(self.text("run.interrupted")), "the panel to say it")
+        figure("said after", f"{time.monotonic() - begin:.1f} s")
+        noise.wait()
 
     def names(self):
         return [name for _, name in self.road.accessibility.names(self.road.program.pid)]
@@ -122,11 +134,7 @@ class WeakNetworkTest(unittest.TestCase):
         self.speak()
         before = self.private_kilobytes()
         self.network.swallow()
-        begin = time.monotonic()
-        noise = self.road.sound.speak(self.long_speech())
-        wait_until(lambda: self.says(self.text("run.interrupted")), "the panel to say it")
-        figure("said after", f"{time.monotonic() - begin:.1f} s")
-        noise.wait()
+        self.speak_until_missed()
         figure("memory grew by", f"{(self.private_kilobytes() - before) / 1024:.1f} MiB")
         self.assertTrue(self.says("Deepgram"))
         self.network.swallow(False)
@@ -136,19 +144,11 @@ class WeakNetworkTest(unittest.TestCase):
         self.check_order()
         self.end()
 
-    def long_speech(self):
-        """A file with speech for as long as the network is gone."""
-        return self.sound("long.wav", "trim", "0", str(_SILENCED_SECONDS), sentences=8)
-
     def test_another_address_ends_the_stream_and_one_press_goes_on(self):
         self.open_deepgram()
         self.speak()
         self.network.move()
-        begin = time.monotonic()
-        noise = self.road.sound.speak(self.long_speech())
-        wait_until(lambda: self.says(self.text("run.interrupted")), "the panel to say it")
-        figure("said after", f"{time.monotonic() - begin:.1f} s")
-        noise.wait()
+        self.speak_until_missed()
         self.road.press(self.text("run.continue"))
         self.speak()
         self.check_order()
